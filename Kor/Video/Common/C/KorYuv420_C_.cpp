@@ -1,0 +1,1852 @@
+// The portable conversions: plain loops in standard C++, one source file, nothing kept between calls.
+//
+// Rules that hold for the whole file:
+//   - An exported function settles the degenerate sizes, names the layout and the matrix, and calls one driver. The
+//     arithmetic on samples stands in the kernels (KOR_KERNEL): one counted loop over contiguous runs, destinations
+//     first, count last, no branch that depends on data.
+//   - A kernel's pointers are restrict-qualified unless its name ends in "InPlace".
+//   - Pitches are resolved by Plane and SourceRows and nowhere else. The address of a row is formed only for a row that
+//     exists, never for one before or behind the picture.
+//   - KorByteClip saturates, LowByte keeps the low eight bits: each store says which of the two it is.
+//   - What looks odd and is wanted is marked "Deliberate:".
+//
+// Contents
+//   1  Shared vocabulary
+//   2  Plane geometry                 4:2:2 to 4:2:0, split, mirror, quarter turns, flip in place
+//   3  RGB to YUV                     32-bit and 24-bit RGB to I420 and I444
+//   4  YUV to RGB                     noise, I420 and I444 to 32-bit and 24-bit RGB
+//   5  Packed and semi-planar YUV     YUY2, UYVY, Yuv2, M420 to I420, with rotation; I420 to YUY2, UYVY, Yuv2
+//   6  Compositing and noise          dither filter, blends
+
+#include "Kor/Video/Common/C/KorYuv420_C_.h"
+
+#include "Kor/Os/KorRandom.h"
+#include "Kor/Utils/KorStdCLibInline.h"
+#include "Kor/Video/Common/KorVideoCommonUtilityInline_.h"
+
+// ---------------------------------------------------------------------------------------------------------------------
+// 1  Shared vocabulary
+// ---------------------------------------------------------------------------------------------------------------------
+
+// Kernels stay functions of their own: inlined into a driver, their loops would be widened once for every caller, and
+// some compilers forget what restrict promised. KOR_INLINE is for bodies that need their arguments as constants.
+#if defined(__GNUC__)
+#define KOR_KERNEL __attribute__((noinline))
+#define KOR_INLINE __attribute__((always_inline))
+#else
+#define KOR_KERNEL
+#define KOR_INLINE
+#endif
+
+namespace {
+
+// Keeps the low eight bits: the store for results that fit anyway, or that wrap by contract.
+constexpr KorUint8 LowByte(KorUint value) {
+    return static_cast<KorUint8>(value & 0xffu);
+}
+
+constexpr KorSizeT Min(KorSizeT a, KorSizeT b) {
+    return a < b ? a : b;
+}
+
+constexpr bool IsOdd(KorSizeT size) {
+    return size % 2 != 0;
+}
+
+// Rows are worked on in runs of at most this many samples, through buffers that stay in the first-level cache. Even, so
+// that no run ends inside a pair.
+constexpr KorSizeT kRun = 128;
+using Run = KorUint8[kRun];
+
+// A plane that is written: its rows run downwards.
+struct Plane {
+    KorUint8* samples;
+    KorSizeT pitch;
+
+    KorUint8* Row(KorSizeT row) const { return samples + row * pitch; }
+};
+
+// The rows of a source in reading order: downwards from the first row in memory or, with a negative pitch, upwards.
+struct SourceRows {
+    const KorUint8* first;
+    KorDistanceT pitch;
+
+    const KorUint8* Row(KorSizeT row) const { return first + static_cast<KorDistanceT>(row) * pitch; }
+};
+
+// The flip convention of the captures: bottom row first when flip is set. The height must not be 0.
+SourceRows ReadingOrder(const KorUint8* x, KorSizeT pitchX, KorSizeT height, KorBool flip) {
+    const KorDistanceT signedPitchX = static_cast<KorDistanceT>(pitchX);
+    return flip ? SourceRows{x + (height - 1) * pitchX, -signedPitchX} : SourceRows{x, signedPitchX};
+}
+
+// The rounded-up average of two rows, sample by sample.
+KOR_KERNEL void AverageRow(KorUint8* KOR_RESTRICT dst, const KorUint8* KOR_RESTRICT a, const KorUint8* KOR_RESTRICT b, KorSizeT n) {
+    for (KorSizeT i = 0; i < n; ++i) {
+        dst[i] = static_cast<KorUint8>((a[i] + b[i] + 1) >> 1);
+    }
+}
+
+// The rounded-up average of n pairs of neighbours.
+KOR_KERNEL void AveragePairs(KorUint8* KOR_RESTRICT dst, const KorUint8* KOR_RESTRICT a, KorSizeT n) {
+    for (KorSizeT i = 0; i < n; ++i) {
+        dst[i] = static_cast<KorUint8>((a[2 * i] + a[2 * i + 1] + 1) >> 1);
+    }
+}
+
+// Averages n samples in pairs; a lone last one stays as it is.
+void ReducePairs(KorUint8* dst, const KorUint8* a, KorSizeT n) {
+    AveragePairs(dst, a, n / 2);
+    if (IsOdd(n)) {
+        dst[n / 2] = a[n - 1];
+    }
+}
+
+// n pairs of bytes taken apart.
+KOR_KERNEL void SplitRow(KorUint8* KOR_RESTRICT first, KorUint8* KOR_RESTRICT second, const KorUint8* KOR_RESTRICT src, KorSizeT n) {
+    for (KorSizeT i = 0; i < n; ++i) {
+        first[i] = src[2 * i];
+        second[i] = src[2 * i + 1];
+    }
+}
+
+// n pairs of bytes put together.
+KOR_KERNEL void JoinRow(KorUint8* KOR_RESTRICT dst, const KorUint8* KOR_RESTRICT first, const KorUint8* KOR_RESTRICT second, KorSizeT n) {
+    for (KorSizeT i = 0; i < n; ++i) {
+        dst[2 * i] = first[i];
+        dst[2 * i + 1] = second[i];
+    }
+}
+
+}  // namespace
+
+// ---------------------------------------------------------------------------------------------------------------------
+// 2  Plane geometry
+// ---------------------------------------------------------------------------------------------------------------------
+
+namespace {
+
+// Where a turned plane keeps the sample of source column i and source row j: at origin + i * column + j * row.
+struct TurnedPlane {
+    KorUint8* origin;
+    KorDistanceT column;
+    KorDistanceT row;
+
+    KorUint8* At(KorSizeT i, KorSizeT j) const { return origin + (static_cast<KorDistanceT>(i) * column + static_cast<KorDistanceT>(j) * row); }
+};
+
+// The four turns, clockwise, of a picture of width by height samples. An angle that is none of them turns by 270.
+TurnedPlane Turned(Plane dst, KorSizeT width, KorSizeT height, KorImageRotationDegree rotationDegree) {
+    const KorDistanceT pitch = static_cast<KorDistanceT>(dst.pitch);
+    switch (rotationDegree) {
+        case 0:
+            return {dst.samples, 1, pitch};
+        case 90:
+            return {dst.samples + (height - 1), pitch, -1};
+        case 180:
+            return {dst.Row(height - 1) + (width - 1), -1, -pitch};
+        default:
+            return {dst.Row(width - 1), -pitch, 1};
+    }
+}
+
+// Writes n samples in reverse order. Eight bytes at a time in a register, because the baseline of common processors
+// has no byte shuffle that the loop could be widened with.
+KOR_KERNEL void ReverseRow(KorUint8* KOR_RESTRICT dst, const KorUint8* KOR_RESTRICT src, KorSizeT n) {
+    const KorSizeT whole = n & ~KorSizeT{7};
+    for (KorSizeT i = 0; i < whole; i += 8) {
+        uint64_t x;
+        KorMemCpy(&x, src + i, 8);
+        x = ((x & 0x00ff00ff00ff00ffu) << 8) | ((x >> 8) & 0x00ff00ff00ff00ffu);
+        x = ((x & 0x0000ffff0000ffffu) << 16) | ((x >> 16) & 0x0000ffff0000ffffu);
+        x = (x << 32) | (x >> 32);
+        KorMemCpy(dst + (n - 8 - i), &x, 8);
+    }
+    for (KorSizeT i = whole; i < n; ++i) {
+        dst[n - 1 - i] = src[i];
+    }
+}
+
+KOR_KERNEL void SwapRows(KorUint8* KOR_RESTRICT top, KorUint8* KOR_RESTRICT bottom, KorSizeT n) {
+    for (KorSizeT i = 0; i < n; ++i) {
+        const KorUint8 tmpCh = top[i];
+        top[i] = bottom[i];
+        bottom[i] = tmpCh;
+    }
+}
+
+// Rows keep their order, columns run backwards.
+TurnedPlane Mirrored(Plane dst, KorSizeT width) {
+    return {dst.samples + (width - 1), -1, static_cast<KorDistanceT>(dst.pitch)};
+}
+
+void CopyPlane(Plane dst, SourceRows src, KorSizeT width, KorSizeT height) {
+    for (KorSizeT j = 0; j < height; ++j) {
+        KorMemCpy(dst.Row(j), src.Row(j), width);
+    }
+}
+
+void SplitPlane(Plane uv1, Plane uv2, SourceRows src, KorSizeT width, KorSizeT height) {
+    for (KorSizeT j = 0; j < height; ++j) {
+        SplitRow(uv1.Row(j), uv2.Row(j), src.Row(j), width);
+    }
+}
+
+// Every row reversed into a plane whose columns run backwards.
+void CopyReversed(TurnedPlane dst, SourceRows src, KorSizeT width, KorSizeT height) {
+    for (KorSizeT j = 0; j < height; ++j) {
+        ReverseRow(dst.At(width - 1, j), src.Row(j), width);
+    }
+}
+
+void SplitReversed(TurnedPlane uv1, TurnedPlane uv2, SourceRows src, KorSizeT width, KorSizeT height) {
+    for (KorSizeT j = 0; j < height; ++j) {
+        for (KorSizeT start = 0; start < width; start += kRun) {
+            const KorSizeT n = Min(kRun, width - start);
+            Run first, second;
+            SplitRow(first, second, src.Row(j) + 2 * start, n);
+            ReverseRow(uv1.At(start + n - 1, j), first, n);
+            ReverseRow(uv2.At(start + n - 1, j), second, n);
+        }
+    }
+}
+
+// Quarter turns work in square tiles, so that both sides touch whole groups of neighbours in few cache lines.
+constexpr KorSizeT kTile = 16;
+
+// A tile while it is transposed, with room for the intermediate passes. Its rows lie side apart.
+template <KorSizeT side>
+struct Tile {
+    KorUint8 samples[side * side];
+    KorUint8 other[side * side];
+
+    // Interleaving the two halves rotates the bits of every sample's position by one; after as many passes as a row
+    // number has bits, rows and columns have changed places. This loop widens where a plain transposition does not.
+    KOR_INLINE const KorUint8* Transpose() {
+        KorUint8* from = samples;
+        KorUint8* to = other;
+        for (KorSizeT bit = 1; bit < side; bit *= 2) {
+            Interleave(to, from);
+            KorUint8* const done = to;
+            to = from;
+            from = done;
+        }
+        return from;
+    }
+
+    KOR_INLINE static void Interleave(KorUint8* KOR_RESTRICT to, const KorUint8* KOR_RESTRICT from) {
+        for (KorSizeT i = 0; i < side * side / 2; ++i) {
+            to[2 * i] = from[i];
+            to[2 * i + 1] = from[side * side / 2 + i];
+        }
+    }
+
+    // The place of source row j of h: rows enter in the order in which the destination's samples run.
+    KOR_INLINE KorUint8* Row(const TurnedPlane& dst, KorSizeT j, KorSizeT h) { return samples + side * (dst.row > 0 ? j : h - 1 - j); }
+
+    // Writes the w columns of h samples whose first source sample is (i, j).
+    KOR_INLINE void StoreColumns(const TurnedPlane& dst, KorSizeT i, KorSizeT j, KorSizeT w, KorSizeT h) {
+        const KorUint8* columns = Transpose();
+        for (KorSizeT k = 0; k < w; ++k) {
+            KorMemCpy(dst.At(i + k, dst.row > 0 ? j : j + h - 1), columns + side * k, h);
+        }
+    }
+};
+
+// Calls tile(i, j, w, h) for every tile of a picture; whole tiles pass their size as constants.
+template <class TileFunction>
+KOR_INLINE inline void ForEachTile(KorSizeT width, KorSizeT height, TileFunction tile) {
+    for (KorSizeT i = 0; i < width; i += kTile) {
+        for (KorSizeT j = 0; j < height; j += kTile) {
+            if (width - i >= kTile && height - j >= kTile) {
+                tile(i, j, kTile, kTile);
+            } else {
+                tile(i, j, Min(kTile, width - i), Min(kTile, height - j));
+            }
+        }
+    }
+}
+
+void TurnPlane(TurnedPlane dst, SourceRows src, KorSizeT width, KorSizeT height) {
+    ForEachTile(width, height, [&](KorSizeT i, KorSizeT j, KorSizeT w, KorSizeT h) KOR_INLINE {
+        Tile<kTile> tile;
+        for (KorSizeT r = 0; r < h; ++r) {
+            KorMemCpy(tile.Row(dst, r, h), src.Row(j + r) + i, w);
+        }
+        tile.StoreColumns(dst, i, j, w, h);
+    });
+}
+
+void SplitAndTurn(TurnedPlane uv1, TurnedPlane uv2, SourceRows src, KorSizeT width, KorSizeT height) {
+    ForEachTile(width, height, [&](KorSizeT i, KorSizeT j, KorSizeT w, KorSizeT h) KOR_INLINE {
+        Tile<kTile> first, second;
+        for (KorSizeT r = 0; r < h; ++r) {
+            const KorUint8* pairs = src.Row(j + r) + 2 * i;
+            KorUint8* row1 = first.Row(uv1, r, h);
+            KorUint8* row2 = second.Row(uv2, r, h);
+            for (KorSizeT k = 0; k < w; ++k) {
+                row1[k] = pairs[2 * k];
+                row2[k] = pairs[2 * k + 1];
+            }
+        }
+        first.StoreColumns(uv1, i, j, w, h);
+        second.StoreColumns(uv2, i, j, w, h);
+    });
+}
+
+// The middle row of an odd height stays. Nothing is done, and no address formed, when the width is 0.
+void FlipPlane(Plane plane, KorSizeT width, KorSizeT height) {
+    if (width == 0) {
+        return;
+    }
+    for (KorSizeT row = 0; row < height / 2; ++row) {
+        SwapRows(plane.Row(row), plane.Row(height - 1 - row), width);
+    }
+}
+
+}  // namespace
+
+void KorPlanarUV422To420_C_(const KorUint8* src, KorDistanceT pitchSrc,
+                            KorUint8* dst, KorSizeT pitchDst,
+                            KorSizeT width, KorSizeT height) {
+    const SourceRows rows = {src, pitchSrc};
+    const Plane out = {dst, pitchDst};
+    if (width == 0) {
+        return;
+    }
+    for (KorSizeT i = 0; i < height; ++i) {
+        AverageRow(out.Row(i), rows.Row(2 * i), rows.Row(2 * i + 1), width);
+    }
+}
+
+void KorPlanarUVDeinterlace_C_(const KorUint8* src, KorDistanceT pitchSrc,
+                               KorUint8* uv1, KorSizeT pitchUv1,
+                               KorUint8* uv2, KorSizeT pitchUv2,
+                               KorSizeT width, KorSizeT height) {
+    if (width == 0 || height == 0) {
+        return;
+    }
+    SplitPlane({uv1, pitchUv1}, {uv2, pitchUv2}, {src, pitchSrc}, width, height);
+}
+
+void KorPlanarMirror_C_(const KorUint8* src, KorDistanceT pitchSrc,
+                        KorUint8* dst, KorSizeT pitchDst,
+                        KorSizeT width, KorSizeT height) {
+    if (width == 0 || height == 0) {
+        return;
+    }
+    CopyReversed(Mirrored({dst, pitchDst}, width), {src, pitchSrc}, width, height);
+}
+
+void KorPlanarUVDeinterlaceMirror_C_(const KorUint8* src, KorDistanceT pitchSrc,
+                                     KorUint8* uv1, KorSizeT pitchUv1,
+                                     KorUint8* uv2, KorSizeT pitchUv2,
+                                     KorSizeT width, KorSizeT height) {
+    if (width == 0 || height == 0) {
+        return;
+    }
+    SplitReversed(Mirrored({uv1, pitchUv1}, width), Mirrored({uv2, pitchUv2}, width), {src, pitchSrc}, width, height);
+}
+
+void KorPlanarRotation_C_(const KorUint8* src, KorDistanceT pitchSrc,
+                          KorUint8* dst, KorSizeT pitchDst,
+                          KorSizeT widthSrc, KorSizeT heightSrc, KorImageRotationDegree rotationDegree) {
+    if (widthSrc == 0 || heightSrc == 0) {
+        return;
+    }
+    const Plane plane = {dst, pitchDst};
+    const SourceRows rows = {src, pitchSrc};
+    switch (rotationDegree) {
+        case 0:
+            if (src != dst) {
+                CopyPlane(plane, rows, widthSrc, heightSrc);
+            }
+            break;
+        case 180:
+            CopyReversed(Turned(plane, widthSrc, heightSrc, 180), rows, widthSrc, heightSrc);
+            break;
+        case 90:
+        case 270:
+            TurnPlane(Turned(plane, widthSrc, heightSrc, rotationDegree), rows, widthSrc, heightSrc);
+            break;
+        default:
+            // Deliberate: an angle that is none of the four writes nothing here, while the functions that split or
+            // convert as they turn take it for 270.
+            break;
+    }
+}
+
+void KorPlanarUVDeinterlaceRotation_C_(const KorUint8* src, KorDistanceT pitchSrc,
+                                       KorUint8* uv1, KorSizeT pitchUv1,
+                                       KorUint8* uv2, KorSizeT pitchUv2,
+                                       KorSizeT widthSrc, KorSizeT heightSrc, KorImageRotationDegree rotationDegree) {
+    if (widthSrc == 0 || heightSrc == 0) {
+        return;
+    }
+    const SourceRows rows = {src, pitchSrc};
+    const TurnedPlane turned1 = Turned({uv1, pitchUv1}, widthSrc, heightSrc, rotationDegree);
+    const TurnedPlane turned2 = Turned({uv2, pitchUv2}, widthSrc, heightSrc, rotationDegree);
+    switch (rotationDegree) {
+        case 0:
+            SplitPlane({uv1, pitchUv1}, {uv2, pitchUv2}, rows, widthSrc, heightSrc);
+            break;
+        case 180:
+            SplitReversed(turned1, turned2, rows, widthSrc, heightSrc);
+            break;
+        default:
+            // Deliberate: 270 and every angle that is none of the four.
+            SplitAndTurn(turned1, turned2, rows, widthSrc, heightSrc);
+            break;
+    }
+}
+
+void KorI420FlipVertical_C_(KorUint8* srcY, KorSizeT srcPitchY,
+                            KorUint8* srcU, KorSizeT srcPitchU,
+                            KorUint8* srcV, KorSizeT srcPitchV,
+                            KorSizeT width, KorSizeT height) {
+    // Deliberate: chroma is rounded down, so the last chroma column of an odd width and the last chroma row of an odd
+    // height stay where they are.
+    const KorSizeT widthC = width >> 1;
+    const KorSizeT heightC = height >> 1;
+    FlipPlane({srcU, srcPitchU}, widthC, heightC);
+    FlipPlane({srcV, srcPitchV}, widthC, heightC);
+    FlipPlane({srcY, srcPitchY}, width, height);
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// 3  RGB to YUV
+//
+// Pixels are taken apart into one run of bytes a channel, so that everything behind SplitPixels is the same for every
+// layout and works on contiguous bytes. Chroma of 4:2:0 comes from averaged RGB: rows first or columns first can differ
+// by one, so the order is fixed: each column's vertical pair, then the two columns.
+// ---------------------------------------------------------------------------------------------------------------------
+
+namespace {
+
+struct RgbRun {
+    Run r, g, b;
+};
+
+// The bytes of a 32-bit pixel that hold red, green, blue and alpha.
+struct RgbLayout {
+    KorSizeT ro, go, bo, ao;
+};
+
+constexpr RgbLayout kRgba = {0, 1, 2, 3};
+constexpr RgbLayout kBgra = {2, 1, 0, 3};
+constexpr RgbLayout kArgb = {1, 2, 3, 0};
+constexpr RgbLayout kAbgr = {3, 2, 1, 0};
+
+// Rows Y, U, V; columns red, green, blue; units of 1/256, the scale in which callers hand in matrices of their own.
+using RgbToYuvRow = KorInt[3];
+
+struct RgbToYuvMatrix {
+    RgbToYuvRow y, u, v;
+};
+
+// ITU-R BT.601, limited range. Its constants have seven fraction bits (33, 64, 13 and so on); they are written doubled,
+// which changes no result and lets one shift by eight serve every matrix.
+constexpr RgbToYuvMatrix kBt601 = {
+    {2 * 33, 2 * 64, 2 * 13},
+    {2 * -19, 2 * -37, 2 * 56},
+    {2 * 56, 2 * -47, 2 * -9},
+};
+
+// ITU-R BT.709, limited range.
+constexpr RgbToYuvMatrix kBt709 = {
+    {47, 157, 16},
+    {-26, -87, 112},
+    {112, -102, -10},
+};
+
+// BT.601 again, with eight fraction bits: the matrix of the 24-bit captures. The two sets differ slightly, and both are
+// part of the contract.
+constexpr RgbToYuvMatrix kBt601Of24Bit = {
+    {66, 129, 25},
+    {-38, -74, 112},
+    {112, -94, -18},
+};
+
+constexpr KorUint8 kLumaOffset = 16;
+constexpr KorUint8 kChromaOffset = 128;
+
+// One sample: the weighted sum in units of 1/256, rounded down, plus the offset. Only bits 8 to 15 of the sum reach the
+// result, so it is formed modulo 2^16, in lanes half as wide as the sum itself would need.
+constexpr KorUint8 Weigh(const RgbToYuvRow& weights, KorUint8 offset, KorUint8 r, KorUint8 g, KorUint8 b) {
+    const KorUint sum = static_cast<KorUint>(weights[0]) * r + static_cast<KorUint>(weights[1]) * g + static_cast<KorUint>(weights[2]) * b;
+    return LowByte((sum >> 8) + offset);
+}
+
+static_assert(Weigh(kBt601.y, kLumaOffset, 255, 255, 255) == 235 && Weigh(kBt601.y, kLumaOffset, 0, 0, 0) == 16, "luma spans the limited range");
+static_assert(Weigh(kBt601.u, kChromaOffset, 255, 255, 255) == 128 && Weigh(kBt601.v, kChromaOffset, 255, 255, 255) == 128, "white has no colour");
+// Deliberate: the U weights of BT.709 sum to -1, so its white has a U of 127.
+static_assert(Weigh(kBt709.y, kLumaOffset, 255, 255, 255) == 235 && Weigh(kBt709.u, kChromaOffset, 255, 255, 255) == 127 && Weigh(kBt709.v, kChromaOffset, 255, 255, 255) == 128, "white of BT.709");
+static_assert(Weigh(kBt601Of24Bit.y, kLumaOffset, 255, 255, 255) == 235 && Weigh(kBt601Of24Bit.u, kChromaOffset, 255, 255, 255) == 128, "white of the 24-bit captures");
+static_assert(Weigh(kBt601.u, kChromaOffset, 0, 0, 255) == 239 && Weigh(kBt601.v, kChromaOffset, 255, 0, 0) == 239, "chroma ends at 239");
+
+// Takes n pixels apart. The alpha byte is not touched.
+template <const RgbLayout& layout>
+KOR_KERNEL void SplitPixels(KorUint8* KOR_RESTRICT r, KorUint8* KOR_RESTRICT g, KorUint8* KOR_RESTRICT b, const KorUint8* KOR_RESTRICT x, KorSizeT n) {
+    for (KorSizeT i = 0; i < n; ++i) {
+        r[i] = x[4 * i + layout.ro];
+        g[i] = x[4 * i + layout.go];
+        b[i] = x[4 * i + layout.bo];
+    }
+}
+
+// Weigh for n pixels, in 16-bit lanes.
+KOR_KERNEL void WeighRow(KorUint8* KOR_RESTRICT dst, const KorUint8* KOR_RESTRICT r, const KorUint8* KOR_RESTRICT g, const KorUint8* KOR_RESTRICT b, const RgbToYuvRow& weights, KorUint8 offset, KorSizeT n) {
+    const KorUint16 wr = static_cast<KorUint16>(weights[0]);
+    const KorUint16 wg = static_cast<KorUint16>(weights[1]);
+    const KorUint16 wb = static_cast<KorUint16>(weights[2]);
+    for (KorSizeT i = 0; i < n; ++i) {
+        const KorUint16 sum = static_cast<KorUint16>(wr * r[i] + wg * g[i] + wb * b[i]);
+        dst[i] = static_cast<KorUint8>((sum >> 8) + offset);
+    }
+}
+
+// The chroma of the blocks that n columns make, where each column is already the average of its rows.
+void WriteBlockChroma(KorUint8* u, KorUint8* v, const RgbRun& columns, const RgbToYuvMatrix& matrix, KorSizeT n) {
+    RgbRun blocks;
+    ReducePairs(blocks.r, columns.r, n);
+    ReducePairs(blocks.g, columns.g, n);
+    ReducePairs(blocks.b, columns.b, n);
+    WeighRow(u, blocks.r, blocks.g, blocks.b, matrix.u, kChromaOffset, (n + 1) / 2);
+    WeighRow(v, blocks.r, blocks.g, blocks.b, matrix.v, kChromaOffset, (n + 1) / 2);
+}
+
+template <const RgbLayout& layout>
+void CaptureRowPair(KorUint8* y0, KorUint8* y1, KorUint8* u, KorUint8* v, const KorUint8* x0, const KorUint8* x1, KorSizeT width, const RgbToYuvMatrix& matrix) {
+    for (KorSizeT start = 0; start < width; start += kRun) {
+        const KorSizeT n = Min(kRun, width - start);
+        RgbRun upper, lower, columns;
+        SplitPixels<layout>(upper.r, upper.g, upper.b, x0 + 4 * start, n);
+        SplitPixels<layout>(lower.r, lower.g, lower.b, x1 + 4 * start, n);
+        WeighRow(y0 + start, upper.r, upper.g, upper.b, matrix.y, kLumaOffset, n);
+        WeighRow(y1 + start, lower.r, lower.g, lower.b, matrix.y, kLumaOffset, n);
+        AverageRow(columns.r, upper.r, lower.r, n);
+        AverageRow(columns.g, upper.g, lower.g, n);
+        AverageRow(columns.b, upper.b, lower.b, n);
+        WriteBlockChroma(u + start / 2, v + start / 2, columns, matrix, n);
+    }
+}
+
+// The last row of an odd height: its blocks are one row high.
+template <const RgbLayout& layout>
+void CaptureLoneRow(KorUint8* y, KorUint8* u, KorUint8* v, const KorUint8* x, KorSizeT width, const RgbToYuvMatrix& matrix) {
+    for (KorSizeT start = 0; start < width; start += kRun) {
+        const KorSizeT n = Min(kRun, width - start);
+        RgbRun row;
+        SplitPixels<layout>(row.r, row.g, row.b, x + 4 * start, n);
+        WeighRow(y + start, row.r, row.g, row.b, matrix.y, kLumaOffset, n);
+        WriteBlockChroma(u + start / 2, v + start / 2, row, matrix, n);
+    }
+}
+
+// The whole picture. The last row of an odd height may have a matrix of its own.
+template <const RgbLayout& layout>
+void XXXXToI420_C_(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorSizeT height, const RgbToYuvMatrix& matrix, const RgbToYuvMatrix& lastRowMatrix) {
+    const KorSizeT heightDiv2 = height / 2;
+    for (KorSizeT h = 0; h < heightDiv2; ++h) {
+        CaptureRowPair<layout>(y.Row(2 * h), y.Row(2 * h + 1), u.Row(h), v.Row(h), rows.Row(2 * h), rows.Row(2 * h + 1), width, matrix);
+    }
+    if (IsOdd(height)) {
+        CaptureLoneRow<layout>(y.Row(height - 1), u.Row(heightDiv2), v.Row(heightDiv2), rows.Row(height - 1), width, lastRowMatrix);
+    }
+}
+
+template <const RgbLayout& layout>
+void XXXXToI444_C_(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorSizeT height, const RgbToYuvMatrix& matrix) {
+    for (KorSizeT h = 0; h < height; ++h) {
+        for (KorSizeT start = 0; start < width; start += kRun) {
+            const KorSizeT n = Min(kRun, width - start);
+            RgbRun row;
+            SplitPixels<layout>(row.r, row.g, row.b, rows.Row(h) + 4 * start, n);
+            WeighRow(y.Row(h) + start, row.r, row.g, row.b, matrix.y, kLumaOffset, n);
+            WeighRow(u.Row(h) + start, row.r, row.g, row.b, matrix.u, kChromaOffset, n);
+            WeighRow(v.Row(h) + start, row.r, row.g, row.b, matrix.v, kChromaOffset, n);
+        }
+    }
+}
+
+struct Rgb {
+    KorUint8 r, g, b;
+};
+
+Rgb BgraPixel(const KorUint8* row, KorSizeT column) {
+    const KorUint8* x = row + 4 * column;
+    return {x[kBgra.ro], x[kBgra.go], x[kBgra.bo]};
+}
+
+constexpr KorUint8 Average(KorUint8 a, KorUint8 b) {
+    return static_cast<KorUint8>((a + b + 1) >> 1);
+}
+
+constexpr Rgb Average(Rgb a, Rgb b) {
+    return {Average(a.r, b.r), Average(a.g, b.g), Average(a.b, b.b)};
+}
+
+// A caller's matrix, read anew through its pointer for every sample.
+struct CallerMatrix {
+    const KorInt (*coeffs)[3];
+
+    KorUint8 Y(Rgb c) const { return Weigh(coeffs[0], kLumaOffset, c.r, c.g, c.b); }
+    // Deliberate: at the odd edges the luma weights meet the channels in the order red, blue, green.
+    KorUint8 EdgeY(Rgb c) const { return Weigh(coeffs[0], kLumaOffset, c.r, c.b, c.g); }
+    KorUint8 U(Rgb c) const { return Weigh(coeffs[1], kChromaOffset, c.r, c.g, c.b); }
+    KorUint8 V(Rgb c) const { return Weigh(coeffs[2], kChromaOffset, c.r, c.g, c.b); }
+};
+
+// The corner of an odd width and height, in four places, with the weights in their normal order.
+void WriteCorner(Plane y, KorSizeT width, KorSizeT height, KorUint8 corner) {
+    for (KorSizeT row = height - 1; row <= height; ++row) {
+        y.Row(row)[width - 1] = corner;
+        y.Row(row)[width] = corner;
+    }
+}
+
+// The conversion for coefficients that share memory with no destination: the common drivers, then what differs at the
+// odd edges.
+void CaptureGeneral(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorSizeT height, const KorInt (*coeffs)[3]) {
+    const KorInt(&c)[3] = coeffs[0];
+    const RgbToYuvMatrix matrix = {{c[0], c[1], c[2]}, {coeffs[1][0], coeffs[1][1], coeffs[1][2]}, {coeffs[2][0], coeffs[2][1], coeffs[2][2]}};
+    const RgbToYuvMatrix edge = {{c[0], c[2], c[1]}, {coeffs[1][0], coeffs[1][1], coeffs[1][2]}, {coeffs[2][0], coeffs[2][1], coeffs[2][2]}};
+    XXXXToI420_C_<kBgra>(y, u, v, rows, width, height, matrix, edge);
+
+    const CallerMatrix caller = {coeffs};
+    const KorSizeT width2 = width & ~KorSizeT{1};
+    const KorSizeT height2 = height & ~KorSizeT{1};
+    if (IsOdd(width)) {
+        for (KorSizeT row = 0; row < height2; ++row) {
+            KorUint8* last = y.Row(row) + width2;
+            last[0] = last[1] = caller.EdgeY(BgraPixel(rows.Row(row), width2));
+        }
+    }
+    if (IsOdd(height)) {
+        KorMemCpy(y.Row(height), y.Row(height2), width2);
+    }
+    if (IsOdd(width) && IsOdd(height)) {
+        WriteCorner(y, width, height, caller.Y(BgraPixel(rows.Row(height2), width2)));
+    }
+}
+
+// The same, one sample at a time and in the order of the passes, for coefficients that lie inside a destination plane:
+// every sample takes them as the samples before it left them.
+void CaptureGeneralOverlapping(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorSizeT height, const KorInt (*coeffs)[3]) {
+    const CallerMatrix matrix = {coeffs};
+    const KorSizeT widthC = width / 2;
+    const KorSizeT width2 = 2 * widthC;
+    const KorSizeT heightC = height / 2;
+    const KorSizeT height2 = 2 * heightC;
+    for (KorSizeT i = 0; i < heightC; ++i) {
+        for (KorSizeT j = 0; j < widthC; ++j) {
+            const Rgb p0 = BgraPixel(rows.Row(2 * i), 2 * j);
+            const Rgb p1 = BgraPixel(rows.Row(2 * i), 2 * j + 1);
+            const Rgb p2 = BgraPixel(rows.Row(2 * i + 1), 2 * j);
+            const Rgb p3 = BgraPixel(rows.Row(2 * i + 1), 2 * j + 1);
+            y.Row(2 * i)[2 * j] = matrix.Y(p0);
+            y.Row(2 * i)[2 * j + 1] = matrix.Y(p1);
+            y.Row(2 * i + 1)[2 * j] = matrix.Y(p2);
+            y.Row(2 * i + 1)[2 * j + 1] = matrix.Y(p3);
+            const Rgb average = Average(Average(p0, p2), Average(p1, p3));
+            u.Row(i)[j] = matrix.U(average);
+            v.Row(i)[j] = matrix.V(average);
+        }
+    }
+    if (IsOdd(width)) {
+        for (KorSizeT i = 0; i < heightC; ++i) {
+            const Rgb p0 = BgraPixel(rows.Row(2 * i), width2);
+            const Rgb p2 = BgraPixel(rows.Row(2 * i + 1), width2);
+            KorUint8* y0 = y.Row(2 * i) + width2;
+            KorUint8* y1 = y.Row(2 * i + 1) + width2;
+            y0[0] = y0[1] = matrix.EdgeY(p0);
+            y1[0] = y1[1] = matrix.EdgeY(p2);
+            u.Row(i)[widthC] = matrix.U(Average(p0, p2));
+            v.Row(i)[widthC] = matrix.V(Average(p0, p2));
+        }
+    }
+    if (IsOdd(height)) {
+        const KorUint8* x = rows.Row(height2);
+        for (KorSizeT j = 0; j < widthC; ++j) {
+            const Rgb p0 = BgraPixel(x, 2 * j);
+            const Rgb p1 = BgraPixel(x, 2 * j + 1);
+            y.Row(height2)[2 * j] = y.Row(height)[2 * j] = matrix.EdgeY(p0);
+            y.Row(height2)[2 * j + 1] = y.Row(height)[2 * j + 1] = matrix.EdgeY(p1);
+            u.Row(heightC)[j] = matrix.U(Average(p0, p1));
+            v.Row(heightC)[j] = matrix.V(Average(p0, p1));
+        }
+    }
+    if (IsOdd(width) && IsOdd(height)) {
+        const Rgb corner = BgraPixel(rows.Row(height2), width2);
+        WriteCorner(y, width, height, matrix.Y(corner));
+        u.Row(heightC)[widthC] = matrix.U(corner);
+        v.Row(heightC)[widthC] = matrix.V(corner);
+    }
+}
+
+// Whether coefficients share a byte with the width by height samples of a plane.
+bool Overlap(const KorInt (*coeffs)[3], Plane plane, KorSizeT width, KorSizeT height) {
+    const uintptr_t coeffsBegin = reinterpret_cast<uintptr_t>(coeffs);
+    const uintptr_t planeBegin = reinterpret_cast<uintptr_t>(plane.samples);
+    const KorSizeT planeBytes = (height - 1) * plane.pitch + width;
+    return coeffsBegin < planeBegin + planeBytes && planeBegin < coeffsBegin + 3 * sizeof *coeffs;
+}
+
+// 24-bit pixels spread to 32 bits. Each four-byte copy takes the next pixel's first byte along as padding; the last
+// pixel of the run has none to take.
+KOR_KERNEL void SpreadPixels(KorUint8* KOR_RESTRICT x, const KorUint8* KOR_RESTRICT rgb, KorSizeT n) {
+    for (KorSizeT i = 0; i + 1 < n; ++i) {
+        KorMemCpy(x + 4 * i, rgb + 3 * i, 4);
+    }
+    KorMemCpy(x + 4 * (n - 1), rgb + 3 * (n - 1), 3);
+}
+
+// The rounded average of the four samples of n blocks.
+KOR_KERNEL void AverageBlocks(KorUint8* KOR_RESTRICT dst, const KorUint8* KOR_RESTRICT a, const KorUint8* KOR_RESTRICT b, KorSizeT n) {
+    for (KorSizeT i = 0; i < n; ++i) {
+        dst[i] = static_cast<KorUint8>((a[2 * i] + a[2 * i + 1] + b[2 * i] + b[2 * i + 1] + 2) >> 2);
+    }
+}
+
+// The 24-bit captures convert every pixel and average its chroma afterwards.
+template <const RgbLayout& layout>
+void Convert24Bit(KorUint8* y, KorUint8* u, KorUint8* v, const KorUint8* rgb, KorSizeT n) {
+    KorUint8 pixels[4 * kRun];
+    RgbRun row;
+    SpreadPixels(pixels, rgb, n);
+    SplitPixels<layout>(row.r, row.g, row.b, pixels, n);
+    WeighRow(y, row.r, row.g, row.b, kBt601Of24Bit.y, kLumaOffset, n);
+    WeighRow(u, row.r, row.g, row.b, kBt601Of24Bit.u, kChromaOffset, n);
+    WeighRow(v, row.r, row.g, row.b, kBt601Of24Bit.v, kChromaOffset, n);
+}
+
+// The chroma of n columns of a row pair. An odd last column has blocks one column wide.
+void ReduceBlocks(KorUint8* dst, const KorUint8* a, const KorUint8* b, KorSizeT n) {
+    AverageBlocks(dst, a, b, n / 2);
+    if (IsOdd(n)) {
+        dst[n / 2] = Average(a[n - 1], b[n - 1]);
+    }
+}
+
+void WriteCornerChroma(Plane plane, KorSizeT widthC, KorSizeT heightC, KorUint8 own) {
+    KorUint8* corner = plane.Row(heightC) + widthC;
+    const KorUint8 left = widthC != 0 ? corner[-1] : own;
+    const KorUint8 above = heightC != 0 ? plane.Row(heightC - 1)[widthC] : left;
+    *corner = Average(above, widthC != 0 ? left : above);
+}
+
+template <const RgbLayout& layout>
+void Capture24Bit(Plane y, Plane u, Plane v, const KorUint8* rgb, KorSizeT pitchRgb, KorSizeT width, KorSizeT height, KorBool flip) {
+    if (width == 0 || height == 0) {
+        return;
+    }
+    const SourceRows rows = ReadingOrder(rgb, pitchRgb, height, flip);
+    const KorSizeT widthC = width / 2;
+    const KorSizeT width2 = 2 * widthC;
+    const KorSizeT heightC = height / 2;
+    const KorSizeT height2 = 2 * heightC;
+    Run u0, v0, u1, v1;
+    for (KorSizeT i = 0; i < heightC; ++i) {
+        for (KorSizeT start = 0; start < width; start += kRun) {
+            const KorSizeT n = Min(kRun, width - start);
+            Convert24Bit<layout>(y.Row(2 * i) + start, u0, v0, rows.Row(2 * i) + 3 * start, n);
+            Convert24Bit<layout>(y.Row(2 * i + 1) + start, u1, v1, rows.Row(2 * i + 1) + 3 * start, n);
+            ReduceBlocks(u.Row(i) + start / 2, u0, u1, n);
+            ReduceBlocks(v.Row(i) + start / 2, v0, v1, n);
+        }
+        // Deliberate: the luma of an odd last column is repeated one column further right.
+        if (IsOdd(width)) {
+            y.Row(2 * i)[width] = y.Row(2 * i)[width2];
+            y.Row(2 * i + 1)[width] = y.Row(2 * i + 1)[width2];
+        }
+    }
+    if (IsOdd(height)) {
+        for (KorSizeT start = 0; start < width2; start += kRun) {
+            const KorSizeT n = Min(kRun, width2 - start);
+            Convert24Bit<layout>(y.Row(height2) + start, u0, v0, rows.Row(height2) + 3 * start, n);
+            AveragePairs(u.Row(heightC) + start / 2, u0, n / 2);
+            AveragePairs(v.Row(heightC) + start / 2, v0, n / 2);
+        }
+        // Deliberate: the luma of an odd last row is repeated in the row below the picture.
+        if (width2 != 0) {
+            KorMemCpy(y.Row(height), y.Row(height2), width2);
+        }
+    }
+    if (IsOdd(width) && IsOdd(height)) {
+        // Deliberate: the corner repeats the luma above it and blends the chroma above and to its left. Only where
+        // there is no neighbour to take from, its own pixel is converted.
+        KorUint8 yOwn, uOwn, vOwn;
+        Convert24Bit<layout>(&yOwn, &uOwn, &vOwn, rows.Row(height2) + 3 * width2, 1);
+        y.Row(height2)[width2] = heightC != 0 ? y.Row(height2 - 1)[width2] : yOwn;
+        WriteCornerChroma(u, widthC, heightC, uOwn);
+        WriteCornerChroma(v, widthC, heightC, vOwn);
+    }
+}
+
+}  // namespace
+
+void KorRGBAToI420_C_(KorUint8* y, KorSizeT pitchY,
+                      KorUint8* u, KorSizeT pitchU,
+                      KorUint8* v, KorSizeT pitchV,
+                      const KorUint8* x, KorSizeT pitchX,
+                      KorSizeT width, KorSizeT height, KorBool flip) {
+    if (width == 0 || height == 0) {
+        return;
+    }
+    XXXXToI420_C_<kRgba>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kBt601, kBt601);
+}
+
+void KorBGRAToI420_C_(KorUint8* y, KorSizeT pitchY,
+                      KorUint8* u, KorSizeT pitchU,
+                      KorUint8* v, KorSizeT pitchV,
+                      const KorUint8* x, KorSizeT pitchX,
+                      KorSizeT width, KorSizeT height, KorBool flip) {
+    if (width == 0 || height == 0) {
+        return;
+    }
+    XXXXToI420_C_<kBgra>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kBt601, kBt601);
+}
+
+void KorARGBToI420_C_(KorUint8* y, KorSizeT pitchY,
+                      KorUint8* u, KorSizeT pitchU,
+                      KorUint8* v, KorSizeT pitchV,
+                      const KorUint8* x, KorSizeT pitchX,
+                      KorSizeT width, KorSizeT height, KorBool flip) {
+    if (width == 0 || height == 0) {
+        return;
+    }
+    XXXXToI420_C_<kArgb>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kBt601, kBt601);
+}
+
+void KorABGRToI420_C_(KorUint8* y, KorSizeT pitchY,
+                      KorUint8* u, KorSizeT pitchU,
+                      KorUint8* v, KorSizeT pitchV,
+                      const KorUint8* x, KorSizeT pitchX,
+                      KorSizeT width, KorSizeT height, KorBool flip) {
+    if (width == 0 || height == 0) {
+        return;
+    }
+    XXXXToI420_C_<kAbgr>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kBt601, kBt601);
+}
+
+void KorBGRAToI444_C_(KorUint8* y, KorSizeT pitchY,
+                      KorUint8* u, KorSizeT pitchU,
+                      KorUint8* v, KorSizeT pitchV,
+                      const KorUint8* x, KorSizeT pitchX,
+                      KorSizeT width, KorSizeT height, KorBool flip) {
+    if (width == 0 || height == 0) {
+        return;
+    }
+    XXXXToI444_C_<kBgra>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kBt601);
+}
+
+void KorBGRAToI420UsingBT709_C_(KorUint8* y, KorSizeT pitchY,
+                                KorUint8* u, KorSizeT pitchU,
+                                KorUint8* v, KorSizeT pitchV,
+                                const KorUint8* x, KorSizeT pitchX,
+                                KorSizeT width, KorSizeT height, KorBool flip) {
+    if (width == 0 || height == 0) {
+        return;
+    }
+    const Plane luma = {y, pitchY};
+    XXXXToI420_C_<kBgra>(luma, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kBt709, kBt709);
+    const KorSizeT width2 = width & ~KorSizeT{1};
+    if (IsOdd(height) && width2 != 0) {
+        // Deliberate: the luma of an odd last row is repeated in the row below the picture, without an odd last column.
+        KorMemCpy(luma.Row(height), luma.Row(height - 1), width2);
+    }
+}
+
+void KorBGRAToI444UsingBT709_C_(KorUint8* y, KorSizeT pitchY,
+                                KorUint8* u, KorSizeT pitchU,
+                                KorUint8* v, KorSizeT pitchV,
+                                const KorUint8* x, KorSizeT pitchX,
+                                KorSizeT width, KorSizeT height, KorBool flip) {
+    if (width == 0 || height == 0) {
+        return;
+    }
+    // Deliberate: a set flip chooses the first row and no more. From there the walk goes downwards, past the picture.
+    const SourceRows rows = {ReadingOrder(x, pitchX, height, flip).first, static_cast<KorDistanceT>(pitchX)};
+    XXXXToI444_C_<kBgra>({y, pitchY}, {u, pitchU}, {v, pitchV}, rows, width, height, kBt709);
+}
+
+void KorBGRAToI420General_C_(KorUint8* y, KorSizeT pitchY,
+                             KorUint8* u, KorSizeT pitchU,
+                             KorUint8* v, KorSizeT pitchV,
+                             const KorUint8* x, KorSizeT pitchX,
+                             KorSizeT width, KorSizeT height, KorBool flip, const KorInt (*coeffs)[3]) {
+    if (width == 0 || height == 0) {
+        return;
+    }
+    const Plane planeY = {y, pitchY};
+    const Plane planeU = {u, pitchU};
+    const Plane planeV = {v, pitchV};
+    const SourceRows rows = ReadingOrder(x, pitchX, height, flip);
+    const KorSizeT widthC = (width + 1) / 2;
+    const KorSizeT heightC = (height + 1) / 2;
+    // The luma that is written includes the spare column and row of odd sizes.
+    if (Overlap(coeffs, planeY, 2 * widthC, 2 * heightC) || Overlap(coeffs, planeU, widthC, heightC) || Overlap(coeffs, planeV, widthC, heightC)) {
+        CaptureGeneralOverlapping(planeY, planeU, planeV, rows, width, height, coeffs);
+    } else {
+        CaptureGeneral(planeY, planeU, planeV, rows, width, height, coeffs);
+    }
+}
+
+void KorRawToI420_C_(KorUint8* y, KorSizeT pitchY,
+                     KorUint8* u, KorSizeT pitchU,
+                     KorUint8* v, KorSizeT pitchV,
+                     const KorUint8* rgb, KorSizeT pitchRgb,
+                     KorSizeT width, KorSizeT height, KorBool flip) {
+    Capture24Bit<kRgba>({y, pitchY}, {u, pitchU}, {v, pitchV}, rgb, pitchRgb, width, height, flip);
+}
+
+void Kor24BGToI420_C_(KorUint8* y, KorSizeT pitchY,
+                      KorUint8* u, KorSizeT pitchU,
+                      KorUint8* v, KorSizeT pitchV,
+                      const KorUint8* bgr, KorSizeT pitchBgr,
+                      KorSizeT width, KorSizeT height, KorBool flip) {
+    Capture24Bit<kBgra>({y, pitchY}, {u, pitchU}, {v, pitchV}, bgr, pitchBgr, width, height, flip);
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// 4  YUV to RGB
+//
+// Noise is a stage of its own: it turns a run of samples into a run of noisy samples, and the plain kernels behind it
+// do not know of it. Colour works in 16-bit lanes; the bounds stand with the kernels.
+// ---------------------------------------------------------------------------------------------------------------------
+
+namespace {
+
+constexpr KorSizeT kNoiseEntries = 16384;
+constexpr KorSizeT kAnyStart = 0x3fff;
+constexpr KorSizeT kAlignedStart = 0x3ff8;
+
+constexpr KorSizeT RoundUpTo8(KorSizeT n) {
+    return (n + 7) & ~KorSizeT{7};
+}
+
+// The noise of one plane. The index is that of the sample in row 0 and column 0; it grows without limit and is reduced
+// only where the table is read.
+struct Noise {
+    KorSizeT index;
+    KorSizeT stride;
+    KorUint rsBits;
+};
+
+struct PlaneNoise {
+    Noise y, u, v;
+};
+
+constexpr KorUint LumaShift(KorUint ditherLevel) {
+    return 3 - ditherLevel;
+}
+
+constexpr KorUint ChromaShift(KorUint ditherLevel) {
+    return 4 - ditherLevel;
+}
+
+// Levels beyond the four that are defined count as Off.
+constexpr bool IsDithering(KorUint ditherLevel) {
+    return ditherLevel != KOR_VIDEOFRAMEDITHERLEVEL_Off && ditherLevel <= KOR_VIDEOFRAMEDITHERLEVEL_2;
+}
+
+KorSizeT DrawIndex(KorSizeT startMask) {
+    KorSizeT index = 0;
+    KorRandomGetBytes(reinterpret_cast<char*>(&index), sizeof index);
+    return index & startMask;
+}
+
+// The filter draws 16 bits and leaves the reduction to the table's reader.
+KorSizeT DrawShortIndex() {
+    KorUint16 index = 0;
+    KorRandomGetBytes(reinterpret_cast<char*>(&index), sizeof index);
+    return index;
+}
+
+// Draws the start of each plane's noise, in the order Y, U, V.
+PlaneNoise DrawNoise(KorUint ditherLevel, KorSizeT chromaStart, KorSizeT strideY, KorSizeT strideC) {
+    const KorSizeT indexNoiseY = DrawIndex(kAlignedStart);
+    const KorSizeT indexNoiseU = DrawIndex(chromaStart);
+    const KorSizeT indexNoiseV = DrawIndex(chromaStart);
+    return {{indexNoiseY, strideY, LumaShift(ditherLevel)}, {indexNoiseU, strideC, ChromaShift(ditherLevel)}, {indexNoiseV, strideC, ChromaShift(ditherLevel)}};
+}
+
+// KorByteClip in a 16-bit lane. The mask is the lower limit; written as a second condition it would be widened into
+// compares and selects instead of one operation.
+constexpr KorInt16 ClipLane(KorInt16 value) {
+    const KorInt16 atLeast0 = static_cast<KorInt16>(value & ~(value >> 15));
+    return atLeast0 > 255 ? KorInt16{255} : atLeast0;
+}
+
+static_assert(ClipLane(-32768) == 0 && ClipLane(-1) == 0 && ClipLane(0) == 0 && ClipLane(255) == 255 && ClipLane(256) == 255 && ClipLane(32767) == 255, "saturates at both ends");
+
+// A sample with noise. Limiting the entry to 13 bits first keeps every step within 16 bits and changes no result: at
+// the largest shift, 4, the limits still scale to -256 and 256, which saturate any sample.
+template <KorUint rsBits>
+constexpr KorUint8 NoisySample(KorUint8 sample, KorInt16 entry) {
+    static_assert(rsBits <= 4, "the limits of the entry are chosen for shifts up to 4");
+    constexpr KorInt rsRound = (1 << rsBits) >> 1;
+    const KorInt16 atLeast = entry < -4096 ? KorInt16{-4096} : entry;
+    const KorInt16 limited = atLeast > 4095 ? KorInt16{4095} : atLeast;
+    const KorInt16 noise = static_cast<KorInt16>((limited + rsRound) >> rsBits);
+    return static_cast<KorUint8>(ClipLane(static_cast<KorInt16>(sample + noise)));
+}
+
+static_assert(NoisySample<2>(100, -3) == 99 && NoisySample<2>(100, -2) == 100 && NoisySample<2>(100, 1) == 100, "noise is rounded, then floored");
+static_assert(NoisySample<0>(255, -32768) == 0 && NoisySample<4>(0, 32767) == 255 && NoisySample<4>(255, -32768) == 0, "extreme entries saturate");
+
+template <KorUint rsBits>
+KOR_KERNEL void AddNoiseRow(KorUint8* KOR_RESTRICT dst, const KorUint8* KOR_RESTRICT src, const KorInt16* KOR_RESTRICT tbl, KorSizeT n) {
+    for (KorSizeT i = 0; i < n; ++i) {
+        dst[i] = NoisySample<rsBits>(src[i], tbl[i]);
+    }
+}
+
+// Adds the noise from index on, which starts anew at the end of the table.
+void AddNoise(KorUint8* dst, const KorUint8* src, KorSizeT index, KorUint rsBits, KorSizeT n) {
+    while (n != 0) {
+        const KorSizeT entry = index & (kNoiseEntries - 1);
+        const KorSizeT run = Min(n, kNoiseEntries - entry);
+        const KorInt16* tbl = KorTblDitherStd4 + entry;
+        switch (rsBits) {
+            case 0:
+                AddNoiseRow<0>(dst, src, tbl, run);
+                break;
+            case 1:
+                AddNoiseRow<1>(dst, src, tbl, run);
+                break;
+            case 2:
+                AddNoiseRow<2>(dst, src, tbl, run);
+                break;
+            case 3:
+                AddNoiseRow<3>(dst, src, tbl, run);
+                break;
+            default:
+                AddNoiseRow<4>(dst, src, tbl, run);
+                break;
+        }
+        dst += run;
+        src += run;
+        index += run;
+        n -= run;
+    }
+}
+
+// A plane that is read, with noise or without.
+struct SourcePlane {
+    const KorUint8* samples;
+    KorSizeT pitch;
+    const Noise* noise;
+
+    // n samples of a row: those of the plane itself or, with noise, in the run that is handed in.
+    const KorUint8* Read(KorUint8* noisy, KorSizeT row, KorSizeT start, KorSizeT n) const {
+        const KorUint8* plain = samples + row * pitch + start;
+        if (noise == nullptr) {
+            return plain;
+        }
+        AddNoise(noisy, plain, noise->index + row * noise->stride + start, noise->rsBits, n);
+        return noisy;
+    }
+};
+
+struct SourcePlanes {
+    SourcePlane y, u, v;
+
+    void Dither(const PlaneNoise& noise) {
+        y.noise = &noise.y;
+        u.noise = &noise.u;
+        v.noise = &noise.v;
+    }
+};
+
+// Hands out an I420 picture in runs of 2 by 2 blocks: write(row, start, y0, y1, u, v, n) gets n columns of the two luma
+// rows from (start, row) on, and their chroma. What is left over of odd sizes is not handed out.
+template <class Write>
+void ForEachBlockRun(const SourcePlanes& planes, KorSizeT width, KorSizeT height, Write write) {
+    const KorSizeT width2 = width & ~KorSizeT{1};
+    const KorSizeT heightC = height >> 1;
+    Run y0, y1, u, v;
+    for (KorSizeT i = 0; i < heightC; ++i) {
+        for (KorSizeT start = 0; start < width2; start += kRun) {
+            const KorSizeT n = Min(kRun, width2 - start);
+            write(2 * i, start,
+                  planes.y.Read(y0, 2 * i, start, n), planes.y.Read(y1, 2 * i + 1, start, n),
+                  planes.u.Read(u, i, start / 2, n / 2), planes.v.Read(v, i, start / 2, n / 2), n);
+        }
+    }
+}
+
+// What chroma adds to the luma of each channel.
+struct TermRun {
+    KorInt16 rR[kRun];
+    KorInt16 gG[kRun];
+    KorInt16 bB[kRun];
+};
+
+// A fixed matrix: rR = ((V * rV) >> 7) - rBias, gG = gBias - ((U * gU + V * gV) >> 6), bB = ((U * bU) >> 6) - bBias.
+// The biases hold the offsets of luma and chroma. All products stay below 2^16.
+struct YuvToRgbMatrix {
+    KorUint16 rV, gU, gV, bU;
+    KorInt16 rBias, gBias, bBias;
+};
+
+// ITU-R BT.601 and BT.709, limited range. With these truncated constants BT.601 renders white as 254, 254, 254, and
+// BT.709 as 254, 255, 254.
+constexpr YuvToRgbMatrix kRenderBt601 = {204, 25, 52, 129, 223, 135, 277};
+constexpr YuvToRgbMatrix kRenderBt709 = {229, 14, 34, 135, 248, 78, 289};
+
+// 149/128, in units of 1/256.
+constexpr KorInt kRenderLuma = 298;
+
+// Three rows R, G, B with the multipliers of luma, U - 128 and V - 128, in units of 1/256.
+struct RenderCoefficients {
+    KorInt rows[3][3];
+};
+
+KOR_KERNEL void WriteTerms(KorInt16* KOR_RESTRICT rR, KorInt16* KOR_RESTRICT gG, KorInt16* KOR_RESTRICT bB, const KorUint8* KOR_RESTRICT u, const KorUint8* KOR_RESTRICT v, const YuvToRgbMatrix& matrix, KorSizeT n) {
+    const YuvToRgbMatrix m = matrix;
+    for (KorSizeT i = 0; i < n; ++i) {
+        rR[i] = static_cast<KorInt16>((static_cast<KorUint16>(v[i] * m.rV) >> 7) - m.rBias);
+        gG[i] = static_cast<KorInt16>(m.gBias - (static_cast<KorUint16>(u[i] * m.gU + v[i] * m.gV) >> 6));
+        bB[i] = static_cast<KorInt16>((static_cast<KorUint16>(u[i] * m.bU) >> 6) - m.bBias);
+    }
+}
+
+// The chroma term of one channel with a caller's coefficients. The sum wraps modulo 2^32 by contract.
+constexpr KorInt CallerTerm(const KorInt (&row)[3], KorUint8 u, KorUint8 v) {
+    const KorUint sum = static_cast<KorUint>(u - 128) * static_cast<KorUint>(row[1]) + static_cast<KorUint>(v - 128) * static_cast<KorUint>(row[2]) - 16u * static_cast<KorUint>(row[0]) + 128u;
+    return static_cast<KorInt>(sum) >> 8;
+}
+
+static_assert(CallerTerm({256, 0, 0}, 0, 0) == -16 && CallerTerm({0, 0, 0}, 9, 9) == 0, "chroma terms are rounded, then floored");
+static_assert(CallerTerm({0, 1, 0}, 0, 128) == 0 && CallerTerm({0, 129, 0}, 127, 128) == -1, "rounded toward minus infinity");
+
+// Luma multipliers whose products fit a 16-bit lane: their luma lies between -8192 and 8415, so that terms beyond the
+// limits below saturate whatever the luma is.
+constexpr bool FitsLanes(KorInt lumaMultiplier) {
+    return lumaMultiplier >= -8192 && lumaMultiplier <= 8191;
+}
+constexpr KorInt kLowestTerm = -8448;
+constexpr KorInt kHighestTerm = 8447;
+
+KOR_KERNEL void WriteCallerTerms(KorInt16* KOR_RESTRICT terms, const KorUint8* KOR_RESTRICT u, const KorUint8* KOR_RESTRICT v, const KorInt (&row)[3], KorSizeT n) {
+    const KorInt local[3] = {row[0], row[1], row[2]};
+    for (KorSizeT i = 0; i < n; ++i) {
+        terms[i] = static_cast<KorInt16>(KorClip3(kLowestTerm, kHighestTerm, CallerTerm(local, u[i], v[i])));
+    }
+}
+
+// (y * multiplier) >> 8 in a 16-bit lane, by whole and fraction of the multiplier.
+constexpr KorInt16 LumaLane(KorUint8 y, KorInt16 whole, KorUint16 fraction) {
+    return static_cast<KorInt16>(y * whole + (static_cast<KorUint16>(y * fraction) >> 8));
+}
+
+// Two neighbouring bytes as the 16-bit word that holds them in memory.
+constexpr KorUint16 BytePair(KorInt16 first, KorInt16 second) {
+#if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
+    return static_cast<KorUint16>(first << 8 | second);
+#else
+    return static_cast<KorUint16>(second << 8 | first);
+#endif
+}
+
+// Puts a pixel together in registers and writes it as two words: single bytes would not be widened.
+template <const RgbLayout& layout>
+KOR_INLINE inline void WritePixel(KorUint8* x, KorInt16 yY, KorInt16 rR, KorInt16 gG, KorInt16 bB) {
+    KorInt16 bytes[4] = {255, 255, 255, 255};
+    bytes[layout.ro] = ClipLane(static_cast<KorInt16>(yY + rR));
+    bytes[layout.go] = ClipLane(static_cast<KorInt16>(yY + gG));
+    bytes[layout.bo] = ClipLane(static_cast<KorInt16>(yY + bB));
+    const KorUint16 front = BytePair(bytes[0], bytes[1]);
+    const KorUint16 back = BytePair(bytes[2], bytes[3]);
+    KorMemCpy(x, &front, 2);
+    KorMemCpy(x + 2, &back, 2);
+}
+
+// A row of pairs of pixels, one set of terms a pair.
+template <const RgbLayout& layout>
+KOR_KERNEL void RenderPairs(KorUint8* KOR_RESTRICT x, const KorUint8* KOR_RESTRICT y, const KorInt16* KOR_RESTRICT rR, const KorInt16* KOR_RESTRICT gG, const KorInt16* KOR_RESTRICT bB, KorInt lumaMultiplier, KorSizeT n) {
+    const KorInt16 whole = static_cast<KorInt16>(lumaMultiplier >> 8);
+    const KorUint16 fraction = LowByte(static_cast<KorUint>(lumaMultiplier));
+    for (KorSizeT i = 0; i < n; ++i) {
+        WritePixel<layout>(x + 8 * i, LumaLane(y[2 * i], whole, fraction), rR[i], gG[i], bB[i]);
+        WritePixel<layout>(x + 8 * i + 4, LumaLane(y[2 * i + 1], whole, fraction), rR[i], gG[i], bB[i]);
+    }
+}
+
+// A row of pixels, each with terms of its own.
+template <const RgbLayout& layout>
+KOR_KERNEL void RenderPixels(KorUint8* KOR_RESTRICT x, const KorUint8* KOR_RESTRICT y, const KorInt16* KOR_RESTRICT rR, const KorInt16* KOR_RESTRICT gG, const KorInt16* KOR_RESTRICT bB, KorInt lumaMultiplier, KorSizeT n) {
+    const KorInt16 whole = static_cast<KorInt16>(lumaMultiplier >> 8);
+    const KorUint16 fraction = LowByte(static_cast<KorUint>(lumaMultiplier));
+    for (KorSizeT i = 0; i < n; ++i) {
+        WritePixel<layout>(x + 4 * i, LumaLane(y[i], whole, fraction), rR[i], gG[i], bB[i]);
+    }
+}
+
+// A row of pairs of BGRA pixels in 32-bit arithmetic, for luma multipliers that do not fit the lanes.
+KOR_KERNEL void RenderPairsWide(KorUint8* KOR_RESTRICT x, const KorUint8* KOR_RESTRICT y, const KorUint8* KOR_RESTRICT u, const KorUint8* KOR_RESTRICT v, const RenderCoefficients& coeffs, KorSizeT n) {
+    for (KorSizeT i = 0; i < 2 * n; ++i) {
+        const KorInt yY = static_cast<KorInt>(y[i] * static_cast<KorUint>(coeffs.rows[0][0])) >> 8;
+        x[4 * i + kBgra.ro] = KorByteClip(yY + CallerTerm(coeffs.rows[0], u[i / 2], v[i / 2]));
+        x[4 * i + kBgra.go] = KorByteClip(yY + CallerTerm(coeffs.rows[1], u[i / 2], v[i / 2]));
+        x[4 * i + kBgra.bo] = KorByteClip(yY + CallerTerm(coeffs.rows[2], u[i / 2], v[i / 2]));
+        x[4 * i + kBgra.ao] = 255;
+    }
+}
+
+// 32-bit pixels squeezed to their first three bytes. Each four-byte copy is overwritten in part by the next; the last
+// pixel of the run has none behind it.
+KOR_KERNEL void SqueezePixels(KorUint8* KOR_RESTRICT bgr, const KorUint8* KOR_RESTRICT x, KorSizeT n) {
+    for (KorSizeT i = 0; i + 1 < n; ++i) {
+        KorMemCpy(bgr + 3 * i, x + 4 * i, 4);
+    }
+    KorMemCpy(bgr + 3 * (n - 1), x + 4 * (n - 1), 3);
+}
+
+// Draws the noise of an I420 renderer: luma walks a raster, chroma runs on from one row to the next.
+PlaneNoise DrawI420Noise(KorUint ditherLevel, KorSizeT width) {
+    return DrawNoise(ditherLevel, kAnyStart, RoundUpTo8(width), width >> 1);
+}
+
+template <const RgbLayout& layout>
+void I420ToXXXX_C_(SourcePlanes planes, Plane x, KorSizeT width, KorSizeT height, const YuvToRgbMatrix& matrix, KorUint ditherLevel) {
+    PlaneNoise noise;
+    if (IsDithering(ditherLevel)) {
+        noise = DrawI420Noise(ditherLevel, width);
+        planes.Dither(noise);
+    }
+    TermRun terms;
+    ForEachBlockRun(planes, width, height, [&](KorSizeT row, KorSizeT start, const KorUint8* y0, const KorUint8* y1, const KorUint8* u, const KorUint8* v, KorSizeT n) {
+        WriteTerms(terms.rR, terms.gG, terms.bB, u, v, matrix, n / 2);
+        RenderPairs<layout>(x.Row(row) + 4 * start, y0, terms.rR, terms.gG, terms.bB, kRenderLuma, n / 2);
+        RenderPairs<layout>(x.Row(row + 1) + 4 * start, y1, terms.rR, terms.gG, terms.bB, kRenderLuma, n / 2);
+    });
+}
+
+void I444ToBGRA(SourcePlanes planes, Plane x, KorSizeT width, KorSizeT height, const YuvToRgbMatrix& matrix, KorUint ditherLevel) {
+    PlaneNoise noise;
+    if (IsDithering(ditherLevel)) {
+        noise = DrawNoise(ditherLevel, kAnyStart, RoundUpTo8(width), RoundUpTo8(width));
+        planes.Dither(noise);
+    }
+    Run noisyY, noisyU, noisyV;
+    TermRun terms;
+    for (KorSizeT row = 0; row < height; ++row) {
+        for (KorSizeT start = 0; start < width; start += kRun) {
+            const KorSizeT n = Min(kRun, width - start);
+            const KorUint8* y = planes.y.Read(noisyY, row, start, n);
+            const KorUint8* u = planes.u.Read(noisyU, row, start, n);
+            const KorUint8* v = planes.v.Read(noisyV, row, start, n);
+            WriteTerms(terms.rR, terms.gG, terms.bB, u, v, matrix, n);
+            RenderPixels<kBgra>(x.Row(row) + 4 * start, y, terms.rR, terms.gG, terms.bB, kRenderLuma, n);
+        }
+    }
+}
+
+}  // namespace
+
+void KorI420ToRGBA_C_(const KorUint8* y, KorSizeT pitchY,
+                      const KorUint8* u, KorSizeT pitchU,
+                      const KorUint8* v, KorSizeT pitchV,
+                      KorUint8* x, KorSizeT pitchX,
+                      KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
+    I420ToXXXX_C_<kRgba>({{y, pitchY, nullptr}, {u, pitchU, nullptr}, {v, pitchV, nullptr}}, {x, pitchX}, width, height, kRenderBt601, ditherLevel);
+}
+
+void KorI420ToBGRA_C_(const KorUint8* y, KorSizeT pitchY,
+                      const KorUint8* u, KorSizeT pitchU,
+                      const KorUint8* v, KorSizeT pitchV,
+                      KorUint8* x, KorSizeT pitchX,
+                      KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
+    I420ToXXXX_C_<kBgra>({{y, pitchY, nullptr}, {u, pitchU, nullptr}, {v, pitchV, nullptr}}, {x, pitchX}, width, height, kRenderBt601, ditherLevel);
+}
+
+void KorI420ToARGB_C_(const KorUint8* y, KorSizeT pitchY,
+                      const KorUint8* u, KorSizeT pitchU,
+                      const KorUint8* v, KorSizeT pitchV,
+                      KorUint8* x, KorSizeT pitchX,
+                      KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
+    I420ToXXXX_C_<kArgb>({{y, pitchY, nullptr}, {u, pitchU, nullptr}, {v, pitchV, nullptr}}, {x, pitchX}, width, height, kRenderBt601, ditherLevel);
+}
+
+void KorI420ToABGR_C_(const KorUint8* y, KorSizeT pitchY,
+                      const KorUint8* u, KorSizeT pitchU,
+                      const KorUint8* v, KorSizeT pitchV,
+                      KorUint8* x, KorSizeT pitchX,
+                      KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
+    I420ToXXXX_C_<kAbgr>({{y, pitchY, nullptr}, {u, pitchU, nullptr}, {v, pitchV, nullptr}}, {x, pitchX}, width, height, kRenderBt601, ditherLevel);
+}
+
+void KorI444ToBGRA_C_(const KorUint8* y, KorSizeT pitchY,
+                      const KorUint8* u, KorSizeT pitchU,
+                      const KorUint8* v, KorSizeT pitchV,
+                      KorUint8* x, KorSizeT pitchX,
+                      KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
+    I444ToBGRA({{y, pitchY, nullptr}, {u, pitchU, nullptr}, {v, pitchV, nullptr}}, {x, pitchX}, width, height, kRenderBt601, ditherLevel);
+}
+
+void KorI444ToBGRAUsingBT709_C_(const KorUint8* y, KorSizeT pitchY,
+                                const KorUint8* u, KorSizeT pitchU,
+                                const KorUint8* v, KorSizeT pitchV,
+                                KorUint8* x, KorSizeT pitchX,
+                                KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
+    I444ToBGRA({{y, pitchY, nullptr}, {u, pitchU, nullptr}, {v, pitchV, nullptr}}, {x, pitchX}, width, height, kRenderBt709, ditherLevel);
+}
+
+void KorI420ToBGRAUsingBT709_C_(const KorUint8* y, KorSizeT pitchY,
+                                const KorUint8* u, KorSizeT pitchU,
+                                const KorUint8* v, KorSizeT pitchV,
+                                KorUint8* x, KorSizeT pitchX,
+                                KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
+    I420ToXXXX_C_<kBgra>({{y, pitchY, nullptr}, {u, pitchU, nullptr}, {v, pitchV, nullptr}}, {x, pitchX}, width, height, kRenderBt709, ditherLevel);
+}
+
+void KorI420ToBGRAGeneral_C_(const KorUint8* y, KorSizeT pitchY,
+                             const KorUint8* u, KorSizeT pitchU,
+                             const KorUint8* v, KorSizeT pitchV,
+                             KorUint8* x, KorSizeT pitchX,
+                             KorSizeT width, KorSizeT height, const KorInt (*coeffs)[3], KorVideoFrameDitherLevel ditherLevel) {
+    SourcePlanes planes = {{y, pitchY, nullptr}, {u, pitchU, nullptr}, {v, pitchV, nullptr}};
+    PlaneNoise noise;
+    if (IsDithering(ditherLevel)) {
+        noise = DrawI420Noise(ditherLevel, width);
+        planes.Dither(noise);
+    }
+    const Plane out = {x, pitchX};
+    RenderCoefficients matrix;
+    KorMemCpy(&matrix, coeffs, sizeof matrix);
+    // Deliberate: row 0 gives the luma multiplier of all three channels; the luma offset comes from each row's own.
+    const KorInt lumaMultiplier = matrix.rows[0][0];
+    TermRun terms;
+    ForEachBlockRun(planes, width, height, [&](KorSizeT row, KorSizeT start, const KorUint8* y0, const KorUint8* y1, const KorUint8* uRun, const KorUint8* vRun, KorSizeT n) {
+        KorUint8* x0 = out.Row(row) + 4 * start;
+        KorUint8* x1 = out.Row(row + 1) + 4 * start;
+        if (FitsLanes(lumaMultiplier)) {
+            WriteCallerTerms(terms.rR, uRun, vRun, matrix.rows[0], n / 2);
+            WriteCallerTerms(terms.gG, uRun, vRun, matrix.rows[1], n / 2);
+            WriteCallerTerms(terms.bB, uRun, vRun, matrix.rows[2], n / 2);
+            RenderPairs<kBgra>(x0, y0, terms.rR, terms.gG, terms.bB, lumaMultiplier, n / 2);
+            RenderPairs<kBgra>(x1, y1, terms.rR, terms.gG, terms.bB, lumaMultiplier, n / 2);
+        } else {
+            RenderPairsWide(x0, y0, uRun, vRun, matrix, n / 2);
+            RenderPairsWide(x1, y1, uRun, vRun, matrix, n / 2);
+        }
+    });
+}
+
+void KorI420To24BG_C_(const KorUint8* y, KorSizeT pitchY,
+                      const KorUint8* u, KorSizeT pitchU,
+                      const KorUint8* v, KorSizeT pitchV,
+                      KorUint8* x, KorSizeT pitchX,
+                      KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
+    SourcePlanes planes = {{y, pitchY, nullptr}, {u, pitchU, nullptr}, {v, pitchV, nullptr}};
+    PlaneNoise noise;
+    if (IsDithering(ditherLevel)) {
+        noise = DrawI420Noise(ditherLevel, width);
+        planes.Dither(noise);
+    }
+    const Plane out = {x, pitchX};
+    TermRun terms;
+    KorUint8 pixels[4 * kRun];
+    ForEachBlockRun(planes, width, height, [&](KorSizeT row, KorSizeT start, const KorUint8* y0, const KorUint8* y1, const KorUint8* uRun, const KorUint8* vRun, KorSizeT n) {
+        WriteTerms(terms.rR, terms.gG, terms.bB, uRun, vRun, kRenderBt601, n / 2);
+        RenderPairs<kBgra>(pixels, y0, terms.rR, terms.gG, terms.bB, kRenderLuma, n / 2);
+        SqueezePixels(out.Row(row) + 3 * start, pixels, n);
+        RenderPairs<kBgra>(pixels, y1, terms.rR, terms.gG, terms.bB, kRenderLuma, n / 2);
+        SqueezePixels(out.Row(row + 1) + 3 * start, pixels, n);
+    });
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// 5  Packed and semi-planar YUV
+// ---------------------------------------------------------------------------------------------------------------------
+
+namespace {
+
+// The bytes of a group of two pixels: the left luma sample (the right one lies two bytes further), U and V.
+struct PackedLayout {
+    KorSizeT y, u, v;
+};
+
+constexpr PackedLayout kYuy2 = {0, 1, 3};
+constexpr PackedLayout kUyvy = {1, 0, 2};
+
+template <const PackedLayout& layout>
+KOR_KERNEL void TakeLuma(KorUint8* KOR_RESTRICT y, const KorUint8* KOR_RESTRICT x, KorSizeT n) {
+    for (KorSizeT i = 0; i < n; ++i) {
+        y[i] = x[2 * i + layout.y];
+    }
+}
+
+// The chroma of n groups of a row pair.
+template <const PackedLayout& layout>
+KOR_KERNEL void AverageChroma(KorUint8* KOR_RESTRICT u, KorUint8* KOR_RESTRICT v, const KorUint8* KOR_RESTRICT x0, const KorUint8* KOR_RESTRICT x1, KorSizeT n) {
+    for (KorSizeT i = 0; i < n; ++i) {
+        u[i] = static_cast<KorUint8>((x0[4 * i + layout.u] + x1[4 * i + layout.u] + 1) >> 1);
+        v[i] = static_cast<KorUint8>((x0[4 * i + layout.v] + x1[4 * i + layout.v] + 1) >> 1);
+    }
+}
+
+// The lower row of a pair. The last row of an odd height is its own lower row: its luma is written twice, and its
+// chroma is the average of itself.
+const KorUint8* LowerRow(SourceRows rows, KorSizeT row, KorSizeT height) {
+    return rows.Row(Min(row + 1, height - 1));
+}
+
+// Deliberate: an odd height writes the row below the picture as well.
+template <const PackedLayout& layout>
+void PackedToI420(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorSizeT height) {
+    const KorSizeT widthC = width >> 1;
+    for (KorSizeT row = 0; row < height; row += 2) {
+        const KorUint8* x0 = rows.Row(row);
+        const KorUint8* x1 = LowerRow(rows, row, height);
+        TakeLuma<layout>(y.Row(row), x0, 2 * widthC);
+        TakeLuma<layout>(y.Row(row + 1), x1, 2 * widthC);
+        AverageChroma<layout>(u.Row(row / 2), v.Row(row / 2), x0, x1, widthC);
+    }
+}
+
+template <const PackedLayout& layout>
+void ReversePacked(TurnedPlane y, TurnedPlane u, TurnedPlane v, SourceRows rows, KorSizeT width, KorSizeT height) {
+    Run run, runV;
+    for (KorSizeT row = 0; row < height; row += 2) {
+        for (KorSizeT start = 0; start < width; start += kRun) {
+            const KorSizeT n = Min(kRun, width - start);
+            const KorUint8* x0 = rows.Row(row) + 2 * start;
+            const KorUint8* x1 = LowerRow(rows, row, height) + 2 * start;
+            TakeLuma<layout>(run, x0, n);
+            ReverseRow(y.At(start + n - 1, row), run, n);
+            TakeLuma<layout>(run, x1, n);
+            ReverseRow(y.At(start + n - 1, row + 1), run, n);
+            AverageChroma<layout>(run, runV, x0, x1, n / 2);
+            ReverseRow(u.At((start + n) / 2 - 1, row / 2), run, n / 2);
+            ReverseRow(v.At((start + n) / 2 - 1, row / 2), runV, n / 2);
+        }
+    }
+}
+
+// Takes, averages and turns one tile after the other, so that the source is read once and nothing is stored between.
+template <const PackedLayout& layout>
+void TurnPacked(TurnedPlane y, TurnedPlane u, TurnedPlane v, SourceRows rows, KorSizeT width, KorSizeT height) {
+    const KorSizeT heightUp = height + height % 2;
+    ForEachTile(width, heightUp, [&](KorSizeT i, KorSizeT j, KorSizeT w, KorSizeT h) KOR_INLINE {
+        Tile<kTile> luma;
+        Tile<kTile / 2> chromaU, chromaV;
+        for (KorSizeT r = 0; r < h; r += 2) {
+            const KorUint8* x0 = rows.Row(j + r) + 2 * i;
+            const KorUint8* x1 = LowerRow(rows, j + r, height) + 2 * i;
+            KorUint8* y0 = luma.Row(y, r, h);
+            KorUint8* y1 = luma.Row(y, r + 1, h);
+            for (KorSizeT k = 0; k < w; ++k) {
+                y0[k] = x0[2 * k + layout.y];
+                y1[k] = x1[2 * k + layout.y];
+            }
+            KorUint8* uRow = chromaU.Row(u, r / 2, h / 2);
+            KorUint8* vRow = chromaV.Row(v, r / 2, h / 2);
+            for (KorSizeT k = 0; k < w / 2; ++k) {
+                uRow[k] = Average(x0[4 * k + layout.u], x1[4 * k + layout.u]);
+                vRow[k] = Average(x0[4 * k + layout.v], x1[4 * k + layout.v]);
+            }
+        }
+        luma.StoreColumns(y, i, j, w, h);
+        chromaU.StoreColumns(u, i / 2, j / 2, w / 2, h / 2);
+        chromaV.StoreColumns(v, i / 2, j / 2, w / 2, h / 2);
+    });
+}
+
+// Deliberate: with an odd width, which callers do not pass, every row pair reads its source two bytes and writes its
+// luma one sample earlier than the pair before it would have it. At some angles that leads out of the plane.
+template <const PackedLayout& layout>
+void TurnPackedOddWidth(TurnedPlane y, TurnedPlane u, TurnedPlane v, SourceRows rows, KorSizeT width, KorSizeT height) {
+    for (KorSizeT jc = 0; 2 * jc < height; ++jc) {
+        const KorUint8* x0 = rows.Row(2 * jc) - 2 * jc;
+        const KorUint8* x1 = LowerRow(rows, 2 * jc, height) - 2 * jc;
+        for (KorSizeT k = 0; k < width / 2; ++k) {
+            const KorSizeT left = 2 * k - jc;
+            *y.At(left, 2 * jc) = x0[4 * k + layout.y];
+            *y.At(left + 1, 2 * jc) = x0[4 * k + layout.y + 2];
+            *y.At(left, 2 * jc + 1) = x1[4 * k + layout.y];
+            *y.At(left + 1, 2 * jc + 1) = x1[4 * k + layout.y + 2];
+            *u.At(k, jc) = Average(x0[4 * k + layout.u], x1[4 * k + layout.u]);
+            *v.At(k, jc) = Average(x0[4 * k + layout.v], x1[4 * k + layout.v]);
+        }
+    }
+}
+
+template <const PackedLayout& layout>
+void PackedToI420WithRotation(Plane y, Plane u, Plane v, const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip, KorImageRotationDegree rotationDegree) {
+    if (width < 2 || height == 0) {
+        return;
+    }
+    // An odd height is padded with a copy of the last row, whatever the angle.
+    const KorSizeT heightUp = height + height % 2;
+    const SourceRows rows = ReadingOrder(x, pitchX, height, flip);
+    const TurnedPlane turnedY = Turned(y, width, heightUp, rotationDegree);
+    const TurnedPlane turnedU = Turned(u, width / 2, heightUp / 2, rotationDegree);
+    const TurnedPlane turnedV = Turned(v, width / 2, heightUp / 2, rotationDegree);
+    if (IsOdd(width)) {
+        TurnPackedOddWidth<layout>(turnedY, turnedU, turnedV, rows, width, height);
+        return;
+    }
+    switch (rotationDegree) {
+        case 0:
+            PackedToI420<layout>(y, u, v, rows, width, height);
+            break;
+        case 180:
+            ReversePacked<layout>(turnedY, turnedU, turnedV, rows, width, height);
+            break;
+        default:
+            // Deliberate: 90, 270 and, as 270, every angle that is none of the four.
+            TurnPacked<layout>(turnedY, turnedU, turnedV, rows, width, height);
+            break;
+    }
+}
+
+// Packs an I420 picture: joinLuma(x, y, c, n) puts n luma samples and n chroma bytes, U and V in turn, into a row.
+template <class JoinLuma>
+void I420ToPacked(SourcePlanes planes, Plane x, KorSizeT width, KorSizeT height, KorUint ditherLevel, JoinLuma joinLuma) {
+    PlaneNoise noise;
+    if (IsDithering(ditherLevel)) {
+        noise = DrawNoise(ditherLevel, kAlignedStart, RoundUpTo8(width), RoundUpTo8(width >> 1));
+        planes.Dither(noise);
+    }
+    Run chroma;
+    ForEachBlockRun(planes, width, height, [&](KorSizeT row, KorSizeT start, const KorUint8* y0, const KorUint8* y1, const KorUint8* u, const KorUint8* v, KorSizeT n) {
+        JoinRow(chroma, u, v, n / 2);
+        joinLuma(x.Row(row) + 2 * start, y0, chroma, n);
+        joinLuma(x.Row(row + 1) + 2 * start, y1, chroma, n);
+    });
+}
+
+// Full-range luma to limited range.
+constexpr KorUint8 LimitLuma(KorUint8 y) {
+    return static_cast<KorUint8>((static_cast<KorUint16>(y * 220) >> 8) + 16);
+}
+
+// Signed chroma, scaled to -113..112.
+constexpr KorInt16 LimitChroma(KorUint8 c) {
+    return static_cast<KorInt16>(static_cast<KorInt16>(static_cast<KorInt8>(c) * 113) >> 7);
+}
+
+// Chroma of I420 to the signed bytes of Yuv2. Deliberate: below 16 and above 240 the result wraps.
+constexpr KorUint8 ExpandChroma(KorUint8 c) {
+    return LowByte(static_cast<KorUint16>(c * 145 + 14208) >> 7);
+}
+
+static_assert(LimitLuma(0) == 16 && LimitLuma(255) == 235, "luma spans the limited range");
+static_assert(LimitChroma(0x80) == -113 && LimitChroma(0) == 0 && LimitChroma(0x7f) == 112, "chroma is scaled by 113/128");
+static_assert(ExpandChroma(128) == 0 && ExpandChroma(16) == 129 && ExpandChroma(240) == 126, "chroma is scaled by 145/128");
+static_assert(ExpandChroma(15) == 127 && ExpandChroma(241) == 128, "chroma wraps");
+
+KOR_KERNEL void TakeYuv2Luma(KorUint8* KOR_RESTRICT y, const KorUint8* KOR_RESTRICT yuv2, KorSizeT n) {
+    for (KorSizeT i = 0; i < n; ++i) {
+        y[i] = LimitLuma(yuv2[2 * i]);
+    }
+}
+
+// The average of two rows, rounded up and centred on 128; 257 holds that offset and half a step.
+constexpr KorUint8 AverageSigned(KorUint8 upper, KorUint8 lower) {
+    return static_cast<KorUint8>(static_cast<KorInt16>(LimitChroma(upper) + LimitChroma(lower) + 257) >> 1);
+}
+
+KOR_KERNEL void AverageYuv2Chroma(KorUint8* KOR_RESTRICT u, KorUint8* KOR_RESTRICT v, const KorUint8* KOR_RESTRICT x0, const KorUint8* KOR_RESTRICT x1, KorSizeT n) {
+    for (KorSizeT i = 0; i < n; ++i) {
+        u[i] = AverageSigned(x0[4 * i + kYuy2.u], x1[4 * i + kYuy2.u]);
+        v[i] = AverageSigned(x0[4 * i + kYuy2.v], x1[4 * i + kYuy2.v]);
+    }
+}
+
+KOR_KERNEL void ExpandChromaRow(KorUint8* KOR_RESTRICT dst, const KorUint8* KOR_RESTRICT c, KorSizeT n) {
+    for (KorSizeT i = 0; i < n; ++i) {
+        dst[i] = ExpandChroma(c[i]);
+    }
+}
+
+}  // namespace
+
+void KorYUY2ToI420_C_(KorUint8* y, KorSizeT pitchY,
+                      KorUint8* u, KorSizeT pitchU,
+                      KorUint8* v, KorSizeT pitchV,
+                      const KorUint8* x, KorSizeT pitchX,
+                      KorSizeT width, KorSizeT height, KorBool flip) {
+    if (width < 2 || height == 0) {
+        return;
+    }
+    PackedToI420<kYuy2>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height);
+}
+
+void KorUYVYToI420_C_(KorUint8* y, KorSizeT pitchY,
+                      KorUint8* u, KorSizeT pitchU,
+                      KorUint8* v, KorSizeT pitchV,
+                      const KorUint8* x, KorSizeT pitchX,
+                      KorSizeT width, KorSizeT height, KorBool flip) {
+    if (width < 2 || height == 0) {
+        return;
+    }
+    PackedToI420<kUyvy>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height);
+}
+
+void KorI420ToYUY2_C_(const KorUint8* y, KorSizeT pitchY,
+                      const KorUint8* u, KorSizeT pitchU,
+                      const KorUint8* v, KorSizeT pitchV,
+                      KorUint8* x, KorSizeT pitchX,
+                      KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
+    I420ToPacked({{y, pitchY, nullptr}, {u, pitchU, nullptr}, {v, pitchV, nullptr}}, {x, pitchX}, width, height, ditherLevel, [](KorUint8* row, const KorUint8* luma, const KorUint8* chroma, KorSizeT n) { JoinRow(row, luma, chroma, n); });
+}
+
+void KorI420ToUYVY_C_(const KorUint8* y, KorSizeT pitchY,
+                      const KorUint8* u, KorSizeT pitchU,
+                      const KorUint8* v, KorSizeT pitchV,
+                      KorUint8* x, KorSizeT pitchX,
+                      KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
+    I420ToPacked({{y, pitchY, nullptr}, {u, pitchU, nullptr}, {v, pitchV, nullptr}}, {x, pitchX}, width, height, ditherLevel, [](KorUint8* row, const KorUint8* luma, const KorUint8* chroma, KorSizeT n) { JoinRow(row, chroma, luma, n); });
+}
+
+void KorYuv2ToI420_C_(KorUint8* y, KorSizeT pitchY,
+                      KorUint8* u, KorSizeT pitchU,
+                      KorUint8* v, KorSizeT pitchV,
+                      const KorUint8* yuv2, KorSizeT pitchYuv2,
+                      KorSizeT width, KorSizeT height, KorBool flip) {
+    if (width < 2 || height == 0) {
+        return;
+    }
+    const Plane planeY = {y, pitchY};
+    const Plane planeU = {u, pitchU};
+    const Plane planeV = {v, pitchV};
+    const SourceRows rows = ReadingOrder(yuv2, pitchYuv2, height, flip);
+    const KorSizeT widthC = width >> 1;
+    // Deliberate: an odd height writes the row below the picture as well.
+    for (KorSizeT row = 0; row < height; row += 2) {
+        // Deliberate: with an odd width every row pair starts one luma sample and half a group earlier than the pitches
+        // say, in source and destination alike.
+        const KorSizeT drift = IsOdd(width) ? row / 2 : 0;
+        const KorUint8* x0 = rows.Row(row) - 2 * drift;
+        const KorUint8* x1 = LowerRow(rows, row, height) - 2 * drift;
+        TakeYuv2Luma(planeY.Row(row) - drift, x0, 2 * widthC);
+        TakeYuv2Luma(planeY.Row(row + 1) - drift, x1, 2 * widthC);
+        AverageYuv2Chroma(planeU.Row(row / 2), planeV.Row(row / 2), x0, x1, widthC);
+    }
+}
+
+void KorI420toYuv2_C_(const KorUint8* y, KorSizeT pitchY,
+                      const KorUint8* u, KorSizeT pitchU,
+                      const KorUint8* v, KorSizeT pitchV,
+                      KorUint8* yuy2, KorSizeT pitchYuy2,
+                      KorSizeT width, KorSizeT height) {
+    if (width < 2 || height < 2) {
+        return;
+    }
+    const Plane packed = {yuy2, pitchYuy2};
+    const KorSizeT width2 = width & ~KorSizeT{1};
+    const KorSizeT height2 = height & ~KorSizeT{1};
+    Run uRun, vRun, chroma;
+    for (KorSizeT row = 0; row < height2; row += 2) {
+        // Deliberate: with an odd width every row pair starts one luma sample and half a group earlier than the pitches
+        // say, in source and destination alike.
+        const KorSizeT drift = IsOdd(width) ? row / 2 : 0;
+        const KorUint8* y0 = y + row * pitchY - drift;
+        const KorUint8* y1 = y0 + pitchY;
+        KorUint8* x0 = packed.Row(row) - 2 * drift;
+        KorUint8* x1 = x0 + pitchYuy2;
+        for (KorSizeT start = 0; start < width2; start += kRun) {
+            const KorSizeT n = Min(kRun, width2 - start);
+            ExpandChromaRow(uRun, u + row / 2 * pitchU + start / 2, n / 2);
+            ExpandChromaRow(vRun, v + row / 2 * pitchV + start / 2, n / 2);
+            JoinRow(chroma, uRun, vRun, n / 2);
+            // Deliberate: luma keeps its limited range, although the other direction takes full-range luma.
+            JoinRow(x0 + 2 * start, y0 + start, chroma, n);
+            JoinRow(x1 + 2 * start, y1 + start, chroma, n);
+        }
+    }
+}
+
+void KorM420ToI420_C_(KorUint8* y, KorSizeT pitchY,
+                      KorUint8* u, KorSizeT pitchU,
+                      KorUint8* v, KorSizeT pitchV,
+                      const KorUint8* m420, KorSizeT pitchM420,
+                      KorSizeT width, KorSizeT height, KorBool flip) {
+    if (width == 0 || height < 2) {
+        return;
+    }
+    const Plane planeY = {y, pitchY};
+    const Plane planeU = {u, pitchU};
+    const Plane planeV = {v, pitchV};
+    // Deliberate: the rows here are blocks of three, yet a set flip starts as many pitches down as there are luma rows
+    // above the last. It turns the order of the blocks and never that of the two luma rows inside one.
+    const SourceRows blocks = ReadingOrder(m420, pitchM420, height, flip);
+    const KorSizeT heightC = height >> 1;
+    for (KorSizeT i = 0; i < heightC; ++i) {
+        const KorUint8* block = blocks.Row(i);
+        const KorUint8* m420C = block + 2 * width;
+        KorMemCpy(planeY.Row(2 * i), block, width);
+        KorMemCpy(planeY.Row(2 * i + 1), block + width, width);
+        SplitRow(planeU.Row(i), planeV.Row(i), m420C, width >> 1);
+    }
+}
+
+void KorYUY2ToI420WithRotation_C_(KorUint8* y, KorSizeT pitchY,
+                                  KorUint8* u, KorSizeT pitchU,
+                                  KorUint8* v, KorSizeT pitchV,
+                                  const KorUint8* x, KorSizeT pitchX,
+                                  KorSizeT widthSrc, KorSizeT heightSrc, KorBool flip, KorImageRotationDegree rotationDegree) {
+    PackedToI420WithRotation<kYuy2>({y, pitchY}, {u, pitchU}, {v, pitchV}, x, pitchX, widthSrc, heightSrc, flip, rotationDegree);
+}
+
+void KorUYVYToI420WithRotation_C_(KorUint8* y, KorSizeT pitchY,
+                                  KorUint8* u, KorSizeT pitchU,
+                                  KorUint8* v, KorSizeT pitchV,
+                                  const KorUint8* x, KorSizeT pitchX,
+                                  KorSizeT width, KorSizeT height, KorBool flip, KorImageRotationDegree rotationDegree) {
+    PackedToI420WithRotation<kUyvy>({y, pitchY}, {u, pitchU}, {v, pitchV}, x, pitchX, width, height, flip, rotationDegree);
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// 6  Compositing and noise
+// ---------------------------------------------------------------------------------------------------------------------
+
+namespace {
+
+// Adds noise to one row of a plane that may be filtered in place: through a run on the stack, so that no kernel sees
+// overlapping rows.
+void DitherRow(KorUint8* out, const KorUint8* in, KorSizeT index, KorUint rsBits, KorSizeT n) {
+    Run noisy;
+    for (KorSizeT start = 0; start < n; start += kRun) {
+        const KorSizeT run = Min(kRun, n - start);
+        AddNoise(noisy, in + start, index + start, rsBits, run);
+        KorMemCpy(out + start, noisy, run);
+    }
+}
+
+// Two samples by weights that sum to 255, in 16-bit lanes: the sum is at most 65025, and 65280 with what the division
+// adds. The division by 255 is exact for multiples of 255, so weights of 0 and 255 return one side unchanged.
+// Deliberate: other sums are not rounded to nearest.
+constexpr KorUint16 Blend(KorUint16 background, KorUint16 foreground, KorUint16 alpha, KorUint16 oneMinusAlpha) {
+    const KorUint16 result = static_cast<KorUint16>(background * oneMinusAlpha + foreground * alpha);
+    const KorUint16 div255 = static_cast<KorUint16>(result + (result >> 8) + 1);
+    return static_cast<KorUint16>(div255 >> 8);
+}
+
+static_assert(Blend(255, 0, 0, 255) == 255 && Blend(0, 255, 255, 0) == 255, "the ends are exact");
+static_assert(Blend(0, 255, 128, 127) == 128 && Blend(255, 0, 128, 127) == 127 && Blend(100, 200, 128, 127) == 150, "the middle");
+static_assert(Blend(128, 0, 254, 1) == 0, "not rounded to nearest");
+
+KOR_KERNEL void BlendRow(KorUint8* KOR_RESTRICT background, const KorUint8* KOR_RESTRICT foreground, KorUint16 alpha, KorUint16 oneMinusAlpha, KorSizeT n) {
+    for (KorSizeT i = 0; i < n; ++i) {
+        background[i] = static_cast<KorUint8>(Blend(background[i], foreground[i], alpha, oneMinusAlpha));
+    }
+}
+
+KOR_KERNEL void BlendRowAlphaArray(KorUint8* KOR_RESTRICT background, const KorUint8* KOR_RESTRICT foreground, const KorUint8* KOR_RESTRICT alpha, KorSizeT n) {
+    for (KorSizeT i = 0; i < n; ++i) {
+        background[i] = static_cast<KorUint8>(Blend(background[i], foreground[i], alpha[i], static_cast<KorUint16>(255 - alpha[i])));
+    }
+}
+
+// The samples of a plane from (column, row) on.
+Plane Region(Plane plane, KorSizeT column, KorSizeT row) {
+    return {plane.Row(row) + column, plane.pitch};
+}
+
+void BlendBuffer(Plane background, SourceRows foreground, KorSizeT width, KorSizeT height, KorUint8 alpha) {
+    const KorUint8 oneMinusAlpha = static_cast<KorUint8>(255 - alpha);
+    for (KorSizeT h = 0; h < height; ++h) {
+        BlendRow(background.Row(h), foreground.Row(h), alpha, oneMinusAlpha, width);
+    }
+}
+
+void BlendBufferAlphaArray(Plane background, SourceRows foreground, SourceRows alpha, KorSizeT width, KorSizeT height) {
+    for (KorSizeT h = 0; h < height; ++h) {
+        BlendRowAlphaArray(background.Row(h), foreground.Row(h), alpha.Row(h), width);
+    }
+}
+
+SourceRows TopDown(const KorUint8* samples, KorSizeT pitch) {
+    return {samples, static_cast<KorDistanceT>(pitch)};
+}
+
+}  // namespace
+
+void KorI420Dither_C_(const KorUint8* yIn, KorSizeT yInPitch,
+                      const KorUint8* uIn, KorSizeT uInPitch,
+                      const KorUint8* vIn, KorSizeT vInPitch,
+                      KorUint8* yOut, KorSizeT yOutPitch,
+                      KorUint8* uOut, KorSizeT uOutPitch,
+                      KorUint8* vOut, KorSizeT vOutPitch,
+                      KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel, KorBool randomizeNoiseOffsets) {
+    // Deliberate: there is no Off here; level 0 is noise one step weaker than the weakest of the converters.
+    if (ditherLevel > KOR_VIDEOFRAMEDITHERLEVEL_2) {
+        return;
+    }
+    const KorSizeT cWidth = width >> 1;
+    const KorSizeT cHeight = height >> 1;
+    // Fixed offsets are those of one stream of noise through Y, then U, then V.
+    KorSizeT yNoiseIndex = 0;
+    KorSizeT uNoiseIndex = height * width;
+    KorSizeT vNoiseIndex = cHeight * cWidth + height * width;
+    if (randomizeNoiseOffsets) {
+        yNoiseIndex = DrawShortIndex();
+        uNoiseIndex = DrawShortIndex();
+        vNoiseIndex = DrawShortIndex();
+    }
+    if (width < 2 || height < 2) {
+        return;
+    }
+    const KorUint yShift = LumaShift(ditherLevel);
+    const KorUint cShift = ChromaShift(ditherLevel);
+    for (KorSizeT row = 0; row < 2 * cHeight; ++row) {
+        // Deliberate: a row pair moves the noise on by one row only, so that the lower row of a pair and the upper row
+        // of the next get the same noise.
+        DitherRow(yOut + row * yOutPitch, yIn + row * yInPitch, yNoiseIndex + (row + 1) / 2 * width, yShift, 2 * cWidth);
+    }
+    // Deliberate: chroma rows lie as far apart in the noise as luma rows.
+    for (KorSizeT row = 0; row < cHeight; ++row) {
+        DitherRow(uOut + row * uOutPitch, uIn + row * uInPitch, uNoiseIndex + row * width, cShift, cWidth);
+    }
+    for (KorSizeT row = 0; row < cHeight; ++row) {
+        DitherRow(vOut + row * vOutPitch, vIn + row * vInPitch, vNoiseIndex + row * width, cShift, cWidth);
+    }
+}
+
+void KorI420AlphaBlend_C_(KorUint8* yBackground, KorSizeT yBackgroundPitch,
+                          KorUint8* uBackground, KorSizeT uBackgroundPitch,
+                          KorUint8* vBackground, KorSizeT vBackgroundPitch,
+                          const KorUint8* yForeground, KorSizeT yForegroundPitch,
+                          const KorUint8* uForeground, KorSizeT uForegroundPitch,
+                          const KorUint8* vForeground, KorSizeT vForegroundPitch,
+                          KorSizeT width, KorSizeT height, KorSizeT xPosition, KorSizeT yPosition, KorUint8 alpha) {
+    if (width == 0 || height == 0) {
+        return;
+    }
+    // Deliberate: the chroma position is rounded down while the chroma size is rounded up.
+    const KorSizeT widthChroma = (width + 1) / 2;
+    const KorSizeT heightChroma = (height + 1) / 2;
+    const KorSizeT xPositionChroma = xPosition / 2;
+    const KorSizeT yPositionChroma = yPosition / 2;
+    BlendBuffer(Region({yBackground, yBackgroundPitch}, xPosition, yPosition), TopDown(yForeground, yForegroundPitch), width, height, alpha);
+    BlendBuffer(Region({uBackground, uBackgroundPitch}, xPositionChroma, yPositionChroma), TopDown(uForeground, uForegroundPitch), widthChroma, heightChroma, alpha);
+    BlendBuffer(Region({vBackground, vBackgroundPitch}, xPositionChroma, yPositionChroma), TopDown(vForeground, vForegroundPitch), widthChroma, heightChroma, alpha);
+}
+
+void KorI420AlphaArrayBlend_C_(KorUint8* yBackground, KorSizeT yBackgroundPitch,
+                               KorUint8* uBackground, KorSizeT uBackgroundPitch,
+                               KorUint8* vBackground, KorSizeT vBackgroundPitch,
+                               const KorUint8* yForeground, KorSizeT yForegroundPitch,
+                               const KorUint8* uForeground, KorSizeT uForegroundPitch,
+                               const KorUint8* vForeground, KorSizeT vForegroundPitch,
+                               KorSizeT width, KorSizeT height, KorSizeT xPosition, KorSizeT yPosition,
+                               KorUint8* yAlpha, KorSizeT yAlphaPitch,
+                               KorUint8* uAlpha, KorSizeT uAlphaPitch,
+                               KorUint8* vAlpha, KorSizeT vAlphaPitch) {
+    if (width == 0 || height == 0) {
+        return;
+    }
+    // Deliberate: the chroma position is rounded down while the chroma size is rounded up.
+    const KorSizeT widthChroma = (width + 1) / 2;
+    const KorSizeT heightChroma = (height + 1) / 2;
+    const KorSizeT xPositionChroma = xPosition / 2;
+    const KorSizeT yPositionChroma = yPosition / 2;
+    BlendBufferAlphaArray(Region({yBackground, yBackgroundPitch}, xPosition, yPosition), TopDown(yForeground, yForegroundPitch), TopDown(yAlpha, yAlphaPitch), width, height);
+    BlendBufferAlphaArray(Region({uBackground, uBackgroundPitch}, xPositionChroma, yPositionChroma), TopDown(uForeground, uForegroundPitch), TopDown(uAlpha, uAlphaPitch), widthChroma, heightChroma);
+    BlendBufferAlphaArray(Region({vBackground, vBackgroundPitch}, xPositionChroma, yPositionChroma), TopDown(vForeground, vForegroundPitch), TopDown(vAlpha, vAlphaPitch), widthChroma, heightChroma);
+}
