@@ -1,0 +1,35 @@
+# Installation: headers, libraries, the CMake package, the pkg-config files, and a target that takes it all away again.
+include(CMakePackageConfigHelpers)
+
+install(TARGETS KorYuv420 KorPlatform EXPORT KorTargets
+  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/Kor DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development
+  FILES_MATCHING PATTERN "*.h")
+
+set(korPackageDir ${CMAKE_INSTALL_LIBDIR}/cmake/Kor)
+install(EXPORT KorTargets NAMESPACE Kor:: DESTINATION ${korPackageDir} COMPONENT development)
+configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/KorConfig.cmake.in KorConfig.cmake
+  INSTALL_DESTINATION ${korPackageDir})
+write_basic_package_version_file(KorConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/KorConfig.cmake ${CMAKE_CURRENT_BINARY_DIR}/KorConfigVersion.cmake
+  DESTINATION ${korPackageDir} COMPONENT development)
+
+# The way from the .pc files back to the prefix, so that an installed tree can be moved.
+file(RELATIVE_PATH korPrefixFromPc
+  ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+set(korPcCflags "$<$<BOOL:${BUILD_SHARED_LIBS}>: -DKOR_SHARED>")
+foreach(library yuv420 platform)
+  configure_file(${CMAKE_CURRENT_LIST_DIR}/kor-${library}.pc.in kor-${library}.pc.config @ONLY)
+  file(GENERATE OUTPUT kor-${library}.pc INPUT ${CMAKE_CURRENT_BINARY_DIR}/kor-${library}.pc.config)
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/kor-${library}.pc
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+endforeach()
+
+if(PROJECT_IS_TOP_LEVEL)
+  add_custom_target(uninstall
+    COMMAND ${CMAKE_COMMAND} -P ${CMAKE_CURRENT_LIST_DIR}/KorUninstall.cmake
+    WORKING_DIRECTORY ${PROJECT_BINARY_DIR}
+    VERBATIM)
+endif()
