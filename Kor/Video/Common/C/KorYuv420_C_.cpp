@@ -80,17 +80,21 @@ SourceRows ReadingOrder(const KorUint8* x, KorSizeT pitchX, KorSizeT height, Kor
     return flip ? SourceRows{x + (height - 1) * pitchX, -signedPitchX} : SourceRows{x, signedPitchX};
 }
 
+constexpr KorUint8 Average(KorUint8 a, KorUint8 b) {
+    return static_cast<KorUint8>((a + b + 1) >> 1);
+}
+
 // The rounded-up average of two rows, sample by sample.
 KOR_KERNEL void AverageRow(KorUint8* KOR_RESTRICT dst, const KorUint8* KOR_RESTRICT a, const KorUint8* KOR_RESTRICT b, KorSizeT n) {
     for (KorSizeT i = 0; i < n; ++i) {
-        dst[i] = static_cast<KorUint8>((a[i] + b[i] + 1) >> 1);
+        dst[i] = Average(a[i], b[i]);
     }
 }
 
 // The rounded-up average of n pairs of neighbours.
 KOR_KERNEL void AveragePairs(KorUint8* KOR_RESTRICT dst, const KorUint8* KOR_RESTRICT a, KorSizeT n) {
     for (KorSizeT i = 0; i < n; ++i) {
-        dst[i] = static_cast<KorUint8>((a[2 * i] + a[2 * i + 1] + 1) >> 1);
+        dst[i] = Average(a[2 * i], a[2 * i + 1]);
     }
 }
 
@@ -133,6 +137,7 @@ struct TurnedPlane {
     KorDistanceT row;
 
     KorUint8* At(KorSizeT i, KorSizeT j) const { return origin + (static_cast<KorDistanceT>(i) * column + static_cast<KorDistanceT>(j) * row); }
+    TurnedPlane From(KorSizeT j) const { return {At(0, j), column, row}; }
 };
 
 // The four turns, clockwise, of a picture of width by height samples. An angle that is none of them turns by 270.
@@ -150,20 +155,40 @@ TurnedPlane Turned(Plane dst, KorSizeT width, KorSizeT height, KorImageRotationD
     }
 }
 
-// Writes n samples in reverse order. Eight bytes at a time in a register, because the baseline of common processors
-// has no byte shuffle that the loop could be widened with.
+// Eight bytes in reverse order. Rows are reversed through registers, because the baseline of common processors has no
+// byte shuffle that a plain loop could be widened with.
+KOR_INLINE inline uint64_t ReversedBytes(const KorUint8* src) {
+    uint64_t x;
+    KorMemCpy(&x, src, 8);
+    x = ((x & 0x00ff00ff00ff00ffu) << 8) | ((x >> 8) & 0x00ff00ff00ff00ffu);
+    x = ((x & 0x0000ffff0000ffffu) << 16) | ((x >> 16) & 0x0000ffff0000ffffu);
+    return (x << 32) | (x >> 32);
+}
+
 KOR_KERNEL void ReverseRow(KorUint8* KOR_RESTRICT dst, const KorUint8* KOR_RESTRICT src, KorSizeT n) {
     const KorSizeT whole = n & ~KorSizeT{7};
     for (KorSizeT i = 0; i < whole; i += 8) {
-        uint64_t x;
-        KorMemCpy(&x, src + i, 8);
-        x = ((x & 0x00ff00ff00ff00ffu) << 8) | ((x >> 8) & 0x00ff00ff00ff00ffu);
-        x = ((x & 0x0000ffff0000ffffu) << 16) | ((x >> 16) & 0x0000ffff0000ffffu);
-        x = (x << 32) | (x >> 32);
+        const uint64_t x = ReversedBytes(src + i);
         KorMemCpy(dst + (n - 8 - i), &x, 8);
     }
     for (KorSizeT i = whole; i < n; ++i) {
         dst[n - 1 - i] = src[i];
+    }
+}
+
+// Exchanges both ends of a row, working inwards.
+KOR_KERNEL void ReverseRowInPlace(KorUint8* row, KorSizeT n) {
+    KorSizeT i = 0;
+    for (; i + 16 <= n - i; i += 8) {
+        const uint64_t front = ReversedBytes(row + i);
+        const uint64_t back = ReversedBytes(row + (n - 8 - i));
+        KorMemCpy(row + i, &back, 8);
+        KorMemCpy(row + (n - 8 - i), &front, 8);
+    }
+    for (; i < n / 2; ++i) {
+        const KorUint8 front = row[i];
+        row[i] = row[n - 1 - i];
+        row[n - 1 - i] = front;
     }
 }
 
@@ -201,67 +226,74 @@ void CopyReversed(TurnedPlane dst, SourceRows src, KorSizeT width, KorSizeT heig
 
 void SplitReversed(TurnedPlane uv1, TurnedPlane uv2, SourceRows src, KorSizeT width, KorSizeT height) {
     for (KorSizeT j = 0; j < height; ++j) {
-        for (KorSizeT start = 0; start < width; start += kRun) {
-            const KorSizeT n = Min(kRun, width - start);
-            Run first, second;
-            SplitRow(first, second, src.Row(j) + 2 * start, n);
-            ReverseRow(uv1.At(start + n - 1, j), first, n);
-            ReverseRow(uv2.At(start + n - 1, j), second, n);
-        }
+        KorUint8* row1 = uv1.At(width - 1, j);
+        KorUint8* row2 = uv2.At(width - 1, j);
+        SplitRow(row1, row2, src.Row(j), width);
+        ReverseRowInPlace(row1, width);
+        ReverseRowInPlace(row2, width);
     }
 }
 
-// Quarter turns work in square tiles, so that both sides touch whole groups of neighbours in few cache lines.
+// Quarter turns work in tiles of 16 rows of 16 bytes, so that both sides touch whole groups of neighbours in few cache
+// lines. What the bytes of a row are, samples, pairs or groups of a packed layout, matters only where columns are stored.
 constexpr KorSizeT kTile = 16;
 
-// A tile while it is transposed, with room for the intermediate passes. Its rows lie side apart.
-template <KorSizeT side>
-struct Tile {
-    KorUint8 samples[side * side];
-    KorUint8 other[side * side];
-
-    // Interleaving the two halves rotates the bits of every sample's position by one; after as many passes as a row
-    // number has bits, rows and columns have changed places. This loop widens where a plain transposition does not.
-    KOR_INLINE const KorUint8* Transpose() {
-        KorUint8* from = samples;
-        KorUint8* to = other;
-        for (KorSizeT bit = 1; bit < side; bit *= 2) {
-            Interleave(to, from);
-            KorUint8* const done = to;
-            to = from;
-            from = done;
-        }
-        return from;
+// Interleaves the two halves of a tile. That rotates the bits of every byte's position by one, so that four of them
+// exchange the number of the row and the number of the column. A loop of this shape widens where a plain transposition
+// does not.
+KOR_INLINE inline void InterleaveHalves(KorUint8* KOR_RESTRICT to, const KorUint8* KOR_RESTRICT from) {
+    constexpr KorSizeT half = kTile * kTile / 2;
+    for (KorSizeT i = 0; i < half; ++i) {
+        to[2 * i] = from[i];
+        to[2 * i + 1] = from[half + i];
     }
+}
 
-    KOR_INLINE static void Interleave(KorUint8* KOR_RESTRICT to, const KorUint8* KOR_RESTRICT from) {
-        for (KorSizeT i = 0; i < side * side / 2; ++i) {
-            to[2 * i] = from[i];
-            to[2 * i + 1] = from[side * side / 2 + i];
+// A tile as columns of kTile bytes, in the order in which the samples of a turned plane run. Before the last pass the
+// same columns stand there twice as short: those of the even rows, then those of the odd rows.
+struct TransposedTile {
+    KorUint8 columns[kTile * kTile] = {};
+    KorUint8 halves[kTile * kTile];
+
+    // Takes h rows of w bytes from source row j on.
+    KOR_INLINE void Load(SourceRows src, KorSizeT firstByte, KorSizeT j, KorSizeT w, KorSizeT h, bool downwards) {
+        const SourceRows rows = {src.Row(downwards ? j : j + h - 1) + firstByte, downwards ? src.pitch : -src.pitch};
+        for (KorSizeT r = 0; r < h; ++r) {
+            KorMemCpy(columns + kTile * r, rows.Row(r), w);
         }
-    }
-
-    // The place of source row j of h: rows enter in the order in which the destination's samples run.
-    KOR_INLINE KorUint8* Row(const TurnedPlane& dst, KorSizeT j, KorSizeT h) { return samples + side * (dst.row > 0 ? j : h - 1 - j); }
-
-    // Writes the w columns of h samples whose first source sample is (i, j).
-    KOR_INLINE void StoreColumns(const TurnedPlane& dst, KorSizeT i, KorSizeT j, KorSizeT w, KorSizeT h) {
-        const KorUint8* columns = Transpose();
-        for (KorSizeT k = 0; k < w; ++k) {
-            KorMemCpy(dst.At(i + k, dst.row > 0 ? j : j + h - 1), columns + side * k, h);
-        }
+        InterleaveHalves(halves, columns);
+        InterleaveHalves(columns, halves);
+        InterleaveHalves(halves, columns);
+        InterleaveHalves(columns, halves);
     }
 };
 
-// Calls tile(i, j, w, h) for every tile of a picture; whole tiles pass their size as constants.
-template <class TileFunction>
-KOR_INLINE inline void ForEachTile(KorSizeT width, KorSizeT height, TileFunction tile) {
-    for (KorSizeT i = 0; i < width; i += kTile) {
-        for (KorSizeT j = 0; j < height; j += kTile) {
-            if (width - i >= kTile && height - j >= kTile) {
-                tile(i, j, kTile, kTile);
-            } else {
-                tile(i, j, Min(kTile, width - i), Min(kTile, height - j));
+// Writes n columns of h samples that lie stride bytes apart, for the source samples from (i, j) on.
+KOR_INLINE inline void StoreColumns(const TurnedPlane& dst, KorSizeT i, KorSizeT j, const KorUint8* columns, KorSizeT stride, KorSizeT n, KorSizeT h) {
+    KorUint8* const first = dst.At(i, dst.row > 0 ? j : j + h - 1);
+    for (KorSizeT k = 0; k < n; ++k) {
+        KorMemCpy(first + static_cast<KorDistanceT>(k) * dst.column, columns + stride * k, h);
+    }
+}
+
+// Tiles are visited in blocks, so that the cache lines and pages that neighbouring tiles share are still at hand.
+constexpr KorSizeT kBlock = 128;
+
+// Calls turn(i, j, w, h) for every tile of a picture of rowBytes by height; whole tiles pass their size as constants.
+template <class Turn>
+KOR_INLINE inline void ForEachTile(KorSizeT rowBytes, KorSizeT height, Turn turn) {
+    for (KorSizeT blockJ = 0; blockJ < height; blockJ += kBlock) {
+        for (KorSizeT blockI = 0; blockI < rowBytes; blockI += kBlock) {
+            const KorSizeT endI = Min(rowBytes, blockI + kBlock);
+            const KorSizeT endJ = Min(height, blockJ + kBlock);
+            for (KorSizeT j = blockJ; j < endJ; j += kTile) {
+                for (KorSizeT i = blockI; i < endI; i += kTile) {
+                    if (endI - i >= kTile && endJ - j >= kTile) {
+                        turn(i, j, kTile, kTile);
+                    } else {
+                        turn(i, j, Min(kTile, endI - i), Min(kTile, endJ - j));
+                    }
+                }
             }
         }
     }
@@ -269,28 +301,18 @@ KOR_INLINE inline void ForEachTile(KorSizeT width, KorSizeT height, TileFunction
 
 void TurnPlane(TurnedPlane dst, SourceRows src, KorSizeT width, KorSizeT height) {
     ForEachTile(width, height, [&](KorSizeT i, KorSizeT j, KorSizeT w, KorSizeT h) KOR_INLINE {
-        Tile<kTile> tile;
-        for (KorSizeT r = 0; r < h; ++r) {
-            KorMemCpy(tile.Row(dst, r, h), src.Row(j + r) + i, w);
-        }
-        tile.StoreColumns(dst, i, j, w, h);
+        TransposedTile tile;
+        tile.Load(src, i, j, w, h, dst.row > 0);
+        StoreColumns(dst, i, j, tile.columns, kTile, w, h);
     });
 }
 
 void SplitAndTurn(TurnedPlane uv1, TurnedPlane uv2, SourceRows src, KorSizeT width, KorSizeT height) {
-    ForEachTile(width, height, [&](KorSizeT i, KorSizeT j, KorSizeT w, KorSizeT h) KOR_INLINE {
-        Tile<kTile> first, second;
-        for (KorSizeT r = 0; r < h; ++r) {
-            const KorUint8* pairs = src.Row(j + r) + 2 * i;
-            KorUint8* row1 = first.Row(uv1, r, h);
-            KorUint8* row2 = second.Row(uv2, r, h);
-            for (KorSizeT k = 0; k < w; ++k) {
-                row1[k] = pairs[2 * k];
-                row2[k] = pairs[2 * k + 1];
-            }
-        }
-        first.StoreColumns(uv1, i, j, w, h);
-        second.StoreColumns(uv2, i, j, w, h);
+    ForEachTile(2 * width, height, [&](KorSizeT i, KorSizeT j, KorSizeT w, KorSizeT h) KOR_INLINE {
+        TransposedTile tile;
+        tile.Load(src, i, j, w, h, uv1.row > 0);
+        StoreColumns(uv1, i / 2, j, tile.columns, 2 * kTile, w / 2, h);
+        StoreColumns(uv2, i / 2, j, tile.columns + kTile, 2 * kTile, w / 2, h);
     });
 }
 
@@ -578,9 +600,6 @@ Rgb BgraPixel(const KorUint8* row, KorSizeT column) {
     return {x[kBgra.ro], x[kBgra.go], x[kBgra.bo]};
 }
 
-constexpr KorUint8 Average(KorUint8 a, KorUint8 b) {
-    return static_cast<KorUint8>((a + b + 1) >> 1);
-}
 
 constexpr Rgb Average(Rgb a, Rgb b) {
     return {Average(a.r, b.r), Average(a.g, b.g), Average(a.b, b.b)};
@@ -1383,8 +1402,8 @@ KOR_KERNEL void TakeLuma(KorUint8* KOR_RESTRICT y, const KorUint8* KOR_RESTRICT 
 template <const PackedLayout& layout>
 KOR_KERNEL void AverageChroma(KorUint8* KOR_RESTRICT u, KorUint8* KOR_RESTRICT v, const KorUint8* KOR_RESTRICT x0, const KorUint8* KOR_RESTRICT x1, KorSizeT n) {
     for (KorSizeT i = 0; i < n; ++i) {
-        u[i] = static_cast<KorUint8>((x0[4 * i + layout.u] + x1[4 * i + layout.u] + 1) >> 1);
-        v[i] = static_cast<KorUint8>((x0[4 * i + layout.v] + x1[4 * i + layout.v] + 1) >> 1);
+        u[i] = Average(x0[4 * i + layout.u], x1[4 * i + layout.u]);
+        v[i] = Average(x0[4 * i + layout.v], x1[4 * i + layout.v]);
     }
 }
 
@@ -1407,52 +1426,53 @@ void PackedToI420(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, Ko
     }
 }
 
+// Half a turn: each row is written as it comes and reversed where it stands.
 template <const PackedLayout& layout>
 void ReversePacked(TurnedPlane y, TurnedPlane u, TurnedPlane v, SourceRows rows, KorSizeT width, KorSizeT height) {
-    Run run, runV;
+    const KorSizeT widthC = width / 2;
     for (KorSizeT row = 0; row < height; row += 2) {
-        for (KorSizeT start = 0; start < width; start += kRun) {
-            const KorSizeT n = Min(kRun, width - start);
-            const KorUint8* x0 = rows.Row(row) + 2 * start;
-            const KorUint8* x1 = LowerRow(rows, row, height) + 2 * start;
-            TakeLuma<layout>(run, x0, n);
-            ReverseRow(y.At(start + n - 1, row), run, n);
-            TakeLuma<layout>(run, x1, n);
-            ReverseRow(y.At(start + n - 1, row + 1), run, n);
-            AverageChroma<layout>(run, runV, x0, x1, n / 2);
-            ReverseRow(u.At((start + n) / 2 - 1, row / 2), run, n / 2);
-            ReverseRow(v.At((start + n) / 2 - 1, row / 2), runV, n / 2);
-        }
+        const KorUint8* x0 = rows.Row(row);
+        const KorUint8* x1 = LowerRow(rows, row, height);
+        KorUint8* y0 = y.At(width - 1, row);
+        KorUint8* y1 = y.At(width - 1, row + 1);
+        KorUint8* uRow = u.At(widthC - 1, row / 2);
+        KorUint8* vRow = v.At(widthC - 1, row / 2);
+        TakeLuma<layout>(y0, x0, width);
+        TakeLuma<layout>(y1, x1, width);
+        AverageChroma<layout>(uRow, vRow, x0, x1, widthC);
+        ReverseRowInPlace(y0, width);
+        ReverseRowInPlace(y1, width);
+        ReverseRowInPlace(uRow, widthC);
+        ReverseRowInPlace(vRow, widthC);
     }
 }
 
-// Takes, averages and turns one tile after the other, so that the source is read once and nothing is stored between.
+// Turns whole row pairs. A tile has the columns of its even and odd rows apart before it has them together, so chroma is
+// averaged there; the source is read once, and nothing is kept but a tile.
+template <const PackedLayout& layout>
+void TurnRowPairs(TurnedPlane y, TurnedPlane u, TurnedPlane v, SourceRows rows, KorSizeT width, KorSizeT height) {
+    constexpr KorSizeT half = kTile * kTile / 2;
+    ForEachTile(2 * width, height, [&](KorSizeT i, KorSizeT j, KorSizeT w, KorSizeT h) KOR_INLINE {
+        TransposedTile tile;
+        KorUint8 means[half];
+        tile.Load(rows, i, j, w, h, y.row > 0);
+        for (KorSizeT k = 0; k < half; ++k) {
+            means[k] = Average(tile.halves[k], tile.halves[half + k]);
+        }
+        StoreColumns(y, i / 2, j, tile.columns + layout.y * kTile, 2 * kTile, w / 2, h);
+        StoreColumns(u, i / 4, j / 2, means + layout.u * kTile / 2, 2 * kTile, w / 4, h / 2);
+        StoreColumns(v, i / 4, j / 2, means + layout.v * kTile / 2, 2 * kTile, w / 4, h / 2);
+    });
+}
+
+// The last row of an odd height is a pair of its own: a source whose next row is the same.
 template <const PackedLayout& layout>
 void TurnPacked(TurnedPlane y, TurnedPlane u, TurnedPlane v, SourceRows rows, KorSizeT width, KorSizeT height) {
-    const KorSizeT heightUp = height + height % 2;
-    ForEachTile(width, heightUp, [&](KorSizeT i, KorSizeT j, KorSizeT w, KorSizeT h) KOR_INLINE {
-        Tile<kTile> luma;
-        Tile<kTile / 2> chromaU, chromaV;
-        for (KorSizeT r = 0; r < h; r += 2) {
-            const KorUint8* x0 = rows.Row(j + r) + 2 * i;
-            const KorUint8* x1 = LowerRow(rows, j + r, height) + 2 * i;
-            KorUint8* y0 = luma.Row(y, r, h);
-            KorUint8* y1 = luma.Row(y, r + 1, h);
-            for (KorSizeT k = 0; k < w; ++k) {
-                y0[k] = x0[2 * k + layout.y];
-                y1[k] = x1[2 * k + layout.y];
-            }
-            KorUint8* uRow = chromaU.Row(u, r / 2, h / 2);
-            KorUint8* vRow = chromaV.Row(v, r / 2, h / 2);
-            for (KorSizeT k = 0; k < w / 2; ++k) {
-                uRow[k] = Average(x0[4 * k + layout.u], x1[4 * k + layout.u]);
-                vRow[k] = Average(x0[4 * k + layout.v], x1[4 * k + layout.v]);
-            }
-        }
-        luma.StoreColumns(y, i, j, w, h);
-        chromaU.StoreColumns(u, i / 2, j / 2, w / 2, h / 2);
-        chromaV.StoreColumns(v, i / 2, j / 2, w / 2, h / 2);
-    });
+    const KorSizeT heightC = height / 2;
+    TurnRowPairs<layout>(y, u, v, rows, width, 2 * heightC);
+    if (IsOdd(height)) {
+        TurnRowPairs<layout>(y.From(2 * heightC), u.From(heightC), v.From(heightC), {rows.Row(height - 1), 0}, width, 2);
+    }
 }
 
 // Deliberate: with an odd width, which callers do not pass, every row pair reads its source two bytes and writes its

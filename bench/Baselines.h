@@ -1,0 +1,24 @@
+// What users would write, or do, without the library: measured beside it, so that a gain is seen.
+#ifndef KOR_BENCH_BASELINES_H
+#define KOR_BENCH_BASELINES_H
+
+#include "Kor/Video/Common/C/KorYuv420_C_.h"
+
+namespace bench {
+
+// I420 to BGRA as a plain nest over blocks with four byte stores a pixel.
+void RenderWithByteStores(const KorUint8* y, KorSizeT pitchY,
+                          const KorUint8* u, KorSizeT pitchU,
+                          const KorUint8* v, KorSizeT pitchV,
+                          KorUint8* x, KorSizeT pitchX,
+                          KorSizeT width, KorSizeT height);
+
+// UYVY to turned I420 in two passes: the plain converter into scratch planes, then three plane rotations. The scratch
+// planes are the caller's, of width by height samples and a quarter of that.
+void ConvertThenRotate(KorUint8* y, KorUint8* u, KorUint8* v,
+                       KorUint8* scratchY, KorUint8* scratchU, KorUint8* scratchV,
+                       const KorUint8* x, KorSizeT width, KorSizeT height, KorImageRotationDegree rotationDegree);
+
+}  // namespace bench
+
+#endif

@@ -1,0 +1,18 @@
+// A program in C++: the version of the headers, and a plane turned by a quarter.
+#include <array>
+#include <iostream>
+
+#include "Kor/Video/Common/C/KorYuv420_C_.h"
+
+static_assert(KOR_VERSION_MAJOR >= 0 && sizeof(KorVideoFrameDitherLevel) == 4, "the headers are those of the library");
+
+int main() {
+    const std::array<KorUint8, 6> plane = {'a', 'b', 'c', 'd', 'e', 'f'};
+    std::array<KorUint8, 6> turned{};
+    KorPlanarRotation_C_(plane.data(), 3, turned.data(), 2, 3, 2, 90);
+    if (turned != std::array<KorUint8, 6>{'d', 'a', 'e', 'b', 'f', 'c'}) {
+        std::cerr << "consumer: the turned plane is wrong\n";
+        return 1;
+    }
+    return 0;
+}
