@@ -1,0 +1,13 @@
+// The seed of a test run. KOR_TEST_SEED=<number> gives one, KOR_TEST_SEED=random draws one, else it is always the same.
+#ifndef KOR_TESTS_SUPPORT_SEED_H
+#define KOR_TESTS_SUPPORT_SEED_H
+
+#include <cstdint>
+
+namespace kit {
+
+std::uint64_t RunSeed();
+
+}  // namespace kit
+
+#endif

@@ -1,0 +1,180 @@
+// Every function against its literal twin: all small sizes, all options, all pitches and placements, every byte of
+// every plane, and the random draws; then a few large and awkward sizes.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <climits>
+#include <cstdint>
+
+#include "Kor/Video/Common/C/KorYuv420_C_.h"
+#include "tests/reference/Reference.h"
+#include "tests/support/Differential.h"
+#include "tests/support/Frames.h"
+#include "tests/support/Seed.h"
+
+namespace {
+
+struct Pair {
+    const char* name;
+    kit::AnyFunction library;
+    kit::AnyFunction reference;
+};
+
+#define KOR_PAIR(function) \
+    { #function, &::function, &::reference::function }
+
+std::vector<Pair> Pairs() {
+    return {
+        KOR_PAIR(KorPlanarUV422To420_C_),
+        KOR_PAIR(KorPlanarUVDeinterlace_C_),
+        KOR_PAIR(KorPlanarMirror_C_),
+        KOR_PAIR(KorPlanarUVDeinterlaceMirror_C_),
+        KOR_PAIR(KorPlanarRotation_C_),
+        KOR_PAIR(KorPlanarUVDeinterlaceRotation_C_),
+        KOR_PAIR(KorI420FlipVertical_C_),
+        KOR_PAIR(KorRGBAToI420_C_),
+        KOR_PAIR(KorBGRAToI420_C_),
+        KOR_PAIR(KorARGBToI420_C_),
+        KOR_PAIR(KorABGRToI420_C_),
+        KOR_PAIR(KorBGRAToI444_C_),
+        KOR_PAIR(KorBGRAToI420UsingBT709_C_),
+        KOR_PAIR(KorBGRAToI444UsingBT709_C_),
+        KOR_PAIR(KorBGRAToI420General_C_),
+        KOR_PAIR(KorRawToI420_C_),
+        KOR_PAIR(Kor24BGToI420_C_),
+        KOR_PAIR(KorI420ToRGBA_C_),
+        KOR_PAIR(KorI420ToBGRA_C_),
+        KOR_PAIR(KorI420ToARGB_C_),
+        KOR_PAIR(KorI420ToABGR_C_),
+        KOR_PAIR(KorI444ToBGRA_C_),
+        KOR_PAIR(KorI444ToBGRAUsingBT709_C_),
+        KOR_PAIR(KorI420ToBGRAUsingBT709_C_),
+        KOR_PAIR(KorI420ToBGRAGeneral_C_),
+        KOR_PAIR(KorI420To24BG_C_),
+        KOR_PAIR(KorYUY2ToI420_C_),
+        KOR_PAIR(KorUYVYToI420_C_),
+        KOR_PAIR(KorI420ToYUY2_C_),
+        KOR_PAIR(KorI420ToUYVY_C_),
+        KOR_PAIR(KorYuv2ToI420_C_),
+        KOR_PAIR(KorI420toYuv2_C_),
+        KOR_PAIR(KorM420ToI420_C_),
+        KOR_PAIR(KorYUY2ToI420WithRotation_C_),
+        KOR_PAIR(KorUYVYToI420WithRotation_C_),
+        KOR_PAIR(KorI420Dither_C_),
+        KOR_PAIR(KorI420AlphaBlend_C_),
+        KOR_PAIR(KorI420AlphaArrayBlend_C_),
+    };
+}
+
+void PrintTo(const Pair& pair, std::ostream* out) {
+    *out << pair.name;
+}
+
+class AgainstReference : public testing::TestWithParam<Pair> {
+  protected:
+    void Compare(const std::vector<std::pair<std::size_t, std::size_t>>& sizes) {
+        const kit::Entry& entry = kit::Find(GetParam().name);
+        kit::Sweep sweep = entry.options();
+        sweep.sizes = sizes;
+        kit::Differential differential(entry, GetParam().library, GetParam().reference);
+        const kit::Verdict verdict = differential.Run(sweep, kit::RunSeed());
+        EXPECT_TRUE(verdict.same) << verdict.report;
+        RecordProperty("cases", static_cast<int>(verdict.cases));
+    }
+};
+
+TEST_P(AgainstReference, AllSmallSizes) {
+    Compare(kit::SmallSizes());
+}
+
+TEST_P(AgainstReference, LargeAndAwkwardSizes) {
+    Compare(kit::AwkwardSizes());
+}
+
+INSTANTIATE_TEST_SUITE_P(, AgainstReference, testing::ValuesIn(Pairs()),
+                         testing::PrintToStringParamName());
+
+// ---- Matrices of every magnitude ---------------------------------------------------------------------------------
+
+// A coefficient at, just below or just above a power of two, with either sign; zero now and then.
+KorInt TurningPoint(kit::Noise& noise) {
+    const std::int64_t power = std::int64_t{1} << noise.Below(32);
+    const std::int64_t value = (power + noise.Below(3) - 1) * (noise.Below(2) == 0 ? 1 : -1);
+    return static_cast<KorInt>(std::clamp<std::int64_t>(value, INT_MIN, INT_MAX));
+}
+
+// Most matrices stay within a magnitude, so that all sizes of sums occur and not only those that wrap.
+std::vector<kit::Matrix> RandomMatrices(std::size_t count) {
+    kit::Noise noise(kit::RunSeed());
+    std::vector<kit::Matrix> matrices(count);
+    for (kit::Matrix& matrix : matrices) {
+        const KorInt limit = INT_MAX >> noise.Below(28);
+        for (auto& row : matrix.rows) {
+            for (KorInt& coefficient : row) {
+                coefficient = std::clamp(TurningPoint(noise), -limit - 1, limit);
+            }
+        }
+    }
+    return matrices;
+}
+
+void CompareMatrices(const char* name, const kit::AnyFunction& library, const kit::AnyFunction& reference) {
+    const std::vector<kit::Matrix> matrices = RandomMatrices(4000);
+    kit::Sweep sweep = kit::Find(name).options();
+    sweep.sizes = {{34, 3}, {7, 4}};
+    sweep.pitches = {kit::Pitches::Tight};
+    sweep.placements = {kit::Placement::Rear};
+    sweep.patterns = {kit::Pattern::Extremes};
+    sweep.ditherLevels = {KOR_VIDEOFRAMEDITHERLEVEL_Off};
+    sweep.matrices.clear();
+    for (const kit::Matrix& matrix : matrices) {
+        sweep.matrices.push_back(&matrix);
+    }
+    const kit::Verdict verdict = kit::Differential(kit::Find(name), library, reference).Run(sweep, kit::RunSeed());
+    EXPECT_TRUE(verdict.same) << verdict.report;
+}
+
+TEST(MatricesOfEveryMagnitude, Capture) {
+    CompareMatrices("KorBGRAToI420General_C_", &::KorBGRAToI420General_C_, &::reference::KorBGRAToI420General_C_);
+}
+
+TEST(MatricesOfEveryMagnitude, Render) {
+    CompareMatrices("KorI420ToBGRAGeneral_C_", &::KorI420ToBGRAGeneral_C_, &::reference::KorI420ToBGRAGeneral_C_);
+}
+
+// ---- A matrix that shares memory with the planes that are written --------------------------------------------------
+
+// Converts into three planes of planeBytes each, with a matrix somewhere in, between or around them; returns all bytes.
+kit::Bytes CaptureOntoMatrix(kit::CaptureGeneralFunction convert, std::size_t planeBytes, std::size_t matrixAt,
+                             std::size_t width, std::size_t height, std::uint64_t seed) {
+    kit::Bytes memory(sizeof(kit::Matrix) + 3 * planeBytes + sizeof(kit::Matrix));
+    kit::FillNoise(seed, memory.data(), memory.size());
+    const kit::Plane x(kit::Shape(4 * width, height));
+    x.Fill(kit::Pattern::Noise, seed + 1);
+    KorUint8* const y = memory.data() + sizeof(kit::Matrix);
+    const void* const matrix = memory.data() + matrixAt;
+    convert(y, width + 1, y + planeBytes, width / 2 + 2, y + 2 * planeBytes, width / 2 + 5, x.data(), x.pitch(), width,
+            height, static_cast<KorBool>(seed % 2), static_cast<const KorInt(*)[3]>(matrix));
+    return memory;
+}
+
+void CompareOntoMatrix(std::size_t planeBytes, std::size_t step, const kit::Sizes& widths, const kit::Sizes& heights) {
+    std::uint64_t seed = kit::RunSeed();
+    for (const std::size_t width : widths) {
+        for (const std::size_t height : heights) {
+            for (std::size_t at = 0; at <= sizeof(kit::Matrix) + 3 * planeBytes; at += step) {
+                ++seed;
+                ASSERT_EQ(CaptureOntoMatrix(&::KorBGRAToI420General_C_, planeBytes, at, width, height, seed),
+                          CaptureOntoMatrix(&::reference::KorBGRAToI420General_C_, planeBytes, at, width, height, seed))
+                    << width << "x" << height << ", matrix at " << at;
+            }
+        }
+    }
+}
+
+TEST(SharedMemory, MatrixInsideADestinationIsReadAfreshForEverySample) {
+    CompareOntoMatrix(64, 4, {1, 2, 3, 6, 7}, {1, 2, 3, 4, 5, 6});
+    CompareOntoMatrix(1024, 20, {17, 40}, {9, 20});
+}
+
+}  // namespace
