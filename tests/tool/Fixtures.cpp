@@ -1,0 +1,121 @@
+// Writes small files of the kinds that korframe must read and cannot write itself: `fixtures DIRECTORY`.
+#include <cstdio>  // jpeglib.h uses FILE and size_t without including them
+
+#include <jpeglib.h>
+#include <png.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+std::string directory;
+
+[[noreturn]] void Fail(const std::string& what) {
+    std::fprintf(stderr, "fixtures: %s\n", what.c_str());
+    std::exit(EXIT_FAILURE);
+}
+
+void WriteFile(const std::string& name, const Bytes& bytes) {
+    const std::string path = directory + "/" + name;
+    std::FILE* file = std::fopen(path.c_str(), "wb");
+    if (file == nullptr || std::fwrite(bytes.data(), 1, bytes.size(), file) != bytes.size() || std::fclose(file) != 0) {
+        Fail(path + " cannot be written");
+    }
+}
+
+struct PngKind {
+    const char* name;
+    int colourType;
+    int depth;
+    int interlacing;
+};
+
+void AppendBytes(png_structp png, png_bytep data, png_size_t count) {
+    Bytes& file = *static_cast<Bytes*>(png_get_io_ptr(png));
+    file.insert(file.end(), data, data + count);
+}
+
+void Flush(png_structp) {}
+
+// Two rows of `width` pixels; `row` is one of them.
+void WritePng(const PngKind& kind, std::uint32_t width, const Bytes& row) {
+    Bytes file;
+    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+    png_infop info = png_create_info_struct(png);
+    png_set_write_fn(png, &file, AppendBytes, Flush);
+    png_set_IHDR(png, info, width, 2, kind.depth, kind.colourType, kind.interlacing, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+    if (kind.colourType == PNG_COLOR_TYPE_PALETTE) {
+        const png_color palette[] = {{255, 0, 0}, {0, 0, 255}};
+        png_set_PLTE(png, info, palette, 2);
+    }
+    png_write_info(png, info);
+    for (int pass = png_set_interlace_handling(png); pass > 0; --pass) {
+        png_write_row(png, row.data());
+        png_write_row(png, row.data());
+    }
+    png_write_end(png, info);
+    png_destroy_write_struct(&png, &info);
+    WriteFile(kind.name, file);
+}
+
+// 16 by 16 pixels, all of the same components.
+void WriteJpeg(const std::string& name, J_COLOR_SPACE space, const Bytes& components, bool progressive) {
+    jpeg_compress_struct jpeg;
+    jpeg_error_mgr errors;
+    jpeg.err = jpeg_std_error(&errors);
+    jpeg_create_compress(&jpeg);
+    unsigned char* memory = nullptr;
+    unsigned long size = 0;
+    jpeg_mem_dest(&jpeg, &memory, &size);
+    jpeg.image_width = 16;
+    jpeg.image_height = 16;
+    jpeg.input_components = static_cast<int>(components.size());
+    jpeg.in_color_space = space;
+    jpeg_set_defaults(&jpeg);
+    jpeg_set_quality(&jpeg, 100, TRUE);
+    if (progressive) {
+        jpeg_simple_progression(&jpeg);
+    }
+    jpeg_start_compress(&jpeg, TRUE);
+    Bytes row;
+    for (int pixel = 0; pixel < 16; ++pixel) {
+        row.insert(row.end(), components.begin(), components.end());
+    }
+    while (jpeg.next_scanline < jpeg.image_height) {
+        JSAMPROW rows = row.data();
+        jpeg_write_scanlines(&jpeg, &rows, 1);
+    }
+    jpeg_finish_compress(&jpeg);
+    jpeg_destroy_compress(&jpeg);
+    WriteFile(name, Bytes(memory, memory + size));
+    std::free(memory);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 2) {
+        Fail("the name of a directory is wanted");
+    }
+    directory = argv[1];
+
+    WritePng({"rgb.png", PNG_COLOR_TYPE_RGB, 8, PNG_INTERLACE_NONE}, 2, {255, 0, 0, 255, 0, 0});
+    WritePng({"rgb16.png", PNG_COLOR_TYPE_RGB, 16, PNG_INTERLACE_NONE}, 2, {255, 255, 0, 0, 0, 0, 255, 255, 0, 0, 0, 0});
+    WritePng({"grey.png", PNG_COLOR_TYPE_GRAY, 8, PNG_INTERLACE_NONE}, 2, {255, 255});
+    WritePng({"grey1.png", PNG_COLOR_TYPE_GRAY, 1, PNG_INTERLACE_NONE}, 2, {0xc0});
+    WritePng({"palette.png", PNG_COLOR_TYPE_PALETTE, 1, PNG_INTERLACE_ADAM7}, 2, {0x00});
+    WritePng({"alpha.png", PNG_COLOR_TYPE_RGBA, 8, PNG_INTERLACE_NONE}, 2, {255, 0, 0, 255, 255, 255, 255, 0});
+    WritePng({"half.png", PNG_COLOR_TYPE_RGBA, 8, PNG_INTERLACE_NONE}, 2, {255, 255, 255, 128, 255, 255, 255, 128});
+
+    WriteJpeg("grey.jpg", JCS_GRAYSCALE, {255}, false);
+    WriteJpeg("white.jpg", JCS_RGB, {255, 255, 255}, false);
+    WriteJpeg("black-progressive.jpg", JCS_RGB, {0, 0, 0}, true);
+    WriteJpeg("cmyk.jpg", JCS_CMYK, {0, 0, 0, 0}, false);
+    return EXIT_SUCCESS;
+}

@@ -1,0 +1,163 @@
+# Raw layouts and Y4M in, turned and told, streams of frames, and what breaks off.
+. "$(dirname "$0")/kit.sh"
+
+# Two rows of four pixels; each layout says the same.
+luma="01 02 03 04 05 06 07 08"
+bytes "01 a0 02 b0 03 a2 04 b2  05 a1 06 b1 07 a4 08 b4" >packed.yuy2
+bytes "a0 01 b0 02 a2 03 b2 04  a1 05 b1 06 a4 07 b4 08" >packed.uyvy
+bytes "$luma a1 b1 a3 b3" >planes.nv12
+bytes "$luma b1 a1 b3 a3" >planes.nv21
+bytes "$luma a1 b1 a3 b3" >blocks.m420
+bytes "$luma a1 a3 b1 b3" >planes.i420
+inputs="packed.yuy2 packed.uyvy planes.nv12 planes.nv21 blocks.m420 planes.i420"
+
+# turned_to PLANES STEPS...: every layout gives these planes.
+turned_to() {
+    planes=$1
+    shift
+    for input in $inputs; do
+        works convert $input out.i420 --size 4x2 "$@"
+        actual=$(hex out.i420)
+        [ "$actual" = "$planes" ] || fail "$input $*: '$actual', expected '$planes'"
+    done
+}
+
+turned_to "$luma a1 a3 b1 b3"
+turned_to "$luma a1 a3 b1 b3" --rotate 0
+turned_to "05 06 07 08 01 02 03 04 a1 a3 b1 b3" --flip
+turned_to "04 03 02 01 08 07 06 05 a3 a1 b3 b1" --mirror
+turned_to "05 01 06 02 07 03 08 04 a1 a3 b1 b3" --rotate 90
+turned_to "08 07 06 05 04 03 02 01 a3 a1 b3 b1" --rotate 180
+turned_to "04 08 03 07 02 06 01 05 a3 a1 b3 b1" --rotate 270
+# The order of the steps counts.
+turned_to "01 05 02 06 03 07 04 08 a1 a3 b1 b3" --flip --rotate 90
+turned_to "08 04 07 03 06 02 05 01 a3 a1 b3 b1" --rotate 90 --flip
+turned_to "08 07 06 05 04 03 02 01 a3 a1 b3 b1" --flip --mirror
+turned_to "$luma a1 a3 b1 b3" --rotate 90 --rotate 180 --rotate 90
+turned_to "$luma a1 a3 b1 b3" --flip --rotate 90 --mirror --rotate 270
+
+# The lone last row of an odd height keeps its chroma.
+bytes "01 a0 02 b0  05 a1 06 b1  09 a6 0a b6" >odd.yuy2
+works convert odd.yuy2 out.i420 --size 2x3
+holds out.i420 "01 02 05 06 09 0a a1 a6 b1 b6"
+works convert odd.yuy2 out.i420 --size 2x3 --flip
+holds out.i420 "09 0a 05 06 01 02 a4 a0 b4 b0"
+works convert odd.yuy2 out.i420 --size 2x3 --rotate 90
+holds out.i420 "09 05 01 0a 06 02 a6 a1 b6 b1"
+bytes "01 02 03 04 05 06 07 08 09 a1 b1 a2 b2 a3 b3 a4 b4" >odd.nv12
+works convert odd.nv12 out.i420 --size 3x3
+holds out.i420 "01 02 03 04 05 06 07 08 09 a1 a2 a3 a4 b1 b2 b3 b4"
+works convert odd.nv12 out.i420 --size 3x3 --mirror
+holds out.i420 "03 02 01 06 05 04 09 08 07 a2 a1 a4 a3 b2 b1 b4 b3"
+
+# Yuv2: full-range luma, signed chroma.
+bytes "00 80 ff 7f 00 80 ff 7f" >signed.yuv2
+works convert signed.yuv2 out.i420 --size 2x2
+holds out.i420 "10 eb 10 eb 0f f0"
+bytes "10 eb 10 eb 80 10" >unsigned.i420
+works convert unsigned.i420 out.yuv2 --size 2x2
+holds out.yuv2 "10 00 eb 81 10 00 eb 81"
+
+# Out again: packed, and planes of 4:4:4.
+works convert planes.i420 out.yuy2 --size 4x2
+holds out.yuy2 "01 a1 02 b1 03 a3 04 b3 05 a1 06 b1 07 a3 08 b3"
+works convert planes.i420 out.uyvy --size 4x2
+holds out.uyvy "a1 01 b1 02 a3 03 b3 04 a1 05 b1 06 a3 07 b3 08"
+works convert unsigned.i420 odd.out --to uyvy --size 2x2 --rotate 90
+holds odd.out "80 10 10 10 80 eb 10 eb"
+bytes "01 02 03 04 05 06 11 12 13 14 15 16 21 22 23 24 25 26" >full.i444
+works convert full.i444 out.i444 --size 3x2 --rotate 90
+holds out.i444 "04 01 05 02 06 03 14 11 15 12 16 13 24 21 25 22 26 23"
+# An odd height is packed from its last row repeated.
+works convert odd.yuy2 mid.i420 --size 2x3
+works convert mid.i420 out.yuy2 --size 2x3
+holds out.yuy2 "01 a1 02 b1 05 a1 06 b1 09 a6 0a b6"
+
+# Y4M: what the header says goes through, turned where need be, and what it does not say is taken as unknown.
+{ printf 'YUV4MPEG2 H2 W4 F30000:1001 Ib A4:3 C420mpeg2 XYSCSS=420MPEG2 XCOLORRANGE=FULL Zfuture\nFRAME\n'; cat planes.i420; printf 'FRAME Ippp XZ\n'; cat planes.i420; } >in.y4m
+works convert in.y4m out.y4m
+{ printf 'YUV4MPEG2 W4 H2 F30000:1001 Ib A4:3 C420mpeg2 XYSCSS=420MPEG2 XCOLORRANGE=FULL\nFRAME\n'; cat planes.i420; printf 'FRAME\n'; cat planes.i420; } >expected
+same out.y4m expected
+works convert in.y4m out.y4m --flip --rate 24
+[ "$(head -1 out.y4m)" = "YUV4MPEG2 W4 H2 F24:1 It A4:3 C420mpeg2 XYSCSS=420MPEG2 XCOLORRANGE=FULL" ] || fail "flipped: $(head -1 out.y4m)"
+refuses 1 "in.y4m: is interlaced (Ib), and a quarter turn" convert in.y4m x.y4m --rotate 90
+sed 's/ Ib / Ip /' in.y4m >progressive.y4m
+works convert progressive.y4m out.y4m --rotate 270
+[ "$(head -1 out.y4m)" = "YUV4MPEG2 W2 H4 F30000:1001 Ip A3:4 C420mpeg2 XYSCSS=420MPEG2 XCOLORRANGE=FULL" ] || fail "turned: $(head -1 out.y4m)"
+{ printf 'YUV4MPEG2 W3 H2 C444\nFRAME\n'; cat full.i444; } >full.y4m
+works convert full.y4m out.y4m
+{ printf 'YUV4MPEG2 W3 H2 F25:1 I? A0:0 C444\nFRAME\n'; cat full.i444; } >expected
+same out.y4m expected
+works convert packed.yuy2 out.y4m --size 4x2 --rate 60000:1001
+[ "$(head -1 out.y4m)" = "YUV4MPEG2 W4 H2 F60000:1001 Ip A1:1 C420mpeg2 XCOLORRANGE=LIMITED" ] || fail "packed: $(head -1 out.y4m)"
+
+# Streams through pipes, and numbered pictures.
+cat packed.yuy2 packed.yuy2 packed.yuy2 | "$korframe" convert - - --from yuy2 --size 4x2 2>stderr.txt >out.y4m || fail "a stream through a pipe"
+[ ! -s stderr.txt ] || fail "a stream said: $(cat stderr.txt)"
+[ "$(grep -ac FRAME out.y4m)" -eq 3 ] || fail "a stream of three has $(grep -ac FRAME out.y4m)"
+"$korframe" convert - - --to i420 <out.y4m >out.i420 || fail "a stream back"
+cat planes.i420 planes.i420 planes.i420 >expected
+same out.i420 expected
+works convert out.y4m "100% %03d.ppm"
+for number in 001 002 003; do
+    [ -s "100% $number.ppm" ] || fail "no picture $number"
+done
+absent "100% 004.ppm"
+works convert out.y4m %d.png
+[ -s 1.png ] && [ -s 3.png ] || fail "no 1.png or 3.png"
+refuses 1 "one.png: is one picture, but there are more frames; a number in the name, such as %04d" convert out.y4m one.png
+absent one.png
+
+# What breaks off is told with its number, and the frames before it are kept.
+{ cat packed.yuy2 packed.yuy2; bytes "01 a0 02"; } >broken.yuy2
+refuses 1 "broken.yuy2: frame 3 is truncated, 13 of its 16 bytes are missing" convert broken.yuy2 kept.i420 --size 4x2
+cat planes.i420 planes.i420 >expected
+same kept.i420 expected
+head -c $(($(wc -c <in.y4m) - 1)) in.y4m >broken.y4m
+refuses 1 "broken.y4m: frame 2 is truncated, 1 of its 12 bytes are missing" convert broken.y4m kept.y4m
+[ "$(grep -ac FRAME kept.y4m)" -eq 1 ] || fail "kept.y4m holds $(grep -ac FRAME kept.y4m) frames"
+{ cat in.y4m; printf 'frame\n'; } >broken.y4m
+refuses 1 "broken.y4m: frame 3 does not begin with FRAME at byte $(wc -c <in.y4m)" convert broken.y4m kept.y4m
+[ "$(grep -ac FRAME kept.y4m)" -eq 2 ] || fail "kept.y4m holds $(grep -ac FRAME kept.y4m) frames"
+head -c 3 packed.yuy2 >short.yuy2
+refuses 1 "short.yuy2: frame 1 is truncated, 13 of its 16 bytes are missing" convert short.yuy2 none.i420 --size 4x2
+absent none.i420
+
+# Headers and wishes that are wrong.
+header() {
+    printf '%s\n' "$1" >header.y4m
+    refuses 1 "header.y4m: $2" convert header.y4m none.y4m
+}
+header "YUV4MPEG2 W4 H2" "holds a Y4M header but no frame"
+header "YUV4MPEG2 H2" "has no width (W) in its Y4M header"
+header "YUV4MPEG2 W4" "has no height (H) in its Y4M header"
+header "YUV4MPEG2 W-4 H2" "has the field W-4 in its Y4M header; a number of pixels is wanted after W"
+header "YUV4MPEG2 W4 H2x" "has the field H2x in its Y4M header"
+header "YUV4MPEG2 W0 H2" "size 0x2 is empty"
+header "YUV4MPEG2 W99999999999999999 H99999999999999999" "size 99999999999999999x99999999999999999 is too large; the limit is 32768 on a side"
+header "YUV4MPEG2 W4 H2 C422" "has the field C422 in its Y4M header; C420jpeg, C420mpeg2, C420paldv, C420 or C444 (8 bits) can be read"
+header "YUV4MPEG2 W4 H2 C420p10" "has the field C420p10"
+header "YUV4MPEG2 W4 H2 F25" "has the field F25 in its Y4M header; a ratio such as 25:1 is wanted after F"
+header "YUV4MPEG2 W4 H2 A1:x" "has the field A1:x"
+{ printf 'YUV4MPEG2 '; repeat 5000 41; } >header.y4m
+refuses 1 "header.y4m: has a Y4M header without an end; a line of up to 4096 bytes" convert header.y4m none.y4m
+: >empty.yuy2
+refuses 1 "empty.yuy2: is empty; a frame takes 16 bytes" convert empty.yuy2 none.i420 --size 4x2
+refuses 2 "packed.yuy2: raw yuy2 frames do not tell their size; give --size" convert packed.yuy2 none.i420
+refuses 1 "packed.yuy2: width 3 is odd; yuy2 holds pixels in pairs, so the width must be even" convert packed.yuy2 none.i420 --size 3x2
+refuses 1 "signed.yuv2: width 1 is odd" convert signed.yuv2 none.i420 --size 1x2
+refuses 1 "blocks.m420: height 3 is odd; m420 holds rows in pairs, so the height must be even" convert blocks.m420 none.i420 --size 2x3
+refuses 1 "none.uyvy: width 3 is odd; uyvy holds pixels in pairs" convert odd.nv12 none.uyvy --size 3x3
+refuses 2 "--from yuv9: one of i420, i444, nv12" convert packed.yuy2 none.i420 --from yuv9 --size 4x2
+refuses 2 "--size 4*2: width and height are wanted" convert packed.yuy2 none.i420 --size 4*2
+refuses 2 "--size is for raw frames, and this file tells its own" convert in.y4m none.i420 --size 4x2
+refuses 2 "--rotate 45: 0, 90, 180 or 270 degrees, clockwise, are wanted" convert packed.yuy2 none.i420 --size 4x2 --rotate 45
+refuses 2 "--rate 0: frames per second are wanted" convert packed.yuy2 none.y4m --size 4x2 --rate 0
+refuses 2 "--order rgba: packed.yuy2 is no picture" convert packed.yuy2 none.y4m --size 4x2 --order rgba
+refuses 2 "none.nv12: there is no conversion from i420 to nv12" convert packed.yuy2 none.nv12 --size 4x2
+refuses 2 "none.i420: there is no conversion from i444 to i420" convert full.y4m none.i420
+refuses 2 "none.i444: there is no conversion from i420 to i444" convert in.y4m none.i444
+refuses 2 "--to yuy2: none.png is named as a picture" convert in.y4m none.png --to yuy2
+absent none.i420 none.y4m none.nv12 none.i444 none.png none.uyvy
+
+finish

@@ -1,0 +1,83 @@
+# What the tests of the tool share. Sourced by each with: the program, the fixture writer. Runs in a directory of its
+# own, which goes when the test ends.
+set -u
+
+korframe=$1
+fixtures=$2
+directory=$(mktemp -d)
+trap 'rm -rf "$directory"' EXIT
+cd "$directory" || exit 1
+failures=0
+
+fail() {
+    echo "FAILED: $*"
+    failures=$((failures + 1))
+}
+
+finish() {
+    if [ "$failures" -gt 0 ]; then
+        echo "$failures failed"
+        exit 1
+    fi
+    echo "all passed"
+}
+
+# Bytes as hexadecimal pairs: bytes "50 36 0a".
+bytes() {
+    for pair in $1; do
+        # shellcheck disable=SC2059
+        printf "\\$(printf '%03o' "0x$pair")"
+    done
+}
+
+# A byte many times: repeat COUNT 80.
+repeat() {
+    head -c "$1" /dev/zero | tr '\0' "\\$(printf '%03o' "0x$2")"
+}
+
+hex() {
+    od -An -v -tx1 "$1" | tr -s ' \n' '  ' | sed 's/^ //; s/ $//'
+}
+
+# The bytes of a file: holds FILE "51 5a ...".
+holds() {
+    actual=$(hex "$1")
+    [ "$actual" = "$2" ] || fail "$1 holds '$actual', expected '$2'"
+}
+
+same() {
+    cmp "$1" "$2" || fail "$1 and $2 differ"
+}
+
+# A run that succeeds and says nothing: works ARGUMENTS...
+works() {
+    "$korframe" "$@" 2>stderr.txt
+    status=$?
+    [ "$status" -eq 0 ] || fail "korframe $* ended with $status: $(cat stderr.txt)"
+    [ ! -s stderr.txt ] || fail "korframe $* said: $(cat stderr.txt)"
+}
+
+# A run that ends with STATUS and a line that contains MESSAGE, and leaves no temporary file:
+# refuses STATUS MESSAGE ARGUMENTS...
+refuses() {
+    expected=$1
+    message=$2
+    shift 2
+    "$korframe" "$@" >stdout.txt 2>stderr.txt
+    status=$?
+    [ "$status" -eq "$expected" ] || fail "korframe $* ended with $status, expected $expected: $(cat stderr.txt)"
+    [ "$(wc -l <stderr.txt)" -eq 1 ] || fail "korframe $* did not say one line: $(cat stderr.txt)"
+    grep -qF -- "korframe: " stderr.txt || fail "korframe $* did not give its name: $(cat stderr.txt)"
+    grep -qF -- "$message" stderr.txt || fail "korframe $* said '$(cat stderr.txt)', expected '$message'"
+    leaves_nothing
+}
+
+leaves_nothing() {
+    [ -z "$(find . -name '.korframe-*')" ] || fail "a temporary file stayed: $(find . -name '.korframe-*')"
+}
+
+absent() {
+    for name in "$@"; do
+        [ ! -e "$name" ] || fail "$name is there"
+    done
+}

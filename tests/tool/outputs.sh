@@ -1,0 +1,97 @@
+# Where things are written, and what stays when it does not work.
+. "$(dirname "$0")/kit.sh"
+
+# The program itself.
+"$korframe" --version | grep -q '^korframe [0-9]*\.[0-9]*\.[0-9]*$' || fail "--version"
+"$korframe" --help | grep -q 'convert' || fail "--help"
+"$korframe" convert --help | grep -q 'OUTPUT' || fail "convert --help"
+refuses 2 "subcommand is required"
+refuses 2 "korframe --help tells the usage" paint
+refuses 2 "INPUT is required" convert
+refuses 2 "korframe convert --help tells the usage" convert a b --colour
+
+# The test card.
+works testcard card.png
+works testcard card.ppm --size 320x180
+[ "$(head -c 15 card.ppm)" = "$(printf 'P6\n320 180\n255')" ] || fail "the size of the card"
+works convert card.png card.y4m
+[ "$(wc -c <card.y4m)" -eq $((64 + 6 + 1280 * 720 * 3 / 2)) ] || fail "the size of card.y4m"
+refuses 2 "card.jpg: a test card is a picture; a name that ends in png or ppm is wanted" testcard card.jpg
+refuses 2 "--size 63x64: a test card needs at least 64 pixels on a side" testcard x.png --size 63x64
+refuses 2 "--size 10: width and height are wanted, such as 1280x720" testcard x.png --size 10
+refuses 2 "--size 0x10: each side must be 1 to 32768" testcard x.png --size 0x10
+refuses 2 "--size 99999x10: each side must be 1 to 32768" testcard x.png --size 99999x10
+refuses 2 "--size 32768x32768: each side must be 1 to 32768, and both together no more than 268435456 pixels" testcard x.png --size 32768x32768
+absent x.png card.jpg
+
+# Wishes that cannot be met.
+refuses 1 "missing.png: cannot be opened: No such file or directory" convert missing.png out.y4m
+refuses 1 ".: is a directory; give a file, or - for standard input" convert . out.y4m
+refuses 1 "there/out.y4m: cannot be created: No such file or directory" convert card.png there/out.y4m
+mkdir place
+refuses 1 "place: is a directory; give the name of a file" convert card.png place --to y4m
+refuses 2 "out.avi: the name does not tell what to write" convert card.png out.avi
+refuses 2 "out.jpg: JPEG files are read but not written" convert card.png out.jpg
+refuses 2 "--to i421: one of y4m, y4m:i444, png, ppm, i420" convert card.png out --to i421
+refuses 2 "--to y4m:bgra: a Y4M file holds i420 or i444" convert card.png out --to y4m:bgra
+refuses 2 "--order grba: one of bgra, rgba, argb, abgr, rgb24, bgr24 is wanted" convert card.png out.y4m --order grba
+absent out.y4m out out.avi
+
+# A full device, and a reader that goes away.
+if [ -w /dev/full ]; then
+    refuses 1 "/dev/full: cannot be written: No space left on device" convert card.png /dev/full --to y4m
+fi
+{ "$korframe" convert card.png - 2>stderr.txt; echo $? >status.txt; } | head -c 1 >/dev/null
+[ "$(cat status.txt)" = 1 ] || fail "a closed pipe ended with $(cat status.txt)"
+grep -q '^korframe: standard output: cannot be written: Broken pipe' stderr.txt || fail "a closed pipe: $(cat stderr.txt)"
+if [ -c /dev/null ]; then
+    works convert card.png /dev/null --to y4m
+    [ -c /dev/null ] || fail "/dev/null was replaced"
+fi
+
+# What is there stays until the new file is complete; its mode and a link to it stay as well.
+cp card.y4m kept.y4m
+chmod 640 kept.y4m
+ln -s kept.y4m link.y4m
+works convert card.ppm link.y4m
+[ -L link.y4m ] || fail "the link was replaced"
+[ "$(stat -c %a kept.y4m)" = 640 ] || fail "the mode changed to $(stat -c %a kept.y4m)"
+umask 027
+works convert card.ppm fresh.y4m
+[ "$(stat -c %a fresh.y4m)" = 640 ] || fail "the mode of a new file is $(stat -c %a fresh.y4m)"
+same kept.y4m fresh.y4m
+head -c 100 card.png >cut.png
+refuses 1 "cut.png: is a damaged PNG file" convert cut.png kept.y4m
+same kept.y4m fresh.y4m
+
+# A file may be its own output.
+cp card.ppm self
+works convert self self --to y4m
+same self fresh.y4m
+
+# An unfinished file goes with the signal that ends the program.
+mkfifo never
+for signal in INT TERM HUP; do
+    # A shell starts background jobs with SIGINT ignored, and what is ignored stays so; env gives it back.
+    exec 9<>never
+    env --default-signal=INT "$korframe" convert never self --to y4m --from i420 --size 64x64 2>/dev/null &
+    job=$!
+    head -c 6144 /dev/zero >&9
+    tries=0
+    while [ -z "$(find . -name '.korframe-*')" ] && [ $tries -lt 50 ]; do
+        sleep 0.1
+        tries=$((tries + 1))
+    done
+    kill -$signal $job
+    wait $job
+    status=$?
+    exec 9>&-
+    [ $status -gt 128 ] || fail "SIG$signal: ended with $status"
+    leaves_nothing
+    same self fresh.y4m
+done
+
+# Whatever bytes a name has, the report is one line.
+refuses 1 "a?b.png: cannot be opened" convert "$(printf 'a\nb.png')" out.y4m
+
+finish

@@ -1,0 +1,16 @@
+// Each subcommand adds itself, with its options, to the program. Main.cpp has the list.
+#ifndef KORFRAME_COMMANDS_H
+#define KORFRAME_COMMANDS_H
+
+#include <CLI/CLI.hpp>
+
+namespace korframe {
+
+void AddConvert(CLI::App& app);
+void AddBlend(CLI::App& app);
+void AddDemo(CLI::App& app);
+void AddTestCard(CLI::App& app);
+
+}  // namespace korframe
+
+#endif

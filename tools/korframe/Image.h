@@ -1,0 +1,95 @@
+// The two forms in which a picture travels through the program: a Frame, bytes laid out as a PixelFormat says, as they
+// are read and written; and a YuvImage, the planes that the library works on.
+#ifndef KORFRAME_IMAGE_H
+#define KORFRAME_IMAGE_H
+
+#include <cstddef>
+#include <cstdint>
+
+#include "Buffer.h"
+#include "PixelFormat.h"
+
+namespace korframe {
+
+class Frame {
+  public:
+    Frame() = default;
+    Frame(const PixelFormat& format, std::size_t width, std::size_t height) { Reset(format, width, height); }
+
+    // Keeps its memory where the size in bytes stays the same; the content is open afterwards.
+    void Reset(const PixelFormat& format, std::size_t width, std::size_t height);
+
+    const PixelFormat& Format() const { return *format_; }
+    std::size_t Width() const { return width_; }
+    std::size_t Height() const { return height_; }
+    std::size_t Size() const { return bytes_.Size(); }
+    std::uint8_t* Data() { return bytes_.Data(); }
+    const std::uint8_t* Data() const { return bytes_.Data(); }
+
+    std::uint8_t* Plane(std::size_t plane) { return Data() + Offset(plane); }
+    const std::uint8_t* Plane(std::size_t plane) const { return Data() + Offset(plane); }
+    std::size_t Pitch(std::size_t plane = 0) const { return format_->planes[plane].Pitch(width_); }
+
+    // The bytes of one pixel; for RGB layouts only.
+    std::uint8_t* Pixel(std::size_t x, std::size_t y) { return Data() + y * Pitch() + x * format_->rgb.bytes; }
+    const std::uint8_t* Pixel(std::size_t x, std::size_t y) const { return Data() + y * Pitch() + x * format_->rgb.bytes; }
+
+  private:
+    std::size_t Offset(std::size_t plane) const;
+
+    const PixelFormat* format_ = nullptr;
+    std::size_t width_ = 0;
+    std::size_t height_ = 0;
+    Buffer bytes_;
+};
+
+// The same RGB picture in another order of bytes. Alpha is carried where both have it, else it is 255.
+void Reorder(const Frame& from, const PixelFormat& format, Frame& to);
+
+// Puts a picture in front of black and makes it opaque.
+void LayOverBlack(Frame& picture);
+
+struct Plane {
+    Buffer bytes;
+    std::size_t width = 0;
+    std::size_t height = 0;
+    std::size_t pitch = 0;
+
+    std::uint8_t* Data() { return bytes.Data(); }
+    const std::uint8_t* Data() const { return bytes.Data(); }
+    std::uint8_t* Row(std::size_t row) { return Data() + row * pitch; }
+    const std::uint8_t* Row(std::size_t row) const { return Data() + row * pitch; }
+};
+
+// I420 or I444. Luma always has room for an even width and an even height: that is the spare column and row which the
+// library's converters may write beyond odd sizes, and where EvenOut puts what the renderers want to read there.
+class YuvImage {
+  public:
+    YuvImage() = default;
+    YuvImage(Layout layout, std::size_t width, std::size_t height) { Reset(layout, width, height); }
+
+    void Reset(Layout layout, std::size_t width, std::size_t height);
+    // Makes this a copy; only the visible samples are copied.
+    void CopyFrom(const YuvImage& other);
+    // Repeats the last column and row of luma into the spare ones, so that width and height may be taken as even.
+    void EvenOut();
+
+    Layout GetLayout() const { return layout_; }
+    std::size_t Width() const { return width_; }
+    std::size_t Height() const { return height_; }
+    std::size_t EvenWidth() const { return width_ + width_ % 2; }
+    std::size_t EvenHeight() const { return height_ + height_ % 2; }
+
+    Plane y;
+    Plane u;
+    Plane v;
+
+  private:
+    Layout layout_ = Layout::I420;
+    std::size_t width_ = 0;
+    std::size_t height_ = 0;
+};
+
+}  // namespace korframe
+
+#endif

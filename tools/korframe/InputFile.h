@@ -1,0 +1,49 @@
+// A file or standard input ("-"), read in one direction, with a look ahead so that its kind can be recognised.
+#ifndef KORFRAME_INPUTFILE_H
+#define KORFRAME_INPUTFILE_H
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace korframe {
+
+class InputFile {
+  public:
+    explicit InputFile(const std::string& path);
+    ~InputFile();
+    InputFile(const InputFile&) = delete;
+    InputFile& operator=(const InputFile&) = delete;
+
+    // As it stands in messages.
+    const std::string& Name() const { return name_; }
+    // The size, where it is known beforehand.
+    std::optional<std::uint64_t> Size() const { return size_; }
+    // Bytes taken so far.
+    std::uint64_t Position() const { return position_; }
+
+    // The next `count` bytes, fewer only at the end; they stay to be read.
+    std::string Peek(std::size_t count);
+    // Reads up to `count` bytes, fewer only at the end.
+    std::size_t Read(std::uint8_t* bytes, std::size_t count);
+    // Reads a line without its line feed. Empty optional when the end or `limit` bytes come before a line feed.
+    std::optional<std::string> ReadLine(std::size_t limit);
+    std::vector<std::uint8_t> ReadAll();
+
+  private:
+    bool Fill();
+    std::size_t ReadSome(std::uint8_t* bytes, std::size_t count);
+
+    std::string name_;
+    int descriptor_;
+    std::optional<std::uint64_t> size_;
+    std::uint64_t position_ = 0;
+    std::vector<std::uint8_t> ahead_;
+    std::size_t aheadBegin_ = 0;
+};
+
+}  // namespace korframe
+
+#endif

@@ -1,0 +1,59 @@
+// korframe: raw video frames on the command line, through the Kor library.
+#include <exception>
+#include <string>
+
+#include "Commands.h"
+#include "Errors.h"
+#include "Kor/Utils/SysDep/KorBaseTypes.h"
+#include "OutputFile.h"
+
+namespace korframe {
+
+namespace {
+
+constexpr void (*kCommands[])(CLI::App&) = {AddConvert, AddBlend, AddDemo, AddTestCard};
+
+std::string Version() {
+    return "korframe " + std::to_string(KOR_VERSION_MAJOR) + "." + std::to_string(KOR_VERSION_MINOR) + "." + std::to_string(KOR_VERSION_PATCH);
+}
+
+int Report(const std::string& message, ExitStatus status) {
+    SayLine(message);
+    return static_cast<int>(status);
+}
+
+int Run(int argc, char** argv) {
+    CLI::App app("Converts, turns, renders and blends raw video frames.", "korframe");
+    app.set_version_flag("--version", Version());
+    app.require_subcommand(1);
+    for (const auto add : kCommands) {
+        add(app);
+    }
+    try {
+        app.parse(argc, argv);  // runs the subcommand that is named
+    } catch (const CLI::Success& wish) {
+        return app.exit(wish);  // --help, --version
+    } catch (const CLI::ParseError& error) {
+        const std::string command = app.get_subcommands().empty() ? "" : " " + app.get_subcommands().front()->get_name();
+        return Report(std::string(error.what()) + "; korframe" + command + " --help tells the usage", ExitStatus::Usage);
+    }
+    return static_cast<int>(ExitStatus::Success);
+}
+
+}  // namespace
+
+}  // namespace korframe
+
+int main(int argc, char** argv) {
+    using korframe::ExitStatus;
+    try {
+        korframe::RemoveTemporariesOnSignals();
+        return korframe::Run(argc, argv);
+    } catch (const korframe::Error& error) {
+        return korframe::Report(error.what(), error.Status());
+    } catch (const std::bad_alloc&) {
+        return korframe::Report("not enough memory for frames of this size; smaller ones are wanted", ExitStatus::Failure);
+    } catch (const std::exception& error) {
+        return korframe::Report(error.what(), ExitStatus::Failure);
+    }
+}

@@ -1,0 +1,184 @@
+#include "OutputFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+#include "Errors.h"
+
+namespace korframe {
+
+namespace {
+
+constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP};
+
+// The path of the one temporary file that exists at a time, where the signal handler can reach it; empty if none.
+char pendingTemporary[PATH_MAX];
+
+sigset_t HandledSignals() {
+    sigset_t set;
+    sigemptyset(&set);
+    for (const int signal : kSignals) {
+        sigaddset(&set, signal);
+    }
+    return set;
+}
+
+// Holds the handled signals off, so that a file and its entry in pendingTemporary change as one.
+class SignalsHeldOff {
+  public:
+    SignalsHeldOff() {
+        const sigset_t set = HandledSignals();
+        sigprocmask(SIG_BLOCK, &set, &before_);
+    }
+    ~SignalsHeldOff() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
+    SignalsHeldOff(const SignalsHeldOff&) = delete;
+    SignalsHeldOff& operator=(const SignalsHeldOff&) = delete;
+
+  private:
+    sigset_t before_;
+};
+
+extern "C" void RemoveTemporaryAndDie(int signal) {
+    if (pendingTemporary[0] != '\0') {
+        unlink(pendingTemporary);
+    }
+    // The handler was reset when it was entered, so the signal now does what it does by default once we return.
+    raise(signal);
+}
+
+mode_t ModeOfNewFiles() {
+    const mode_t mask = umask(0);
+    umask(mask);
+    return 0666 & ~mask;
+}
+
+// Where the path leads, links followed; the path itself where nothing is there yet.
+std::string Resolve(const std::string& path) {
+    const std::unique_ptr<char, decltype(&std::free)> resolved(realpath(path.c_str(), nullptr), &std::free);
+    return resolved ? resolved.get() : path;
+}
+
+std::string DirectoryOf(const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    return slash == std::string::npos ? "./" : path.substr(0, slash + 1);
+}
+
+}  // namespace
+
+void RemoveTemporariesOnSignals() {
+    for (const int signal : kSignals) {
+        struct sigaction action = {};
+        sigaction(signal, nullptr, &action);
+        if (action.sa_handler == SIG_IGN) {
+            continue;  // started with the signal ignored, as nohup does: it stays so
+        }
+        action = {};
+        action.sa_handler = RemoveTemporaryAndDie;
+        action.sa_flags = static_cast<int>(SA_RESETHAND);
+        action.sa_mask = HandledSignals();
+        sigaction(signal, &action, nullptr);
+    }
+    // A reader that goes away shows as a failed write, which leads past the destructors.
+    std::signal(SIGPIPE, SIG_IGN);
+}
+
+OutputFile::OutputFile(const std::string& path) : name_(path == "-" ? "standard output" : path), path_(path) {
+    if (path == "-") {
+        descriptor_ = STDOUT_FILENO;
+        return;
+    }
+    path_ = Resolve(path);
+    struct stat status = {};
+    const bool exists = stat(path_.c_str(), &status) == 0;
+    if (exists && S_ISDIR(status.st_mode)) {
+        FailFile(name_, "is a directory; give the name of a file");
+    }
+    if (exists && !S_ISREG(status.st_mode)) {
+        descriptor_ = open(path_.c_str(), O_WRONLY | O_CLOEXEC);
+        if (descriptor_ < 0) {
+            Fail("cannot be opened");
+        }
+        return;
+    }
+    OpenTemporary();
+    fchmod(descriptor_, exists ? status.st_mode & 07777 : ModeOfNewFiles());
+}
+
+OutputFile::~OutputFile() {
+    if (descriptor_ > STDOUT_FILENO) {
+        close(descriptor_);
+    }
+    RemoveTemporary();
+}
+
+void OutputFile::Fail(const std::string& action) const {
+    FailFile(name_, action + ": " + std::strerror(errno));
+}
+
+void OutputFile::OpenTemporary() {
+    std::string pattern = DirectoryOf(path_) + ".korframe-XXXXXX";
+    if (pattern.size() >= sizeof pendingTemporary) {
+        errno = ENAMETOOLONG;
+        Fail("cannot be created");
+    }
+    const SignalsHeldOff heldOff;
+    descriptor_ = mkstemp(pattern.data());
+    if (descriptor_ < 0) {
+        Fail("cannot be created");
+    }
+    temporary_ = pattern;
+    std::memcpy(pendingTemporary, pattern.c_str(), pattern.size() + 1);
+}
+
+void OutputFile::RemoveTemporary() {
+    if (!temporary_.empty()) {
+        const SignalsHeldOff heldOff;
+        unlink(temporary_.c_str());
+        pendingTemporary[0] = '\0';
+        temporary_.clear();
+    }
+}
+
+void OutputFile::Write(const void* bytes, std::size_t count) {
+    const char* next = static_cast<const char*>(bytes);
+    while (count > 0) {
+        const ssize_t written = write(descriptor_, next, count);
+        if (written < 0 && errno != EINTR) {
+            Fail("cannot be written");
+        }
+        if (written > 0) {
+            next += written;
+            count -= static_cast<std::size_t>(written);
+        }
+    }
+}
+
+void OutputFile::Commit() {
+    if (descriptor_ <= STDOUT_FILENO) {
+        return;
+    }
+    const int closing = descriptor_;
+    descriptor_ = -1;
+    // Some file systems report a full disk only now.
+    if (close(closing) != 0) {
+        Fail("cannot be written");
+    }
+    if (!temporary_.empty()) {
+        const SignalsHeldOff heldOff;
+        if (rename(temporary_.c_str(), path_.c_str()) != 0) {
+            Fail("cannot be put in place");
+        }
+        pendingTemporary[0] = '\0';
+        temporary_.clear();
+    }
+}
+
+}  // namespace korframe

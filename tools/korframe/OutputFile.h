@@ -1,0 +1,41 @@
+// An output that appears under its name only when it is complete.
+//
+// It is written under a temporary name in the same directory and renamed by Commit. Without Commit, and on SIGINT,
+// SIGTERM and SIGHUP, the temporary file is removed, and what stood under the name before is still there. Hence a file
+// may also be its own output: it is read to the end before it is replaced. Standard output ("-") and what is no
+// regular file (a device, a named pipe) cannot be renamed into place and are written directly.
+#ifndef KORFRAME_OUTPUTFILE_H
+#define KORFRAME_OUTPUTFILE_H
+
+#include <cstddef>
+#include <string>
+
+namespace korframe {
+
+class OutputFile {
+  public:
+    explicit OutputFile(const std::string& path);
+    ~OutputFile();
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
+
+    void Write(const void* bytes, std::size_t count);
+    void Commit();
+
+  private:
+    [[noreturn]] void Fail(const std::string& action) const;
+    void OpenTemporary();
+    void RemoveTemporary();
+
+    std::string name_;       // as it stands in messages
+    std::string path_;       // symbolic links followed, so that the link stays and its target is replaced
+    std::string temporary_;  // empty when written directly
+    int descriptor_ = -1;
+};
+
+// Sets up the removal of temporary files on signals. To be called once, before the first OutputFile.
+void RemoveTemporariesOnSignals();
+
+}  // namespace korframe
+
+#endif

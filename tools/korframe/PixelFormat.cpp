@@ -1,0 +1,134 @@
+#include "PixelFormat.h"
+
+#include <algorithm>
+#include <cctype>
+#include <sstream>
+
+#include "Errors.h"
+
+namespace korframe {
+
+namespace {
+
+constexpr Channels kNoRgb = {0, 0, 0, 0, 0};
+// Averaged from blocks of two by two, chroma lies in their centre. Packed 4:2:2 has it on the left pixel of a pair, and
+// averaging two rows keeps it there.
+constexpr const char* kCentre = "420jpeg";
+constexpr const char* kLeft = "420mpeg2";
+
+// clang-format off
+constexpr PixelFormat kFormats[] = {
+    //                name     suffixes     description                                         even w  even h
+    {Layout::I420,  "i420",  "i420 yuv",  "planar 4:2:0: luma, U, V",                         false,  false, kCentre, kNoRgb, 3, {{{1, 0, 0}, {1, 1, 1}, {1, 1, 1}}}},
+    {Layout::I444,  "i444",  "i444",      "planar 4:4:4: luma, U, V",                         false,  false, kCentre, kNoRgb, 3, {{{1, 0, 0}, {1, 0, 0}, {1, 0, 0}}}},
+    {Layout::Nv12,  "nv12",  "nv12",      "luma plane, then pairs U V for 2x2 pixels",        false,  false, kCentre, kNoRgb, 2, {{{1, 0, 0}, {2, 1, 1}, {0, 0, 0}}}},
+    {Layout::Nv21,  "nv21",  "nv21",      "luma plane, then pairs V U for 2x2 pixels",        false,  false, kCentre, kNoRgb, 2, {{{1, 0, 0}, {2, 1, 1}, {0, 0, 0}}}},
+    {Layout::Yuy2,  "yuy2",  "yuy2 yuyv", "packed 4:2:2: Y0 U Y1 V",                          true,   false, kLeft,   kNoRgb, 1, {{{4, 1, 0}, {0, 0, 0}, {0, 0, 0}}}},
+    {Layout::Uyvy,  "uyvy",  "uyvy",      "packed 4:2:2: U Y0 V Y1",                          true,   false, kLeft,   kNoRgb, 1, {{{4, 1, 0}, {0, 0, 0}, {0, 0, 0}}}},
+    {Layout::Yuv2,  "yuv2",  "yuv2",      "packed 4:2:2: Y0 U Y1 V, full-range Y, signed U V", true,  false, kLeft,   kNoRgb, 1, {{{4, 1, 0}, {0, 0, 0}, {0, 0, 0}}}},
+    {Layout::M420,  "m420",  "m420",      "two luma rows, then their row of pairs U V",       true,   true,  kCentre, kNoRgb, 1, {{{6, 1, 1}, {0, 0, 0}, {0, 0, 0}}}},
+    {Layout::Bgra,  "bgra",  "bgra",      "32-bit RGB, bytes B G R A",                        false,  false, kCentre, {4, 2, 1, 0, 3}, 1, {{{4, 0, 0}, {0, 0, 0}, {0, 0, 0}}}},
+    {Layout::Rgba,  "rgba",  "rgba",      "32-bit RGB, bytes R G B A",                        false,  false, kCentre, {4, 0, 1, 2, 3}, 1, {{{4, 0, 0}, {0, 0, 0}, {0, 0, 0}}}},
+    {Layout::Argb,  "argb",  "argb",      "32-bit RGB, bytes A R G B",                        false,  false, kCentre, {4, 1, 2, 3, 0}, 1, {{{4, 0, 0}, {0, 0, 0}, {0, 0, 0}}}},
+    {Layout::Abgr,  "abgr",  "abgr",      "32-bit RGB, bytes A B G R",                        false,  false, kCentre, {4, 3, 2, 1, 0}, 1, {{{4, 0, 0}, {0, 0, 0}, {0, 0, 0}}}},
+    {Layout::Rgb24, "rgb24", "rgb rgb24", "24-bit RGB, bytes R G B",                          false,  false, kCentre, {3, 0, 1, 2, 3}, 1, {{{3, 0, 0}, {0, 0, 0}, {0, 0, 0}}}},
+    {Layout::Bgr24, "bgr24", "bgr bgr24", "24-bit RGB, bytes B G R",                          false,  false, kCentre, {3, 2, 1, 0, 3}, 1, {{{3, 0, 0}, {0, 0, 0}, {0, 0, 0}}}},
+};
+// clang-format on
+
+std::string SizeText(std::size_t width, std::size_t height) {
+    return std::to_string(width) + "x" + std::to_string(height);
+}
+
+}  // namespace
+
+std::size_t PixelFormat::PlaneBytes(std::size_t plane, std::size_t width, std::size_t height) const {
+    return planes[plane].Pitch(width) * planes[plane].Rows(height);
+}
+
+std::size_t PixelFormat::FrameBytes(std::size_t width, std::size_t height) const {
+    std::size_t bytes = 0;
+    for (std::size_t plane = 0; plane < planeCount; ++plane) {
+        bytes += PlaneBytes(plane, width, height);
+    }
+    return bytes;
+}
+
+const PixelFormat& FormatOf(Layout layout) {
+    return *std::find_if(std::begin(kFormats), std::end(kFormats), [layout](const PixelFormat& f) { return f.layout == layout; });
+}
+
+const PixelFormat* FindFormat(const std::string& name) {
+    for (const PixelFormat& format : kFormats) {
+        if (name == format.name) {
+            return &format;
+        }
+    }
+    return nullptr;
+}
+
+const PixelFormat* FindFormatBySuffix(const std::string& fileName) {
+    const std::string suffix = Suffix(fileName);
+    for (const PixelFormat& format : kFormats) {
+        std::istringstream candidates(format.suffixes);
+        for (std::string candidate; candidates >> candidate;) {
+            if (candidate == suffix) {
+                return &format;
+            }
+        }
+    }
+    return nullptr;
+}
+
+std::string FormatNames(bool (*pick)(const PixelFormat&)) {
+    std::string names;
+    for (const PixelFormat& format : kFormats) {
+        if (pick == nullptr || pick(format)) {
+            names += (names.empty() ? "" : ", ") + std::string(format.name);
+        }
+    }
+    return names;
+}
+
+std::string FormatTable() {
+    std::string table;
+    for (const PixelFormat& format : kFormats) {
+        std::string name = format.name;
+        name.resize(8, ' ');
+        table += "  " + name + format.description + "\n";
+    }
+    return table;
+}
+
+std::string Suffix(const std::string& fileName) {
+    const std::size_t dot = fileName.find_last_of("./");
+    if (dot == std::string::npos || fileName[dot] == '/') {
+        return "";
+    }
+    std::string suffix = fileName.substr(dot + 1);
+    std::transform(suffix.begin(), suffix.end(), suffix.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return suffix;
+}
+
+void CheckSize(const std::string& file, std::size_t width, std::size_t height) {
+    if (width == 0 || height == 0) {
+        FailFile(file, "size " + SizeText(width, height) + " is empty; both sides must be at least 1");
+    }
+    if (width > kMaxSide || height > kMaxSide) {
+        FailFile(file, "size " + SizeText(width, height) + " is too large; the limit is " + std::to_string(kMaxSide) + " on a side");
+    }
+    if (width * height > kMaxPixels) {
+        FailFile(file, "size " + SizeText(width, height) + " is too large; the limit is " + std::to_string(kMaxPixels) + " pixels");
+    }
+}
+
+void CheckParity(const std::string& file, const PixelFormat& format, std::size_t width, std::size_t height) {
+    if (format.evenWidth && width % 2 != 0) {
+        FailFile(file, "width " + std::to_string(width) + " is odd; " + format.name + " holds pixels in pairs, so the width must be even");
+    }
+    if (format.evenHeight && height % 2 != 0) {
+        FailFile(file, "height " + std::to_string(height) + " is odd; " + format.name + " holds rows in pairs, so the height must be even");
+    }
+}
+
+}  // namespace korframe

@@ -1,0 +1,36 @@
+// Raw frames, one after another without anything between.
+#ifndef KORFRAME_RAWFILE_H
+#define KORFRAME_RAWFILE_H
+
+#include "InputFile.h"
+#include "OutputFile.h"
+#include "Stream.h"
+
+namespace korframe {
+
+// Fills a frame from the input; `number`, counted from 1, tells which one it is if the input breaks off inside it.
+void ReadWholeFrame(InputFile& input, Frame& frame, std::uint64_t number);
+
+class RawSource : public FrameSource {
+  public:
+    RawSource(std::unique_ptr<InputFile> input, const PixelFormat& format, std::size_t width, std::size_t height);
+    bool Read(Frame& frame) override;
+
+  private:
+    std::unique_ptr<InputFile> input_;
+    std::uint64_t framesRead_ = 0;
+};
+
+class RawSink : public FrameSink {
+  public:
+    explicit RawSink(const std::string& path) : output_(path) {}
+    void Write(const Frame& frame) override { output_.Write(frame.Data(), frame.Size()); }
+    void Finish() override { output_.Commit(); }
+
+  private:
+    OutputFile output_;
+};
+
+}  // namespace korframe
+
+#endif

@@ -1,0 +1,161 @@
+#include "Render.h"
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+
+#include "Errors.h"
+#include "Kor/Video/Common/C/KorYuv420_C_.h"
+
+namespace korframe {
+
+namespace {
+
+using Run = std::function<void(YuvImage&, Frame&)>;
+using Renderer = decltype(KorI420ToBGRA_C_);
+
+// RGB, and the packed layouts that have noise of their own.
+struct Road {
+    Layout source;
+    MatrixKind matrix;
+    Layout target;
+    Renderer* render;
+};
+
+// The renderer with coefficients takes an argument more and is called by itself.
+constexpr Renderer* kOwnMatrix = nullptr;
+
+// clang-format off
+constexpr Road kRgbRoads[] = {
+    {Layout::I420, MatrixKind::Bt601, Layout::Bgra,  KorI420ToBGRA_C_},
+    {Layout::I420, MatrixKind::Bt601, Layout::Rgba,  KorI420ToRGBA_C_},
+    {Layout::I420, MatrixKind::Bt601, Layout::Argb,  KorI420ToARGB_C_},
+    {Layout::I420, MatrixKind::Bt601, Layout::Abgr,  KorI420ToABGR_C_},
+    {Layout::I420, MatrixKind::Bt601, Layout::Bgr24, KorI420To24BG_C_},
+    {Layout::I420, MatrixKind::Bt709, Layout::Bgra,  KorI420ToBGRAUsingBT709_C_},
+    {Layout::I420, MatrixKind::Own,   Layout::Bgra,  kOwnMatrix},
+    {Layout::I444, MatrixKind::Bt601, Layout::Bgra,  KorI444ToBGRA_C_},
+    {Layout::I444, MatrixKind::Bt709, Layout::Bgra,  KorI444ToBGRAUsingBT709_C_},
+};
+
+constexpr Road kPackedRoads[] = {
+    {Layout::I420, MatrixKind::Bt601, Layout::Yuy2,  KorI420ToYUY2_C_},
+    {Layout::I420, MatrixKind::Bt601, Layout::Uyvy,  KorI420ToUYVY_C_},
+};
+// clang-format on
+
+template <std::size_t count>
+const Road* FindRoad(const Road (&roads)[count], Layout source, MatrixKind matrix, Layout target) {
+    const auto road = std::find_if(std::begin(roads), std::end(roads), [=](const Road& r) { return r.source == source && r.matrix == matrix && r.target == target; });
+    return road != std::end(roads) ? road : nullptr;
+}
+
+// The left top part of a frame of one plane.
+void Crop(const Frame& from, std::size_t width, std::size_t height, Frame& to) {
+    to.Reset(from.Format(), width, height);
+    for (std::size_t row = 0; row < height; ++row) {
+        std::memcpy(to.Data() + row * to.Pitch(), from.Data() + row * from.Pitch(), to.Pitch());
+    }
+}
+
+// 4:2:0 is rendered in blocks of two by two, so an odd size is made even by repeating its edge, rendered, and cut.
+Run RenderInBlocks(const PixelFormat& format, std::function<void(const YuvImage&, std::size_t, std::size_t, Frame&)> render) {
+    return [&format, render = std::move(render), whole = std::make_shared<Frame>()](YuvImage& image, Frame& frame) {
+        const bool blocks = image.GetLayout() == Layout::I420;
+        const std::size_t width = blocks ? image.EvenWidth() : image.Width();
+        const std::size_t height = blocks ? image.EvenHeight() : image.Height();
+        if (width == image.Width() && height == image.Height()) {
+            frame.Reset(format, width, height);
+            render(image, width, height, frame);
+            return;
+        }
+        image.EvenOut();
+        whole->Reset(format, width, height);
+        render(image, width, height, *whole);
+        Crop(*whole, image.Width(), image.Height(), frame);
+    };
+}
+
+Run RenderBy(const Road& road, const Matrix& matrix, KorVideoFrameDitherLevel ditherLevel) {
+    return RenderInBlocks(FormatOf(road.target), [road, matrix, ditherLevel](const YuvImage& image, std::size_t width, std::size_t height, Frame& frame) {
+        if (road.render == kOwnMatrix) {
+            KorI420ToBGRAGeneral_C_(image.y.Data(), image.y.pitch, image.u.Data(), image.u.pitch, image.v.Data(), image.v.pitch,
+                                    frame.Data(), frame.Pitch(), width, height, matrix.coefficients, ditherLevel);
+        } else {
+            road.render(image.y.Data(), image.y.pitch, image.u.Data(), image.u.pitch, image.v.Data(), image.v.pitch,
+                        frame.Data(), frame.Pitch(), width, height, ditherLevel);
+        }
+    });
+}
+
+Run RenderToYuv2() {
+    return RenderInBlocks(FormatOf(Layout::Yuv2), [](const YuvImage& image, std::size_t width, std::size_t height, Frame& frame) {
+        KorI420toYuv2_C_(image.y.Data(), image.y.pitch, image.u.Data(), image.u.pitch, image.v.Data(), image.v.pitch,
+                         frame.Data(), frame.Pitch(), width, height);
+    });
+}
+
+Run ReorderAfter(Run render, const PixelFormat& order) {
+    return [render = std::move(render), &order, rendered = std::make_shared<Frame>()](YuvImage& image, Frame& frame) {
+        render(image, *rendered);
+        Reorder(*rendered, order, frame);
+    };
+}
+
+void CopyPlanes(YuvImage& image, Frame& frame) {
+    frame.Reset(FormatOf(image.GetLayout()), image.Width(), image.Height());
+    std::size_t number = 0;
+    for (const Plane* plane : {&image.y, &image.u, &image.v}) {
+        KorPlanarRotation_C_(plane->Data(), static_cast<KorDistanceT>(plane->pitch), frame.Plane(number), frame.Pitch(number), plane->width, plane->height, 0);
+        ++number;
+    }
+}
+
+// For targets without noise of their own: the filter works on the planes, and leaves odd edges to be made even first.
+Run DitherBefore(Run next, KorVideoFrameDitherLevel ditherLevel) {
+    return [next = std::move(next), ditherLevel](YuvImage& image, Frame& frame) {
+        image.EvenOut();
+        KorI420Dither_C_(image.y.Data(), image.y.pitch, image.u.Data(), image.u.pitch, image.v.Data(), image.v.pitch,
+                         image.y.Data(), image.y.pitch, image.u.Data(), image.u.pitch, image.v.Data(), image.v.pitch,
+                         image.EvenWidth(), image.EvenHeight(), ditherLevel, 1);
+        next(image, frame);
+    };
+}
+
+}  // namespace
+
+Render::Render(const StreamInfo& source, const std::string& output, const PixelFormat& target, const Matrix& matrix, KorVideoFrameDitherLevel ditherLevel) {
+    const Layout planes = source.format->layout;
+    CheckParity(output, target, source.width, source.height);
+    if (target.IsRgb()) {
+        const Road* direct = FindRoad(kRgbRoads, planes, matrix.kind, target.layout);
+        const Road* road = direct != nullptr ? direct : FindRoad(kRgbRoads, planes, matrix.kind, Layout::Bgra);
+        if (road == nullptr) {
+            FailUsage("--matrix " + matrix.name + ": own coefficients render i420 only; for " + source.format->name + " take 601 or 709");
+        }
+        run_ = RenderBy(*road, matrix, ditherLevel);
+        if (direct == nullptr) {
+            run_ = ReorderAfter(std::move(run_), target);
+        }
+        return;
+    }
+    if (const Road* road = FindRoad(kPackedRoads, planes, MatrixKind::Bt601, target.layout)) {
+        run_ = RenderBy(*road, matrix, ditherLevel);
+        return;
+    }
+    if (target.layout == planes) {
+        run_ = CopyPlanes;
+    } else if (target.layout == Layout::Yuv2 && planes == Layout::I420) {
+        run_ = RenderToYuv2();
+    } else {
+        FailUsage(output + ": there is no conversion from " + source.format->name + " to " + target.name);
+    }
+    if (ditherLevel != KOR_VIDEOFRAMEDITHERLEVEL_Off) {
+        if (planes != Layout::I420) {
+            FailUsage("--dither: the filter works on i420, and the frames are " + std::string(source.format->name));
+        }
+        run_ = DitherBefore(std::move(run_), ditherLevel);
+    }
+}
+
+}  // namespace korframe

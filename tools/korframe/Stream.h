@@ -1,0 +1,89 @@
+// Where frames come from and where they go. Everything between is told once, whatever the files are.
+#ifndef KORFRAME_STREAM_H
+#define KORFRAME_STREAM_H
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Image.h"
+#include "PictureFile.h"
+
+namespace korframe {
+
+// What a Y4M header says beside size and layout; what other inputs do not say has the values here.
+struct ClipTags {
+    std::string rate = "25:1";
+    std::string interlacing = "p";
+    std::string aspect = "1:1";
+    std::string siting;                                         // of 4:2:0 chroma, as in "420jpeg"; that of the layout if empty
+    std::vector<std::string> extensions = {"COLORRANGE=LIMITED"};  // of the X fields, without the X
+};
+
+struct StreamInfo {
+    std::string name;  // of the input, for messages
+    const PixelFormat* format = nullptr;
+    std::size_t width = 0;
+    std::size_t height = 0;
+    bool picture = false;  // one frame, of which no progress need be told
+    std::optional<std::uint64_t> frames;
+    ClipTags tags;
+};
+
+class FrameSource {
+  public:
+    virtual ~FrameSource() = default;
+    const StreamInfo& Info() const { return info_; }
+    void SetRate(const std::string& rate) { info_.tags.rate = rate; }
+    // The next frame in the layout that Info names; false at the end. Throws BrokenStream where the input breaks off.
+    virtual bool Read(Frame& frame) = 0;
+
+  protected:
+    StreamInfo info_;
+};
+
+class FrameSink {
+  public:
+    virtual ~FrameSink() = default;
+    virtual void Write(const Frame& frame) = 0;
+    // Puts in place what was written. Without it, nothing of a file appears.
+    virtual void Finish() = 0;
+};
+
+struct InputRequest {
+    std::string path;
+    const PixelFormat* from = nullptr;          // --from; where absent, the content tells, or the suffix of a raw file
+    std::size_t width = 0;                      // --size, of raw frames only
+    std::size_t height = 0;
+    const PixelFormat* pictureOrder = nullptr;  // the bytes in which the pixels of a picture are handed on
+    bool pictureOnly = false;                   // the order was asked for, so anything but a picture is a mistake
+    bool keepAlpha = false;                     // otherwise a picture is laid over black
+    std::string rate;                           // --rate; what the input says where empty
+};
+
+std::unique_ptr<FrameSource> OpenSource(const InputRequest& request);
+
+enum class Container {
+    Raw,
+    Y4m,
+    Pictures
+};
+
+// What an output is to be. `layout` is null where the name leaves it open: then the container takes what suits it.
+struct OutputKind {
+    Container container = Container::Raw;
+    const PixelFormat* layout = nullptr;
+    PictureKind picture = PictureKind::None;
+};
+
+// From --to, or from the suffix of the name where --to is empty.
+OutputKind DecideOutput(const std::string& path, const std::string& to);
+
+// Opens an output for frames of the layout and size that `info` tells.
+std::unique_ptr<FrameSink> OpenSink(const std::string& path, const OutputKind& kind, const StreamInfo& info);
+
+}  // namespace korframe
+
+#endif

@@ -1,0 +1,158 @@
+#include "Y4mFile.h"
+
+#include <sstream>
+
+#include "Errors.h"
+#include "Parse.h"
+#include "RawFile.h"
+
+namespace korframe {
+
+namespace {
+
+const char* const kMagic = "YUV4MPEG2";
+const char* const kFrame = "FRAME";
+
+// Longest line of header that is taken as one; a file without line feeds is none.
+constexpr std::size_t kLongestHeader = 4096;
+
+[[noreturn]] void FailField(const std::string& name, const std::string& field, const std::string& right) {
+    FailFile(name, "has the field " + field + " in its Y4M header; " + right);
+}
+
+std::size_t ParseSide(const std::string& name, const std::string& field) {
+    const std::optional<unsigned long long> value = ParseNumber(field.substr(1));
+    if (!value) {
+        FailField(name, field, "a number of pixels is wanted after " + field.substr(0, 1));
+    }
+    return static_cast<std::size_t>(*value);
+}
+
+std::string ParseRatio(const std::string& name, const std::string& field) {
+    const std::string ratio = field.substr(1);
+    if (!IsRatio(ratio)) {
+        FailField(name, field, "a ratio such as 25:1 is wanted after " + field.substr(0, 1));
+    }
+    return ratio;
+}
+
+bool StartsWith(const std::string& text, const std::string& start) {
+    return text.compare(0, start.size(), start) == 0;
+}
+
+// 4:2:0 of any siting, and 4:4:4 without alpha, of 8 bits: 420p10 and the like are something else.
+const PixelFormat& ParseChroma(const std::string& name, const std::string& field) {
+    const std::string chroma = field.substr(1);
+    if (chroma == "420" || chroma == "420jpeg" || chroma == "420mpeg2" || chroma == "420paldv") {
+        return FormatOf(Layout::I420);
+    }
+    if (chroma == "444") {
+        return FormatOf(Layout::I444);
+    }
+    FailField(name, field, "C420jpeg, C420mpeg2, C420paldv, C420 or C444 (8 bits) can be read");
+}
+
+}  // namespace
+
+bool IsY4m(const std::string& signature) {
+    return StartsWith(signature, std::string(kMagic) + " ") || StartsWith(signature, std::string(kMagic) + "\n");
+}
+
+Y4mSource::Y4mSource(std::unique_ptr<InputFile> input) : input_(std::move(input)) {
+    info_.name = input_->Name();
+    const std::optional<std::string> header = input_->ReadLine(kLongestHeader);
+    if (!header) {
+        FailFile(info_.name, "has a Y4M header without an end; a line of up to " + std::to_string(kLongestHeader) + " bytes is wanted");
+    }
+    ParseHeader(*header);
+    CheckSize(info_.name, info_.width, info_.height);
+}
+
+void Y4mSource::ParseHeader(const std::string& header) {
+    info_.format = &FormatOf(Layout::I420);  // where no C field says otherwise
+    info_.tags.interlacing = "?";
+    info_.tags.aspect = "0:0";  // unknown
+    info_.tags.extensions.clear();
+    std::istringstream fields(header.substr(std::string(kMagic).size()));
+    bool hasWidth = false;
+    bool hasHeight = false;
+    for (std::string field; fields >> field;) {
+        switch (field[0]) {
+            case 'W':
+                info_.width = ParseSide(info_.name, field);
+                hasWidth = true;
+                break;
+            case 'H':
+                info_.height = ParseSide(info_.name, field);
+                hasHeight = true;
+                break;
+            case 'C':
+                info_.format = &ParseChroma(info_.name, field);
+                info_.tags.siting = info_.format->layout == Layout::I420 ? field.substr(1) : "";
+                break;
+            case 'F':
+                info_.tags.rate = ParseRatio(info_.name, field);
+                break;
+            case 'A':
+                info_.tags.aspect = ParseRatio(info_.name, field);
+                break;
+            case 'I':
+                info_.tags.interlacing = field.substr(1);
+                break;
+            case 'X':
+                info_.tags.extensions.push_back(field.substr(1));
+                break;
+            default:
+                break;  // a field of another day
+        }
+    }
+    if (!hasWidth || !hasHeight) {
+        FailFile(info_.name, std::string("has no ") + (hasWidth ? "height (H)" : "width (W)") + " in its Y4M header; both are needed");
+    }
+}
+
+bool Y4mSource::Read(Frame& frame) {
+    if (input_->Peek(1).empty()) {
+        if (framesRead_ == 0) {
+            FailFile(info_.name, "holds a Y4M header but no frame");
+        }
+        return false;
+    }
+    const std::uint64_t position = input_->Position();
+    const std::optional<std::string> line = input_->ReadLine(kLongestHeader);
+    const std::string number = std::to_string(framesRead_ + 1);
+    if (!line || (*line != kFrame && !StartsWith(*line, std::string(kFrame) + " "))) {
+        throw BrokenStream(info_.name + ": frame " + number + " does not begin with FRAME at byte " + std::to_string(position) + "; the file is damaged or its header is wrong");
+    }
+    frame.Reset(*info_.format, info_.width, info_.height);
+    ReadWholeFrame(*input_, frame, framesRead_ + 1);
+    ++framesRead_;
+    return true;
+}
+
+Y4mSink::Y4mSink(const std::string& path, const StreamInfo& info) : output_(path) {
+    const ClipTags& tags = info.tags;
+    std::string chroma = "444";
+    if (info.format->layout == Layout::I420) {
+        chroma = tags.siting.empty() ? info.format->siting : tags.siting;
+    }
+    std::ostringstream header;
+    header << kMagic << " W" << info.width << " H" << info.height << " F" << tags.rate << " I" << tags.interlacing << " A" << tags.aspect << " C" << chroma;
+    for (const std::string& extension : tags.extensions) {
+        header << " X" << extension;
+    }
+    header << "\n";
+    output_.Write(header.str().data(), header.str().size());
+}
+
+void Y4mSink::Write(const Frame& frame) {
+    const std::string line = std::string(kFrame) + "\n";
+    output_.Write(line.data(), line.size());
+    output_.Write(frame.Data(), frame.Size());
+}
+
+void Y4mSink::Finish() {
+    output_.Commit();
+}
+
+}  // namespace korframe
