@@ -1,13 +1,13 @@
 // The portable conversions: plain loops in standard C++, one source file, nothing kept between calls.
 //
 // Rules that hold for the whole file:
-//   - An exported function settles the degenerate sizes, names the layout and the matrix, and calls one driver. The
+//   - An exported function settles the sizes that write nothing, names the layout and the matrix, and calls a driver. The
 //     arithmetic on samples stands in the kernels (KOR_KERNEL): one counted loop over contiguous runs, destinations
 //     first, count last, no branch that depends on data.
 //   - A kernel's pointers are restrict-qualified unless its name ends in "InPlace".
-//   - Pitches are resolved by Plane and SourceRows and nowhere else. The address of a row is formed only for a row that
-//     exists, never for one before or behind the picture.
-//   - KorByteClip saturates, LowByte keeps the low eight bits: each store says which of the two it is.
+//   - Plane, SourceRows, SourcePlane and TurnedPlane resolve pitches. The address of a row is formed only for a row that
+//     exists; two walks of odd widths that leave their planes by contract say so.
+//   - Stores: KorByteClip and ClipLane saturate, LowByte wraps, a plain cast means that the value fits.
 //   - What looks odd and is wanted is marked "Deliberate:".
 //
 // Contents
@@ -77,10 +77,14 @@ struct SourceRows {
     const KorUint8* Row(KorSizeT row) const { return first + static_cast<KorDistanceT>(row) * pitch; }
 };
 
+SourceRows TopDown(const KorUint8* samples, KorSizeT pitch) {
+    return {samples, static_cast<KorDistanceT>(pitch)};
+}
+
 // The flip convention of the captures: bottom row first when flip is set. The height must not be 0.
 SourceRows ReadingOrder(const KorUint8* x, KorSizeT pitchX, KorSizeT height, KorBool flip) {
-    const KorDistanceT signedPitchX = static_cast<KorDistanceT>(pitchX);
-    return flip ? SourceRows{x + (height - 1) * pitchX, -signedPitchX} : SourceRows{x, signedPitchX};
+    const SourceRows rows = TopDown(x, pitchX);
+    return flip ? SourceRows{rows.Row(height - 1), -rows.pitch} : rows;
 }
 
 constexpr KorUint8 Average(KorUint8 a, KorUint8 b) {
@@ -158,6 +162,11 @@ TurnedPlane Turned(Plane dst, KorSizeT width, KorSizeT height, KorImageRotationD
     }
 }
 
+// Rows keep their order, columns run backwards.
+TurnedPlane Mirrored(Plane dst, KorSizeT width) {
+    return {dst.samples + (width - 1), -1, static_cast<KorDistanceT>(dst.pitch)};
+}
+
 // Eight bytes in reverse order. Rows are reversed through registers, because the baseline of common processors has no
 // byte shuffle that a plain loop could be widened with.
 KOR_INLINE inline uint64_t ReversedBytes(const KorUint8* src) {
@@ -203,9 +212,20 @@ KOR_KERNEL void SwapRows(KorUint8* KOR_RESTRICT top, KorUint8* KOR_RESTRICT bott
     }
 }
 
-// Rows keep their order, columns run backwards.
-TurnedPlane Mirrored(Plane dst, KorSizeT width) {
-    return {dst.samples + (width - 1), -1, static_cast<KorDistanceT>(dst.pitch)};
+// The middle row of an odd height stays. Nothing is done, and no address formed, when the width is 0.
+void FlipPlane(Plane plane, KorSizeT width, KorSizeT height) {
+    if (width == 0) {
+        return;
+    }
+    for (KorSizeT row = 0; row < height / 2; ++row) {
+        SwapRows(plane.Row(row), plane.Row(height - 1 - row), width);
+    }
+}
+
+void AverageRowPairs(Plane dst, SourceRows src, KorSizeT width, KorSizeT height) {
+    for (KorSizeT i = 0; i < height; ++i) {
+        AverageRow(dst.Row(i), src.Row(2 * i), src.Row(2 * i + 1), width);
+    }
 }
 
 void CopyPlane(Plane dst, SourceRows src, KorSizeT width, KorSizeT height) {
@@ -255,6 +275,7 @@ KOR_INLINE inline void InterleaveHalves(KorUint8* KOR_RESTRICT to, const KorUint
 // A tile as columns of kTile bytes, in the order in which the samples of a turned plane run. Before the last pass the
 // same columns stand there twice as short: those of the even rows, then those of the odd rows.
 struct TransposedTile {
+    // Zero, so that tiles at the edges of a picture hold nothing indeterminate; whole tiles fill them.
     KorUint8 columns[kTile * kTile] = {};
     KorUint8 halves[kTile * kTile];
 
@@ -326,29 +347,15 @@ void SplitAndTurn(TurnedPlane uv1, TurnedPlane uv2, SourceRows src, KorSizeT wid
     });
 }
 
-// The middle row of an odd height stays. Nothing is done, and no address formed, when the width is 0.
-void FlipPlane(Plane plane, KorSizeT width, KorSizeT height) {
-    if (width == 0) {
-        return;
-    }
-    for (KorSizeT row = 0; row < height / 2; ++row) {
-        SwapRows(plane.Row(row), plane.Row(height - 1 - row), width);
-    }
-}
-
 }  // namespace
 
 void KorPlanarUV422To420_C_(const KorUint8* src, KorDistanceT pitchSrc,
                             KorUint8* dst, KorSizeT pitchDst,
                             KorSizeT width, KorSizeT height) {
-    const SourceRows rows = {src, pitchSrc};
-    const Plane out = {dst, pitchDst};
-    if (width == 0) {
+    if (width == 0 || height == 0) {
         return;
     }
-    for (KorSizeT i = 0; i < height; ++i) {
-        AverageRow(out.Row(i), rows.Row(2 * i), rows.Row(2 * i + 1), width);
-    }
+    AverageRowPairs({dst, pitchDst}, {src, pitchSrc}, width, height);
 }
 
 void KorPlanarUVDeinterlace_C_(const KorUint8* src, KorDistanceT pitchSrc,
@@ -476,6 +483,8 @@ struct RgbToYuvMatrix {
     RgbToYuvRow y, u, v;
 };
 
+static_assert(sizeof(RgbToYuvMatrix) == 9 * sizeof(KorInt), "laid out as callers lay out theirs");
+
 // ITU-R BT.601, limited range. Its constants have seven fraction bits (33, 64, 13 and so on); they are written doubled,
 // which changes no result and lets one shift by eight serve every matrix.
 constexpr RgbToYuvMatrix kBt601 = {
@@ -502,19 +511,21 @@ constexpr RgbToYuvMatrix kBt601Of24Bit = {
 constexpr KorUint8 kLumaOffset = 16;
 constexpr KorUint8 kChromaOffset = 128;
 
-// One sample: the weighted sum in units of 1/256, rounded down, plus the offset. Only bits 8 to 15 of the sum reach the
-// result, so it is formed modulo 2^16, in lanes half as wide as the sum itself would need.
+// One sample: the weighted sum in units of 1/256, rounded down, plus the offset, of which the low byte is kept.
 constexpr KorUint8 Weigh(const RgbToYuvRow& weights, KorUint8 offset, KorUint8 r, KorUint8 g, KorUint8 b) {
     const KorUint sum = static_cast<KorUint>(weights[0]) * r + static_cast<KorUint>(weights[1]) * g + static_cast<KorUint>(weights[2]) * b;
     return LowByte((sum >> 8) + offset);
 }
 
-static_assert(Weigh(kBt601.y, kLumaOffset, 255, 255, 255) == 235 && Weigh(kBt601.y, kLumaOffset, 0, 0, 0) == 16, "luma spans the limited range");
-static_assert(Weigh(kBt601.u, kChromaOffset, 255, 255, 255) == 128 && Weigh(kBt601.v, kChromaOffset, 255, 255, 255) == 128, "white has no colour");
+constexpr bool MapsGreyTo(const RgbToYuvMatrix& matrix, KorUint8 grey, KorUint8 y, KorUint8 u, KorUint8 v) {
+    return Weigh(matrix.y, kLumaOffset, grey, grey, grey) == y && Weigh(matrix.u, kChromaOffset, grey, grey, grey) == u && Weigh(matrix.v, kChromaOffset, grey, grey, grey) == v;
+}
+
+static_assert(MapsGreyTo(kBt601, 0, 16, 128, 128) && MapsGreyTo(kBt601, 255, 235, 128, 128));
+static_assert(MapsGreyTo(kBt601Of24Bit, 0, 16, 128, 128) && MapsGreyTo(kBt601Of24Bit, 255, 235, 128, 128));
 // Deliberate: the U weights of BT.709 sum to -1, so its white has a U of 127.
-static_assert(Weigh(kBt709.y, kLumaOffset, 255, 255, 255) == 235 && Weigh(kBt709.u, kChromaOffset, 255, 255, 255) == 127 && Weigh(kBt709.v, kChromaOffset, 255, 255, 255) == 128, "white of BT.709");
-static_assert(Weigh(kBt601Of24Bit.y, kLumaOffset, 255, 255, 255) == 235 && Weigh(kBt601Of24Bit.u, kChromaOffset, 255, 255, 255) == 128, "white of the 24-bit captures");
-static_assert(Weigh(kBt601.u, kChromaOffset, 0, 0, 255) == 239 && Weigh(kBt601.v, kChromaOffset, 255, 0, 0) == 239, "chroma ends at 239");
+static_assert(MapsGreyTo(kBt709, 0, 16, 128, 128) && MapsGreyTo(kBt709, 255, 235, 127, 128));
+static_assert(Weigh(kBt601.u, kChromaOffset, 0, 0, 255) == 239 && Weigh(kBt601.v, kChromaOffset, 255, 0, 0) == 239);
 
 // Takes n pixels apart. The alpha byte is not touched.
 template <const RgbLayout& layout>
@@ -526,14 +537,15 @@ KOR_KERNEL void SplitPixels(KorUint8* KOR_RESTRICT r, KorUint8* KOR_RESTRICT g, 
     }
 }
 
-// Weigh for n pixels, in 16-bit lanes.
+// Weigh for n pixels. Only bits 8 to 15 of the sum reach the result, so it is formed modulo 2^16, in lanes half as wide
+// as the sum itself would need.
 KOR_KERNEL void WeighRow(KorUint8* KOR_RESTRICT dst, const KorUint8* KOR_RESTRICT r, const KorUint8* KOR_RESTRICT g, const KorUint8* KOR_RESTRICT b, const RgbToYuvRow& weights, KorUint8 offset, KorSizeT n) {
     const KorUint16 wr = static_cast<KorUint16>(weights[0]);
     const KorUint16 wg = static_cast<KorUint16>(weights[1]);
     const KorUint16 wb = static_cast<KorUint16>(weights[2]);
     for (KorSizeT i = 0; i < n; ++i) {
         const KorUint16 sum = static_cast<KorUint16>(wr * r[i] + wg * g[i] + wb * b[i]);
-        dst[i] = static_cast<KorUint8>((sum >> 8) + offset);
+        dst[i] = LowByte(KorUint{sum} / 256 + offset);
     }
 }
 
@@ -575,15 +587,14 @@ void CaptureLoneRow(KorUint8* y, KorUint8* u, KorUint8* v, const KorUint8* x, Ko
     }
 }
 
-// The whole picture. The last row of an odd height may have a matrix of its own.
 template <const RgbLayout& layout>
-void XXXXToI420_C_(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorSizeT height, const RgbToYuvMatrix& matrix, const RgbToYuvMatrix& lastRowMatrix) {
+void XXXXToI420_C_(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorSizeT height, const RgbToYuvMatrix& matrix) {
     const KorSizeT heightDiv2 = height / 2;
     for (KorSizeT h = 0; h < heightDiv2; ++h) {
         CaptureRowPair<layout>(y.Row(2 * h), y.Row(2 * h + 1), u.Row(h), v.Row(h), rows.Row(2 * h), rows.Row(2 * h + 1), width, matrix);
     }
     if (IsOdd(height)) {
-        CaptureLoneRow<layout>(y.Row(height - 1), u.Row(heightDiv2), v.Row(heightDiv2), rows.Row(height - 1), width, lastRowMatrix);
+        CaptureLoneRow<layout>(y.Row(height - 1), u.Row(heightDiv2), v.Row(heightDiv2), rows.Row(height - 1), width, matrix);
     }
 }
 
@@ -633,17 +644,18 @@ void WriteCorner(Plane y, KorSizeT width, KorSizeT height, KorUint8 corner) {
     }
 }
 
-// The conversion for coefficients that share memory with no destination: the common drivers, then what differs at the
-// odd edges.
+// The conversion for coefficients that share memory with no destination: the common kernels, and what differs at the odd
+// edges. The passes keep their order: row pairs, odd column, odd row, corner.
 void CaptureGeneral(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorSizeT height, const KorInt (*coeffs)[3]) {
-    const KorInt(&c)[3] = coeffs[0];
-    const RgbToYuvMatrix matrix = {{c[0], c[1], c[2]}, {coeffs[1][0], coeffs[1][1], coeffs[1][2]}, {coeffs[2][0], coeffs[2][1], coeffs[2][2]}};
-    const RgbToYuvMatrix edge = {{c[0], c[2], c[1]}, {coeffs[1][0], coeffs[1][1], coeffs[1][2]}, {coeffs[2][0], coeffs[2][1], coeffs[2][2]}};
-    XXXXToI420_C_<kBgra>(y, u, v, rows, width, height, matrix, edge);
-
+    RgbToYuvMatrix matrix;
+    KorMemCpy(&matrix, coeffs, sizeof matrix);
+    RgbToYuvMatrix edge = matrix;
+    edge.y[1] = matrix.y[2];
+    edge.y[2] = matrix.y[1];
     const CallerMatrix caller = {coeffs};
     const KorSizeT width2 = width & ~KorSizeT{1};
     const KorSizeT height2 = height & ~KorSizeT{1};
+    XXXXToI420_C_<kBgra>(y, u, v, rows, width, height2, matrix);
     if (IsOdd(width)) {
         for (KorSizeT row = 0; row < height2; ++row) {
             KorUint8* last = y.Row(row) + width2;
@@ -651,6 +663,7 @@ void CaptureGeneral(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, 
         }
     }
     if (IsOdd(height)) {
+        CaptureLoneRow<kBgra>(y.Row(height2), u.Row(height2 / 2), v.Row(height2 / 2), rows.Row(height2), width, edge);
         KorMemCpy(y.Row(height), y.Row(height2), width2);
     }
     if (IsOdd(width) && IsOdd(height)) {
@@ -756,11 +769,19 @@ void ReduceBlocks(KorUint8* dst, const KorUint8* a, const KorUint8* b, KorSizeT 
     }
 }
 
+// Deliberate: the corner of an odd width and height blends the chroma above and to its left, and takes the one that there
+// is where the other is missing. Only a picture of one pixel converts its own.
 void WriteCornerChroma(Plane plane, KorSizeT widthC, KorSizeT heightC, KorUint8 own) {
     KorUint8* corner = plane.Row(heightC) + widthC;
-    const KorUint8 left = widthC != 0 ? corner[-1] : own;
-    const KorUint8 above = heightC != 0 ? plane.Row(heightC - 1)[widthC] : left;
-    *corner = Average(above, widthC != 0 ? left : above);
+    if (widthC == 0 && heightC == 0) {
+        *corner = own;
+    } else if (heightC == 0) {
+        *corner = corner[-1];
+    } else if (widthC == 0) {
+        *corner = plane.Row(heightC - 1)[widthC];
+    } else {
+        *corner = Average(plane.Row(heightC - 1)[widthC], corner[-1]);
+    }
 }
 
 template <const RgbLayout& layout>
@@ -782,10 +803,11 @@ void Capture24Bit(Plane y, Plane u, Plane v, const KorUint8* rgb, KorSizeT pitch
             ReduceBlocks(u.Row(i) + start / 2, u0, u1, n);
             ReduceBlocks(v.Row(i) + start / 2, v0, v1, n);
         }
+    }
+    if (IsOdd(width)) {
         // Deliberate: the luma of an odd last column is repeated one column further right.
-        if (IsOdd(width)) {
-            y.Row(2 * i)[width] = y.Row(2 * i)[width2];
-            y.Row(2 * i + 1)[width] = y.Row(2 * i + 1)[width2];
+        for (KorSizeT row = 0; row < height2; ++row) {
+            y.Row(row)[width] = y.Row(row)[width2];
         }
     }
     if (IsOdd(height)) {
@@ -801,8 +823,7 @@ void Capture24Bit(Plane y, Plane u, Plane v, const KorUint8* rgb, KorSizeT pitch
         }
     }
     if (IsOdd(width) && IsOdd(height)) {
-        // Deliberate: the corner repeats the luma above it and blends the chroma above and to its left. Only where
-        // there is no neighbour to take from, its own pixel is converted.
+        // Deliberate: the corner repeats the luma above it. Only a picture of one row converts its own.
         KorUint8 yOwn, uOwn, vOwn;
         Convert24Bit<layout>(&yOwn, &uOwn, &vOwn, rows.Row(height2) + 3 * width2, 1);
         y.Row(height2)[width2] = heightC != 0 ? y.Row(height2 - 1)[width2] : yOwn;
@@ -821,7 +842,7 @@ void KorRGBAToI420_C_(KorUint8* y, KorSizeT pitchY,
     if (width == 0 || height == 0) {
         return;
     }
-    XXXXToI420_C_<kRgba>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kBt601, kBt601);
+    XXXXToI420_C_<kRgba>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kBt601);
 }
 
 void KorBGRAToI420_C_(KorUint8* y, KorSizeT pitchY,
@@ -832,7 +853,7 @@ void KorBGRAToI420_C_(KorUint8* y, KorSizeT pitchY,
     if (width == 0 || height == 0) {
         return;
     }
-    XXXXToI420_C_<kBgra>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kBt601, kBt601);
+    XXXXToI420_C_<kBgra>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kBt601);
 }
 
 void KorARGBToI420_C_(KorUint8* y, KorSizeT pitchY,
@@ -843,7 +864,7 @@ void KorARGBToI420_C_(KorUint8* y, KorSizeT pitchY,
     if (width == 0 || height == 0) {
         return;
     }
-    XXXXToI420_C_<kArgb>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kBt601, kBt601);
+    XXXXToI420_C_<kArgb>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kBt601);
 }
 
 void KorABGRToI420_C_(KorUint8* y, KorSizeT pitchY,
@@ -854,7 +875,7 @@ void KorABGRToI420_C_(KorUint8* y, KorSizeT pitchY,
     if (width == 0 || height == 0) {
         return;
     }
-    XXXXToI420_C_<kAbgr>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kBt601, kBt601);
+    XXXXToI420_C_<kAbgr>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kBt601);
 }
 
 void KorBGRAToI444_C_(KorUint8* y, KorSizeT pitchY,
@@ -877,7 +898,7 @@ void KorBGRAToI420UsingBT709_C_(KorUint8* y, KorSizeT pitchY,
         return;
     }
     const Plane luma = {y, pitchY};
-    XXXXToI420_C_<kBgra>(luma, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kBt709, kBt709);
+    XXXXToI420_C_<kBgra>(luma, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kBt709);
     const KorSizeT width2 = width & ~KorSizeT{1};
     if (IsOdd(height) && width2 != 0) {
         // Deliberate: the luma of an odd last row is repeated in the row below the picture, without an odd last column.
@@ -956,13 +977,10 @@ constexpr KorSizeT RoundUpTo8(KorSizeT n) {
 // The noise of one plane. The index is that of the sample in row 0 and column 0; it grows without limit and is reduced
 // only where the table is read.
 struct Noise {
+    bool isOn;
     KorSizeT index;
     KorSizeT stride;
     KorUint rsBits;
-};
-
-struct PlaneNoise {
-    Noise y, u, v;
 };
 
 constexpr KorUint LumaShift(KorUint ditherLevel) {
@@ -989,14 +1007,6 @@ KorSizeT DrawShortIndex() {
     KorUint16 index = 0;
     KorRandomGetBytes(reinterpret_cast<char*>(&index), sizeof index);
     return index;
-}
-
-// Draws the start of each plane's noise, in the order Y, U, V.
-PlaneNoise DrawNoise(KorUint ditherLevel, KorSizeT chromaStart, KorSizeT strideY, KorSizeT strideC) {
-    const KorSizeT indexNoiseY = DrawIndex(kAlignedStart);
-    const KorSizeT indexNoiseU = DrawIndex(chromaStart);
-    const KorSizeT indexNoiseV = DrawIndex(chromaStart);
-    return {{indexNoiseY, strideY, LumaShift(ditherLevel)}, {indexNoiseU, strideC, ChromaShift(ditherLevel)}, {indexNoiseV, strideC, ChromaShift(ditherLevel)}};
 }
 
 // KorByteClip in a 16-bit lane. The mask is the lower limit; written as a second condition it would be widened into
@@ -1062,30 +1072,53 @@ void AddNoise(KorUint8* dst, const KorUint8* src, KorSizeT index, KorUint rsBits
 
 // A plane that is read, with noise or without.
 struct SourcePlane {
-    const KorUint8* samples;
-    KorSizeT pitch;
-    const Noise* noise;
+    SourceRows rows;
+    Noise noise;
 
     // n samples of a row: those of the plane itself or, with noise, in the run that is handed in.
     const KorUint8* Read(KorUint8* noisy, KorSizeT row, KorSizeT start, KorSizeT n) const {
-        const KorUint8* plain = samples + row * pitch + start;
-        if (noise == nullptr) {
+        const KorUint8* plain = rows.Row(row) + start;
+        if (!noise.isOn) {
             return plain;
         }
-        AddNoise(noisy, plain, noise->index + row * noise->stride + start, noise->rsBits, n);
+        AddNoise(noisy, plain, noise.index + row * noise.stride + start, noise.rsBits, n);
         return noisy;
     }
 };
 
 struct SourcePlanes {
     SourcePlane y, u, v;
-
-    void Dither(const PlaneNoise& noise) {
-        y.noise = &noise.y;
-        u.noise = &noise.u;
-        v.noise = &noise.v;
-    }
 };
+
+// How a family of conversions walks the noise table: where chroma may start, and the distance of rows in each plane.
+struct NoiseWalk {
+    KorSizeT chromaStart;
+    KorSizeT strideY, strideC;
+};
+
+// Luma walks a raster; chroma runs on from one row to the next.
+constexpr NoiseWalk I420Walk(KorSizeT width) {
+    return {kAnyStart, RoundUpTo8(width), width >> 1};
+}
+
+constexpr NoiseWalk I444Walk(KorSizeT width) {
+    return {kAnyStart, RoundUpTo8(width), RoundUpTo8(width)};
+}
+
+constexpr NoiseWalk PackedWalk(KorSizeT width) {
+    return {kAlignedStart, RoundUpTo8(width), RoundUpTo8(width >> 1)};
+}
+
+// The source of a renderer. When it dithers, the start of each plane's noise is drawn here, in the order Y, U, V.
+SourcePlanes Source(SourceRows y, SourceRows u, SourceRows v, KorUint ditherLevel, NoiseWalk walk) {
+    SourcePlanes planes = {{y, {}}, {u, {}}, {v, {}}};
+    if (IsDithering(ditherLevel)) {
+        planes.y.noise = {true, DrawIndex(kAlignedStart), walk.strideY, LumaShift(ditherLevel)};
+        planes.u.noise = {true, DrawIndex(walk.chromaStart), walk.strideC, ChromaShift(ditherLevel)};
+        planes.v.noise = {true, DrawIndex(walk.chromaStart), walk.strideC, ChromaShift(ditherLevel)};
+    }
+    return planes;
+}
 
 // Hands out an I420 picture in runs of 2 by 2 blocks: write(row, start, y0, y1, u, v, n) gets n columns of the two luma
 // rows from (start, row) on, and their chroma. What is left over of odd sizes is not handed out.
@@ -1093,6 +1126,9 @@ template <class Write>
 void ForEachBlockRun(const SourcePlanes& planes, KorSizeT width, KorSizeT height, Write write) {
     const KorSizeT width2 = width & ~KorSizeT{1};
     const KorSizeT heightC = height >> 1;
+    if (width2 == 0) {
+        return;
+    }
     Run y0, y1, u, v;
     for (KorSizeT i = 0; i < heightC; ++i) {
         for (KorSizeT start = 0; start < width2; start += kRun) {
@@ -1149,13 +1185,14 @@ constexpr KorInt CallerTerm(const KorInt (&row)[3], KorUint8 u, KorUint8 v) {
 static_assert(CallerTerm({256, 0, 0}, 0, 0) == -16 && CallerTerm({0, 0, 0}, 9, 9) == 0, "chroma terms are rounded, then floored");
 static_assert(CallerTerm({0, 1, 0}, 0, 128) == 0 && CallerTerm({0, 129, 0}, 127, 128) == -1, "rounded toward minus infinity");
 
-// Luma multipliers whose products fit a 16-bit lane: their luma lies between -8192 and 8415, so that terms beyond the
-// limits below saturate whatever the luma is.
+// Luma multipliers whose products fit a 16-bit lane: luma then lies between -8160 and 8159, and a term beyond the limits
+// below saturates whatever the luma is.
 constexpr bool FitsLanes(KorInt lumaMultiplier) {
     return lumaMultiplier >= -8192 && lumaMultiplier <= 8191;
 }
 constexpr KorInt kLowestTerm = -8448;
 constexpr KorInt kHighestTerm = 8447;
+static_assert(8159 + kLowestTerm < 0 && -8160 + kHighestTerm > 255 && 8159 + kHighestTerm <= 32767, "limits are lossless, sums fit");
 
 KOR_KERNEL void WriteCallerTerms(KorInt16* KOR_RESTRICT terms, const KorUint8* KOR_RESTRICT u, const KorUint8* KOR_RESTRICT v, const KorInt (&row)[3], KorSizeT n) {
     const KorInt local[3] = {row[0], row[1], row[2]};
@@ -1232,18 +1269,8 @@ KOR_KERNEL void SqueezePixels(KorUint8* KOR_RESTRICT bgr, const KorUint8* KOR_RE
     KorMemCpy(bgr + 3 * (n - 1), x + 4 * (n - 1), 3);
 }
 
-// Draws the noise of an I420 renderer: luma walks a raster, chroma runs on from one row to the next.
-PlaneNoise DrawI420Noise(KorUint ditherLevel, KorSizeT width) {
-    return DrawNoise(ditherLevel, kAnyStart, RoundUpTo8(width), width >> 1);
-}
-
 template <const RgbLayout& layout>
-void I420ToXXXX_C_(SourcePlanes planes, Plane x, KorSizeT width, KorSizeT height, const YuvToRgbMatrix& matrix, KorUint ditherLevel) {
-    PlaneNoise noise;
-    if (IsDithering(ditherLevel)) {
-        noise = DrawI420Noise(ditherLevel, width);
-        planes.Dither(noise);
-    }
+void I420ToXXXX_C_(const SourcePlanes& planes, Plane x, KorSizeT width, KorSizeT height, const YuvToRgbMatrix& matrix) {
     TermRun terms;
     ForEachBlockRun(planes, width, height, [&](KorSizeT row, KorSizeT start, const KorUint8* y0, const KorUint8* y1, const KorUint8* u, const KorUint8* v, KorSizeT n) {
         WriteTerms(terms.rR, terms.gG, terms.bB, u, v, matrix, n / 2);
@@ -1252,11 +1279,9 @@ void I420ToXXXX_C_(SourcePlanes planes, Plane x, KorSizeT width, KorSizeT height
     });
 }
 
-void I444ToBGRA(SourcePlanes planes, Plane x, KorSizeT width, KorSizeT height, const YuvToRgbMatrix& matrix, KorUint ditherLevel) {
-    PlaneNoise noise;
-    if (IsDithering(ditherLevel)) {
-        noise = DrawNoise(ditherLevel, kAnyStart, RoundUpTo8(width), RoundUpTo8(width));
-        planes.Dither(noise);
+void I444ToBgra(const SourcePlanes& planes, Plane x, KorSizeT width, KorSizeT height, const YuvToRgbMatrix& matrix) {
+    if (width == 0) {
+        return;
     }
     Run noisyY, noisyU, noisyV;
     TermRun terms;
@@ -1272,6 +1297,38 @@ void I444ToBGRA(SourcePlanes planes, Plane x, KorSizeT width, KorSizeT height, c
     }
 }
 
+void I420ToBgraGeneral(const SourcePlanes& planes, Plane x, KorSizeT width, KorSizeT height, const RenderCoefficients& matrix) {
+    // Deliberate: row 0 gives the luma multiplier of all three channels; the luma offset comes from each row's own.
+    const KorInt lumaMultiplier = matrix.rows[0][0];
+    TermRun terms;
+    ForEachBlockRun(planes, width, height, [&](KorSizeT row, KorSizeT start, const KorUint8* y0, const KorUint8* y1, const KorUint8* u, const KorUint8* v, KorSizeT n) {
+        KorUint8* x0 = x.Row(row) + 4 * start;
+        KorUint8* x1 = x.Row(row + 1) + 4 * start;
+        if (FitsLanes(lumaMultiplier)) {
+            WriteCallerTerms(terms.rR, u, v, matrix.rows[0], n / 2);
+            WriteCallerTerms(terms.gG, u, v, matrix.rows[1], n / 2);
+            WriteCallerTerms(terms.bB, u, v, matrix.rows[2], n / 2);
+            RenderPairs<kBgra>(x0, y0, terms.rR, terms.gG, terms.bB, lumaMultiplier, n / 2);
+            RenderPairs<kBgra>(x1, y1, terms.rR, terms.gG, terms.bB, lumaMultiplier, n / 2);
+        } else {
+            RenderPairsWide(x0, y0, u, v, matrix, n / 2);
+            RenderPairsWide(x1, y1, u, v, matrix, n / 2);
+        }
+    });
+}
+
+void I420To24Bit(const SourcePlanes& planes, Plane x, KorSizeT width, KorSizeT height) {
+    TermRun terms;
+    KorUint8 pixels[4 * kRun];
+    ForEachBlockRun(planes, width, height, [&](KorSizeT row, KorSizeT start, const KorUint8* y0, const KorUint8* y1, const KorUint8* u, const KorUint8* v, KorSizeT n) {
+        WriteTerms(terms.rR, terms.gG, terms.bB, u, v, kRenderBt601, n / 2);
+        RenderPairs<kBgra>(pixels, y0, terms.rR, terms.gG, terms.bB, kRenderLuma, n / 2);
+        SqueezePixels(x.Row(row) + 3 * start, pixels, n);
+        RenderPairs<kBgra>(pixels, y1, terms.rR, terms.gG, terms.bB, kRenderLuma, n / 2);
+        SqueezePixels(x.Row(row + 1) + 3 * start, pixels, n);
+    });
+}
+
 }  // namespace
 
 void KorI420ToRGBA_C_(const KorUint8* y, KorSizeT pitchY,
@@ -1279,7 +1336,7 @@ void KorI420ToRGBA_C_(const KorUint8* y, KorSizeT pitchY,
                       const KorUint8* v, KorSizeT pitchV,
                       KorUint8* x, KorSizeT pitchX,
                       KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
-    I420ToXXXX_C_<kRgba>({{y, pitchY, nullptr}, {u, pitchU, nullptr}, {v, pitchV, nullptr}}, {x, pitchX}, width, height, kRenderBt601, ditherLevel);
+    I420ToXXXX_C_<kRgba>(Source(TopDown(y, pitchY), TopDown(u, pitchU), TopDown(v, pitchV), ditherLevel, I420Walk(width)), {x, pitchX}, width, height, kRenderBt601);
 }
 
 void KorI420ToBGRA_C_(const KorUint8* y, KorSizeT pitchY,
@@ -1287,7 +1344,7 @@ void KorI420ToBGRA_C_(const KorUint8* y, KorSizeT pitchY,
                       const KorUint8* v, KorSizeT pitchV,
                       KorUint8* x, KorSizeT pitchX,
                       KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
-    I420ToXXXX_C_<kBgra>({{y, pitchY, nullptr}, {u, pitchU, nullptr}, {v, pitchV, nullptr}}, {x, pitchX}, width, height, kRenderBt601, ditherLevel);
+    I420ToXXXX_C_<kBgra>(Source(TopDown(y, pitchY), TopDown(u, pitchU), TopDown(v, pitchV), ditherLevel, I420Walk(width)), {x, pitchX}, width, height, kRenderBt601);
 }
 
 void KorI420ToARGB_C_(const KorUint8* y, KorSizeT pitchY,
@@ -1295,7 +1352,7 @@ void KorI420ToARGB_C_(const KorUint8* y, KorSizeT pitchY,
                       const KorUint8* v, KorSizeT pitchV,
                       KorUint8* x, KorSizeT pitchX,
                       KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
-    I420ToXXXX_C_<kArgb>({{y, pitchY, nullptr}, {u, pitchU, nullptr}, {v, pitchV, nullptr}}, {x, pitchX}, width, height, kRenderBt601, ditherLevel);
+    I420ToXXXX_C_<kArgb>(Source(TopDown(y, pitchY), TopDown(u, pitchU), TopDown(v, pitchV), ditherLevel, I420Walk(width)), {x, pitchX}, width, height, kRenderBt601);
 }
 
 void KorI420ToABGR_C_(const KorUint8* y, KorSizeT pitchY,
@@ -1303,7 +1360,7 @@ void KorI420ToABGR_C_(const KorUint8* y, KorSizeT pitchY,
                       const KorUint8* v, KorSizeT pitchV,
                       KorUint8* x, KorSizeT pitchX,
                       KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
-    I420ToXXXX_C_<kAbgr>({{y, pitchY, nullptr}, {u, pitchU, nullptr}, {v, pitchV, nullptr}}, {x, pitchX}, width, height, kRenderBt601, ditherLevel);
+    I420ToXXXX_C_<kAbgr>(Source(TopDown(y, pitchY), TopDown(u, pitchU), TopDown(v, pitchV), ditherLevel, I420Walk(width)), {x, pitchX}, width, height, kRenderBt601);
 }
 
 void KorI444ToBGRA_C_(const KorUint8* y, KorSizeT pitchY,
@@ -1311,7 +1368,7 @@ void KorI444ToBGRA_C_(const KorUint8* y, KorSizeT pitchY,
                       const KorUint8* v, KorSizeT pitchV,
                       KorUint8* x, KorSizeT pitchX,
                       KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
-    I444ToBGRA({{y, pitchY, nullptr}, {u, pitchU, nullptr}, {v, pitchV, nullptr}}, {x, pitchX}, width, height, kRenderBt601, ditherLevel);
+    I444ToBgra(Source(TopDown(y, pitchY), TopDown(u, pitchU), TopDown(v, pitchV), ditherLevel, I444Walk(width)), {x, pitchX}, width, height, kRenderBt601);
 }
 
 void KorI444ToBGRAUsingBT709_C_(const KorUint8* y, KorSizeT pitchY,
@@ -1319,7 +1376,7 @@ void KorI444ToBGRAUsingBT709_C_(const KorUint8* y, KorSizeT pitchY,
                                 const KorUint8* v, KorSizeT pitchV,
                                 KorUint8* x, KorSizeT pitchX,
                                 KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
-    I444ToBGRA({{y, pitchY, nullptr}, {u, pitchU, nullptr}, {v, pitchV, nullptr}}, {x, pitchX}, width, height, kRenderBt709, ditherLevel);
+    I444ToBgra(Source(TopDown(y, pitchY), TopDown(u, pitchU), TopDown(v, pitchV), ditherLevel, I444Walk(width)), {x, pitchX}, width, height, kRenderBt709);
 }
 
 void KorI420ToBGRAUsingBT709_C_(const KorUint8* y, KorSizeT pitchY,
@@ -1327,7 +1384,7 @@ void KorI420ToBGRAUsingBT709_C_(const KorUint8* y, KorSizeT pitchY,
                                 const KorUint8* v, KorSizeT pitchV,
                                 KorUint8* x, KorSizeT pitchX,
                                 KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
-    I420ToXXXX_C_<kBgra>({{y, pitchY, nullptr}, {u, pitchU, nullptr}, {v, pitchV, nullptr}}, {x, pitchX}, width, height, kRenderBt709, ditherLevel);
+    I420ToXXXX_C_<kBgra>(Source(TopDown(y, pitchY), TopDown(u, pitchU), TopDown(v, pitchV), ditherLevel, I420Walk(width)), {x, pitchX}, width, height, kRenderBt709);
 }
 
 void KorI420ToBGRAGeneral_C_(const KorUint8* y, KorSizeT pitchY,
@@ -1335,32 +1392,13 @@ void KorI420ToBGRAGeneral_C_(const KorUint8* y, KorSizeT pitchY,
                              const KorUint8* v, KorSizeT pitchV,
                              KorUint8* x, KorSizeT pitchX,
                              KorSizeT width, KorSizeT height, const KorInt (*coeffs)[3], KorVideoFrameDitherLevel ditherLevel) {
-    SourcePlanes planes = {{y, pitchY, nullptr}, {u, pitchU, nullptr}, {v, pitchV, nullptr}};
-    PlaneNoise noise;
-    if (IsDithering(ditherLevel)) {
-        noise = DrawI420Noise(ditherLevel, width);
-        planes.Dither(noise);
+    const SourcePlanes planes = Source(TopDown(y, pitchY), TopDown(u, pitchU), TopDown(v, pitchV), ditherLevel, I420Walk(width));
+    if (width < 2 || height < 2) {
+        return;
     }
-    const Plane out = {x, pitchX};
     RenderCoefficients matrix;
     KorMemCpy(&matrix, coeffs, sizeof matrix);
-    // Deliberate: row 0 gives the luma multiplier of all three channels; the luma offset comes from each row's own.
-    const KorInt lumaMultiplier = matrix.rows[0][0];
-    TermRun terms;
-    ForEachBlockRun(planes, width, height, [&](KorSizeT row, KorSizeT start, const KorUint8* y0, const KorUint8* y1, const KorUint8* uRun, const KorUint8* vRun, KorSizeT n) {
-        KorUint8* x0 = out.Row(row) + 4 * start;
-        KorUint8* x1 = out.Row(row + 1) + 4 * start;
-        if (FitsLanes(lumaMultiplier)) {
-            WriteCallerTerms(terms.rR, uRun, vRun, matrix.rows[0], n / 2);
-            WriteCallerTerms(terms.gG, uRun, vRun, matrix.rows[1], n / 2);
-            WriteCallerTerms(terms.bB, uRun, vRun, matrix.rows[2], n / 2);
-            RenderPairs<kBgra>(x0, y0, terms.rR, terms.gG, terms.bB, lumaMultiplier, n / 2);
-            RenderPairs<kBgra>(x1, y1, terms.rR, terms.gG, terms.bB, lumaMultiplier, n / 2);
-        } else {
-            RenderPairsWide(x0, y0, uRun, vRun, matrix, n / 2);
-            RenderPairsWide(x1, y1, uRun, vRun, matrix, n / 2);
-        }
-    });
+    I420ToBgraGeneral(planes, {x, pitchX}, width, height, matrix);
 }
 
 void KorI420To24BG_C_(const KorUint8* y, KorSizeT pitchY,
@@ -1368,22 +1406,7 @@ void KorI420To24BG_C_(const KorUint8* y, KorSizeT pitchY,
                       const KorUint8* v, KorSizeT pitchV,
                       KorUint8* x, KorSizeT pitchX,
                       KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
-    SourcePlanes planes = {{y, pitchY, nullptr}, {u, pitchU, nullptr}, {v, pitchV, nullptr}};
-    PlaneNoise noise;
-    if (IsDithering(ditherLevel)) {
-        noise = DrawI420Noise(ditherLevel, width);
-        planes.Dither(noise);
-    }
-    const Plane out = {x, pitchX};
-    TermRun terms;
-    KorUint8 pixels[4 * kRun];
-    ForEachBlockRun(planes, width, height, [&](KorSizeT row, KorSizeT start, const KorUint8* y0, const KorUint8* y1, const KorUint8* uRun, const KorUint8* vRun, KorSizeT n) {
-        WriteTerms(terms.rR, terms.gG, terms.bB, uRun, vRun, kRenderBt601, n / 2);
-        RenderPairs<kBgra>(pixels, y0, terms.rR, terms.gG, terms.bB, kRenderLuma, n / 2);
-        SqueezePixels(out.Row(row) + 3 * start, pixels, n);
-        RenderPairs<kBgra>(pixels, y1, terms.rR, terms.gG, terms.bB, kRenderLuma, n / 2);
-        SqueezePixels(out.Row(row + 1) + 3 * start, pixels, n);
-    });
+    I420To24Bit(Source(TopDown(y, pitchY), TopDown(u, pitchU), TopDown(v, pitchV), ditherLevel, I420Walk(width)), {x, pitchX}, width, height);
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -1534,12 +1557,7 @@ void PackedToI420WithRotation(Plane y, Plane u, Plane v, const KorUint8* x, KorS
 
 // Packs an I420 picture: joinLuma(x, y, c, n) puts n luma samples and n chroma bytes, U and V in turn, into a row.
 template <class JoinLuma>
-void I420ToPacked(SourcePlanes planes, Plane x, KorSizeT width, KorSizeT height, KorUint ditherLevel, JoinLuma joinLuma) {
-    PlaneNoise noise;
-    if (IsDithering(ditherLevel)) {
-        noise = DrawNoise(ditherLevel, kAlignedStart, RoundUpTo8(width), RoundUpTo8(width >> 1));
-        planes.Dither(noise);
-    }
+void I420ToPacked(const SourcePlanes& planes, Plane x, KorSizeT width, KorSizeT height, JoinLuma joinLuma) {
     Run chroma;
     ForEachBlockRun(planes, width, height, [&](KorSizeT row, KorSizeT start, const KorUint8* y0, const KorUint8* y1, const KorUint8* u, const KorUint8* v, KorSizeT n) {
         JoinRow(chroma, u, v, n / 2);
@@ -1592,6 +1610,57 @@ KOR_KERNEL void ExpandChromaRow(KorUint8* KOR_RESTRICT dst, const KorUint8* KOR_
     }
 }
 
+// Deliberate: with an odd width every row pair starts one luma sample and half a group earlier than the pitches say, in
+// source and destination alike.
+KorSizeT Drift(KorSizeT row, KorSizeT width) {
+    return IsOdd(width) ? row / 2 : 0;
+}
+
+// Deliberate: an odd height writes the row below the picture as well.
+void Yuv2ToI420(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorSizeT height) {
+    const KorSizeT widthC = width >> 1;
+    for (KorSizeT row = 0; row < height; row += 2) {
+        const KorSizeT drift = Drift(row, width);
+        const KorUint8* x0 = rows.Row(row) - 2 * drift;
+        const KorUint8* x1 = LowerRow(rows, row, height) - 2 * drift;
+        TakeYuv2Luma(y.Row(row) - drift, x0, 2 * widthC);
+        TakeYuv2Luma(y.Row(row + 1) - drift, x1, 2 * widthC);
+        AverageYuv2Chroma(u.Row(row / 2), v.Row(row / 2), x0, x1, widthC);
+    }
+}
+
+// Deliberate: luma keeps its limited range, although the other direction takes full-range luma.
+void I420ToYuv2(SourceRows y, SourceRows u, SourceRows v, Plane yuy2, KorSizeT width, KorSizeT height) {
+    const KorSizeT width2 = width & ~KorSizeT{1};
+    const KorSizeT height2 = height & ~KorSizeT{1};
+    Run uRun, vRun, chroma;
+    for (KorSizeT row = 0; row < height2; row += 2) {
+        const KorSizeT drift = Drift(row, width);
+        for (KorSizeT start = 0; start < width2; start += kRun) {
+            const KorSizeT n = Min(kRun, width2 - start);
+            ExpandChromaRow(uRun, u.Row(row / 2) + start / 2, n / 2);
+            ExpandChromaRow(vRun, v.Row(row / 2) + start / 2, n / 2);
+            JoinRow(chroma, uRun, vRun, n / 2);
+            JoinRow(yuy2.Row(row) + 2 * start - 2 * drift, y.Row(row) + start - drift, chroma, n);
+            JoinRow(yuy2.Row(row + 1) + 2 * start - 2 * drift, y.Row(row + 1) + start - drift, chroma, n);
+        }
+    }
+}
+
+void M420ToI420(Plane y, Plane u, Plane v, SourceRows blocks, KorSizeT width, KorSizeT height) {
+    const KorSizeT widthC = width >> 1;
+    const KorSizeT heightC = height >> 1;
+    for (KorSizeT i = 0; i < heightC; ++i) {
+        const KorUint8* block = blocks.Row(i);
+        const KorUint8* m420C = block + 2 * width;
+        KorMemCpy(y.Row(2 * i), block, width);
+        KorMemCpy(y.Row(2 * i + 1), block + width, width);
+        if (widthC != 0) {
+            SplitRow(u.Row(i), v.Row(i), m420C, widthC);
+        }
+    }
+}
+
 }  // namespace
 
 void KorYUY2ToI420_C_(KorUint8* y, KorSizeT pitchY,
@@ -1616,104 +1685,6 @@ void KorUYVYToI420_C_(KorUint8* y, KorSizeT pitchY,
     PackedToI420<kUyvy>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height);
 }
 
-void KorI420ToYUY2_C_(const KorUint8* y, KorSizeT pitchY,
-                      const KorUint8* u, KorSizeT pitchU,
-                      const KorUint8* v, KorSizeT pitchV,
-                      KorUint8* x, KorSizeT pitchX,
-                      KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
-    I420ToPacked({{y, pitchY, nullptr}, {u, pitchU, nullptr}, {v, pitchV, nullptr}}, {x, pitchX}, width, height, ditherLevel, [](KorUint8* row, const KorUint8* luma, const KorUint8* chroma, KorSizeT n) { JoinRow(row, luma, chroma, n); });
-}
-
-void KorI420ToUYVY_C_(const KorUint8* y, KorSizeT pitchY,
-                      const KorUint8* u, KorSizeT pitchU,
-                      const KorUint8* v, KorSizeT pitchV,
-                      KorUint8* x, KorSizeT pitchX,
-                      KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
-    I420ToPacked({{y, pitchY, nullptr}, {u, pitchU, nullptr}, {v, pitchV, nullptr}}, {x, pitchX}, width, height, ditherLevel, [](KorUint8* row, const KorUint8* luma, const KorUint8* chroma, KorSizeT n) { JoinRow(row, chroma, luma, n); });
-}
-
-void KorYuv2ToI420_C_(KorUint8* y, KorSizeT pitchY,
-                      KorUint8* u, KorSizeT pitchU,
-                      KorUint8* v, KorSizeT pitchV,
-                      const KorUint8* yuv2, KorSizeT pitchYuv2,
-                      KorSizeT width, KorSizeT height, KorBool flip) {
-    if (width < 2 || height == 0) {
-        return;
-    }
-    const Plane planeY = {y, pitchY};
-    const Plane planeU = {u, pitchU};
-    const Plane planeV = {v, pitchV};
-    const SourceRows rows = ReadingOrder(yuv2, pitchYuv2, height, flip);
-    const KorSizeT widthC = width >> 1;
-    // Deliberate: an odd height writes the row below the picture as well.
-    for (KorSizeT row = 0; row < height; row += 2) {
-        // Deliberate: with an odd width every row pair starts one luma sample and half a group earlier than the pitches
-        // say, in source and destination alike.
-        const KorSizeT drift = IsOdd(width) ? row / 2 : 0;
-        const KorUint8* x0 = rows.Row(row) - 2 * drift;
-        const KorUint8* x1 = LowerRow(rows, row, height) - 2 * drift;
-        TakeYuv2Luma(planeY.Row(row) - drift, x0, 2 * widthC);
-        TakeYuv2Luma(planeY.Row(row + 1) - drift, x1, 2 * widthC);
-        AverageYuv2Chroma(planeU.Row(row / 2), planeV.Row(row / 2), x0, x1, widthC);
-    }
-}
-
-void KorI420toYuv2_C_(const KorUint8* y, KorSizeT pitchY,
-                      const KorUint8* u, KorSizeT pitchU,
-                      const KorUint8* v, KorSizeT pitchV,
-                      KorUint8* yuy2, KorSizeT pitchYuy2,
-                      KorSizeT width, KorSizeT height) {
-    if (width < 2 || height < 2) {
-        return;
-    }
-    const Plane packed = {yuy2, pitchYuy2};
-    const KorSizeT width2 = width & ~KorSizeT{1};
-    const KorSizeT height2 = height & ~KorSizeT{1};
-    Run uRun, vRun, chroma;
-    for (KorSizeT row = 0; row < height2; row += 2) {
-        // Deliberate: with an odd width every row pair starts one luma sample and half a group earlier than the pitches
-        // say, in source and destination alike.
-        const KorSizeT drift = IsOdd(width) ? row / 2 : 0;
-        const KorUint8* y0 = y + row * pitchY - drift;
-        const KorUint8* y1 = y0 + pitchY;
-        KorUint8* x0 = packed.Row(row) - 2 * drift;
-        KorUint8* x1 = x0 + pitchYuy2;
-        for (KorSizeT start = 0; start < width2; start += kRun) {
-            const KorSizeT n = Min(kRun, width2 - start);
-            ExpandChromaRow(uRun, u + row / 2 * pitchU + start / 2, n / 2);
-            ExpandChromaRow(vRun, v + row / 2 * pitchV + start / 2, n / 2);
-            JoinRow(chroma, uRun, vRun, n / 2);
-            // Deliberate: luma keeps its limited range, although the other direction takes full-range luma.
-            JoinRow(x0 + 2 * start, y0 + start, chroma, n);
-            JoinRow(x1 + 2 * start, y1 + start, chroma, n);
-        }
-    }
-}
-
-void KorM420ToI420_C_(KorUint8* y, KorSizeT pitchY,
-                      KorUint8* u, KorSizeT pitchU,
-                      KorUint8* v, KorSizeT pitchV,
-                      const KorUint8* m420, KorSizeT pitchM420,
-                      KorSizeT width, KorSizeT height, KorBool flip) {
-    if (width == 0 || height < 2) {
-        return;
-    }
-    const Plane planeY = {y, pitchY};
-    const Plane planeU = {u, pitchU};
-    const Plane planeV = {v, pitchV};
-    // Deliberate: the rows here are blocks of three, yet a set flip starts as many pitches down as there are luma rows
-    // above the last. It turns the order of the blocks and never that of the two luma rows inside one.
-    const SourceRows blocks = ReadingOrder(m420, pitchM420, height, flip);
-    const KorSizeT heightC = height >> 1;
-    for (KorSizeT i = 0; i < heightC; ++i) {
-        const KorUint8* block = blocks.Row(i);
-        const KorUint8* m420C = block + 2 * width;
-        KorMemCpy(planeY.Row(2 * i), block, width);
-        KorMemCpy(planeY.Row(2 * i + 1), block + width, width);
-        SplitRow(planeU.Row(i), planeV.Row(i), m420C, width >> 1);
-    }
-}
-
 void KorYUY2ToI420WithRotation_C_(KorUint8* y, KorSizeT pitchY,
                                   KorUint8* u, KorSizeT pitchU,
                                   KorUint8* v, KorSizeT pitchV,
@@ -1730,6 +1701,59 @@ void KorUYVYToI420WithRotation_C_(KorUint8* y, KorSizeT pitchY,
     PackedToI420WithRotation<kUyvy>({y, pitchY}, {u, pitchU}, {v, pitchV}, x, pitchX, width, height, flip, rotationDegree);
 }
 
+void KorI420ToYUY2_C_(const KorUint8* y, KorSizeT pitchY,
+                      const KorUint8* u, KorSizeT pitchU,
+                      const KorUint8* v, KorSizeT pitchV,
+                      KorUint8* x, KorSizeT pitchX,
+                      KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
+    I420ToPacked(Source(TopDown(y, pitchY), TopDown(u, pitchU), TopDown(v, pitchV), ditherLevel, PackedWalk(width)), {x, pitchX}, width, height,
+                 [](KorUint8* row, const KorUint8* luma, const KorUint8* chroma, KorSizeT n) { JoinRow(row, luma, chroma, n); });
+}
+
+void KorI420ToUYVY_C_(const KorUint8* y, KorSizeT pitchY,
+                      const KorUint8* u, KorSizeT pitchU,
+                      const KorUint8* v, KorSizeT pitchV,
+                      KorUint8* x, KorSizeT pitchX,
+                      KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
+    I420ToPacked(Source(TopDown(y, pitchY), TopDown(u, pitchU), TopDown(v, pitchV), ditherLevel, PackedWalk(width)), {x, pitchX}, width, height,
+                 [](KorUint8* row, const KorUint8* luma, const KorUint8* chroma, KorSizeT n) { JoinRow(row, chroma, luma, n); });
+}
+
+void KorYuv2ToI420_C_(KorUint8* y, KorSizeT pitchY,
+                      KorUint8* u, KorSizeT pitchU,
+                      KorUint8* v, KorSizeT pitchV,
+                      const KorUint8* yuv2, KorSizeT pitchYuv2,
+                      KorSizeT width, KorSizeT height, KorBool flip) {
+    if (width < 2 || height == 0) {
+        return;
+    }
+    Yuv2ToI420({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(yuv2, pitchYuv2, height, flip), width, height);
+}
+
+void KorI420toYuv2_C_(const KorUint8* y, KorSizeT pitchY,
+                      const KorUint8* u, KorSizeT pitchU,
+                      const KorUint8* v, KorSizeT pitchV,
+                      KorUint8* yuy2, KorSizeT pitchYuy2,
+                      KorSizeT width, KorSizeT height) {
+    if (width < 2 || height < 2) {
+        return;
+    }
+    I420ToYuv2(TopDown(y, pitchY), TopDown(u, pitchU), TopDown(v, pitchV), {yuy2, pitchYuy2}, width, height);
+}
+
+void KorM420ToI420_C_(KorUint8* y, KorSizeT pitchY,
+                      KorUint8* u, KorSizeT pitchU,
+                      KorUint8* v, KorSizeT pitchV,
+                      const KorUint8* m420, KorSizeT pitchM420,
+                      KorSizeT width, KorSizeT height, KorBool flip) {
+    if (width == 0 || height < 2) {
+        return;
+    }
+    // Deliberate: the rows here are blocks of three, yet a set flip starts as many pitches down as there are luma rows
+    // above the last. It turns the order of the blocks and never that of the two luma rows inside one.
+    M420ToI420({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(m420, pitchM420, height, flip), width, height);
+}
+
 // ---------------------------------------------------------------------------------------------------------------------
 // 6  Compositing and noise
 // ---------------------------------------------------------------------------------------------------------------------
@@ -1744,6 +1768,25 @@ void DitherRow(KorUint8* out, const KorUint8* in, KorSizeT index, KorUint rsBits
         const KorSizeT run = Min(kRun, n - start);
         AddNoise(noisy, in + start, index + start, rsBits, run);
         KorMemCpy(out + start, noisy, run);
+    }
+}
+
+// Deliberate: a row pair moves the noise on by one row only, so that the lower row of a pair and the upper row of the next
+// get the same noise.
+void DitherLuma(Plane out, SourceRows in, KorSizeT noiseIndex, KorUint rsBits, KorSizeT width, KorSizeT height) {
+    const KorSizeT width2 = width & ~KorSizeT{1};
+    const KorSizeT height2 = height & ~KorSizeT{1};
+    for (KorSizeT row = 0; row < height2; ++row) {
+        DitherRow(out.Row(row), in.Row(row), noiseIndex + (row + 1) / 2 * width, rsBits, width2);
+    }
+}
+
+// Deliberate: chroma rows lie as far apart in the noise as luma rows.
+void DitherChroma(Plane out, SourceRows in, KorSizeT noiseIndex, KorUint rsBits, KorSizeT width, KorSizeT height) {
+    const KorSizeT cWidth = width >> 1;
+    const KorSizeT cHeight = height >> 1;
+    for (KorSizeT row = 0; row < cHeight; ++row) {
+        DitherRow(out.Row(row), in.Row(row), noiseIndex + row * width, rsBits, cWidth);
     }
 }
 
@@ -1790,10 +1833,6 @@ void BlendBufferAlphaArray(Plane background, SourceRows foreground, SourceRows a
     }
 }
 
-SourceRows TopDown(const KorUint8* samples, KorSizeT pitch) {
-    return {samples, static_cast<KorDistanceT>(pitch)};
-}
-
 }  // namespace
 
 void KorI420Dither_C_(const KorUint8* yIn, KorSizeT yInPitch,
@@ -1807,12 +1846,10 @@ void KorI420Dither_C_(const KorUint8* yIn, KorSizeT yInPitch,
     if (ditherLevel > KOR_VIDEOFRAMEDITHERLEVEL_2) {
         return;
     }
-    const KorSizeT cWidth = width >> 1;
-    const KorSizeT cHeight = height >> 1;
     // Fixed offsets are those of one stream of noise through Y, then U, then V.
     KorSizeT yNoiseIndex = 0;
     KorSizeT uNoiseIndex = height * width;
-    KorSizeT vNoiseIndex = cHeight * cWidth + height * width;
+    KorSizeT vNoiseIndex = (height >> 1) * (width >> 1) + height * width;
     if (randomizeNoiseOffsets) {
         yNoiseIndex = DrawShortIndex();
         uNoiseIndex = DrawShortIndex();
@@ -1821,20 +1858,9 @@ void KorI420Dither_C_(const KorUint8* yIn, KorSizeT yInPitch,
     if (width < 2 || height < 2) {
         return;
     }
-    const KorUint yShift = LumaShift(ditherLevel);
-    const KorUint cShift = ChromaShift(ditherLevel);
-    for (KorSizeT row = 0; row < 2 * cHeight; ++row) {
-        // Deliberate: a row pair moves the noise on by one row only, so that the lower row of a pair and the upper row
-        // of the next get the same noise.
-        DitherRow(yOut + row * yOutPitch, yIn + row * yInPitch, yNoiseIndex + (row + 1) / 2 * width, yShift, 2 * cWidth);
-    }
-    // Deliberate: chroma rows lie as far apart in the noise as luma rows.
-    for (KorSizeT row = 0; row < cHeight; ++row) {
-        DitherRow(uOut + row * uOutPitch, uIn + row * uInPitch, uNoiseIndex + row * width, cShift, cWidth);
-    }
-    for (KorSizeT row = 0; row < cHeight; ++row) {
-        DitherRow(vOut + row * vOutPitch, vIn + row * vInPitch, vNoiseIndex + row * width, cShift, cWidth);
-    }
+    DitherLuma({yOut, yOutPitch}, TopDown(yIn, yInPitch), yNoiseIndex, LumaShift(ditherLevel), width, height);
+    DitherChroma({uOut, uOutPitch}, TopDown(uIn, uInPitch), uNoiseIndex, ChromaShift(ditherLevel), width, height);
+    DitherChroma({vOut, vOutPitch}, TopDown(vIn, vInPitch), vNoiseIndex, ChromaShift(ditherLevel), width, height);
 }
 
 void KorI420AlphaBlend_C_(KorUint8* yBackground, KorSizeT yBackgroundPitch,
