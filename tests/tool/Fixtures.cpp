@@ -49,7 +49,8 @@ void WritePng(const PngKind& kind, std::uint32_t width, const Bytes& row) {
     png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
     png_infop info = png_create_info_struct(png);
     png_set_write_fn(png, &file, AppendBytes, Flush);
-    png_set_IHDR(png, info, width, 2, kind.depth, kind.colourType, kind.interlacing, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+    png_set_IHDR(png, info, width, 2, kind.depth, kind.colourType, kind.interlacing, PNG_COMPRESSION_TYPE_DEFAULT,
+                 PNG_FILTER_TYPE_DEFAULT);
     if (kind.colourType == PNG_COLOR_TYPE_PALETTE) {
         const png_color palette[] = {{255, 0, 0}, {0, 0, 255}};
         png_set_PLTE(png, info, palette, 2);
@@ -106,7 +107,8 @@ int main(int argc, char** argv) {
     directory = argv[1];
 
     WritePng({"rgb.png", PNG_COLOR_TYPE_RGB, 8, PNG_INTERLACE_NONE}, 2, {255, 0, 0, 255, 0, 0});
-    WritePng({"rgb16.png", PNG_COLOR_TYPE_RGB, 16, PNG_INTERLACE_NONE}, 2, {255, 255, 0, 0, 0, 0, 255, 255, 0, 0, 0, 0});
+    WritePng({"rgb16.png", PNG_COLOR_TYPE_RGB, 16, PNG_INTERLACE_NONE}, 2,
+             {255, 255, 0, 0, 0, 0, 255, 255, 0, 0, 0, 0});
     WritePng({"grey.png", PNG_COLOR_TYPE_GRAY, 8, PNG_INTERLACE_NONE}, 2, {255, 255});
     WritePng({"grey1.png", PNG_COLOR_TYPE_GRAY, 1, PNG_INTERLACE_NONE}, 2, {0xc0});
     WritePng({"palette.png", PNG_COLOR_TYPE_PALETTE, 1, PNG_INTERLACE_ADAM7}, 2, {0x00});

@@ -9,6 +9,7 @@
 #include "Commands.h"
 #include "Errors.h"
 #include "Kor/Video/Common/C/KorYuv420_C_.h"
+#include "LibraryCall.h"
 #include "Options.h"
 #include "Pipeline.h"
 
@@ -90,16 +91,13 @@ void CutToPlacement(const YuvImage& whole, const Placement& placement, YuvImage&
 }
 
 void BlendConstant(YuvImage& background, const YuvImage& part, const Placement& placement, std::uint8_t alpha) {
-    KorI420AlphaBlend_C_(background.y.Data(), background.y.pitch, background.u.Data(), background.u.pitch, background.v.Data(), background.v.pitch,
-                         part.y.Data(), part.y.pitch, part.u.Data(), part.u.pitch, part.v.Data(), part.v.pitch,
-                         placement.width, placement.height, placement.x, placement.y, alpha);
+    CallLibrary(KorI420AlphaBlend_C_, background, part, placement.width, placement.height, placement.x, placement.y,
+                alpha);
 }
 
 void BlendByAlpha(YuvImage& background, const YuvImage& part, YuvImage& alphaPart, const Placement& placement) {
-    KorI420AlphaArrayBlend_C_(background.y.Data(), background.y.pitch, background.u.Data(), background.u.pitch, background.v.Data(), background.v.pitch,
-                              part.y.Data(), part.y.pitch, part.u.Data(), part.u.pitch, part.v.Data(), part.v.pitch,
-                              placement.width, placement.height, placement.x, placement.y,
-                              alphaPart.y.Data(), alphaPart.y.pitch, alphaPart.u.Data(), alphaPart.u.pitch, alphaPart.v.Data(), alphaPart.v.pitch);
+    CallLibrary(KorI420AlphaArrayBlend_C_, background, part, placement.width, placement.height, placement.x,
+                placement.y, alphaPart);
 }
 
 namespace {
@@ -121,7 +119,8 @@ struct BlendOptions {
 // The overlay as it will be laid: the part that shows, with its alpha, for each frame of a clip or for one picture.
 class Overlay {
   public:
-    Overlay(Reader reader, bool alphaChannel, const Placement& placement) : reader_(std::move(reader)), alphaChannel_(alphaChannel), placement_(placement) {}
+    Overlay(Reader reader, bool alphaChannel, const Placement& placement)
+        : reader_(std::move(reader)), alphaChannel_(alphaChannel), placement_(placement) {}
 
     // Goes on to the next frame; at the end the last one stays.
     bool Advance() {
@@ -155,7 +154,8 @@ class Overlay {
 // A picture as background stays for every frame of the overlay.
 class Background {
   public:
-    explicit Background(Reader reader) : reader_(std::move(reader)) {}
+    explicit Background(Reader reader)
+        : reader_(std::move(reader)) {}
 
     const StreamInfo& Info() const { return reader_.Info(); }
     bool IsPicture() const { return reader_.Info().picture; }
@@ -193,8 +193,9 @@ void CheckPlanes(const StreamInfo& info) {
     const auto size = [](const StreamInfo& info) {
         return std::to_string(info.width) + "x" + std::to_string(info.height);
     };
-    FailUsage("--at " + at + ": nothing of the overlay of " + size(overlay) + " lies on the background of " + size(background) +
-              "; X from " + range(overlay.width, background.width) + " and Y from " + range(overlay.height, background.height) + " show some of it");
+    FailUsage("--at " + at + ": nothing of the overlay of " + size(overlay) + " lies on the background of " +
+              size(background) + "; X from " + range(overlay.width, background.width) + " and Y from " +
+              range(overlay.height, background.height) + " show some of it");
 }
 
 void RunBlend(const BlendOptions& options, bool alphaGiven) {
@@ -218,7 +219,8 @@ void RunBlend(const BlendOptions& options, bool alphaGiven) {
     std::unique_ptr<FrameSource> overlaySource = OpenSource(overlayRequest);
     const StreamInfo overlayInfo = overlaySource->Info();
     if (options.alphaChannel && !overlayInfo.format->HasAlpha()) {
-        FailFile(overlayInfo.name, std::string("is ") + overlayInfo.format->name + " and has no alpha channel; a PNG file or a 32-bit RGB layout has one");
+        FailFile(overlayInfo.name, std::string("is ") + overlayInfo.format->name +
+                                       " and has no alpha channel; a PNG file or a 32-bit RGB layout has one");
     }
     const bool fromRgb = backgroundSource->Info().format->IsRgb() || overlayInfo.format->IsRgb();
     request.matrix = RequestMatrix(options.matrix, fromRgb, WritesRgb(request.kind));
@@ -227,7 +229,8 @@ void RunBlend(const BlendOptions& options, bool alphaGiven) {
     Reader overlayReader = OpenPlanes(std::move(overlaySource), request.matrix);
     CheckPlanes(background.Info());
     CheckPlanes(overlayReader.Info());
-    const std::optional<Placement> placement = Place(at, {overlayInfo.width, overlayInfo.height}, {background.Info().width, background.Info().height});
+    const std::optional<Placement> placement =
+        Place(at, {overlayInfo.width, overlayInfo.height}, {background.Info().width, background.Info().height});
     if (!placement) {
         FailOutside(options.at, overlayInfo, background.Info());
     }
@@ -260,21 +263,37 @@ void RunBlend(const BlendOptions& options, bool alphaGiven) {
 void AddBlend(CLI::App& app) {
     const auto options = std::make_shared<BlendOptions>();
     CLI::App* command = app.add_subcommand("blend", "Lays one picture or clip over another");
-    command->add_option("BACKGROUND", options->background, "picture, Y4M file or raw frames; - for standard input")->required()->type_name("");
-    command->add_option("OVERLAY", options->overlay, "what to lay over it; - for standard input")->required()->type_name("");
-    command->add_option("OUTPUT", options->output, "file to write; - for standard output; out-%04d.png for numbered pictures")->required()->type_name("");
-    command->add_option("--at", options->at, "column and row of the background for the overlay's left top corner; may be negative")->type_name("X,Y");
-    CLI::Option* alpha = command->add_option("--alpha", options->alpha, "opacity of the overlay, 0 to 255 (default)")->type_name("N");
-    command->add_flag("--alpha-channel", options->alphaChannel, "take the opacity from the overlay's own alpha channel");
+    command->add_option("BACKGROUND", options->background, "picture, Y4M file or raw frames; - for standard input")
+        ->required()
+        ->type_name("");
+    command->add_option("OVERLAY", options->overlay, "what to lay over it; - for standard input")
+        ->required()
+        ->type_name("");
+    command
+        ->add_option("OUTPUT", options->output,
+                     "file to write; - for standard output; out-%04d.png for numbered pictures")
+        ->required()
+        ->type_name("");
+    command
+        ->add_option("--at", options->at,
+                     "column and row of the background for the overlay's left top corner; may be negative")
+        ->type_name("X,Y");
+    CLI::Option* alpha =
+        command->add_option("--alpha", options->alpha, "opacity of the overlay, 0 to 255 (default)")->type_name("N");
+    command->add_flag("--alpha-channel", options->alphaChannel,
+                      "take the opacity from the overlay's own alpha channel");
     options->from.Add(*command);
-    command->add_option("--overlay-from", options->overlayFrom, "layout of raw frames of the overlay")->type_name("LAYOUT");
-    command->add_option("--overlay-size", options->overlaySize, "width and height of raw frames of the overlay")->type_name("WxH");
+    command->add_option("--overlay-from", options->overlayFrom, "layout of raw frames of the overlay")
+        ->type_name("LAYOUT");
+    command->add_option("--overlay-size", options->overlaySize, "width and height of raw frames of the overlay")
+        ->type_name("WxH");
     options->to.Add(*command);
     AddMatrixOption(*command, options->matrix);
-    command->footer("The output is as long as the background; an overlay that ends before it stays with its last frame. A picture\n"
-                    "as background lasts as long as the overlay. What lies outside the background is cut off. Chroma is laid at\n"
-                    "half the position, rounded down.\n\n" +
-                    std::string(kMatrixFileHelp));
+    command->footer(
+        "The output is as long as the background; an overlay that ends before it stays with its last frame. A picture\n"
+        "as background lasts as long as the overlay. What lies outside the background is cut off. Chroma is laid at\n"
+        "half the position, rounded down.\n\n" +
+        std::string(kMatrixFileHelp));
     command->callback([alpha, options] { RunBlend(*options, alpha->count() > 0); });
 }
 

@@ -14,7 +14,8 @@ namespace korframe {
 class Buffer {
   public:
     Buffer() = default;
-    explicit Buffer(std::size_t size) : bytes_(static_cast<std::uint8_t*>(std::calloc(size > 0 ? size : 1, 1))), size_(size) {
+    explicit Buffer(std::size_t size)
+        : bytes_(static_cast<std::uint8_t*>(std::calloc(size > 0 ? size : 1, 1))), size_(size) {
         if (!bytes_) {
             throw std::bad_alloc();
         }

@@ -54,7 +54,8 @@ const Letter& FindLetter(char character) {
 
 // The samples of `whole` that fall to part `index` of `parts`; at least one.
 struct Span {
-    Span(std::size_t index, std::size_t parts, std::size_t whole) : begin(index * whole / parts), end(std::max((index + 1) * whole / parts, begin + 1)) {}
+    Span(std::size_t index, std::size_t parts, std::size_t whole)
+        : begin(index * whole / parts), end(std::max((index + 1) * whole / parts, begin + 1)) {}
     std::size_t begin;
     std::size_t end;
 };
@@ -73,7 +74,9 @@ Colour Average(const Frame& picture, const Span& columns, const Span& rows) {
         }
     }
     const std::size_t count = (columns.end - columns.begin) * (rows.end - rows.begin);
-    return {static_cast<std::uint8_t>((red + count / 2) / count), static_cast<std::uint8_t>((green + count / 2) / count), static_cast<std::uint8_t>((blue + count / 2) / count)};
+    return {static_cast<std::uint8_t>((red + count / 2) / count),
+            static_cast<std::uint8_t>((green + count / 2) / count),
+            static_cast<std::uint8_t>((blue + count / 2) / count)};
 }
 
 }  // namespace

@@ -34,7 +34,8 @@ constexpr std::size_t kLetterAdvance = 6;
 
 class Canvas {
   public:
-    explicit Canvas(Frame& rgba) : frame_(rgba) {}
+    explicit Canvas(Frame& rgba)
+        : frame_(rgba) {}
 
     void Dot(std::size_t x, std::size_t y, Colour colour);
     void Fill(const Rectangle& area, Colour colour);

@@ -5,6 +5,7 @@
 
 #include "Errors.h"
 #include "Kor/Video/Common/C/KorYuv420_C_.h"
+#include "LibraryCall.h"
 
 namespace korframe {
 
@@ -56,7 +57,7 @@ Run CapturePlanar(Layout layout) {
         image.Reset(layout, frame.Width(), frame.Height());
         std::size_t plane = 0;
         for (Plane* to : {&image.y, &image.u, &image.v}) {
-            KorPlanarRotation_C_(frame.Plane(plane), static_cast<KorDistanceT>(frame.Pitch(plane)), to->Data(), to->pitch, to->width, to->height, 0);
+            CallLibrary(KorPlanarRotation_C_, RowsOf(frame, plane), *to, to->width, to->height, 0u);
             ++plane;
         }
     };
@@ -67,23 +68,20 @@ Run CapturePlanar(Layout layout) {
 Run CaptureSemiPlanar(Layout layout, const OnTheWay& way) {
     return [layout, way](const Frame& frame, YuvImage& image) {
         ResetImage(frame, Layout::I420, way, image);
-        const PlaneShape shape = frame.Format().planes[1];
         const std::size_t width = frame.Width();
         const std::size_t height = frame.Height();
-        const std::size_t widthC = shape.Pitch(width) / 2;
-        const std::size_t heightC = shape.Rows(height);
-        const auto pitchY = static_cast<KorDistanceT>(frame.Pitch(0));
-        const auto pitchC = static_cast<KorDistanceT>(frame.Pitch(1));
-        const std::uint8_t* y = frame.Plane(0) + (way.flip ? (height - 1) * frame.Pitch(0) : 0);
-        const std::uint8_t* c = frame.Plane(1) + (way.flip ? (heightC - 1) * frame.Pitch(1) : 0);
+        const std::size_t widthC = (width + 1) / 2;
+        const std::size_t heightC = (height + 1) / 2;
+        const SourceRows y = RowsOf(frame, 0, way.flip);
+        const SourceRows uv = RowsOf(frame, 1, way.flip);
         Plane& first = layout == Layout::Nv12 ? image.u : image.v;
         Plane& second = layout == Layout::Nv12 ? image.v : image.u;
         if (way.mirror) {
-            KorPlanarMirror_C_(y, way.flip ? -pitchY : pitchY, image.y.Data(), image.y.pitch, width, height);
-            KorPlanarUVDeinterlaceMirror_C_(c, way.flip ? -pitchC : pitchC, first.Data(), first.pitch, second.Data(), second.pitch, widthC, heightC);
+            CallLibrary(KorPlanarMirror_C_, y, image.y, width, height);
+            CallLibrary(KorPlanarUVDeinterlaceMirror_C_, uv, first, second, widthC, heightC);
         } else {
-            KorPlanarRotation_C_(y, way.flip ? -pitchY : pitchY, image.y.Data(), image.y.pitch, width, height, way.angle);
-            KorPlanarUVDeinterlaceRotation_C_(c, way.flip ? -pitchC : pitchC, first.Data(), first.pitch, second.Data(), second.pitch, widthC, heightC, way.angle);
+            CallLibrary(KorPlanarRotation_C_, y, image.y, width, height, way.angle);
+            CallLibrary(KorPlanarUVDeinterlaceRotation_C_, uv, first, second, widthC, heightC, way.angle);
         }
     };
 }
@@ -121,13 +119,10 @@ const PackedRoad* FindPackedRoad(Layout source) {
 Run CapturePacked(const PackedRoad& road, const OnTheWay& way) {
     return [road, way](const Frame& frame, YuvImage& image) {
         ResetImage(frame, Layout::I420, way, image);
-        const KorBool flip = way.flip ? 1 : 0;
         if (way.angle == 0) {
-            road.convert(image.y.Data(), image.y.pitch, image.u.Data(), image.u.pitch, image.v.Data(), image.v.pitch,
-                         frame.Data(), frame.Pitch(), frame.Width(), frame.Height(), flip);
+            CallLibrary(road.convert, image, frame, frame.Width(), frame.Height(), way.flip);
         } else {
-            road.convertAndTurn(image.y.Data(), image.y.pitch, image.u.Data(), image.u.pitch, image.v.Data(), image.v.pitch,
-                                frame.Data(), frame.Pitch(), frame.Width(), frame.Height(), flip, way.angle);
+            CallLibrary(road.convertAndTurn, image, frame, frame.Width(), frame.Height(), way.flip, way.angle);
         }
     };
 }
@@ -183,11 +178,9 @@ void PadToEven(const Frame& frame, bool flip, Frame& padded) {
 
 void CaptureRgb(const RgbRoad& road, const Matrix& matrix, const Frame& frame, bool flip, YuvImage& image) {
     if (road.convert == kOwnMatrix) {
-        KorBGRAToI420General_C_(image.y.Data(), image.y.pitch, image.u.Data(), image.u.pitch, image.v.Data(), image.v.pitch,
-                                frame.Data(), frame.Pitch(), frame.Width(), frame.Height(), flip ? 1 : 0, matrix.coefficients);
+        CallLibrary(KorBGRAToI420General_C_, image, frame, frame.Width(), frame.Height(), flip, matrix.coefficients);
     } else {
-        road.convert(image.y.Data(), image.y.pitch, image.u.Data(), image.u.pitch, image.v.Data(), image.v.pitch,
-                     frame.Data(), frame.Pitch(), frame.Width(), frame.Height(), flip ? 1 : 0);
+        CallLibrary(road.convert, image, frame, frame.Width(), frame.Height(), flip);
     }
 }
 
@@ -204,7 +197,8 @@ Run CaptureRgbInOrder(const RgbRoad& road, const Matrix& matrix, const OnTheWay&
 }
 
 Run ReorderFirst(const PixelFormat& order, Run capture) {
-    return [&order, capture = std::move(capture), reordered = std::make_shared<Frame>()](const Frame& frame, YuvImage& image) {
+    return [&order, capture = std::move(capture), reordered = std::make_shared<Frame>()](const Frame& frame,
+                                                                                         YuvImage& image) {
         Reorder(frame, order, *reordered);
         capture(*reordered, image);
     };
@@ -218,7 +212,8 @@ Capture::Capture(const StreamInfo& source, Layout target, const Matrix& matrix, 
         const RgbRoad* direct = FindRgbRoad(layout, matrix.kind, target);
         const RgbRoad* road = direct != nullptr ? direct : FindRgbRoad(Layout::Bgra, matrix.kind, target);
         if (road == nullptr) {
-            FailUsage("--matrix " + matrix.name + ": own coefficients lead to i420 only; for " + FormatOf(target).name + " take 601 or 709");
+            FailUsage("--matrix " + matrix.name + ": own coefficients lead to i420 only; for " + FormatOf(target).name +
+                      " take 601 or 709");
         }
         const OnTheWay way = road->flips ? TakeFlip(steps) : OnTheWay();
         run_ = CaptureRgbInOrder(*road, matrix, way);
@@ -246,7 +241,8 @@ Capture::Capture(const StreamInfo& source, Layout target, const Matrix& matrix, 
         }
         run_ = CapturePacked(*road, way);
     } else {
-        FailUsage(source.name + ": there is no conversion from " + source.format->name + " to " + FormatOf(target).name);
+        FailUsage(source.name + ": there is no conversion from " + source.format->name + " to " +
+                  FormatOf(target).name);
     }
 }
 

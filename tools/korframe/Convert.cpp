@@ -65,18 +65,28 @@ void RunConvert(const CLI::App& command, const ConvertOptions& options) {
 void AddConvert(CLI::App& app) {
     const auto options = std::make_shared<ConvertOptions>();
     CLI::App* command = app.add_subcommand("convert", "Converts, turns and renders pictures, clips and raw frames");
-    command->add_option("INPUT", options->input, "PNG, JPEG, PPM or Y4M file or raw frames; - for standard input")->required()->type_name("");
-    command->add_option("OUTPUT", options->output, "file to write; - for standard output; out-%04d.png for numbered pictures")->required()->type_name("");
+    command->add_option("INPUT", options->input, "PNG, JPEG, PPM or Y4M file or raw frames; - for standard input")
+        ->required()
+        ->type_name("");
+    command
+        ->add_option("OUTPUT", options->output,
+                     "file to write; - for standard output; out-%04d.png for numbered pictures")
+        ->required()
+        ->type_name("");
     options->from.Add(*command);
     options->to.Add(*command);
     AddMatrixOption(*command, options->matrix);
     command->add_flag("--flip", "step: top to bottom");
     command->add_flag("--mirror", "step: left to right");
-    command->add_option("--rotate", options->angles, "step: turn clockwise by 0, 90, 180 or 270 degrees")->type_name("DEGREES")->expected(1)->allow_extra_args(false);
-    command->footer(std::string("Steps are taken in the order given, any number of times.\n\nLayouts:\n") + FormatTable() +
-                    "\n" + kMatrixFileHelp +
-                    "\nOdd sizes: 4:2:0 is rendered and packed in blocks of 2x2, so the last column and row are repeated to make the\n"
-                    "size even, and cut off afterwards. Flipped, mirrored or turned, 4:2:0 chroma of odd sizes may lie one pixel off.\n"
+    command->add_option("--rotate", options->angles, "step: turn clockwise by 0, 90, 180 or 270 degrees")
+        ->type_name("DEGREES")
+        ->allow_extra_args(false);
+    command->footer(std::string("Steps are taken in the order given, any number of times.\n\nLayouts:\n") +
+                    FormatTable() + "\n" + kMatrixFileHelp +
+                    "\nOdd sizes: 4:2:0 is rendered and packed in blocks of 2x2, so the last column and row are "
+                    "repeated to make the\n"
+                    "size even, and cut off afterwards. Flipped, mirrored or turned, 4:2:0 chroma of odd sizes may lie "
+                    "one pixel off.\n"
                     "Transparent pictures are laid over black.");
     command->callback([command, options] { RunConvert(*command, *options); });
 }

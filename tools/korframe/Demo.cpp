@@ -14,6 +14,7 @@
 #include "Errors.h"
 #include "InputFile.h"
 #include "Kor/Video/Common/C/KorYuv420_C_.h"
+#include "LibraryCall.h"
 #include "Parse.h"
 #include "PictureFile.h"
 #include "Random.h"
@@ -36,20 +37,18 @@ struct Stage {
 // The same picture in planes and in a frame of its own, in the given layout; both sides even.
 YuvImage CaptureBgra(const Frame& bgra) {
     YuvImage image(Layout::I420, bgra.Width(), bgra.Height());
-    KorBGRAToI420_C_(image.y.Data(), image.y.pitch, image.u.Data(), image.u.pitch, image.v.Data(), image.v.pitch,
-                     bgra.Data(), bgra.Pitch(), bgra.Width(), bgra.Height(), 0);
+    CallLibrary(KorBGRAToI420_C_, image, bgra, bgra.Width(), bgra.Height(), false);
     return image;
 }
 
 Frame RenderBgra(const YuvImage& image, KorVideoFrameDitherLevel ditherLevel) {
     Frame bgra(FormatOf(Layout::Bgra), image.Width(), image.Height());
-    KorI420ToBGRA_C_(image.y.Data(), image.y.pitch, image.u.Data(), image.u.pitch, image.v.Data(), image.v.pitch,
-                     bgra.Data(), bgra.Pitch(), bgra.Width(), bgra.Height(), ditherLevel);
+    CallLibrary(KorI420ToBGRA_C_, image, bgra, bgra.Width(), bgra.Height(), ditherLevel);
     return bgra;
 }
 
 void TurnPlane(const Plane& from, Plane& to, KorImageRotationDegree angle) {
-    KorPlanarRotation_C_(from.Data(), static_cast<KorDistanceT>(from.pitch), to.Data(), to.pitch, from.width, from.height, angle);
+    CallLibrary(KorPlanarRotation_C_, RowsOf(from), to, from.width, from.height, angle);
 }
 
 // What a camera that lies on its side delivers: the scene turned against the clock, bottom row first, in UYVY.
@@ -59,26 +58,21 @@ Frame FilmSideways(const Frame& scene) {
     TurnPlane(upright.y, sideways.y, 270);
     TurnPlane(upright.u, sideways.u, 270);
     TurnPlane(upright.v, sideways.v, 270);
-    KorI420FlipVertical_C_(sideways.y.Data(), sideways.y.pitch, sideways.u.Data(), sideways.u.pitch, sideways.v.Data(), sideways.v.pitch,
-                           sideways.Width(), sideways.Height());
+    CallLibrary(KorI420FlipVertical_C_, sideways, sideways.Width(), sideways.Height());
     Frame uyvy(FormatOf(Layout::Uyvy), sideways.Width(), sideways.Height());
-    KorI420ToUYVY_C_(sideways.y.Data(), sideways.y.pitch, sideways.u.Data(), sideways.u.pitch, sideways.v.Data(), sideways.v.pitch,
-                     uyvy.Data(), uyvy.Pitch(), uyvy.Width(), uyvy.Height(), KOR_VIDEOFRAMEDITHERLEVEL_Off);
+    CallLibrary(KorI420ToUYVY_C_, sideways, uyvy, uyvy.Width(), uyvy.Height(), KOR_VIDEOFRAMEDITHERLEVEL_Off);
     return uyvy;
 }
 
 YuvImage CaptureUyvy(const Frame& uyvy, bool flip, KorImageRotationDegree angle) {
     const bool across = angle % 180 != 0;
     YuvImage image(Layout::I420, across ? uyvy.Height() : uyvy.Width(), across ? uyvy.Width() : uyvy.Height());
-    KorUYVYToI420WithRotation_C_(image.y.Data(), image.y.pitch, image.u.Data(), image.u.pitch, image.v.Data(), image.v.pitch,
-                                 uyvy.Data(), uyvy.Pitch(), uyvy.Width(), uyvy.Height(), flip ? 1 : 0, angle);
+    CallLibrary(KorUYVYToI420WithRotation_C_, image, uyvy, uyvy.Width(), uyvy.Height(), flip, angle);
     return image;
 }
 
 void LayOver(YuvImage& background, const YuvImage& overlay, std::size_t x, std::size_t y) {
-    KorI420AlphaBlend_C_(background.y.Data(), background.y.pitch, background.u.Data(), background.u.pitch, background.v.Data(), background.v.pitch,
-                         overlay.y.Data(), overlay.y.pitch, overlay.u.Data(), overlay.u.pitch, overlay.v.Data(), overlay.v.pitch,
-                         overlay.Width(), overlay.Height(), x, y, kOverlayAlpha);
+    CallLibrary(KorI420AlphaBlend_C_, background, overlay, overlay.Width(), overlay.Height(), x, y, kOverlayAlpha);
 }
 
 // ---- Pictures ----
@@ -98,8 +92,8 @@ Frame LoadScene(const std::string& path) {
     InputFile input(path);
     Frame picture = ReadPicture(input);
     if (picture.Width() < kSmallestTestCard || picture.Height() < kSmallestTestCard) {
-        FailFile(path, "is " + std::to_string(picture.Width()) + "x" + std::to_string(picture.Height()) + "; the demo needs at least " +
-                           std::to_string(kSmallestTestCard) + " pixels on a side");
+        FailFile(path, "is " + std::to_string(picture.Width()) + "x" + std::to_string(picture.Height()) +
+                           "; the demo needs at least " + std::to_string(kSmallestTestCard) + " pixels on a side");
     }
     LayOverBlack(picture);
     return EvenBgra(picture);
@@ -112,11 +106,14 @@ Frame DrawSelfView(std::size_t width, std::size_t height) {
     canvas.Fill({0, 0, width, height}, Grey(255));
     const std::size_t edge = height / 32 + 1;
     for (std::size_t y = edge; y + edge < height; ++y) {
-        canvas.Fill({edge, y, width - 2 * edge, 1}, {0, static_cast<std::uint8_t>(160 - 96 * y / height), static_cast<std::uint8_t>(96 + 96 * y / height)});
+        canvas.Fill({edge, y, width - 2 * edge, 1}, {0, static_cast<std::uint8_t>(160 - 96 * y / height),
+                                                     static_cast<std::uint8_t>(96 + 96 * y / height)});
     }
     const std::size_t radius = height / 6;
     canvas.Ring(width / 2, height / 3, radius, radius, {255, 208, 160});
-    canvas.Fill({width / 2 - radius * 3 / 2, height / 3 + radius * 5 / 4, radius * 3, height * 2 / 3 - radius * 5 / 4 - edge}, {224, 96, 32});
+    canvas.Fill(
+        {width / 2 - radius * 3 / 2, height / 3 + radius * 5 / 4, radius * 3, height * 2 / 3 - radius * 5 / 4 - edge},
+        {224, 96, 32});
     return EvenBgra(view);
 }
 
@@ -127,7 +124,8 @@ Frame DrawContactSheet(const std::vector<Stage>& stages) {
     constexpr std::size_t kColumns = 3;
     constexpr std::size_t kScale = 2;
     const std::size_t rows = (stages.size() + kColumns - 1) / kColumns;
-    Frame sheet(FormatOf(Layout::Rgba), kColumns * (kTile + kMargin) + kMargin, rows * (kTile + kCaption + kMargin) + kMargin);
+    Frame sheet(FormatOf(Layout::Rgba), kColumns * (kTile + kMargin) + kMargin,
+                rows * (kTile + kCaption + kMargin) + kMargin);
     Canvas canvas(sheet);
     canvas.Fill({0, 0, sheet.Width(), sheet.Height()}, Grey(32));
     for (std::size_t i = 0; i < stages.size(); ++i) {
@@ -168,8 +166,10 @@ std::vector<Stage> WalkTheRoad(Frame scene, const Frame* second) {
     Frame view(FormatOf(Layout::Rgba), frame.Width() / 4, frame.Height() / 4);
     if (second != nullptr) {
         const bool wide = second->Width() * view.Height() > second->Height() * view.Width();
-        const std::size_t width = wide ? view.Width() : std::max<std::size_t>(view.Height() * second->Width() / second->Height(), 2);
-        const std::size_t height = wide ? std::max<std::size_t>(view.Width() * second->Height() / second->Width(), 2) : view.Height();
+        const std::size_t width =
+            wide ? view.Width() : std::max<std::size_t>(view.Height() * second->Width() / second->Height(), 2);
+        const std::size_t height =
+            wide ? std::max<std::size_t>(view.Width() * second->Height() / second->Width(), 2) : view.Height();
         view.Reset(FormatOf(Layout::Rgba), width, height);
         Canvas(view).Picture({0, 0, width, height}, *second);
     } else {
@@ -186,7 +186,8 @@ std::vector<Stage> WalkTheRoad(Frame scene, const Frame* second) {
     stages.push_back({"1-scene.png", "1 Scene", std::move(scene)});
     stages.push_back({"2-camera.png", "2 UYVY as it lies in memory", std::move(stored)});
     stages.push_back({"3-captured.png", "3 Captured: flip, turn by 90", std::move(captured)});
-    stages.push_back({"4-composed.png", "4 Overlay laid on, alpha " + std::to_string(kOverlayAlpha), std::move(composed)});
+    stages.push_back(
+        {"4-composed.png", "4 Overlay laid on, alpha " + std::to_string(kOverlayAlpha), std::move(composed)});
     stages.push_back({"5-rendered.png", "5 Rendered to BGRA, dither 1", std::move(rendered)});
     stages.push_back({"6-noise.png", "6 What dither added, 16 times", std::move(noise)});
     return stages;
@@ -199,6 +200,17 @@ struct DemoOptions {
     std::string seed;
 };
 
+void MakeDirectory(const std::string& path) {
+    struct stat status = {};
+    const bool exists = stat(path.c_str(), &status) == 0;
+    if (exists && !S_ISDIR(status.st_mode)) {
+        FailFile(path, "is a file; the name of a directory is wanted");
+    }
+    if (!exists && mkdir(path.c_str(), 0777) != 0) {
+        FailFile(path, std::string("cannot be made: ") + std::strerror(errno));
+    }
+}
+
 void RunDemo(const DemoOptions& options) {
     if (!options.seed.empty()) {
         SeedRandom(ParseUnsigned("--seed", options.seed, 999999999999999999u), 0);
@@ -210,9 +222,7 @@ void RunDemo(const DemoOptions& options) {
         second = ReadPicture(input);
         LayOverBlack(second);
     }
-    if (mkdir(options.directory.c_str(), 0777) != 0 && errno != EEXIST) {
-        FailFile(options.directory, std::string("cannot be made: ") + std::strerror(errno));
-    }
+    MakeDirectory(options.directory);
     std::vector<Stage> stages = WalkTheRoad(std::move(scene), options.overlay.empty() ? nullptr : &second);
     Frame sheet = DrawContactSheet(stages);
     stages.push_back({"contact-sheet.png", "All of them", std::move(sheet)});
@@ -227,14 +237,23 @@ void RunDemo(const DemoOptions& options) {
 
 void AddDemo(CLI::App& app) {
     const auto options = std::make_shared<DemoOptions>();
-    CLI::App* command = app.add_subcommand("demo", "Walks a frame from a camera to the screen and writes a picture of each stage");
-    command->add_option("DIRECTORY", options->directory, "where to put the pictures; made if it is not there")->required()->type_name("");
-    command->add_option("PICTURE", options->picture, "what the camera sees, PNG, JPEG or PPM; the test card by default")->type_name("");
-    command->add_option("--overlay", options->overlay, "what is laid over it, PNG, JPEG or PPM; a drawn self-view by default")->type_name("PICTURE");
+    CLI::App* command =
+        app.add_subcommand("demo", "Walks a frame from a camera to the screen and writes a picture of each stage");
+    command->add_option("DIRECTORY", options->directory, "where to put the pictures; made if it is not there")
+        ->required()
+        ->type_name("");
+    command->add_option("PICTURE", options->picture, "what the camera sees, PNG, JPEG or PPM; the test card by default")
+        ->type_name("");
+    command
+        ->add_option("--overlay", options->overlay,
+                     "what is laid over it, PNG, JPEG or PPM; a drawn self-view by default")
+        ->type_name("PICTURE");
     command->add_option("--seed", options->seed, "a number that makes the noise the same in every run")->type_name("N");
     command->footer(
-        "A camera on its side delivers UYVY, bottom row first. The frame is captured with a flip and a turn by 90 degrees,\n"
-        "a second picture is laid over it, and it is rendered to BGRA with dither level 1. Of a picture with an odd side\n"
+        "A camera on its side delivers UYVY, bottom row first. The frame is captured with a flip and a turn by 90 "
+        "degrees,\n"
+        "a second picture is laid over it, and it is rendered to BGRA with dither level 1. Of a picture with an odd "
+        "side\n"
         "the last column or row is left out.");
     command->callback([options] { RunDemo(*options); });
 }

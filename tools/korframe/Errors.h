@@ -15,7 +15,8 @@ enum class ExitStatus : int {
 
 class Error : public std::runtime_error {
   public:
-    Error(ExitStatus status, const std::string& message) : std::runtime_error(message), status_(status) {}
+    Error(ExitStatus status, const std::string& message)
+        : std::runtime_error(message), status_(status) {}
     ExitStatus Status() const { return status_; }
 
   private:
@@ -25,7 +26,8 @@ class Error : public std::runtime_error {
 // A stream that breaks off: the frames before the break are good, and a writer keeps them before it reports.
 class BrokenStream : public Error {
   public:
-    explicit BrokenStream(const std::string& message) : Error(ExitStatus::Failure, message) {}
+    explicit BrokenStream(const std::string& message)
+        : Error(ExitStatus::Failure, message) {}
 };
 
 [[noreturn]] inline void FailFile(const std::string& file, const std::string& what) {

@@ -4,33 +4,22 @@
 
 #include "Errors.h"
 #include "Kor/Video/Common/C/KorYuv420_C_.h"
+#include "LibraryCall.h"
 
 namespace korframe {
 
 namespace {
 
-void FlipPlane(const Plane& from, Plane& to) {
-    KorPlanarRotation_C_(from.Row(from.height - 1), -static_cast<KorDistanceT>(from.pitch), to.Data(), to.pitch, from.width, from.height, 0);
-}
-
-void MirrorPlane(const Plane& from, Plane& to) {
-    KorPlanarMirror_C_(from.Data(), static_cast<KorDistanceT>(from.pitch), to.Data(), to.pitch, from.width, from.height);
-}
-
-void TurnPlane(const Plane& from, Plane& to, KorImageRotationDegree angle) {
-    KorPlanarRotation_C_(from.Data(), static_cast<KorDistanceT>(from.pitch), to.Data(), to.pitch, from.width, from.height, angle);
-}
-
 void TakePlaneStep(const Step& step, const Plane& from, Plane& to) {
     switch (step.kind) {
         case StepKind::Flip:
-            FlipPlane(from, to);
+            CallLibrary(KorPlanarRotation_C_, RowsOf(from, true), to, from.width, from.height, 0u);
             break;
         case StepKind::Mirror:
-            MirrorPlane(from, to);
+            CallLibrary(KorPlanarMirror_C_, RowsOf(from), to, from.width, from.height);
             break;
         case StepKind::Turn:
-            TurnPlane(from, to, step.angle);
+            CallLibrary(KorPlanarRotation_C_, RowsOf(from), to, from.width, from.height, step.angle);
             break;
     }
 }
@@ -60,7 +49,8 @@ StreamInfo AfterSteps(StreamInfo info, const std::vector<Step>& steps) {
     for (const Step& step : steps) {
         if (step.IsQuarterTurn()) {
             if (tags.interlacing == "t" || tags.interlacing == "b" || tags.interlacing == "m") {
-                FailFile(info.name, "is interlaced (I" + tags.interlacing + "), and a quarter turn would make columns of its fields; deinterlace it first");
+                FailFile(info.name, "is interlaced (I" + tags.interlacing +
+                                        "), and a quarter turn would make columns of its fields; deinterlace it first");
             }
             std::swap(info.width, info.height);
             tags.aspect = SwapSides(tags.aspect);
@@ -73,7 +63,7 @@ StreamInfo AfterSteps(StreamInfo info, const std::vector<Step>& steps) {
 
 void TakeStep(const Step& step, YuvImage& image, YuvImage& spare) {
     if (step.kind == StepKind::Flip && CanFlipInPlace(image)) {
-        KorI420FlipVertical_C_(image.y.Data(), image.y.pitch, image.u.Data(), image.u.pitch, image.v.Data(), image.v.pitch, image.Width(), image.Height());
+        CallLibrary(KorI420FlipVertical_C_, image, image.Width(), image.Height());
         return;
     }
     const bool across = step.IsQuarterTurn();

@@ -49,7 +49,8 @@ void Reorder(const Frame& from, const PixelFormat& format, Frame& to) {
     const bool alphaOut = format.HasAlpha();
     const std::uint8_t* source = from.Data();
     std::uint8_t* destination = to.Data();
-    for (std::size_t pixels = from.Width() * from.Height(); pixels > 0; --pixels, source += in.bytes, destination += out.bytes) {
+    for (std::size_t pixels = from.Width() * from.Height(); pixels > 0;
+         --pixels, source += in.bytes, destination += out.bytes) {
         destination[out.red] = source[in.red];
         destination[out.green] = source[in.green];
         destination[out.blue] = source[in.blue];

@@ -32,7 +32,9 @@ class Frame {
 
     // The bytes of one pixel; for RGB layouts only.
     std::uint8_t* Pixel(std::size_t x, std::size_t y) { return Data() + y * Pitch() + x * format_->rgb.bytes; }
-    const std::uint8_t* Pixel(std::size_t x, std::size_t y) const { return Data() + y * Pitch() + x * format_->rgb.bytes; }
+    const std::uint8_t* Pixel(std::size_t x, std::size_t y) const {
+        return Data() + y * Pitch() + x * format_->rgb.bytes;
+    }
 
   private:
     std::size_t Offset(std::size_t plane) const;

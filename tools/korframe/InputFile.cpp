@@ -18,8 +18,9 @@ constexpr std::size_t kChunk = 65536;
 
 }  // namespace
 
-InputFile::InputFile(const std::string& path) : name_(path == "-" ? "standard input" : path),
-                                                descriptor_(path == "-" ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
+InputFile::InputFile(const std::string& path)
+    : name_(path == "-" ? "standard input" : path),
+      descriptor_(path == "-" ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
     struct stat status = {};
     if (descriptor_ < 0 || fstat(descriptor_, &status) != 0) {
         FailFile(name_, std::string("cannot be opened: ") + std::strerror(errno));
@@ -88,7 +89,8 @@ std::size_t InputFile::Read(std::uint8_t* bytes, std::size_t count) {
 std::optional<std::string> InputFile::ReadLine(std::size_t limit) {
     for (std::size_t scanned = 0;;) {
         const auto begin = ahead_.begin() + static_cast<std::ptrdiff_t>(aheadBegin_);
-        const auto end = std::find(begin + static_cast<std::ptrdiff_t>(scanned), ahead_.end(), static_cast<std::uint8_t>('\n'));
+        const auto end =
+            std::find(begin + static_cast<std::ptrdiff_t>(scanned), ahead_.end(), static_cast<std::uint8_t>('\n'));
         scanned = static_cast<std::size_t>(end - begin);
         if (scanned > limit) {
             return std::nullopt;

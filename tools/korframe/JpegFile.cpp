@@ -72,7 +72,8 @@ bool ReadRows(Decoder& decoder, std::uint8_t* rows, std::size_t pitch) {
 // Frees what the library holds, on every way out. Harmless on a decoder that was zeroed and never begun.
 class DecoderCloser {
   public:
-    explicit DecoderCloser(Decoder& decoder) : decoder_(decoder) {}
+    explicit DecoderCloser(Decoder& decoder)
+        : decoder_(decoder) {}
     ~DecoderCloser() { jpeg_destroy_decompress(&decoder_.jpeg); }
     DecoderCloser(const DecoderCloser&) = delete;
     DecoderCloser& operator=(const DecoderCloser&) = delete;
@@ -82,7 +83,8 @@ class DecoderCloser {
 };
 
 [[noreturn]] void FailDamaged(const std::string& name, const Decoder& decoder) {
-    FailFile(name, std::string("is a JPEG file that cannot be read (") + decoder.message + "); a complete 8-bit one is wanted");
+    FailFile(name, std::string("is a JPEG file that cannot be read (") + decoder.message +
+                       "); a complete 8-bit one is wanted");
 }
 
 }  // namespace

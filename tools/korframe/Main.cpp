@@ -14,7 +14,8 @@ namespace {
 constexpr void (*kCommands[])(CLI::App&) = {AddConvert, AddBlend, AddDemo, AddTestCard};
 
 std::string Version() {
-    return "korframe " + std::to_string(KOR_VERSION_MAJOR) + "." + std::to_string(KOR_VERSION_MINOR) + "." + std::to_string(KOR_VERSION_PATCH);
+    return "korframe " + std::to_string(KOR_VERSION_MAJOR) + "." + std::to_string(KOR_VERSION_MINOR) + "." +
+           std::to_string(KOR_VERSION_PATCH);
 }
 
 int Report(const std::string& message, ExitStatus status) {
@@ -34,8 +35,10 @@ int Run(int argc, char** argv) {
     } catch (const CLI::Success& wish) {
         return app.exit(wish);  // --help, --version
     } catch (const CLI::ParseError& error) {
-        const std::string command = app.get_subcommands().empty() ? "" : " " + app.get_subcommands().front()->get_name();
-        return Report(std::string(error.what()) + "; korframe" + command + " --help tells the usage", ExitStatus::Usage);
+        const std::string command =
+            app.get_subcommands().empty() ? "" : " " + app.get_subcommands().front()->get_name();
+        return Report(std::string(error.what()) + "; korframe" + command + " --help tells the usage",
+                      ExitStatus::Usage);
     }
     return static_cast<int>(ExitStatus::Success);
 }
@@ -52,7 +55,8 @@ int main(int argc, char** argv) {
     } catch (const korframe::Error& error) {
         return korframe::Report(error.what(), error.Status());
     } catch (const std::bad_alloc&) {
-        return korframe::Report("not enough memory for frames of this size; smaller ones are wanted", ExitStatus::Failure);
+        return korframe::Report("not enough memory for frames of this size; smaller ones are wanted",
+                                ExitStatus::Failure);
     } catch (const std::exception& error) {
         return korframe::Report(error.what(), ExitStatus::Failure);
     }

@@ -42,7 +42,8 @@ std::vector<Word> SplitLine(const std::string& line) {
 
 class MatrixReader {
   public:
-    explicit MatrixReader(const std::string& name) : name_(name) {}
+    explicit MatrixReader(const std::string& name)
+        : name_(name) {}
 
     void Line(const std::string& line) {
         ++line_;
@@ -67,6 +68,7 @@ class MatrixReader {
 
     Matrix Finish() {
         if (rows_ < kRows) {
+            ++line_;
             Fail(1, "the file ends after " + std::to_string(rows_) + " rows; a matrix has three");
         }
         matrix_.kind = MatrixKind::Own;
@@ -80,7 +82,8 @@ class MatrixReader {
         const bool sign = negative || word.text[0] == '+';
         const std::optional<unsigned long long> value = ParseNumber(word.text.substr(sign ? 1 : 0));
         if (!value || *value > kLargest) {
-            Fail(word.column, word.text + " is no whole number from -" + std::to_string(kLargest) + " to " + std::to_string(kLargest) + ", where 256 stands for 1.0");
+            Fail(word.column, word.text + " is no whole number from -" + std::to_string(kLargest) + " to " +
+                                  std::to_string(kLargest) + ", where 256 stands for 1.0");
         }
         const auto magnitude = static_cast<KorInt>(*value);
         return negative ? -magnitude : magnitude;

@@ -9,11 +9,9 @@
 
 namespace korframe {
 
-enum class MatrixKind {
-    Bt601,
-    Bt709,
-    Own
-};
+enum class MatrixKind { Bt601,
+                        Bt709,
+                        Own };
 
 struct Matrix {
     MatrixKind kind = MatrixKind::Bt601;

@@ -2,8 +2,10 @@
 
 namespace korframe {
 
-NumberedName::NumberedName(const std::string& pattern) : before_(pattern) {
-    for (std::size_t percent = pattern.find('%'); percent != std::string::npos; percent = pattern.find('%', percent + 1)) {
+NumberedName::NumberedName(const std::string& pattern)
+    : before_(pattern) {
+    for (std::size_t percent = pattern.find('%'); percent != std::string::npos;
+         percent = pattern.find('%', percent + 1)) {
         std::size_t end = percent + 1;
         std::size_t digits = 0;
         if (end + 1 < pattern.size() && pattern[end] == '0' && pattern[end + 1] >= '1' && pattern[end + 1] <= '9') {

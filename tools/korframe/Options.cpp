@@ -14,10 +14,16 @@ bool IsRgb(const PixelFormat& format) {
 }  // namespace
 
 void InputOptions::Add(CLI::App& command) {
-    command.add_option("--from", from, "layout of raw frames (listed below); by default as the file is named")->type_name("LAYOUT");
+    command.add_option("--from", from, "layout of raw frames (listed below); by default as the file is named")
+        ->type_name("LAYOUT");
     command.add_option("--size", size, "width and height of raw frames, such as 1280x720")->type_name("WxH");
-    command.add_option("--order", order, "order of the bytes in which pixels of a picture go to the library: bgra (default), rgba, argb, abgr, rgb24, bgr24")->type_name("LAYOUT");
-    command.add_option("--rate", rate, "frames per second for Y4M, such as 25 (default) or 30000:1001")->type_name("N[:D]");
+    command
+        .add_option("--order", order,
+                    "order of the bytes in which pixels of a picture go to the library: bgra (default), rgba, argb, "
+                    "abgr, rgb24, bgr24")
+        ->type_name("LAYOUT");
+    command.add_option("--rate", rate, "frames per second for Y4M, such as 25 (default) or 30000:1001")
+        ->type_name("N[:D]");
 }
 
 InputRequest InputOptions::Request(const std::string& path) const {
@@ -43,8 +49,15 @@ InputRequest InputOptions::Request(const std::string& path) const {
 }
 
 void OutputOptions::Add(CLI::App& command) {
-    command.add_option("--to", to, "y4m, y4m:i444, png, ppm or a raw layout (listed below); by default as OUTPUT is named, y4m for -")->type_name("KIND");
-    command.add_option("--dither", dither, "noise: off (default), 0 (weakest), 1 or 2 (strongest), added while rendering or packing, or by the filter if planes are written")->type_name("LEVEL");
+    command
+        .add_option("--to", to,
+                    "y4m, y4m:i444, png, ppm or a raw layout (listed below); by default as OUTPUT is named, y4m for -")
+        ->type_name("KIND");
+    command
+        .add_option("--dither", dither,
+                    "noise: off (default), 0 (weakest), 1 or 2 (strongest), added while rendering or packing, or by "
+                    "the filter if planes are written")
+        ->type_name("LEVEL");
     command.add_option("--seed", seed, "a number that makes the noise the same in every run")->type_name("N");
 }
 
@@ -63,7 +76,10 @@ WriterRequest OutputOptions::Request(const std::string& path) const {
 }
 
 void AddMatrixOption(CLI::App& command, std::string& matrix) {
-    command.add_option("--matrix", matrix, "between RGB and YUV: 601 (default), 709, or a file of coefficients (told below)")->type_name("601|709|FILE");
+    command
+        .add_option("--matrix", matrix,
+                    "between RGB and YUV: 601 (default), 709, or a file of coefficients (told below)")
+        ->type_name("601|709|FILE");
 }
 
 Matrix RequestMatrix(const std::string& text, bool fromRgb, bool toRgb) {
@@ -75,7 +91,9 @@ Matrix RequestMatrix(const std::string& text, bool fromRgb, bool toRgb) {
     }
     const Matrix matrix = ParseMatrix(text);
     if (matrix.kind == MatrixKind::Own && fromRgb && toRgb) {
-        FailUsage("--matrix " + text + ": a file serves one direction, and this goes from RGB to YUV and back; do it in two runs, with a y4m file between");
+        FailUsage("--matrix " + text +
+                  ": a file serves one direction, and this goes from RGB to YUV and back; do it in two runs, with a "
+                  "y4m file between");
     }
     return matrix;
 }

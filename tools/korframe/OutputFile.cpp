@@ -90,7 +90,8 @@ void RemoveTemporariesOnSignals() {
     std::signal(SIGPIPE, SIG_IGN);
 }
 
-OutputFile::OutputFile(const std::string& path) : name_(path == "-" ? "standard output" : path), path_(path) {
+OutputFile::OutputFile(const std::string& path)
+    : name_(path == "-" ? "standard output" : path), path_(path) {
     if (path == "-") {
         descriptor_ = STDOUT_FILENO;
         return;

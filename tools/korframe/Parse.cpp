@@ -40,12 +40,15 @@ bool IsRatio(const std::string& text) {
 Size ParseSize(const std::string& option, const std::string& text) {
     const std::size_t cross = text.find('x');
     const std::optional<unsigned long long> width = ParseNumber(text.substr(0, cross));
-    const std::optional<unsigned long long> height = cross == std::string::npos ? std::nullopt : ParseNumber(text.substr(cross + 1));
+    const std::optional<unsigned long long> height =
+        cross == std::string::npos ? std::nullopt : ParseNumber(text.substr(cross + 1));
     if (!width || !height) {
         FailValue(option, text, "width and height are wanted, such as 1280x720");
     }
     if (*width < 1 || *height < 1 || *width > kMaxSide || *height > kMaxSide || *width * *height > kMaxPixels) {
-        FailValue(option, text, "each side must be 1 to " + std::to_string(kMaxSide) + ", and both together no more than " + std::to_string(kMaxPixels) + " pixels");
+        FailValue(option, text,
+                  "each side must be 1 to " + std::to_string(kMaxSide) + ", and both together no more than " +
+                      std::to_string(kMaxPixels) + " pixels");
     }
     return {static_cast<std::size_t>(*width), static_cast<std::size_t>(*height)};
 }
@@ -62,7 +65,8 @@ Position ParsePosition(const std::string& option, const std::string& text) {
 
 std::string ParseRate(const std::string& option, const std::string& text) {
     const std::string ratio = text.find(':') == std::string::npos ? text + ":1" : text;
-    if (!IsRatio(ratio) || *ParseNumber(ratio.substr(0, ratio.find(':'))) == 0 || *ParseNumber(ratio.substr(ratio.find(':') + 1)) == 0) {
+    if (!IsRatio(ratio) || *ParseNumber(ratio.substr(0, ratio.find(':'))) == 0 ||
+        *ParseNumber(ratio.substr(ratio.find(':') + 1)) == 0) {
         FailValue(option, text, "frames per second are wanted, such as 25 or 30000:1001");
     }
     return ratio;

@@ -33,7 +33,8 @@ std::string ParseRate(const std::string& option, const std::string& text);
 KorImageRotationDegree ParseAngle(const std::string& option, const std::string& text);
 KorVideoFrameDitherLevel ParseDitherLevel(const std::string& option, const std::string& text);
 unsigned long long ParseUnsigned(const std::string& option, const std::string& text, unsigned long long most);
-const PixelFormat& ParseFormat(const std::string& option, const std::string& text, bool (*pick)(const PixelFormat&) = nullptr);
+const PixelFormat& ParseFormat(const std::string& option, const std::string& text,
+                               bool (*pick)(const PixelFormat&) = nullptr);
 
 }  // namespace korframe
 

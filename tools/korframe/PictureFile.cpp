@@ -56,7 +56,8 @@ Frame ReadPicture(InputFile& input) {
         case PictureKind::None:
             break;
     }
-    FailFile(input.Name(), file.empty() ? "is empty; a PNG, JPEG or PPM picture is wanted" : "is no picture; PNG, JPEG and PPM (P2, P3, P5, P6) can be read");
+    FailFile(input.Name(), file.empty() ? "is empty; a PNG, JPEG or PPM picture is wanted"
+                                        : "is no picture; PNG, JPEG and PPM (P2, P3, P5, P6) can be read");
 }
 
 void WritePicture(const std::string& path, PictureKind kind, const Frame& picture) {

@@ -21,7 +21,9 @@ const PixelFormat& TargetOf(const OutputKind& kind, const StreamInfo& planes) {
 void WarnOfFullRange(const StreamInfo& planes) {
     const std::vector<std::string>& extensions = planes.tags.extensions;
     if (std::find(extensions.begin(), extensions.end(), "COLORRANGE=FULL") != extensions.end()) {
-        SayLine("warning: " + planes.name + ": is full range (XCOLORRANGE=FULL), and rendering takes it as limited range; contrast will be too strong");
+        SayLine(
+            "warning: " + planes.name +
+            ": is full range (XCOLORRANGE=FULL), and rendering takes it as limited range; contrast will be too strong");
     }
 }
 
@@ -34,7 +36,9 @@ Layout PlanesFor(const PixelFormat& source, const PixelFormat* asked) {
     return asked != nullptr && asked->IsPlanarYuv() && source.IsRgb() ? asked->layout : Layout::I420;
 }
 
-Reader::Reader(std::unique_ptr<FrameSource> source, const PixelFormat* asked, const Matrix& matrix, std::vector<Step> steps) : source_(std::move(source)), steps_(std::move(steps)) {
+Reader::Reader(std::unique_ptr<FrameSource> source, const PixelFormat* asked, const Matrix& matrix,
+               std::vector<Step> steps)
+    : source_(std::move(source)), steps_(std::move(steps)) {
     info_ = AfterSteps(source_->Info(), steps_);
     const Layout planes = PlanesFor(*source_->Info().format, asked);
     capture_.emplace(source_->Info(), planes, matrix, steps_);
@@ -55,7 +59,8 @@ bool Reader::Read(YuvImage& image) {
     return true;
 }
 
-Writer::Writer(const WriterRequest& request, StreamInfo planes) : seed_(request.seed), progress_(planes) {
+Writer::Writer(const WriterRequest& request, StreamInfo planes)
+    : seed_(request.seed), progress_(planes) {
     const PixelFormat& target = TargetOf(request.kind, planes);
     const std::string output = request.path == "-" ? "standard output" : request.path;
     render_.emplace(planes, output, target, request.matrix, request.ditherLevel);

@@ -24,7 +24,8 @@ Layout PlanesFor(const PixelFormat& source, const PixelFormat* asked);
 class Reader {
   public:
     // `asked` is the layout that the output is to have, null where any will do.
-    Reader(std::unique_ptr<FrameSource> source, const PixelFormat* asked, const Matrix& matrix, std::vector<Step> steps);
+    Reader(std::unique_ptr<FrameSource> source, const PixelFormat* asked, const Matrix& matrix,
+           std::vector<Step> steps);
 
     // The planes that come out, after capture and steps.
     const StreamInfo& Info() const { return info_; }

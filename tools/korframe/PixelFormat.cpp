@@ -10,29 +10,49 @@ namespace korframe {
 
 namespace {
 
-constexpr Channels kNoRgb = {0, 0, 0, 0, 0};
 // Averaged from blocks of two by two, chroma lies in their centre. Packed 4:2:2 has it on the left pixel of a pair, and
 // averaging two rows keeps it there.
 constexpr const char* kCentre = "420jpeg";
 constexpr const char* kLeft = "420mpeg2";
 
+constexpr Channels kYuv = {0, 0, 0, 0, 0};
+
+// Planes: samples for every pixel, samples or pairs of samples for two by two of them, and packed groups.
+constexpr PlaneShape kNone = {0, 0, 0};
+constexpr PlaneShape kFull = {1, 0, 0};
+constexpr PlaneShape kHalf = {1, 1, 1};
+constexpr PlaneShape kPairs = {2, 1, 1};
+constexpr PlaneShape kGroups = {4, 1, 0};
+constexpr PlaneShape kBlocks = {6, 1, 1};
+constexpr PlaneShape kBytes4 = {4, 0, 0};
+constexpr PlaneShape kBytes3 = {3, 0, 0};
+
+using Planes = std::array<PlaneShape, 3>;
+constexpr Planes kPlanar420 = {{kFull, kHalf, kHalf}};
+constexpr Planes kPlanar444 = {{kFull, kFull, kFull}};
+constexpr Planes kSemiPlanar = {{kFull, kPairs, kNone}};
+constexpr Planes kPacked422 = {{kGroups, kNone, kNone}};
+constexpr Planes kRowBlocks = {{kBlocks, kNone, kNone}};
+constexpr Planes kPixels4 = {{kBytes4, kNone, kNone}};
+constexpr Planes kPixels3 = {{kBytes3, kNone, kNone}};
+
 // clang-format off
 constexpr PixelFormat kFormats[] = {
-    //                name     suffixes     description                                         even w  even h
-    {Layout::I420,  "i420",  "i420 yuv",  "planar 4:2:0: luma, U, V",                         false,  false, kCentre, kNoRgb, 3, {{{1, 0, 0}, {1, 1, 1}, {1, 1, 1}}}},
-    {Layout::I444,  "i444",  "i444",      "planar 4:4:4: luma, U, V",                         false,  false, kCentre, kNoRgb, 3, {{{1, 0, 0}, {1, 0, 0}, {1, 0, 0}}}},
-    {Layout::Nv12,  "nv12",  "nv12",      "luma plane, then pairs U V for 2x2 pixels",        false,  false, kCentre, kNoRgb, 2, {{{1, 0, 0}, {2, 1, 1}, {0, 0, 0}}}},
-    {Layout::Nv21,  "nv21",  "nv21",      "luma plane, then pairs V U for 2x2 pixels",        false,  false, kCentre, kNoRgb, 2, {{{1, 0, 0}, {2, 1, 1}, {0, 0, 0}}}},
-    {Layout::Yuy2,  "yuy2",  "yuy2 yuyv", "packed 4:2:2: Y0 U Y1 V",                          true,   false, kLeft,   kNoRgb, 1, {{{4, 1, 0}, {0, 0, 0}, {0, 0, 0}}}},
-    {Layout::Uyvy,  "uyvy",  "uyvy",      "packed 4:2:2: U Y0 V Y1",                          true,   false, kLeft,   kNoRgb, 1, {{{4, 1, 0}, {0, 0, 0}, {0, 0, 0}}}},
-    {Layout::Yuv2,  "yuv2",  "yuv2",      "packed 4:2:2: Y0 U Y1 V, full-range Y, signed U V", true,  false, kLeft,   kNoRgb, 1, {{{4, 1, 0}, {0, 0, 0}, {0, 0, 0}}}},
-    {Layout::M420,  "m420",  "m420",      "two luma rows, then their row of pairs U V",       true,   true,  kCentre, kNoRgb, 1, {{{6, 1, 1}, {0, 0, 0}, {0, 0, 0}}}},
-    {Layout::Bgra,  "bgra",  "bgra",      "32-bit RGB, bytes B G R A",                        false,  false, kCentre, {4, 2, 1, 0, 3}, 1, {{{4, 0, 0}, {0, 0, 0}, {0, 0, 0}}}},
-    {Layout::Rgba,  "rgba",  "rgba",      "32-bit RGB, bytes R G B A",                        false,  false, kCentre, {4, 0, 1, 2, 3}, 1, {{{4, 0, 0}, {0, 0, 0}, {0, 0, 0}}}},
-    {Layout::Argb,  "argb",  "argb",      "32-bit RGB, bytes A R G B",                        false,  false, kCentre, {4, 1, 2, 3, 0}, 1, {{{4, 0, 0}, {0, 0, 0}, {0, 0, 0}}}},
-    {Layout::Abgr,  "abgr",  "abgr",      "32-bit RGB, bytes A B G R",                        false,  false, kCentre, {4, 3, 2, 1, 0}, 1, {{{4, 0, 0}, {0, 0, 0}, {0, 0, 0}}}},
-    {Layout::Rgb24, "rgb24", "rgb rgb24", "24-bit RGB, bytes R G B",                          false,  false, kCentre, {3, 0, 1, 2, 3}, 1, {{{3, 0, 0}, {0, 0, 0}, {0, 0, 0}}}},
-    {Layout::Bgr24, "bgr24", "bgr bgr24", "24-bit RGB, bytes B G R",                          false,  false, kCentre, {3, 2, 1, 0, 3}, 1, {{{3, 0, 0}, {0, 0, 0}, {0, 0, 0}}}},
+    // Even sizes only: width, height. Bytes of a pixel, and in it red, green, blue, alpha.
+    {Layout::I420,  "i420",  "i420 yuv",  "planar 4:2:0: luma, U, V",                    false, false, kCentre, kYuv, 3, kPlanar420},
+    {Layout::I444,  "i444",  "i444",      "planar 4:4:4: luma, U, V",                    false, false, kCentre, kYuv, 3, kPlanar444},
+    {Layout::Nv12,  "nv12",  "nv12",      "luma plane, then pairs U V for 2x2 pixels",   false, false, kCentre, kYuv, 2, kSemiPlanar},
+    {Layout::Nv21,  "nv21",  "nv21",      "luma plane, then pairs V U for 2x2 pixels",   false, false, kCentre, kYuv, 2, kSemiPlanar},
+    {Layout::Yuy2,  "yuy2",  "yuy2 yuyv", "packed 4:2:2: Y0 U Y1 V",                     true,  false, kLeft,   kYuv, 1, kPacked422},
+    {Layout::Uyvy,  "uyvy",  "uyvy",      "packed 4:2:2: U Y0 V Y1",                     true,  false, kLeft,   kYuv, 1, kPacked422},
+    {Layout::Yuv2,  "yuv2",  "yuv2",      "as yuy2, but full-range luma, signed chroma", true,  false, kLeft,   kYuv, 1, kPacked422},
+    {Layout::M420,  "m420",  "m420",      "two luma rows, then their row of pairs U V",  true,  true,  kCentre, kYuv, 1, kRowBlocks},
+    {Layout::Bgra,  "bgra",  "bgra",      "32-bit RGB, bytes B G R A", false, false, kCentre, {4, 2, 1, 0, 3}, 1, kPixels4},
+    {Layout::Rgba,  "rgba",  "rgba",      "32-bit RGB, bytes R G B A", false, false, kCentre, {4, 0, 1, 2, 3}, 1, kPixels4},
+    {Layout::Argb,  "argb",  "argb",      "32-bit RGB, bytes A R G B", false, false, kCentre, {4, 1, 2, 3, 0}, 1, kPixels4},
+    {Layout::Abgr,  "abgr",  "abgr",      "32-bit RGB, bytes A B G R", false, false, kCentre, {4, 3, 2, 1, 0}, 1, kPixels4},
+    {Layout::Rgb24, "rgb24", "rgb rgb24", "24-bit RGB, bytes R G B",   false, false, kCentre, {3, 0, 1, 2, 3}, 1, kPixels3},
+    {Layout::Bgr24, "bgr24", "bgr bgr24", "24-bit RGB, bytes B G R",   false, false, kCentre, {3, 2, 1, 0, 3}, 1, kPixels3},
 };
 // clang-format on
 
@@ -55,7 +75,8 @@ std::size_t PixelFormat::FrameBytes(std::size_t width, std::size_t height) const
 }
 
 const PixelFormat& FormatOf(Layout layout) {
-    return *std::find_if(std::begin(kFormats), std::end(kFormats), [layout](const PixelFormat& f) { return f.layout == layout; });
+    return *std::find_if(std::begin(kFormats), std::end(kFormats),
+                         [layout](const PixelFormat& f) { return f.layout == layout; });
 }
 
 const PixelFormat* FindFormat(const std::string& name) {
@@ -106,7 +127,8 @@ std::string Suffix(const std::string& fileName) {
         return "";
     }
     std::string suffix = fileName.substr(dot + 1);
-    std::transform(suffix.begin(), suffix.end(), suffix.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    std::transform(suffix.begin(), suffix.end(), suffix.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     return suffix;
 }
 
@@ -115,19 +137,23 @@ void CheckSize(const std::string& file, std::size_t width, std::size_t height) {
         FailFile(file, "size " + SizeText(width, height) + " is empty; both sides must be at least 1");
     }
     if (width > kMaxSide || height > kMaxSide) {
-        FailFile(file, "size " + SizeText(width, height) + " is too large; the limit is " + std::to_string(kMaxSide) + " on a side");
+        FailFile(file, "size " + SizeText(width, height) + " is too large; the limit is " + std::to_string(kMaxSide) +
+                           " on a side");
     }
     if (width * height > kMaxPixels) {
-        FailFile(file, "size " + SizeText(width, height) + " is too large; the limit is " + std::to_string(kMaxPixels) + " pixels");
+        FailFile(file, "size " + SizeText(width, height) + " is too large; the limit is " + std::to_string(kMaxPixels) +
+                           " pixels");
     }
 }
 
 void CheckParity(const std::string& file, const PixelFormat& format, std::size_t width, std::size_t height) {
     if (format.evenWidth && width % 2 != 0) {
-        FailFile(file, "width " + std::to_string(width) + " is odd; " + format.name + " holds pixels in pairs, so the width must be even");
+        FailFile(file, "width " + std::to_string(width) + " is odd; " + format.name +
+                           " holds pixels in pairs, so the width must be even");
     }
     if (format.evenHeight && height % 2 != 0) {
-        FailFile(file, "height " + std::to_string(height) + " is odd; " + format.name + " holds rows in pairs, so the height must be even");
+        FailFile(file, "height " + std::to_string(height) + " is odd; " + format.name +
+                           " holds rows in pairs, so the height must be even");
     }
 }
 

@@ -9,27 +9,25 @@
 
 namespace korframe {
 
-// Longest side of a frame, and most pixels: above any camera or screen, and low enough that no size of a frame, in
-// bytes or in bits, leaves 32 bits by much or 64 bits ever.
+// Longest side of a frame, and most pixels: above any camera or screen, and low enough that a frame of the widest
+// layout is a gigabyte.
 constexpr std::size_t kMaxSide = 32768;
 constexpr std::size_t kMaxPixels = std::size_t{1} << 28;
 
-enum class Layout {
-    I420,
-    I444,
-    Nv12,
-    Nv21,
-    Yuy2,
-    Uyvy,
-    Yuv2,
-    M420,
-    Bgra,
-    Rgba,
-    Argb,
-    Abgr,
-    Rgb24,
-    Bgr24
-};
+enum class Layout { I420,
+                    I444,
+                    Nv12,
+                    Nv21,
+                    Yuy2,
+                    Uyvy,
+                    Yuv2,
+                    M420,
+                    Bgra,
+                    Rgba,
+                    Argb,
+                    Abgr,
+                    Rgb24,
+                    Bgr24 };
 
 // One plane, told in groups: `bytes` for every 2^widthShift by 2^heightShift pixels.
 struct PlaneShape {
@@ -60,7 +58,7 @@ struct PixelFormat {
     const char* name;
     const char* suffixes;  // of file names, space separated, without the dot
     const char* description;
-    bool evenWidth;   // an odd size cannot be laid out without losing or shifting pixels
+    bool evenWidth;  // an odd size cannot be laid out without losing or shifting pixels
     bool evenHeight;
     const char* siting;  // where chroma lies once it is 4:2:0, as Y4M names it
     Channels rgb;

@@ -10,7 +10,8 @@ namespace {
 
 class PpmReader {
   public:
-    PpmReader(const std::string& name, const std::vector<std::uint8_t>& file) : name_(name), file_(file) {}
+    PpmReader(const std::string& name, const std::vector<std::uint8_t>& file)
+        : name_(name), file_(file) {}
 
     // A decimal number, with what may stand before it: spaces, and comments from '#' to the end of the line.
     unsigned Number(const char* what) {
@@ -19,9 +20,11 @@ class PpmReader {
             FailFile(name_, std::string("ends before ") + what + "; a complete PPM file is wanted");
         }
         unsigned value = 0;
-        for (const std::size_t begin = at_; at_ == begin || (at_ < file_.size() && std::isdigit(file_[at_]) != 0); ++at_) {
+        for (const std::size_t begin = at_; at_ == begin || (at_ < file_.size() && std::isdigit(file_[at_]) != 0);
+             ++at_) {
             if (std::isdigit(file_[at_]) == 0 || value > 99999) {
-                FailFile(name_, std::string("has no number of up to six digits for ") + what + " at byte " + std::to_string(begin) + " of the PPM file");
+                FailFile(name_, std::string("has no number of up to six digits for ") + what + " at byte " +
+                                    std::to_string(begin) + " of the PPM file");
             }
             value = value * 10 + (file_[at_] - unsigned{'0'});
         }
@@ -58,7 +61,8 @@ class PpmReader {
 
 std::uint8_t Scale(const std::string& name, unsigned sample, unsigned maximum) {
     if (sample > maximum) {
-        FailFile(name, "has a sample of " + std::to_string(sample) + "; its PPM header allows up to " + std::to_string(maximum));
+        FailFile(name, "has a sample of " + std::to_string(sample) + "; its PPM header allows up to " +
+                           std::to_string(maximum));
     }
     return static_cast<std::uint8_t>((sample * 255 + maximum / 2) / maximum);
 }
@@ -82,7 +86,8 @@ Frame DecodePpm(const std::string& name, const std::vector<std::uint8_t>& file) 
     const std::size_t bytesOfSample = maximum > 255 ? 2 : 1;
     const std::size_t wanted = width * height * samplesOfPixel * bytesOfSample;
     if (!plain && reader.Left() < wanted) {
-        FailFile(name, "ends " + std::to_string(wanted - reader.Left()) + " bytes too early; " + std::to_string(width) + "x" + std::to_string(height) + " pixels take " + std::to_string(wanted) + " bytes");
+        FailFile(name, "ends " + std::to_string(wanted - reader.Left()) + " bytes too early; " + std::to_string(width) +
+                           "x" + std::to_string(height) + " pixels take " + std::to_string(wanted) + " bytes");
     }
 
     Frame picture(FormatOf(Layout::Rgba), width, height);
@@ -107,7 +112,8 @@ Frame DecodePpm(const std::string& name, const std::vector<std::uint8_t>& file) 
 }
 
 std::vector<std::uint8_t> EncodePpm(const Frame& rgb24) {
-    const std::string header = "P6\n" + std::to_string(rgb24.Width()) + " " + std::to_string(rgb24.Height()) + "\n255\n";
+    const std::string header =
+        "P6\n" + std::to_string(rgb24.Width()) + " " + std::to_string(rgb24.Height()) + "\n255\n";
     std::vector<std::uint8_t> file(header.begin(), header.end());
     file.insert(file.end(), rgb24.Data(), rgb24.Data() + rgb24.Size());
     return file;

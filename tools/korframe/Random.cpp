@@ -15,7 +15,8 @@ namespace {
 // on every machine.
 class SplitMix {
   public:
-    explicit SplitMix(std::uint64_t state) : state_(state) {}
+    explicit SplitMix(std::uint64_t state)
+        : state_(state) {}
 
     std::uint64_t Next() {
         state_ += 0x9e3779b97f4a7c15u;

@@ -7,11 +7,14 @@ namespace korframe {
 void ReadWholeFrame(InputFile& input, Frame& frame, std::uint64_t number) {
     const std::size_t got = input.Read(frame.Data(), frame.Size());
     if (got < frame.Size()) {
-        throw BrokenStream(input.Name() + ": frame " + std::to_string(number) + " is truncated, " + std::to_string(frame.Size() - got) + " of its " + std::to_string(frame.Size()) + " bytes are missing");
+        throw BrokenStream(input.Name() + ": frame " + std::to_string(number) + " is truncated, " +
+                           std::to_string(frame.Size() - got) + " of its " + std::to_string(frame.Size()) +
+                           " bytes are missing");
     }
 }
 
-RawSource::RawSource(std::unique_ptr<InputFile> input, const PixelFormat& format, std::size_t width, std::size_t height) : input_(std::move(input)) {
+RawSource::RawSource(std::unique_ptr<InputFile> input, const PixelFormat& format, std::size_t width, std::size_t height)
+    : input_(std::move(input)) {
     info_.name = input_->Name();
     info_.format = &format;
     info_.width = width;
@@ -26,7 +29,8 @@ RawSource::RawSource(std::unique_ptr<InputFile> input, const PixelFormat& format
 bool RawSource::Read(Frame& frame) {
     if (input_->Peek(1).empty()) {
         if (framesRead_ == 0) {
-            FailFile(info_.name, "is empty; a frame takes " + std::to_string(info_.format->FrameBytes(info_.width, info_.height)) + " bytes");
+            FailFile(info_.name, "is empty; a frame takes " +
+                                     std::to_string(info_.format->FrameBytes(info_.width, info_.height)) + " bytes");
         }
         return false;
     }

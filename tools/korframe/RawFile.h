@@ -23,7 +23,8 @@ class RawSource : public FrameSource {
 
 class RawSink : public FrameSink {
   public:
-    explicit RawSink(const std::string& path) : output_(path) {}
+    explicit RawSink(const std::string& path)
+        : output_(path) {}
     void Write(const Frame& frame) override { output_.Write(frame.Data(), frame.Size()); }
     void Finish() override { output_.Commit(); }
 

@@ -6,6 +6,7 @@
 
 #include "Errors.h"
 #include "Kor/Video/Common/C/KorYuv420_C_.h"
+#include "LibraryCall.h"
 
 namespace korframe {
 
@@ -46,7 +47,9 @@ constexpr Road kPackedRoads[] = {
 
 template <std::size_t count>
 const Road* FindRoad(const Road (&roads)[count], Layout source, MatrixKind matrix, Layout target) {
-    const auto road = std::find_if(std::begin(roads), std::end(roads), [=](const Road& r) { return r.source == source && r.matrix == matrix && r.target == target; });
+    const auto road = std::find_if(std::begin(roads), std::end(roads), [=](const Road& r) {
+        return r.source == source && r.matrix == matrix && r.target == target;
+    });
     return road != std::end(roads) ? road : nullptr;
 }
 
@@ -59,7 +62,8 @@ void Crop(const Frame& from, std::size_t width, std::size_t height, Frame& to) {
 }
 
 // 4:2:0 is rendered in blocks of two by two, so an odd size is made even by repeating its edge, rendered, and cut.
-Run RenderInBlocks(const PixelFormat& format, std::function<void(const YuvImage&, std::size_t, std::size_t, Frame&)> render) {
+Run RenderInBlocks(const PixelFormat& format,
+                   std::function<void(const YuvImage&, std::size_t, std::size_t, Frame&)> render) {
     return [&format, render = std::move(render), whole = std::make_shared<Frame>()](YuvImage& image, Frame& frame) {
         const bool blocks = image.GetLayout() == Layout::I420;
         const std::size_t width = blocks ? image.EvenWidth() : image.Width();
@@ -77,22 +81,21 @@ Run RenderInBlocks(const PixelFormat& format, std::function<void(const YuvImage&
 }
 
 Run RenderBy(const Road& road, const Matrix& matrix, KorVideoFrameDitherLevel ditherLevel) {
-    return RenderInBlocks(FormatOf(road.target), [road, matrix, ditherLevel](const YuvImage& image, std::size_t width, std::size_t height, Frame& frame) {
+    return RenderInBlocks(FormatOf(road.target), [road, matrix, ditherLevel](const YuvImage& image, std::size_t width,
+                                                                             std::size_t height, Frame& frame) {
         if (road.render == kOwnMatrix) {
-            KorI420ToBGRAGeneral_C_(image.y.Data(), image.y.pitch, image.u.Data(), image.u.pitch, image.v.Data(), image.v.pitch,
-                                    frame.Data(), frame.Pitch(), width, height, matrix.coefficients, ditherLevel);
+            CallLibrary(KorI420ToBGRAGeneral_C_, image, frame, width, height, matrix.coefficients, ditherLevel);
         } else {
-            road.render(image.y.Data(), image.y.pitch, image.u.Data(), image.u.pitch, image.v.Data(), image.v.pitch,
-                        frame.Data(), frame.Pitch(), width, height, ditherLevel);
+            CallLibrary(road.render, image, frame, width, height, ditherLevel);
         }
     });
 }
 
 Run RenderToYuv2() {
-    return RenderInBlocks(FormatOf(Layout::Yuv2), [](const YuvImage& image, std::size_t width, std::size_t height, Frame& frame) {
-        KorI420toYuv2_C_(image.y.Data(), image.y.pitch, image.u.Data(), image.u.pitch, image.v.Data(), image.v.pitch,
-                         frame.Data(), frame.Pitch(), width, height);
-    });
+    return RenderInBlocks(FormatOf(Layout::Yuv2),
+                          [](const YuvImage& image, std::size_t width, std::size_t height, Frame& frame) {
+                              CallLibrary(KorI420toYuv2_C_, image, frame, width, height);
+                          });
 }
 
 Run ReorderAfter(Run render, const PixelFormat& order) {
@@ -102,36 +105,39 @@ Run ReorderAfter(Run render, const PixelFormat& order) {
     };
 }
 
+// Without the spare column and row.
+void CopyPlane(const Plane& plane, std::uint8_t* packed) {
+    CallLibrary(KorPlanarRotation_C_, RowsOf(plane), packed, plane.width, plane.width, plane.height, 0u);
+}
+
 void CopyPlanes(YuvImage& image, Frame& frame) {
     frame.Reset(FormatOf(image.GetLayout()), image.Width(), image.Height());
-    std::size_t number = 0;
-    for (const Plane* plane : {&image.y, &image.u, &image.v}) {
-        KorPlanarRotation_C_(plane->Data(), static_cast<KorDistanceT>(plane->pitch), frame.Plane(number), frame.Pitch(number), plane->width, plane->height, 0);
-        ++number;
-    }
+    CopyPlane(image.y, frame.Plane(0));
+    CopyPlane(image.u, frame.Plane(1));
+    CopyPlane(image.v, frame.Plane(2));
 }
 
 // For targets without noise of their own: the filter works on the planes, and leaves odd edges to be made even first.
 Run DitherBefore(Run next, KorVideoFrameDitherLevel ditherLevel) {
     return [next = std::move(next), ditherLevel](YuvImage& image, Frame& frame) {
         image.EvenOut();
-        KorI420Dither_C_(image.y.Data(), image.y.pitch, image.u.Data(), image.u.pitch, image.v.Data(), image.v.pitch,
-                         image.y.Data(), image.y.pitch, image.u.Data(), image.u.pitch, image.v.Data(), image.v.pitch,
-                         image.EvenWidth(), image.EvenHeight(), ditherLevel, 1);
+        CallLibrary(KorI420Dither_C_, image, image, image.EvenWidth(), image.EvenHeight(), ditherLevel, true);
         next(image, frame);
     };
 }
 
 }  // namespace
 
-Render::Render(const StreamInfo& source, const std::string& output, const PixelFormat& target, const Matrix& matrix, KorVideoFrameDitherLevel ditherLevel) {
+Render::Render(const StreamInfo& source, const std::string& output, const PixelFormat& target, const Matrix& matrix,
+               KorVideoFrameDitherLevel ditherLevel) {
     const Layout planes = source.format->layout;
     CheckParity(output, target, source.width, source.height);
     if (target.IsRgb()) {
         const Road* direct = FindRoad(kRgbRoads, planes, matrix.kind, target.layout);
         const Road* road = direct != nullptr ? direct : FindRoad(kRgbRoads, planes, matrix.kind, Layout::Bgra);
         if (road == nullptr) {
-            FailUsage("--matrix " + matrix.name + ": own coefficients render i420 only; for " + source.format->name + " take 601 or 709");
+            FailUsage("--matrix " + matrix.name + ": own coefficients render i420 only; for " + source.format->name +
+                      " take 601 or 709");
         }
         run_ = RenderBy(*road, matrix, ditherLevel);
         if (direct == nullptr) {

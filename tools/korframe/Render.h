@@ -14,7 +14,8 @@ namespace korframe {
 class Render {
   public:
     // `source` tells the planes that will come. Throws where no road leads from them to `target`, naming `output`.
-    Render(const StreamInfo& source, const std::string& output, const PixelFormat& target, const Matrix& matrix, KorVideoFrameDitherLevel ditherLevel);
+    Render(const StreamInfo& source, const std::string& output, const PixelFormat& target, const Matrix& matrix,
+           KorVideoFrameDitherLevel ditherLevel);
     // Uses the image up: noise and the repetition of edges may be written into it.
     void operator()(YuvImage& image, Frame& frame) const { run_(image, frame); }
 

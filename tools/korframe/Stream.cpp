@@ -42,7 +42,8 @@ class PictureSource : public FrameSource {
 // One picture, or as many as there are frames if the name has a place for their number.
 class PictureSink : public FrameSink {
   public:
-    PictureSink(const std::string& path, PictureKind kind) : path_(path), name_(path), kind_(kind) {}
+    PictureSink(const std::string& path, PictureKind kind)
+        : path_(path), name_(path), kind_(kind) {}
 
     void Write(const Frame& frame) override {
         if (name_.IsNumbered()) {
@@ -50,7 +51,9 @@ class PictureSink : public FrameSink {
             return;
         }
         if (++frames_ > 1) {
-            FailFile(path_, "is one picture, but there are more frames; a number in the name, such as %04d, gives each its own");
+            FailFile(
+                path_,
+                "is one picture, but there are more frames; a number in the name, such as %04d, gives each its own");
         }
         Reorder(frame, frame.Format(), only_);
     }
@@ -69,7 +72,8 @@ class PictureSink : public FrameSink {
     Frame only_;
 };
 
-std::unique_ptr<FrameSource> OpenRaw(std::unique_ptr<InputFile> input, const PixelFormat& format, const InputRequest& request) {
+std::unique_ptr<FrameSource> OpenRaw(std::unique_ptr<InputFile> input, const PixelFormat& format,
+                                     const InputRequest& request) {
     if (request.width == 0) {
         FailUsage(input->Name() + ": raw " + format.name + " frames do not tell their size; give --size WIDTHxHEIGHT");
     }
@@ -90,7 +94,8 @@ std::unique_ptr<FrameSource> OpenAny(const InputRequest& request) {
     const bool y4m = IsY4m(signature);
     const bool picture = RecognisePicture(signature) != PictureKind::None;
     if ((y4m || picture) && request.width > 0) {
-        FailUsage(input->Name() + ": --size is for raw frames, and this file tells its own; for raw frames add --from LAYOUT");
+        FailUsage(input->Name() +
+                  ": --size is for raw frames, and this file tells its own; for raw frames add --from LAYOUT");
     }
     if (y4m) {
         return std::make_unique<Y4mSource>(std::move(input));
@@ -104,7 +109,8 @@ std::unique_ptr<FrameSource> OpenAny(const InputRequest& request) {
     if (signature.empty()) {
         FailFile(input->Name(), "is empty; a PNG, JPEG, PPM or Y4M file or raw frames are wanted");
     }
-    FailFile(input->Name(), "is no PNG, JPEG, PPM or Y4M file; for raw frames give --from LAYOUT and --size WIDTHxHEIGHT");
+    FailFile(input->Name(),
+             "is no PNG, JPEG, PPM or Y4M file; for raw frames give --from LAYOUT and --size WIDTHxHEIGHT");
 }
 
 }  // namespace
@@ -112,7 +118,8 @@ std::unique_ptr<FrameSource> OpenAny(const InputRequest& request) {
 std::unique_ptr<FrameSource> OpenSource(const InputRequest& request) {
     std::unique_ptr<FrameSource> source = OpenAny(request);
     if (request.pictureOnly && !source->Info().picture) {
-        FailUsage("--order " + std::string(request.pictureOrder->name) + ": " + source->Info().name + " is no picture, and its bytes have their order; for raw frames --from tells it");
+        FailUsage("--order " + std::string(request.pictureOrder->name) + ": " + source->Info().name +
+                  " is no picture, and its bytes have their order; for raw frames --from tells it");
     }
     if (!request.rate.empty()) {
         source->SetRate(request.rate);
@@ -146,7 +153,8 @@ OutputKind DecideOutput(const std::string& path, const std::string& to) {
         kind.container = Container::Pictures;
         kind.picture = picture;
         if (kind.layout != nullptr) {
-            FailUsage("--to " + to + ": " + path + " is named as a picture; for raw frames name it otherwise, such as out." + to);
+            FailUsage("--to " + to + ": " + path +
+                      " is named as a picture; for raw frames name it otherwise, such as out." + to);
         }
         if (picture == PictureKind::Jpeg) {
             FailUsage(path + ": JPEG files are read but not written; png, ppm, y4m or a raw layout can be");
@@ -154,7 +162,9 @@ OutputKind DecideOutput(const std::string& path, const std::string& to) {
     } else if (kind.layout == nullptr) {
         kind.layout = FindFormatBySuffix(path);
         if (kind.layout == nullptr) {
-            FailUsage(path + ": the name does not tell what to write; give --to, or end it in y4m, png, ppm or the name of a raw layout");
+            FailUsage(path +
+                      ": the name does not tell what to write; give --to, or end it in y4m, png, ppm or the name of a "
+                      "raw layout");
         }
     }
     return kind;

@@ -18,8 +18,10 @@ struct ClipTags {
     std::string rate = "25:1";
     std::string interlacing = "p";
     std::string aspect = "1:1";
-    std::string siting;                                         // of 4:2:0 chroma, as in "420jpeg"; that of the layout if empty
-    std::vector<std::string> extensions = {"COLORRANGE=LIMITED"};  // of the X fields, without the X
+    // Of 4:2:0 chroma, as in "420jpeg"; where empty, that of the layout.
+    std::string siting;
+    // The X fields, without the X.
+    std::vector<std::string> extensions = {"COLORRANGE=LIMITED"};
 };
 
 struct StreamInfo {
@@ -54,8 +56,8 @@ class FrameSink {
 
 struct InputRequest {
     std::string path;
-    const PixelFormat* from = nullptr;          // --from; where absent, the content tells, or the suffix of a raw file
-    std::size_t width = 0;                      // --size, of raw frames only
+    const PixelFormat* from = nullptr;  // --from; where absent, the content tells, or the suffix of a raw file
+    std::size_t width = 0;              // --size, of raw frames only
     std::size_t height = 0;
     const PixelFormat* pictureOrder = nullptr;  // the bytes in which the pixels of a picture are handed on
     bool pictureOnly = false;                   // the order was asked for, so anything but a picture is a mistake
@@ -65,11 +67,9 @@ struct InputRequest {
 
 std::unique_ptr<FrameSource> OpenSource(const InputRequest& request);
 
-enum class Container {
-    Raw,
-    Y4m,
-    Pictures
-};
+enum class Container { Raw,
+                       Y4m,
+                       Pictures };
 
 // What an output is to be. `layout` is null where the name leaves it open: then the container takes what suits it.
 struct OutputKind {

@@ -16,7 +16,12 @@ namespace {
 
 constexpr Colour kWhite = Grey(255);
 constexpr Colour kBlack = Grey(0);
-constexpr Colour kBars[] = {{255, 255, 255}, {255, 255, 0}, {0, 255, 255}, {0, 255, 0}, {255, 0, 255}, {255, 0, 0}, {0, 0, 255}, {0, 0, 0}};
+// clang-format off
+constexpr Colour kBars[] = {
+    {255, 255, 255}, {255, 255, 0}, {0, 255, 255}, {0, 255, 0},
+    {255, 0, 255},   {255, 0, 0},   {0, 0, 255},   {0, 0, 0},
+};
+// clang-format on
 
 // Black and white blocks along every edge, so that a lost row or column shows; each corner has a colour of its own.
 void DrawEdges(Canvas& canvas, std::size_t width, std::size_t height, std::size_t unit) {
@@ -111,7 +116,8 @@ void RunTestCard(const TestCardOptions& options) {
     }
     const Size size = ParseSize("--size", options.size);
     if (size.width < kSmallestTestCard || size.height < kSmallestTestCard) {
-        FailUsage("--size " + options.size + ": a test card needs at least " + std::to_string(kSmallestTestCard) + " pixels on a side");
+        FailUsage("--size " + options.size + ": a test card needs at least " + std::to_string(kSmallestTestCard) +
+                  " pixels on a side");
     }
     WritePicture(options.output, kind, DrawTestCard(size.width, size.height));
 }

@@ -58,11 +58,13 @@ bool IsY4m(const std::string& signature) {
     return StartsWith(signature, std::string(kMagic) + " ") || StartsWith(signature, std::string(kMagic) + "\n");
 }
 
-Y4mSource::Y4mSource(std::unique_ptr<InputFile> input) : input_(std::move(input)) {
+Y4mSource::Y4mSource(std::unique_ptr<InputFile> input)
+    : input_(std::move(input)) {
     info_.name = input_->Name();
     const std::optional<std::string> header = input_->ReadLine(kLongestHeader);
     if (!header) {
-        FailFile(info_.name, "has a Y4M header without an end; a line of up to " + std::to_string(kLongestHeader) + " bytes is wanted");
+        FailFile(info_.name, "has a Y4M header without an end; a line of up to " + std::to_string(kLongestHeader) +
+                                 " bytes is wanted");
     }
     ParseHeader(*header);
     CheckSize(info_.name, info_.width, info_.height);
@@ -107,7 +109,8 @@ void Y4mSource::ParseHeader(const std::string& header) {
         }
     }
     if (!hasWidth || !hasHeight) {
-        FailFile(info_.name, std::string("has no ") + (hasWidth ? "height (H)" : "width (W)") + " in its Y4M header; both are needed");
+        FailFile(info_.name, std::string("has no ") + (hasWidth ? "height (H)" : "width (W)") +
+                                 " in its Y4M header; both are needed");
     }
 }
 
@@ -122,7 +125,8 @@ bool Y4mSource::Read(Frame& frame) {
     const std::optional<std::string> line = input_->ReadLine(kLongestHeader);
     const std::string number = std::to_string(framesRead_ + 1);
     if (!line || (*line != kFrame && !StartsWith(*line, std::string(kFrame) + " "))) {
-        throw BrokenStream(info_.name + ": frame " + number + " does not begin with FRAME at byte " + std::to_string(position) + "; the file is damaged or its header is wrong");
+        throw BrokenStream(info_.name + ": frame " + number + " does not begin with FRAME at byte " +
+                           std::to_string(position) + "; the file is damaged or its header is wrong");
     }
     frame.Reset(*info_.format, info_.width, info_.height);
     ReadWholeFrame(*input_, frame, framesRead_ + 1);
@@ -130,14 +134,16 @@ bool Y4mSource::Read(Frame& frame) {
     return true;
 }
 
-Y4mSink::Y4mSink(const std::string& path, const StreamInfo& info) : output_(path) {
+Y4mSink::Y4mSink(const std::string& path, const StreamInfo& info)
+    : output_(path) {
     const ClipTags& tags = info.tags;
     std::string chroma = "444";
     if (info.format->layout == Layout::I420) {
         chroma = tags.siting.empty() ? info.format->siting : tags.siting;
     }
     std::ostringstream header;
-    header << kMagic << " W" << info.width << " H" << info.height << " F" << tags.rate << " I" << tags.interlacing << " A" << tags.aspect << " C" << chroma;
+    header << kMagic << " W" << info.width << " H" << info.height << " F" << tags.rate << " I" << tags.interlacing
+           << " A" << tags.aspect << " C" << chroma;
     for (const std::string& extension : tags.extensions) {
         header << " X" << extension;
     }

@@ -14,6 +14,8 @@
  *   KOR_VIDEOFRAMEDITHERLEVEL_1       2     entry / 2    entry / 4
  *   KOR_VIDEOFRAMEDITHERLEVEL_2       3     entry        entry / 2
  *
+ * Off adds none in the conversions; the dither filter, which has no Off, takes it for entry / 8 and entry / 16.
+ *
  * C cannot choose the width of an enumeration, so there the type is the integer itself.
  */
 #if defined(__cplusplus)
@@ -36,10 +38,10 @@ typedef KorUint KorImageRotationDegree;
 KOR_EXTERN_C_BEGIN
 
 /*
- * The noise that dithering adds: signed values around zero, read at any index modulo 16384. The library refers to the
- * table and does not contain it: a product links its own, or the default one of the platform target.
+ * The noise that dithering adds: at least 16384 signed values around zero, read at any index modulo 16384. The library
+ * refers to the table and does not contain it: a product links its own, or the default one of the platform target.
  */
-extern KOR_SERVICE const KorInt16 KorTblDitherStd4[16384];
+extern KOR_SERVICE const KorInt16 KorTblDitherStd4[];
 
 KOR_EXTERN_C_END
 

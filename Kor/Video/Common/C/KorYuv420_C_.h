@@ -16,6 +16,8 @@
  *   Order     Byte orders are the orders in memory, at increasing addresses: BGRA is B, G, R, A on every machine.
  *   Spare     Some captures write one luma row below, or one luma column to the right of, a picture of odd size. Each
  *             function that does says so, and its caller provides that room.
+ *   Reads     Nothing outside the width by height of a source is read, but where a function says so. What is not written
+ *             for an odd last column or row is not read either.
  *   Overlap   Sources and destinations must not overlap, but where a function says that they may.
  *   Failure   Nothing is checked and nothing is reported. Sizes of zero are legal, write nothing, and leave even null
  *             plane pointers alone.
@@ -193,7 +195,8 @@ KOR_API void KorBGRAToI444_C_(KorUint8* y, KorSizeT pitchY,
  * the last column of an odd width.
  *
  * I444, flip: the first row read is the last of the source, as ever, but from there the walk goes downwards, past the
- * end of the picture. A set flip is of use for a height of 1, or where the source goes on.
+ * end of the picture: rows height - 1 to 2 * height - 2 are read. A set flip is of use for a height of 1, or where the
+ * source goes on.
  *
  * A zero width or height writes nothing.
  */
@@ -365,7 +368,8 @@ KOR_API void KorI420ToBGRAUsingBT709_C_(const KorUint8* y, KorSizeT pitchY,
  *                  + (((U - 128) * row[1] + (V - 128) * row[2] - 16 * row[0] + 128) >> 8))
  *
  * Row 0 gives the luma multiplier of all three channels; the offset of luma takes each row's own. Sums wrap modulo 2^32
- * and are shifted arithmetically. coeffs is only read. Sizes as for KorI420ToBGRA_C_.
+ * and are shifted arithmetically. coeffs is only read, and not at all at sizes that write nothing. Sizes as for
+ * KorI420ToBGRA_C_.
  */
 KOR_API void KorI420ToBGRAGeneral_C_(const KorUint8* y, KorSizeT pitchY,
                                      const KorUint8* u, KorSizeT pitchU,
@@ -412,9 +416,12 @@ KOR_API void KorUYVYToI420_C_(KorUint8* y, KorSizeT pitchY,
  *   0, 180       width by H      width / 2 by H / 2
  *   90, 270      H by width      H / 2 by width / 2
  *
- * and the pitches are those of the turned planes. Any other angle turns by 270. The width must be even. With an odd
- * width every row pair is read two bytes and its luma written one sample earlier than the pair before it would have it,
- * which leads in front of the planes. A width below 2 or a zero height writes nothing.
+ * and the pitches are those of the turned planes. Any other angle turns by 270. A width below 2 or a zero height writes
+ * nothing.
+ *
+ * The width must be even. With an odd width every row pair is read two bytes and its luma written one sample earlier than
+ * the pair before it would have it. At 90 that leads up to H / 2 - 1 rows in front of the luma plane, at 270 as many
+ * behind it; with flip, the source is read up to H - 2 bytes in front of x.
  */
 KOR_API void KorYUY2ToI420WithRotation_C_(KorUint8* y, KorSizeT pitchY,
                                           KorUint8* u, KorSizeT pitchU,
@@ -453,7 +460,8 @@ KOR_API void KorI420ToUYVY_C_(const KorUint8* y, KorSizeT pitchY,
  * above 240. An odd last column or row is not written; a width or height below 2 writes nothing.
  *
  * Odd width, both: every row pair starts one luma sample and two packed bytes earlier than the pitches say, so that the
- * shift grows from pair to pair.
+ * shift grows from pair to pair. With flip, the source of KorYuv2ToI420_C_ is read up to height - 1 bytes in front of
+ * yuv2.
  */
 KOR_API void KorYuv2ToI420_C_(KorUint8* y, KorSizeT pitchY,
                               KorUint8* u, KorSizeT pitchU,
@@ -489,7 +497,7 @@ KOR_API void KorM420ToI420_C_(KorUint8* y, KorSizeT pitchY,
 
 /*
  * Adds dither noise to an I420 picture, by the formula of the renderers. Every call adds noise: Off, too, is a level
- * here, one step weaker than KOR_VIDEOFRAMEDITHERLEVEL_0. Values beyond the four levels write nothing.
+ * here, one step weaker than KOR_VIDEOFRAMEDITHERLEVEL_0. Values beyond the four levels draw and write nothing.
  *
  * The planes of In and Out may be the same, with the same pitches.
  *

@@ -1,0 +1,111 @@
+# From planes to RGB in every order, by each matrix, with and without noise.
+. "$(dirname "$0")/kit.sh"
+
+# Red, as capture makes it.
+bytes "51 51 51 51 5a ef" >red.i420
+render() {
+    expected=$1
+    shift
+    works convert red.i420 out.raw --size 2x2 "$@"
+    holds out.raw "$expected"
+}
+render "fb 00 00 ff fb 00 00 ff fb 00 00 ff fb 00 00 ff" --to rgba
+render "00 00 fb ff 00 00 fb ff 00 00 fb ff 00 00 fb ff" --to bgra
+render "ff fb 00 00 ff fb 00 00 ff fb 00 00 ff fb 00 00" --to argb
+render "ff 00 00 fb ff 00 00 fb ff 00 00 fb ff 00 00 fb" --to abgr
+render "fb 00 00 fb 00 00 fb 00 00 fb 00 00" --to rgb24
+render "00 00 fb 00 00 fb 00 00 fb 00 00 fb" --to bgr24
+render "ff 1a 00 ff 1a 00 ff 1a 00 ff 1a 00" --to rgb24 --matrix 709
+render "ff ff 1a 00 ff ff 1a 00 ff ff 1a 00 ff ff 1a 00" --to argb --matrix 709
+
+# A matrix of one's own: luma alone, less 16 with the fraction rounded down.
+printf '# grey\n256 0 0\n\n  +256\t0 -0 # green\n256 0 0' >grey.txt
+render "41 41 41 41 41 41 41 41 41 41 41 41" --to rgb24 --matrix grey.txt
+render "41 41 41 ff 41 41 41 ff 41 41 41 ff 41 41 41 ff" --to bgra --matrix grey.txt
+
+# An odd size is rendered to its last pixel.
+bytes "10 51 eb 51 91 10 eb 10 91 80 80 80 80 80 80 80 80" >odd.i420
+works convert odd.i420 out.rgb --size 3x3
+holds out.rgb "00 00 00 4b 4b 4b fe fe fe 4b 4b 4b 95 95 95 00 00 00 fe fe fe 00 00 00 95 95 95"
+works convert odd.i420 out.ppm --size 3x3
+{ printf 'P6\n3 3\n255\n'; cat out.rgb; } >expected
+same out.ppm expected
+works convert odd.i420 out.png --size 3x3
+works convert out.png again.ppm --matrix 601
+bytes "eb 80 80" >one.i420
+works convert one.i420 one.rgb --size 1x1
+holds one.rgb "fe fe fe"
+
+# Planes of 4:4:4: red and white.
+bytes "51 eb 5a 80 ef 80" >two.i444
+works convert two.i444 out.rgb --size 2x1
+holds out.rgb "fb 00 00 fe fe fe"
+works convert two.i444 out.bgra --size 2x1 --matrix 709
+holds out.bgra "00 1a ff ff fe ff fe ff"
+
+# Noise: other than without, the same with the same seed, other with another, and other from frame to frame.
+{ repeat 4096 80; repeat 2048 80; } >grey.i420
+cat grey.i420 grey.i420 >clip.i420
+works convert grey.i420 plain.rgb --size 64x64
+for level in 0 1 2; do
+    for kind in rgb bgra yuy2 yuv2 i420 y4m ppm; do
+        works convert grey.i420 a.$kind --size 64x64 --dither $level --seed 7
+        works convert grey.i420 b.$kind --size 64x64 --dither $level --seed 7
+        works convert grey.i420 c.$kind --size 64x64 --dither $level --seed 8
+        works convert grey.i420 d.$kind --size 64x64 --dither off
+        same a.$kind b.$kind
+        cmp -s a.$kind c.$kind && fail "$kind at level $level: seeds 7 and 8 give the same"
+        cmp -s a.$kind d.$kind && fail "$kind at level $level: no noise"
+    done
+done
+works convert grey.i420 off.rgb --size 64x64 --dither off
+same off.rgb plain.rgb
+works convert clip.i420 noisy.i420 --size 64x64 --dither 2 --seed 7
+head -c 6144 noisy.i420 >first
+tail -c 6144 noisy.i420 >second
+cmp -s first second && fail "two frames have the same noise"
+works convert grey.i420 alone.i420 --size 64x64 --dither 2 --seed 7
+same first alone.i420
+works convert grey.i420 a.rgb --size 64x64 --dither 2
+works convert grey.i420 b.rgb --size 64x64 --dither 2
+cmp -s a.rgb b.rgb && fail "without a seed two runs are the same"
+# The filter reaches the last column and row of an odd size.
+{ repeat 4225 80; repeat 2178 80; } >odd65.i420
+works convert odd65.i420 a.i420 --size 65x65 --dither 2 --seed 1
+[ "$(wc -c <a.i420)" -eq 6403 ] || fail "the filter changed the size"
+tail -c +4161 a.i420 | head -c 65 >last
+repeat 65 80 >flat
+cmp -s last flat && fail "the last row has no noise"
+
+# Full range is rendered, with a word about it.
+{ printf 'YUV4MPEG2 W2 H2 XCOLORRANGE=FULL\nFRAME\n'; cat red.i420; } >full.y4m
+"$korframe" convert full.y4m out.rgb 2>stderr.txt || fail "full range ended with $?"
+grep -qF "korframe: warning: full.y4m: is full range (XCOLORRANGE=FULL)" stderr.txt || fail "full range: $(cat stderr.txt)"
+holds out.rgb "fb 00 00 fb 00 00 fb 00 00 fb 00 00"
+
+# What is wrong.
+wrong_matrix() {
+    printf '%b' "$1" >wrong.txt
+    refuses 1 "--matrix wrong.txt: $2" convert red.i420 none.rgb --size 2x2 --matrix wrong.txt
+}
+wrong_matrix "" "line 1, column 1: the file ends after 0 rows; a matrix has three"
+wrong_matrix "1 2 3\n4 5 6\n" "line 3, column 1: the file ends after 2 rows; a matrix has three"
+wrong_matrix "1 2 3\n4 5\n7 8 9\n" "line 2, column 4: the row ends after 2; it needs three numbers"
+wrong_matrix "1 2 3\n4 5 6 7\n" "line 2, column 7: a fourth number; a row has three"
+wrong_matrix "1 2 3\n4 5 6\n7 8 9\n\n # x\n0\n" "line 6, column 1: a fourth row; a matrix has three"
+wrong_matrix "1 2 3\n4  x5 6\n" "line 2, column 4: x5 is no whole number from -65536 to 65536, where 256 stands for 1.0"
+wrong_matrix "1 2 3.0\n" "line 1, column 5: 3.0 is no whole number"
+wrong_matrix "1 -65537 3\n" "line 1, column 3: -65537 is no whole number"
+wrong_matrix "1 - 3\n" "line 1, column 3: - is no whole number"
+wrong_matrix "99999999999999999999 1 1\n" "line 1, column 1: 99999999999999999999 is no whole number"
+refuses 1 "--matrix bt2020: cannot be opened: No such file or directory" convert red.i420 none.rgb --size 2x2 --matrix bt2020
+refuses 2 "--matrix grey.txt: own coefficients render i420 only; for i444 take 601 or 709" convert two.i444 none.rgb --size 2x1 --matrix grey.txt
+refuses 2 "--matrix 709: neither input nor output is RGB" convert red.i420 none.yuy2 --size 2x2 --matrix 709
+refuses 2 "--matrix grey.txt: a file serves one direction" convert out.png none.png --matrix grey.txt
+refuses 2 "--dither 3: off, 0 (weakest), 1 or 2 (strongest) is wanted" convert red.i420 none.rgb --size 2x2 --dither 3
+refuses 2 "--seed 5: there is no noise to repeat" convert red.i420 none.rgb --size 2x2 --seed 5
+refuses 2 "--seed -5: a whole number from 0 to" convert red.i420 none.rgb --size 2x2 --seed -5 --dither 1
+refuses 2 "--dither: the filter works on i420, and the frames are i444" convert two.i444 none.i444 --size 2x1 --dither 1
+absent none.rgb none.yuy2 none.png none.i444
+
+finish
