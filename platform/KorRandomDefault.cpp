@@ -1,37 +1,27 @@
 /*
- * The default random-bytes service: it asks the operating system, keeps nothing between calls and holds no lock, so any
- * number of threads may call it at once.
+ * The default random-bytes service: random bytes straight from the operating system.
  *
- * It stands in a file of its own, so that a program that links this target statically and defines its own
- * KorRandomGetBytes gets its own. Nothing of the C++ runtime is used: programs in C link it as it is.
+ * There is no state here, so any number of threads may call at once. A product that wants another source defines
+ * KorRandomGetBytes itself and leaves this file out.
  */
 #include "Kor/Os/KorRandom.h"
 
-// One source a system. The device file serves the systems that name none here, and Linux where the call is refused.
-#if defined(_WIN32)
-#define KOR_RANDOM_FROM_BCRYPT
-#elif defined(__APPLE__) || defined(__ANDROID__) || defined(__FreeBSD__) || defined(__OpenBSD__) || \
-    defined(__NetBSD__) || defined(__DragonFly__)
-#define KOR_RANDOM_FROM_ARC4RANDOM
-#elif defined(__linux__)
-#define KOR_RANDOM_FROM_GETRANDOM
-#define KOR_RANDOM_FROM_DEVICE
-#else
-#define KOR_RANDOM_FROM_DEVICE
+#if defined(__APPLE__) || defined(__FreeBSD__) || defined(__OpenBSD__) || defined(__NetBSD__)
+#define KOR_HAS_ARC4RANDOM
 #endif
 
-#if defined(KOR_RANDOM_FROM_BCRYPT)
+#if defined(_WIN32)
 #include <windows.h>
-// After windows.h, whose types it uses.
+// bcrypt.h needs the types of windows.h.
 #include <bcrypt.h>
-#endif
-#if defined(KOR_RANDOM_FROM_ARC4RANDOM)
-#include <stdlib.h>
-#endif
-#if defined(KOR_RANDOM_FROM_GETRANDOM)
+#elif defined(__linux__)
+#include <errno.h>
 #include <sys/random.h>
-#endif
-#if defined(KOR_RANDOM_FROM_DEVICE)
+#elif defined(KOR_HAS_ARC4RANDOM)
+#include <stdlib.h>
+#elif defined(__EMSCRIPTEN__) || defined(__wasi__)
+#include <unistd.h>
+#else
 #include <errno.h>
 #include <fcntl.h>
 #include <unistd.h>
@@ -39,74 +29,74 @@
 
 namespace {
 
-// Each source has the same shape: it fills a first part of the buffer and returns its length, zero when it cannot.
+// Each system's SomeBytes writes at least one and at most count random bytes and returns how many, or 0 when the system
+// has none to give. count is never 0.
 
-#if defined(KOR_RANDOM_FROM_DEVICE)
+#if defined(_WIN32)
 
-// A signal may arrive before the first byte: that is no failure, the call is made again.
-template <typename Call>
-KorSizeT RetryInterrupted(Call call) {
-    ssize_t got = 0;
+KorSizeT SomeBytes(char* buffer, KorSizeT count) {
+    const ULONG part = count < 0x10000000 ? static_cast<ULONG>(count) : 0x10000000;
+    PUCHAR bytes = reinterpret_cast<PUCHAR>(buffer);
+    const NTSTATUS status = BCryptGenRandom(nullptr, bytes, part, BCRYPT_USE_SYSTEM_PREFERRED_RNG);
+    return BCRYPT_SUCCESS(status) ? part : 0;
+}
+
+#elif defined(__linux__)
+
+// A signal may end a long request early, or before its first byte.
+KorSizeT SomeBytes(char* buffer, KorSizeT count) {
+    ssize_t got;
     do {
-        got = call();
+        got = getrandom(buffer, count, 0);
     } while (got < 0 && errno == EINTR);
     return got > 0 ? static_cast<KorSizeT>(got) : 0;
 }
 
-KorSizeT DrawFromDevice(char* buffer, KorSizeT count) {
-    const int device = open("/dev/urandom", O_RDONLY | O_CLOEXEC);
-    if (device < 0) {
-        return 0;
-    }
-    const KorSizeT got = RetryInterrupted([=] { return read(device, buffer, count); });
-    close(device);
-    return got;
-}
+#elif defined(KOR_HAS_ARC4RANDOM)
 
-#endif
-
-#if defined(KOR_RANDOM_FROM_BCRYPT)
-
-KorSizeT Draw(char* buffer, KorSizeT count) {
-    const KorSizeT most = 0x7fffffff;
-    const KorSizeT part = count < most ? count : most;
-    const NTSTATUS status = BCryptGenRandom(nullptr, reinterpret_cast<PUCHAR>(buffer), static_cast<ULONG>(part),
-                                            BCRYPT_USE_SYSTEM_PREFERRED_RNG);
-    return BCRYPT_SUCCESS(status) ? part : 0;
-}
-
-#elif defined(KOR_RANDOM_FROM_ARC4RANDOM)
-
-KorSizeT Draw(char* buffer, KorSizeT count) {
+// Cannot fail by contract.
+KorSizeT SomeBytes(char* buffer, KorSizeT count) {
     arc4random_buf(buffer, count);
     return count;
 }
 
-#elif defined(KOR_RANDOM_FROM_GETRANDOM)
+#elif defined(__EMSCRIPTEN__) || defined(__wasi__)
 
-// An old kernel does not know the call and a sandbox may forbid it; the device may still be there.
-KorSizeT Draw(char* buffer, KorSizeT count) {
-    const KorSizeT got = RetryInterrupted([=] { return getrandom(buffer, count, 0); });
-    return got > 0 ? got : DrawFromDevice(buffer, count);
+// Refuses more than 256 bytes at a time.
+KorSizeT SomeBytes(char* buffer, KorSizeT count) {
+    const KorSizeT part = count < 256 ? count : 256;
+    return getentropy(buffer, part) == 0 ? part : 0;
 }
 
 #else
 
-KorSizeT Draw(char* buffer, KorSizeT count) {
-    return DrawFromDevice(buffer, count);
+// Opened for each request: a descriptor that is kept would be state, and could be closed behind our back.
+KorSizeT SomeBytes(char* buffer, KorSizeT count) {
+    const KorSizeT part = count < 0x10000000 ? count : 0x10000000;
+    int file;
+    do {
+        file = open("/dev/urandom", O_RDONLY | O_CLOEXEC);
+    } while (file < 0 && errno == EINTR);
+    if (file < 0)
+        return 0;
+
+    ssize_t got;
+    do {
+        got = read(file, buffer, part);
+    } while (got < 0 && errno == EINTR);
+    close(file);
+    return got > 0 ? static_cast<KorSizeT>(got) : 0;
 }
 
 #endif
 
 }  // namespace
 
-// Sources may return less than asked for, so the rest is drawn until nothing is missing.
 KorBool KorRandomGetBytes(char* buffer, KorSizeT count) {
     while (count > 0) {
-        const KorSizeT got = Draw(buffer, count);
-        if (got == 0) {
+        const KorSizeT got = SomeBytes(buffer, count);
+        if (got == 0)
             return 0;
-        }
         buffer += got;
         count -= got;
     }

@@ -14,14 +14,14 @@
 #define KOR_VERSION_MINOR 1
 #define KOR_VERSION_PATCH 0
 
-typedef int32_t  KorInt;       /* pixel arithmetic, matrix coefficients */
-typedef uint32_t KorUint;      /* byte positions, blend weights, angles */
-typedef int8_t   KorInt8;      /* signed bytes */
-typedef uint8_t  KorUint8;     /* every sample of every plane, every byte of a packed pixel */
-typedef int16_t  KorInt16;     /* entries of the noise table */
-typedef uint16_t KorUint16;    /* 16-bit quantities */
-typedef uint8_t  KorBool;      /* zero is false, any other value is true */
-typedef size_t    KorSizeT;     /* widths, heights, positions, pitches of planes that run downwards */
+typedef int32_t KorInt;         /* pixel arithmetic, matrix coefficients */
+typedef uint32_t KorUint;       /* byte positions, blend weights, angles */
+typedef int8_t KorInt8;         /* signed bytes */
+typedef uint8_t KorUint8;       /* every sample of every plane, every byte of a packed pixel */
+typedef int16_t KorInt16;       /* entries of the noise table */
+typedef uint16_t KorUint16;     /* 16-bit quantities */
+typedef uint8_t KorBool;        /* zero is false, any other value is true */
+typedef size_t KorSizeT;        /* widths, heights, positions, pitches of planes that run downwards */
 typedef ptrdiff_t KorDistanceT; /* pitches that may run upwards */
 
 /* KOR_STATIC_ASSERT(name, condition): checked at compile time; C99 has no assertion of its own to offer. */

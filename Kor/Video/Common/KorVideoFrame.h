@@ -25,9 +25,9 @@ typedef KorUint KorVideoFrameDitherLevel;
 enum {
 #endif
     KOR_VIDEOFRAMEDITHERLEVEL_Off = 0,
-    KOR_VIDEOFRAMEDITHERLEVEL_0   = 1,
-    KOR_VIDEOFRAMEDITHERLEVEL_1   = 2,
-    KOR_VIDEOFRAMEDITHERLEVEL_2   = 3
+    KOR_VIDEOFRAMEDITHERLEVEL_0 = 1,
+    KOR_VIDEOFRAMEDITHERLEVEL_1 = 2,
+    KOR_VIDEOFRAMEDITHERLEVEL_2 = 3
 };
 
 KOR_STATIC_ASSERT(KorVideoFrameDitherLevel_is_32_bits, sizeof(KorVideoFrameDitherLevel) == 4);
