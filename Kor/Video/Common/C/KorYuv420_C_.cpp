@@ -188,19 +188,29 @@ KOR_KERNEL void ReverseRow(KorUint8* KOR_RESTRICT dst, const KorUint8* KOR_RESTR
     }
 }
 
-// Exchanges both ends of a row, working inwards.
-KOR_KERNEL void ReverseRowInPlace(KorUint8* row, KorSizeT n) {
-    KorSizeT i = 0;
-    for (; i + 16 <= n - i; i += 8) {
-        const uint64_t front = ReversedBytes(row + i);
-        const uint64_t back = ReversedBytes(row + (n - 8 - i));
-        KorMemCpy(row + i, &back, 8);
-        KorMemCpy(row + (n - 8 - i), &front, 8);
+KOR_INLINE inline void StoreReversed(KorUint8* dst, const Run& run) {
+    for (KorSizeT k = 0; k < kRun; k += 8) {
+        const uint64_t x = ReversedBytes(run + k);
+        KorMemCpy(dst + (kRun - 8 - k), &x, 8);
     }
-    for (; i < n / 2; ++i) {
-        const KorUint8 front = row[i];
-        row[i] = row[n - 1 - i];
-        row[n - 1 - i] = front;
+}
+
+// n pairs of bytes taken apart, in reverse order. The kernels that reverse fill whole runs first, in loops of a fixed
+// count, and store these backwards.
+KOR_KERNEL void SplitRowReversed(KorUint8* KOR_RESTRICT first, KorUint8* KOR_RESTRICT second, const KorUint8* KOR_RESTRICT src, KorSizeT n) {
+    const KorSizeT whole = n - n % kRun;
+    for (KorSizeT start = 0; start < whole; start += kRun) {
+        Run run1, run2;
+        for (KorSizeT k = 0; k < kRun; ++k) {
+            run1[k] = src[2 * (start + k)];
+            run2[k] = src[2 * (start + k) + 1];
+        }
+        StoreReversed(first + (n - start - kRun), run1);
+        StoreReversed(second + (n - start - kRun), run2);
+    }
+    for (KorSizeT i = whole; i < n; ++i) {
+        first[n - 1 - i] = src[2 * i];
+        second[n - 1 - i] = src[2 * i + 1];
     }
 }
 
@@ -249,11 +259,7 @@ void CopyReversed(TurnedPlane dst, SourceRows src, KorSizeT width, KorSizeT heig
 
 void SplitReversed(TurnedPlane uv1, TurnedPlane uv2, SourceRows src, KorSizeT width, KorSizeT height) {
     for (KorSizeT j = 0; j < height; ++j) {
-        KorUint8* row1 = uv1.At(width - 1, j);
-        KorUint8* row2 = uv2.At(width - 1, j);
-        SplitRow(row1, row2, src.Row(j), width);
-        ReverseRowInPlace(row1, width);
-        ReverseRowInPlace(row2, width);
+        SplitRowReversed(uv1.At(width - 1, j), uv2.At(width - 1, j), src.Row(j), width);
     }
 }
 
@@ -1458,24 +1464,50 @@ void PackedToI420(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, Ko
     }
 }
 
-// Half a turn: each row is written as it comes and reversed where it stands.
+// TakeLuma and AverageChroma in reverse order.
+template <const PackedLayout& layout>
+KOR_KERNEL void TakeLumaReversed(KorUint8* KOR_RESTRICT y, const KorUint8* KOR_RESTRICT x, KorSizeT n) {
+    const KorSizeT whole = n - n % kRun;
+    for (KorSizeT start = 0; start < whole; start += kRun) {
+        Run run;
+        for (KorSizeT k = 0; k < kRun; ++k) {
+            run[k] = x[2 * (start + k) + layout.y];
+        }
+        StoreReversed(y + (n - start - kRun), run);
+    }
+    for (KorSizeT i = whole; i < n; ++i) {
+        y[n - 1 - i] = x[2 * i + layout.y];
+    }
+}
+
+template <const PackedLayout& layout>
+KOR_KERNEL void AverageChromaReversed(KorUint8* KOR_RESTRICT u, KorUint8* KOR_RESTRICT v, const KorUint8* KOR_RESTRICT x0, const KorUint8* KOR_RESTRICT x1, KorSizeT n) {
+    const KorSizeT whole = n - n % kRun;
+    for (KorSizeT start = 0; start < whole; start += kRun) {
+        Run runU, runV;
+        for (KorSizeT k = 0; k < kRun; ++k) {
+            const KorSizeT group = 4 * (start + k);
+            runU[k] = Average(x0[group + layout.u], x1[group + layout.u]);
+            runV[k] = Average(x0[group + layout.v], x1[group + layout.v]);
+        }
+        StoreReversed(u + (n - start - kRun), runU);
+        StoreReversed(v + (n - start - kRun), runV);
+    }
+    for (KorSizeT i = whole; i < n; ++i) {
+        u[n - 1 - i] = Average(x0[4 * i + layout.u], x1[4 * i + layout.u]);
+        v[n - 1 - i] = Average(x0[4 * i + layout.v], x1[4 * i + layout.v]);
+    }
+}
+
 template <const PackedLayout& layout>
 void ReversePacked(TurnedPlane y, TurnedPlane u, TurnedPlane v, SourceRows rows, KorSizeT width, KorSizeT height) {
     const KorSizeT widthC = width / 2;
     for (KorSizeT row = 0; row < height; row += 2) {
         const KorUint8* x0 = rows.Row(row);
         const KorUint8* x1 = LowerRow(rows, row, height);
-        KorUint8* y0 = y.At(width - 1, row);
-        KorUint8* y1 = y.At(width - 1, row + 1);
-        KorUint8* uRow = u.At(widthC - 1, row / 2);
-        KorUint8* vRow = v.At(widthC - 1, row / 2);
-        TakeLuma<layout>(y0, x0, width);
-        TakeLuma<layout>(y1, x1, width);
-        AverageChroma<layout>(uRow, vRow, x0, x1, widthC);
-        ReverseRowInPlace(y0, width);
-        ReverseRowInPlace(y1, width);
-        ReverseRowInPlace(uRow, widthC);
-        ReverseRowInPlace(vRow, widthC);
+        TakeLumaReversed<layout>(y.At(width - 1, row), x0, width);
+        TakeLumaReversed<layout>(y.At(width - 1, row + 1), x1, width);
+        AverageChromaReversed<layout>(u.At(widthC - 1, row / 2), v.At(widthC - 1, row / 2), x0, x1, widthC);
     }
 }
 
