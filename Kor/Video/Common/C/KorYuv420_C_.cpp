@@ -4,7 +4,7 @@
 //   - An exported function settles the sizes that write nothing, names the layout and the matrix, and calls a driver. The
 //     arithmetic on samples stands in the kernels (KOR_KERNEL): one counted loop over contiguous runs, destinations
 //     first, count last, no branch that depends on data.
-//   - A kernel's pointers are restrict-qualified unless its name ends in "InPlace".
+//   - A kernel's pointers are restrict-qualified. Work in place goes through a run on the stack.
 //   - Plane, SourceRows, SourcePlane and TurnedPlane resolve pitches. The address of a row is formed only for a row that
 //     exists; two walks of odd widths that leave their planes by contract say so.
 //   - Stores: KorByteClip and ClipLane saturate, LowByte wraps, a plain cast means that the value fits.
