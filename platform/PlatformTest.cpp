@@ -84,7 +84,8 @@ TEST(DitherTable, IsASymmetricBell) {
     for (const int entry : Table()) {
         ASSERT_GE(entry, -14);
         ASSERT_LE(entry, 14);
-        ++count[static_cast<size_t>(entry + 14)];
+        const int index = entry + 14;
+        ++count[static_cast<size_t>(index)];
     }
     for (size_t e = 0; e < 14; ++e) {
         EXPECT_EQ(count[14 - e], count[14 + e]) << "entries " << e;
@@ -121,7 +122,8 @@ TEST(DitherTable, HasLittlePowerAtLowFrequencies) {
         std::array<double, 32> windowed{};
         for (int lag = 1; lag < 32; ++lag)
             windowed[static_cast<size_t>(lag)] = (1 + std::cos(kPi * lag / 32)) / 2 * Autocorrelation(noise, lag);
-        for (double frequency = 0; frequency < 0.125; frequency += 0.005) {
+        for (int step = 0; step < 25; ++step) {
+            const double frequency = 0.005 * step;
             double power = 1;
             for (size_t lag = 1; lag < 32; ++lag)
                 power += 2 * windowed[lag] * std::cos(2 * kPi * frequency * static_cast<double>(lag));
@@ -188,8 +190,10 @@ TEST(DitherTable, CancelsInTheColumnsOfPowerOfTwoStrides) {
             double power = 0;
             for (int column = 0; column < stride; ++column) {
                 double sum = 0;
-                for (int row = 0; row < rows; ++row)
-                    sum += noise[static_cast<size_t>(row * stride + column)] - mean;
+                for (int row = 0; row < rows; ++row) {
+                    const int index = row * stride + column;
+                    sum += noise[static_cast<size_t>(index)] - mean;
+                }
                 power += sum * sum / rows / stride;
             }
             EXPECT_LT(power / variance, kAtMost[shift]) << "shift " << shift << ", stride " << stride;
@@ -276,6 +280,7 @@ TEST(RandomService, ServesManyThreadsAtOnce) {
     std::vector<std::array<uint64_t, kDraws>> draws(kThreads);
     std::atomic<int> failures{0};
     std::vector<std::thread> threads;
+    threads.reserve(kThreads);
     for (std::array<uint64_t, kDraws>& own : draws) {
         threads.emplace_back([&own, &failures] {
             for (uint64_t& value : own) {

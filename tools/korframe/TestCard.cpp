@@ -72,7 +72,8 @@ void DrawName(Canvas& canvas, const Rectangle& area) {
     const std::size_t centreY = area.y + area.height / 2;
     canvas.Ring(centreX, centreY, radius, std::max<std::size_t>(radius / 12, 1), kWhite);
     const std::string name = "KOR";
-    const std::size_t scale = std::max<std::size_t>(radius * 3 / 2 / TextWidth(name.size(), 1), 1);
+    const std::size_t unscaled = std::max<std::size_t>(TextWidth(name.size(), 1), 1);
+    const std::size_t scale = std::max<std::size_t>(radius * 3 / 2 / unscaled, 1);
     canvas.Text(centreX - TextWidth(name.size(), scale) / 2, centreY - kLetterHeight * scale / 2, scale, kWhite, name);
 }
 
