@@ -72,6 +72,13 @@ TEST(M420ToI420, OneColumnHasLumaOnly) {
     EXPECT_EQ(to.v.Samples(), (Bytes{0xee}));
 }
 
+TEST(M420ToI420, OneColumnNeedsNoChromaPlanes) {
+    const Plane y(Shape(1, 4));
+    const Plane m420 = Counting(2, 2);
+    KorM420ToI420_C_(y.data(), y.pitch(), nullptr, 5, nullptr, 5, m420.data(), m420.pitch(), 1, 4, 0);
+    EXPECT_EQ(y.Samples(), (Bytes{0, 1, 2, 3}));
+}
+
 TEST(M420ToI420, PaddingStaysAsItWas) {
     const I420Frame to(5, 4, 3);
     const Bytes y = to.y.Snapshot(), u = to.u.Snapshot();

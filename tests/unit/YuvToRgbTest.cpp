@@ -224,12 +224,11 @@ TEST(RenderI420General, SumsWrapAround) {
     EXPECT_EQ(General({{{INT_MIN, 256, 0}, {0, 0, 0}, {0, 0, 0}}}, 2, 228, 128), (Bytes{0, 0, 100, 255}));
 }
 
-TEST(RenderI420General, TooSmallSizesTouchNothing) {
-    const kit::Matrix matrix{};
+TEST(RenderI420General, TooSmallSizesTouchNothingNotEvenTheMatrix) {
     for (const std::size_t size : kit::Sizes{0, 1, 2, 3, 17}) {
         for (const std::size_t tooSmall : kit::Sizes{0, 1}) {
-            KorI420ToBGRAGeneral_C_(nullptr, 8, nullptr, 8, nullptr, 8, nullptr, 8, size, tooSmall, matrix.rows, kOff);
-            KorI420ToBGRAGeneral_C_(nullptr, 8, nullptr, 8, nullptr, 8, nullptr, 8, tooSmall, size, matrix.rows, kOff);
+            KorI420ToBGRAGeneral_C_(nullptr, 8, nullptr, 8, nullptr, 8, nullptr, 8, size, tooSmall, nullptr, kOff);
+            KorI420ToBGRAGeneral_C_(nullptr, 8, nullptr, 8, nullptr, 8, nullptr, 8, tooSmall, size, nullptr, kOff);
         }
     }
 }

@@ -269,11 +269,7 @@ void AddBlend(CLI::App& app) {
     command->add_option("OVERLAY", options->overlay, "what to lay over it; - for standard input")
         ->required()
         ->type_name("");
-    command
-        ->add_option("OUTPUT", options->output,
-                     "file to write; - for standard output; out-%04d.png for numbered pictures")
-        ->required()
-        ->type_name("");
+    AddOutputArgument(*command, options->output);
     command
         ->add_option("--at", options->at,
                      "column and row of the background for the overlay's left top corner; may be negative")

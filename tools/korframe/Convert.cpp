@@ -68,11 +68,7 @@ void AddConvert(CLI::App& app) {
     command->add_option("INPUT", options->input, "PNG, JPEG, PPM or Y4M file or raw frames; - for standard input")
         ->required()
         ->type_name("");
-    command
-        ->add_option("OUTPUT", options->output,
-                     "file to write; - for standard output; out-%04d.png for numbered pictures")
-        ->required()
-        ->type_name("");
+    AddOutputArgument(*command, options->output);
     options->from.Add(*command);
     options->to.Add(*command);
     AddMatrixOption(*command, options->matrix);

@@ -75,6 +75,13 @@ WriterRequest OutputOptions::Request(const std::string& path) const {
     return request;
 }
 
+void AddOutputArgument(CLI::App& command, std::string& output) {
+    command
+        .add_option("OUTPUT", output, "file to write; - for standard output; out-%04d.png for numbered pictures")
+        ->required()
+        ->type_name("");
+}
+
 void AddMatrixOption(CLI::App& command, std::string& matrix) {
     command
         .add_option("--matrix", matrix,

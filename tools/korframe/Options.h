@@ -33,6 +33,7 @@ struct OutputOptions {
     WriterRequest Request(const std::string& path) const;
 };
 
+void AddOutputArgument(CLI::App& command, std::string& output);
 void AddMatrixOption(CLI::App& command, std::string& matrix);
 // Refuses a matrix that nothing would use, or a file that would have to serve in both directions. The source is RGB or
 // not, and so is the target.
