@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <iterator>
 #include <ostream>
 
 #include "Kor/Video/Common/C/KorYuv420_C_.h"
@@ -222,6 +223,70 @@ TEST(RenderI420General, SumsWrapAround) {
     // Luma 2 * INT_MIN is nothing, and so are sixteen times INT_MIN.
     EXPECT_EQ(General({{{INT_MIN, 0, 0}, {0, 0, 0}, {0, 0, 0}}}, 2, 128, 128), (Bytes{0, 0, 0, 255}));
     EXPECT_EQ(General({{{INT_MIN, 256, 0}, {0, 0, 0}, {0, 0, 0}}}, 2, 228, 128), (Bytes{0, 0, 100, 255}));
+}
+
+// Products of small coefficients are formed in narrow lanes, others in wide ones: both sides of the limit, for every
+// coefficient alone and for all of them together, with samples at both ends and about the middle.
+class RenderI420GeneralLimits : public testing::Test {
+  protected:
+    static constexpr std::uint8_t kSamples[] = {0, 1, 127, 128, 129, 254, 255};
+    static constexpr std::size_t kCount = std::size(kSamples);
+    static constexpr std::size_t kPairs = kCount * kCount * kCount;
+
+    RenderI420GeneralLimits()
+        : from_(2 * kPairs, 2), x_(Shape(8 * kPairs, 2)) {
+        for (std::size_t i = 0; i < kPairs; ++i) {
+            for (const std::size_t row : {0u, 1u}) {
+                from_.y.At(row, 2 * i) = from_.y.At(row, 2 * i + 1) = kSamples[i % kCount];
+            }
+            from_.u.At(0, i) = kSamples[i / kCount % kCount];
+            from_.v.At(0, i) = kSamples[i / kCount / kCount];
+        }
+    }
+
+    void ExpectTheFormula(const kit::Matrix& matrix) {
+        KorI420ToBGRAGeneral_C_(from_.y.data(), from_.y.pitch(), from_.u.data(), from_.u.pitch(), from_.v.data(),
+                                from_.v.pitch(), x_.data(), x_.pitch(), 2 * kPairs, 2, matrix.rows, kOff);
+        for (std::size_t i = 0; i < kPairs; ++i) {
+            const int y = from_.y.At(0, 2 * i);
+            const int u = from_.u.At(0, i) - 128;
+            const int v = from_.v.At(0, i) - 128;
+            for (std::size_t channel = 0; channel < 3; ++channel) {
+                const KorInt(&row)[3] = matrix.rows[channel];
+                const int term = (u * row[1] + v * row[2] - 16 * row[0] + 128) >> 8;
+                const int expected = std::clamp((y * matrix.rows[0][0] >> 8) + term, 0, 255);
+                ASSERT_EQ(x_.At(1, 8 * i + 2 - channel), expected)
+                    << "channel " << channel << " of " << y << ", " << u << ", " << v << " by " << matrix.rows[0][0]
+                    << ", " << row[0] << ", " << row[1] << ", " << row[2];
+            }
+        }
+    }
+
+  private:
+    I420Frame from_;
+    Plane x_;
+};
+
+TEST_F(RenderI420GeneralLimits, OfEachCoefficient) {
+    for (std::size_t place = 0; place < 9; ++place) {
+        for (const KorInt limit : {-32769, -32768, -8193, -8192, -8191, 8191, 8192, 8193, 32767, 32768}) {
+            kit::Matrix matrix = {{{298, 0, 409}, {298, -100, -208}, {298, 516, 0}}};
+            matrix.rows[place / 3][place % 3] = limit;
+            ExpectTheFormula(matrix);
+        }
+    }
+}
+
+TEST_F(RenderI420GeneralLimits, OfAllTogether) {
+    for (const KorInt limit : {8191, 8192, 12000, 16383, 32767, 32768}) {
+        for (unsigned signs = 0; signs < 1u << 9; ++signs) {
+            kit::Matrix matrix;
+            for (std::size_t place = 0; place < 9; ++place) {
+                matrix.rows[place / 3][place % 3] = (signs >> place & 1) != 0 ? -limit : limit;
+            }
+            ExpectTheFormula(matrix);
+        }
+    }
 }
 
 TEST(RenderI420General, TooSmallSizesTouchNothingNotEvenTheMatrix) {

@@ -41,6 +41,15 @@
 #define KOR_PREFETCH(address) static_cast<void>(address)
 #endif
 
+// Clang counts the lanes of a loop by its widest type. Loops that part or join bytes ask it for sixteen; where registers
+// are longer it is left alone. Instrumented builds cannot comply, and need not say so.
+#if defined(__clang__) && !defined(__AVX2__)
+#pragma clang diagnostic ignored "-Wpass-failed"
+#define KOR_BYTE_LANES _Pragma("clang loop vectorize_width(16) interleave_count(1)")
+#else
+#define KOR_BYTE_LANES
+#endif
+
 namespace {
 
 // Keeps the low eight bits: the store for results that fit anyway, or that wrap by contract.
@@ -87,6 +96,37 @@ SourceRows ReadingOrder(const KorUint8* x, KorSizeT pitchX, KorSizeT height, Kor
     return flip ? SourceRows{rows.Row(height - 1), -rows.pitch} : rows;
 }
 
+#if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
+constexpr bool kBigEndian = true;
+#else
+constexpr bool kBigEndian = false;
+#endif
+
+// Two neighbouring bytes as the 16-bit word that holds them in memory.
+constexpr KorUint16 BytePair(KorInt16 first, KorInt16 second) {
+    return static_cast<KorUint16>(kBigEndian ? first << 8 | second : second << 8 | first);
+}
+
+// How loops take one byte out of every group: GCC widens reads of single bytes, Clang reads of whole groups as words.
+#if defined(__clang__)
+constexpr bool kReadsWords = true;
+#else
+constexpr bool kReadsWords = false;
+#endif
+
+// The byte at a position in group i, where a group has the size of Word.
+template <class Word, KorSizeT position>
+KOR_INLINE inline KorUint8 ByteOf(const KorUint8* x, KorSizeT i) {
+    static_assert(position < sizeof(Word), "inside the group");
+    if constexpr (kReadsWords) {
+        Word word;
+        KorMemCpy(&word, x + sizeof(Word) * i, sizeof word);
+        return LowByte(word >> 8 * (kBigEndian ? sizeof(Word) - 1 - position : position));
+    } else {
+        return x[sizeof(Word) * i + position];
+    }
+}
+
 constexpr KorUint8 Average(KorUint8 a, KorUint8 b) {
     return static_cast<KorUint8>((a + b + 1) >> 1);
 }
@@ -100,6 +140,7 @@ KOR_KERNEL void AverageRow(KorUint8* KOR_RESTRICT dst, const KorUint8* KOR_RESTR
 
 // The rounded-up average of n pairs of neighbours.
 KOR_KERNEL void AveragePairs(KorUint8* KOR_RESTRICT dst, const KorUint8* KOR_RESTRICT a, KorSizeT n) {
+    KOR_BYTE_LANES
     for (KorSizeT i = 0; i < n; ++i) {
         dst[i] = Average(a[2 * i], a[2 * i + 1]);
     }
@@ -115,6 +156,7 @@ void ReducePairs(KorUint8* dst, const KorUint8* a, KorSizeT n) {
 
 // n pairs of bytes taken apart.
 KOR_KERNEL void SplitRow(KorUint8* KOR_RESTRICT first, KorUint8* KOR_RESTRICT second, const KorUint8* KOR_RESTRICT src, KorSizeT n) {
+    KOR_BYTE_LANES
     for (KorSizeT i = 0; i < n; ++i) {
         first[i] = src[2 * i];
         second[i] = src[2 * i + 1];
@@ -123,9 +165,22 @@ KOR_KERNEL void SplitRow(KorUint8* KOR_RESTRICT first, KorUint8* KOR_RESTRICT se
 
 // n pairs of bytes put together.
 KOR_KERNEL void JoinRow(KorUint8* KOR_RESTRICT dst, const KorUint8* KOR_RESTRICT first, const KorUint8* KOR_RESTRICT second, KorSizeT n) {
+    KOR_BYTE_LANES
     for (KorSizeT i = 0; i < n; ++i) {
         dst[2 * i] = first[i];
         dst[2 * i + 1] = second[i];
+    }
+}
+
+// A block whose two halves are interleaved: one step of a perfect shuffle. A few of them turn rows into columns and pixels
+// into planes, and a loop of this shape widens where the permutation itself does not.
+template <KorSizeT bytes>
+KOR_INLINE inline void InterleaveHalves(KorUint8 (&KOR_RESTRICT to)[bytes], const KorUint8 (&KOR_RESTRICT from)[bytes]) {
+    constexpr KorSizeT half = bytes / 2;
+    KOR_BYTE_LANES
+    for (KorSizeT i = 0; i < half; ++i) {
+        to[2 * i] = from[i];
+        to[2 * i + 1] = from[half + i];
     }
 }
 
@@ -188,30 +243,30 @@ KOR_KERNEL void ReverseRow(KorUint8* KOR_RESTRICT dst, const KorUint8* KOR_RESTR
     }
 }
 
-KOR_INLINE inline void StoreReversed(KorUint8* dst, const Run& run) {
+// Whole runs are reversed with a fixed count.
+KOR_INLINE inline void ReverseRun(KorUint8* KOR_RESTRICT dst, const Run& run) {
     for (KorSizeT k = 0; k < kRun; k += 8) {
         const uint64_t x = ReversedBytes(run + k);
         KorMemCpy(dst + (kRun - 8 - k), &x, 8);
     }
 }
 
-// n pairs of bytes taken apart, in reverse order. The kernels that reverse fill whole runs first, in loops of a fixed
-// count, and store these backwards.
+// n pairs of bytes taken apart, in reverse order.
 KOR_KERNEL void SplitRowReversed(KorUint8* KOR_RESTRICT first, KorUint8* KOR_RESTRICT second, const KorUint8* KOR_RESTRICT src, KorSizeT n) {
-    const KorSizeT whole = n - n % kRun;
-    for (KorSizeT start = 0; start < whole; start += kRun) {
-        Run run1, run2;
+    Run run1, run2;
+    KorSizeT left = n;
+    for (; left >= kRun; left -= kRun, src += 2 * kRun) {
+        KOR_BYTE_LANES
         for (KorSizeT k = 0; k < kRun; ++k) {
-            run1[k] = src[2 * (start + k)];
-            run2[k] = src[2 * (start + k) + 1];
+            run1[k] = src[2 * k];
+            run2[k] = src[2 * k + 1];
         }
-        StoreReversed(first + (n - start - kRun), run1);
-        StoreReversed(second + (n - start - kRun), run2);
+        ReverseRun(first + (left - kRun), run1);
+        ReverseRun(second + (left - kRun), run2);
     }
-    for (KorSizeT i = whole; i < n; ++i) {
-        first[n - 1 - i] = src[2 * i];
-        second[n - 1 - i] = src[2 * i + 1];
-    }
+    SplitRow(run1, run2, src, left);
+    ReverseRow(first, run1, left);
+    ReverseRow(second, run2, left);
 }
 
 KOR_KERNEL void SwapRows(KorUint8* KOR_RESTRICT top, KorUint8* KOR_RESTRICT bottom, KorSizeT n) {
@@ -267,26 +322,21 @@ void SplitReversed(TurnedPlane uv1, TurnedPlane uv2, SourceRows src, KorSizeT wi
 // lines. What the bytes of a row are, samples, pairs or groups of a packed layout, matters only where columns are stored.
 constexpr KorSizeT kTile = 16;
 
-// Interleaves the two halves of a tile. That rotates the bits of every byte's position by one, so that four of them
-// exchange the number of the row and the number of the column. A loop of this shape widens where a plain transposition
-// does not.
-KOR_INLINE inline void InterleaveHalves(KorUint8* KOR_RESTRICT to, const KorUint8* KOR_RESTRICT from) {
-    constexpr KorSizeT half = kTile * kTile / 2;
-    for (KorSizeT i = 0; i < half; ++i) {
-        to[2 * i] = from[i];
-        to[2 * i + 1] = from[half + i];
-    }
-}
-
-// A tile as columns of kTile bytes, in the order in which the samples of a turned plane run. Before the last pass the
-// same columns stand there twice as short: those of the even rows, then those of the odd rows.
+// A tile as columns of kTile bytes, in the order in which the samples of a turned plane run. Interleaving halves rotates the
+// bits of every byte's position by one, so that four steps exchange the numbers of row and column. Before the last step
+// the same columns stand there twice as short: those of the even rows, then those of the odd rows.
 struct TransposedTile {
-    // Zero, so that tiles at the edges of a picture hold nothing indeterminate; whole tiles fill them.
-    KorUint8 columns[kTile * kTile] = {};
+    KorUint8 columns[kTile * kTile];
     KorUint8 halves[kTile * kTile];
 
     // Takes h rows of w bytes from source row j on.
     KOR_INLINE void Load(SourceRows src, KorSizeT firstByte, KorSizeT j, KorSizeT w, KorSizeT h, bool downwards) {
+        if (w < kTile || h < kTile) {
+            // Tiles at the edges of a picture hold nothing indeterminate.
+            for (KorUint8& sample : columns) {
+                sample = 0;
+            }
+        }
         const SourceRows rows = {src.Row(downwards ? j : j + h - 1) + firstByte, downwards ? src.pitch : -src.pitch};
         for (KorSizeT r = 0; r < h; ++r) {
             KorMemCpy(columns + kTile * r, rows.Row(r), w);
@@ -533,26 +583,38 @@ static_assert(MapsGreyTo(kBt601Of24Bit, 0, 16, 128, 128) && MapsGreyTo(kBt601Of2
 static_assert(MapsGreyTo(kBt709, 0, 16, 128, 128) && MapsGreyTo(kBt709, 255, 235, 127, 128));
 static_assert(Weigh(kBt601.u, kChromaOffset, 0, 0, 255) == 239 && Weigh(kBt601.v, kChromaOffset, 255, 0, 0) == 239);
 
-// Takes n pixels apart. The alpha byte is not touched.
+// Takes n pixels apart, at least one. Where pixels are read as words their alpha comes along and is dropped; the pixel whose
+// alpha begins or ends the run is then taken by its bytes, so that nothing outside the colours is touched.
 template <const RgbLayout& layout>
 KOR_KERNEL void SplitPixels(KorUint8* KOR_RESTRICT r, KorUint8* KOR_RESTRICT g, KorUint8* KOR_RESTRICT b, const KorUint8* KOR_RESTRICT x, KorSizeT n) {
-    for (KorSizeT i = 0; i < n; ++i) {
-        r[i] = x[4 * i + layout.ro];
-        g[i] = x[4 * i + layout.go];
-        b[i] = x[4 * i + layout.bo];
+    constexpr bool alphaFirst = layout.ao == 0;
+    const KorSizeT begin = kReadsWords && alphaFirst ? 1 : 0;
+    const KorSizeT end = kReadsWords && !alphaFirst ? n - 1 : n;
+    KOR_BYTE_LANES
+    for (KorSizeT i = begin; i < end; ++i) {
+        r[i] = ByteOf<KorUint, layout.ro>(x, i);
+        g[i] = ByteOf<KorUint, layout.go>(x, i);
+        b[i] = ByteOf<KorUint, layout.bo>(x, i);
+    }
+    if (kReadsWords) {
+        const KorSizeT edge = alphaFirst ? 0 : n - 1;
+        r[edge] = x[4 * edge + layout.ro];
+        g[edge] = x[4 * edge + layout.go];
+        b[edge] = x[4 * edge + layout.bo];
     }
 }
 
 // Weigh for n pixels. Only bits 8 to 15 of the sum reach the result, so it is formed modulo 2^16, in lanes half as wide
 // as the sum itself would need.
-KOR_KERNEL void WeighRow(KorUint8* KOR_RESTRICT dst, const KorUint8* KOR_RESTRICT r, const KorUint8* KOR_RESTRICT g, const KorUint8* KOR_RESTRICT b, const RgbToYuvRow& weights, KorUint8 offset, KorSizeT n) {
-    const KorUint16 wr = static_cast<KorUint16>(weights[0]);
-    const KorUint16 wg = static_cast<KorUint16>(weights[1]);
-    const KorUint16 wb = static_cast<KorUint16>(weights[2]);
+KOR_KERNEL void WeighLanes(KorUint8* KOR_RESTRICT dst, const KorUint8* KOR_RESTRICT r, const KorUint8* KOR_RESTRICT g, const KorUint8* KOR_RESTRICT b, KorUint16 wr, KorUint16 wg, KorUint16 wb, KorUint8 offset, KorSizeT n) {
     for (KorSizeT i = 0; i < n; ++i) {
         const KorUint16 sum = static_cast<KorUint16>(wr * r[i] + wg * g[i] + wb * b[i]);
         dst[i] = LowByte(KorUint{sum} / 256 + offset);
     }
+}
+
+void WeighRow(KorUint8* dst, const KorUint8* r, const KorUint8* g, const KorUint8* b, const RgbToYuvRow& weights, KorUint8 offset, KorSizeT n) {
+    WeighLanes(dst, r, g, b, static_cast<KorUint16>(weights[0]), static_cast<KorUint16>(weights[1]), static_cast<KorUint16>(weights[2]), offset, n);
 }
 
 // The chroma of the blocks that n columns make, where each column is already the average of its rows.
@@ -739,29 +801,50 @@ bool Overlap(const KorInt (*coeffs)[3], Plane plane, KorSizeT width, KorSizeT he
     return coeffsBegin < planeBegin + planeBytes && planeBegin < coeffsBegin + 3 * sizeof *coeffs;
 }
 
-// 24-bit pixels spread to 32 bits. Each four-byte copy takes the next pixel's first byte along as padding; the last
-// pixel of the run has none to take.
-KOR_KERNEL void SpreadPixels(KorUint8* KOR_RESTRICT x, const KorUint8* KOR_RESTRICT rgb, KorSizeT n) {
-    for (KorSizeT i = 0; i + 1 < n; ++i) {
-        KorMemCpy(x + 4 * i, rgb + 3 * i, 4);
+// Takes n pixels of three bytes apart, 32 at a time. Their 96 bytes have places from 0 to 95, and interleaving halves
+// doubles a place modulo 95. Byte 3 * i + c of the pixels belongs to place i + 32 * c, 32 times as far modulo 95: five steps.
+KOR_KERNEL void SplitTriples(KorUint8* KOR_RESTRICT first, KorUint8* KOR_RESTRICT second, KorUint8* KOR_RESTRICT third, const KorUint8* KOR_RESTRICT x, KorSizeT n) {
+    constexpr KorSizeT block = 32;
+    static_assert(32 * (3 * 5 + 2) % 95 == 5 + 32 * 2, "32 is the inverse of 3 modulo 95");
+    const KorSizeT whole = n - n % block;
+    for (KorSizeT i = 0; i < whole; i += block) {
+        KorUint8 pixels[3 * block], planes[3 * block];
+        KorMemCpy(pixels, x + 3 * i, sizeof pixels);
+        InterleaveHalves(planes, pixels);
+        InterleaveHalves(pixels, planes);
+        InterleaveHalves(planes, pixels);
+        InterleaveHalves(pixels, planes);
+        InterleaveHalves(planes, pixels);
+        KorMemCpy(first + i, planes, block);
+        KorMemCpy(second + i, planes + block, block);
+        KorMemCpy(third + i, planes + 2 * block, block);
     }
-    KorMemCpy(x + 4 * (n - 1), rgb + 3 * (n - 1), 3);
+    for (KorSizeT i = whole; i < n; ++i) {
+        first[i] = x[3 * i];
+        second[i] = x[3 * i + 1];
+        third[i] = x[3 * i + 2];
+    }
 }
 
 // The rounded average of the four samples of n blocks.
 KOR_KERNEL void AverageBlocks(KorUint8* KOR_RESTRICT dst, const KorUint8* KOR_RESTRICT a, const KorUint8* KOR_RESTRICT b, KorSizeT n) {
+    KOR_BYTE_LANES
     for (KorSizeT i = 0; i < n; ++i) {
         dst[i] = static_cast<KorUint8>((a[2 * i] + a[2 * i + 1] + b[2 * i] + b[2 * i + 1] + 2) >> 2);
     }
 }
 
+// The bytes of a 24-bit pixel: red first or blue first.
+enum class Order24 {
+    Rgb,
+    Bgr,
+};
+
 // The 24-bit captures convert every pixel and average its chroma afterwards.
-template <const RgbLayout& layout>
-void Convert24Bit(KorUint8* y, KorUint8* u, KorUint8* v, const KorUint8* rgb, KorSizeT n) {
-    KorUint8 pixels[4 * kRun];
+void Convert24Bit(KorUint8* y, KorUint8* u, KorUint8* v, const KorUint8* rgb, Order24 order, KorSizeT n) {
     RgbRun row;
-    SpreadPixels(pixels, rgb, n);
-    SplitPixels<layout>(row.r, row.g, row.b, pixels, n);
+    const bool redFirst = order == Order24::Rgb;
+    SplitTriples(redFirst ? row.r : row.b, row.g, redFirst ? row.b : row.r, rgb, n);
     WeighRow(y, row.r, row.g, row.b, kBt601Of24Bit.y, kLumaOffset, n);
     WeighRow(u, row.r, row.g, row.b, kBt601Of24Bit.u, kChromaOffset, n);
     WeighRow(v, row.r, row.g, row.b, kBt601Of24Bit.v, kChromaOffset, n);
@@ -790,8 +873,7 @@ void WriteCornerChroma(Plane plane, KorSizeT widthC, KorSizeT heightC, KorUint8 
     }
 }
 
-template <const RgbLayout& layout>
-void Capture24Bit(Plane y, Plane u, Plane v, const KorUint8* rgb, KorSizeT pitchRgb, KorSizeT width, KorSizeT height, KorBool flip) {
+void Capture24Bit(Plane y, Plane u, Plane v, const KorUint8* rgb, KorSizeT pitchRgb, Order24 order, KorSizeT width, KorSizeT height, KorBool flip) {
     if (width == 0 || height == 0) {
         return;
     }
@@ -804,8 +886,8 @@ void Capture24Bit(Plane y, Plane u, Plane v, const KorUint8* rgb, KorSizeT pitch
     for (KorSizeT i = 0; i < heightC; ++i) {
         for (KorSizeT start = 0; start < width; start += kRun) {
             const KorSizeT n = Min(kRun, width - start);
-            Convert24Bit<layout>(y.Row(2 * i) + start, u0, v0, rows.Row(2 * i) + 3 * start, n);
-            Convert24Bit<layout>(y.Row(2 * i + 1) + start, u1, v1, rows.Row(2 * i + 1) + 3 * start, n);
+            Convert24Bit(y.Row(2 * i) + start, u0, v0, rows.Row(2 * i) + 3 * start, order, n);
+            Convert24Bit(y.Row(2 * i + 1) + start, u1, v1, rows.Row(2 * i + 1) + 3 * start, order, n);
             ReduceBlocks(u.Row(i) + start / 2, u0, u1, n);
             ReduceBlocks(v.Row(i) + start / 2, v0, v1, n);
         }
@@ -819,7 +901,7 @@ void Capture24Bit(Plane y, Plane u, Plane v, const KorUint8* rgb, KorSizeT pitch
     if (IsOdd(height)) {
         for (KorSizeT start = 0; start < width2; start += kRun) {
             const KorSizeT n = Min(kRun, width2 - start);
-            Convert24Bit<layout>(y.Row(height2) + start, u0, v0, rows.Row(height2) + 3 * start, n);
+            Convert24Bit(y.Row(height2) + start, u0, v0, rows.Row(height2) + 3 * start, order, n);
             AveragePairs(u.Row(heightC) + start / 2, u0, n / 2);
             AveragePairs(v.Row(heightC) + start / 2, v0, n / 2);
         }
@@ -831,7 +913,7 @@ void Capture24Bit(Plane y, Plane u, Plane v, const KorUint8* rgb, KorSizeT pitch
     if (IsOdd(width) && IsOdd(height)) {
         // Deliberate: the corner repeats the luma above it. Only a picture of one row converts its own.
         KorUint8 yOwn, uOwn, vOwn;
-        Convert24Bit<layout>(&yOwn, &uOwn, &vOwn, rows.Row(height2) + 3 * width2, 1);
+        Convert24Bit(&yOwn, &uOwn, &vOwn, rows.Row(height2) + 3 * width2, order, 1);
         y.Row(height2)[width2] = heightC != 0 ? y.Row(height2 - 1)[width2] : yOwn;
         WriteCornerChroma(u, widthC, heightC, uOwn);
         WriteCornerChroma(v, widthC, heightC, vOwn);
@@ -952,7 +1034,7 @@ void KorRawToI420_C_(KorUint8* y, KorSizeT pitchY,
                      KorUint8* v, KorSizeT pitchV,
                      const KorUint8* rgb, KorSizeT pitchRgb,
                      KorSizeT width, KorSizeT height, KorBool flip) {
-    Capture24Bit<kRgba>({y, pitchY}, {u, pitchU}, {v, pitchV}, rgb, pitchRgb, width, height, flip);
+    Capture24Bit({y, pitchY}, {u, pitchU}, {v, pitchV}, rgb, pitchRgb, Order24::Rgb, width, height, flip);
 }
 
 void Kor24BGToI420_C_(KorUint8* y, KorSizeT pitchY,
@@ -960,7 +1042,7 @@ void Kor24BGToI420_C_(KorUint8* y, KorSizeT pitchY,
                       KorUint8* v, KorSizeT pitchV,
                       const KorUint8* bgr, KorSizeT pitchBgr,
                       KorSizeT width, KorSizeT height, KorBool flip) {
-    Capture24Bit<kBgra>({y, pitchY}, {u, pitchU}, {v, pitchV}, bgr, pitchBgr, width, height, flip);
+    Capture24Bit({y, pitchY}, {u, pitchU}, {v, pitchV}, bgr, pitchBgr, Order24::Bgr, width, height, flip);
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -1015,11 +1097,17 @@ KorSizeT DrawShortIndex() {
     return index;
 }
 
-// KorByteClip in a 16-bit lane. The mask is the lower limit; written as a second condition it would be widened into
-// compares and selects instead of one operation.
+constexpr KorInt16 MinLane(KorInt16 a, KorInt16 b) {
+    return a < b ? a : b;
+}
+
+constexpr KorInt16 MaxLane(KorInt16 a, KorInt16 b) {
+    return a > b ? a : b;
+}
+
+// KorByteClip in a 16-bit lane.
 constexpr KorInt16 ClipLane(KorInt16 value) {
-    const KorInt16 atLeast0 = static_cast<KorInt16>(value & ~(value >> 15));
-    return atLeast0 > 255 ? KorInt16{255} : atLeast0;
+    return MinLane(MaxLane(value, 0), 255);
 }
 
 static_assert(ClipLane(-32768) == 0 && ClipLane(-1) == 0 && ClipLane(0) == 0 && ClipLane(255) == 255 && ClipLane(256) == 255 && ClipLane(32767) == 255, "saturates at both ends");
@@ -1030,9 +1118,8 @@ template <KorUint rsBits>
 constexpr KorUint8 NoisySample(KorUint8 sample, KorInt16 entry) {
     static_assert(rsBits <= 4, "the limits of the entry are chosen for shifts up to 4");
     constexpr KorInt rsRound = (1 << rsBits) >> 1;
-    const KorInt16 atLeast = entry < -4096 ? KorInt16{-4096} : entry;
-    const KorInt16 limited = atLeast > 4095 ? KorInt16{4095} : atLeast;
-    const KorInt16 noise = static_cast<KorInt16>((limited + rsRound) >> rsBits);
+    const KorInt16 limited = MinLane(MaxLane(entry, -4096), 4095);
+    const KorInt16 noise = static_cast<KorInt16>(static_cast<KorInt16>(limited + rsRound) >> rsBits);
     return static_cast<KorUint8>(ClipLane(static_cast<KorInt16>(sample + noise)));
 }
 
@@ -1182,6 +1269,20 @@ KOR_KERNEL void WriteTerms(KorInt16* KOR_RESTRICT rR, KorInt16* KOR_RESTRICT gG,
     }
 }
 
+// Every term twice, for the two pixels of a pair.
+KOR_KERNEL void RepeatRow(KorInt16* KOR_RESTRICT dst, const KorInt16* KOR_RESTRICT terms, KorSizeT n) {
+    for (KorSizeT i = 0; i < n; ++i) {
+        dst[2 * i] = terms[i];
+        dst[2 * i + 1] = terms[i];
+    }
+}
+
+void RepeatTerms(TermRun& pixels, const TermRun& pairs, KorSizeT n) {
+    RepeatRow(pixels.rR, pairs.rR, n);
+    RepeatRow(pixels.gG, pairs.gG, n);
+    RepeatRow(pixels.bB, pairs.bB, n);
+}
+
 // The chroma term of one channel with a caller's coefficients. The sum wraps modulo 2^32 by contract.
 constexpr KorInt CallerTerm(const KorInt (&row)[3], KorUint8 u, KorUint8 v) {
     const KorUint sum = static_cast<KorUint>(u - 128) * static_cast<KorUint>(row[1]) + static_cast<KorUint>(v - 128) * static_cast<KorUint>(row[2]) - 16u * static_cast<KorUint>(row[0]) + 128u;
@@ -1191,34 +1292,36 @@ constexpr KorInt CallerTerm(const KorInt (&row)[3], KorUint8 u, KorUint8 v) {
 static_assert(CallerTerm({256, 0, 0}, 0, 0) == -16 && CallerTerm({0, 0, 0}, 9, 9) == 0, "chroma terms are rounded, then floored");
 static_assert(CallerTerm({0, 1, 0}, 0, 128) == 0 && CallerTerm({0, 129, 0}, 127, 128) == -1, "rounded toward minus infinity");
 
-// Luma multipliers whose products fit a 16-bit lane: luma then lies between -8160 and 8159, and a term beyond the limits
-// below saturates whatever the luma is.
-constexpr bool FitsLanes(KorInt lumaMultiplier) {
-    return lumaMultiplier >= -8192 && lumaMultiplier <= 8191;
-}
-constexpr KorInt kLowestTerm = -8448;
-constexpr KorInt kHighestTerm = 8447;
-static_assert(8159 + kLowestTerm < 0 && -8160 + kHighestTerm > 255 && 8159 + kHighestTerm <= 32767, "limits are lossless, sums fit");
+// Coefficients of at most 32 in magnitude leave every luma and every term, and their sums, in a 16-bit lane.
+constexpr KorInt kLaneCoefficient = 8191;
+static_assert((255 * kLaneCoefficient >> 8) + CallerTerm({-kLaneCoefficient, -kLaneCoefficient, -kLaneCoefficient}, 0, 0) <= 32767, "sums fit at the upper end");
+static_assert((-255 * kLaneCoefficient >> 8) + CallerTerm({kLaneCoefficient, kLaneCoefficient, kLaneCoefficient}, 0, 0) >= -32768, "and at the lower end");
 
+bool FitsLanes(const RenderCoefficients& coeffs) {
+    bool fits = true;
+    for (const auto& row : coeffs.rows) {
+        for (const KorInt coefficient : row) {
+            fits = fits && coefficient >= -kLaneCoefficient && coefficient <= kLaneCoefficient;
+        }
+    }
+    return fits;
+}
+
+// CallerTerm for n samples. Products of 16-bit factors are widened in far fewer operations than those of wider ones.
 KOR_KERNEL void WriteCallerTerms(KorInt16* KOR_RESTRICT terms, const KorUint8* KOR_RESTRICT u, const KorUint8* KOR_RESTRICT v, const KorInt (&row)[3], KorSizeT n) {
-    const KorInt local[3] = {row[0], row[1], row[2]};
+    const KorInt offset = 128 - 16 * row[0];
+    const KorInt16 uMultiplier = static_cast<KorInt16>(row[1]);
+    const KorInt16 vMultiplier = static_cast<KorInt16>(row[2]);
     for (KorSizeT i = 0; i < n; ++i) {
-        terms[i] = static_cast<KorInt16>(KorClip3(kLowestTerm, kHighestTerm, CallerTerm(local, u[i], v[i])));
+        const KorInt16 uCentred = static_cast<KorInt16>(u[i] - 128);
+        const KorInt16 vCentred = static_cast<KorInt16>(v[i] - 128);
+        terms[i] = static_cast<KorInt16>((uCentred * uMultiplier + vCentred * vMultiplier + offset) >> 8);
     }
 }
 
 // (y * multiplier) >> 8 in a 16-bit lane, by whole and fraction of the multiplier.
 constexpr KorInt16 LumaLane(KorUint8 y, KorInt16 whole, KorUint16 fraction) {
     return static_cast<KorInt16>(y * whole + (static_cast<KorUint16>(y * fraction) >> 8));
-}
-
-// Two neighbouring bytes as the 16-bit word that holds them in memory.
-constexpr KorUint16 BytePair(KorInt16 first, KorInt16 second) {
-#if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
-    return static_cast<KorUint16>(first << 8 | second);
-#else
-    return static_cast<KorUint16>(second << 8 | first);
-#endif
 }
 
 // Puts a pixel together in registers and writes it as two words: single bytes would not be widened.
@@ -1234,20 +1337,8 @@ KOR_INLINE inline void WritePixel(KorUint8* x, KorInt16 yY, KorInt16 rR, KorInt1
     KorMemCpy(x + 2, &back, 2);
 }
 
-// A row of pairs of pixels, one set of terms a pair.
 template <const RgbLayout& layout>
-KOR_KERNEL void RenderPairs(KorUint8* KOR_RESTRICT x, const KorUint8* KOR_RESTRICT y, const KorInt16* KOR_RESTRICT rR, const KorInt16* KOR_RESTRICT gG, const KorInt16* KOR_RESTRICT bB, KorInt lumaMultiplier, KorSizeT n) {
-    const KorInt16 whole = static_cast<KorInt16>(lumaMultiplier >> 8);
-    const KorUint16 fraction = LowByte(static_cast<KorUint>(lumaMultiplier));
-    for (KorSizeT i = 0; i < n; ++i) {
-        WritePixel<layout>(x + 8 * i, LumaLane(y[2 * i], whole, fraction), rR[i], gG[i], bB[i]);
-        WritePixel<layout>(x + 8 * i + 4, LumaLane(y[2 * i + 1], whole, fraction), rR[i], gG[i], bB[i]);
-    }
-}
-
-// A row of pixels, each with terms of its own.
-template <const RgbLayout& layout>
-KOR_KERNEL void RenderPixels(KorUint8* KOR_RESTRICT x, const KorUint8* KOR_RESTRICT y, const KorInt16* KOR_RESTRICT rR, const KorInt16* KOR_RESTRICT gG, const KorInt16* KOR_RESTRICT bB, KorInt lumaMultiplier, KorSizeT n) {
+KOR_KERNEL void RenderRow(KorUint8* KOR_RESTRICT x, const KorUint8* KOR_RESTRICT y, const KorInt16* KOR_RESTRICT rR, const KorInt16* KOR_RESTRICT gG, const KorInt16* KOR_RESTRICT bB, KorInt lumaMultiplier, KorSizeT n) {
     const KorInt16 whole = static_cast<KorInt16>(lumaMultiplier >> 8);
     const KorUint16 fraction = LowByte(static_cast<KorUint>(lumaMultiplier));
     for (KorSizeT i = 0; i < n; ++i) {
@@ -1255,7 +1346,7 @@ KOR_KERNEL void RenderPixels(KorUint8* KOR_RESTRICT x, const KorUint8* KOR_RESTR
     }
 }
 
-// A row of pairs of BGRA pixels in 32-bit arithmetic, for luma multipliers that do not fit the lanes.
+// A row of pairs of BGRA pixels in 32-bit arithmetic, for coefficients that do not fit the lanes.
 KOR_KERNEL void RenderPairsWide(KorUint8* KOR_RESTRICT x, const KorUint8* KOR_RESTRICT y, const KorUint8* KOR_RESTRICT u, const KorUint8* KOR_RESTRICT v, const RenderCoefficients& coeffs, KorSizeT n) {
     for (KorSizeT i = 0; i < 2 * n; ++i) {
         const KorInt yY = static_cast<KorInt>(y[i] * static_cast<KorUint>(coeffs.rows[0][0])) >> 8;
@@ -1277,11 +1368,12 @@ KOR_KERNEL void SqueezePixels(KorUint8* KOR_RESTRICT bgr, const KorUint8* KOR_RE
 
 template <const RgbLayout& layout>
 void I420ToXXXX_C_(const SourcePlanes& planes, Plane x, KorSizeT width, KorSizeT height, const YuvToRgbMatrix& matrix) {
-    TermRun terms;
+    TermRun pairs, terms;
     ForEachBlockRun(planes, width, height, [&](KorSizeT row, KorSizeT start, const KorUint8* y0, const KorUint8* y1, const KorUint8* u, const KorUint8* v, KorSizeT n) {
-        WriteTerms(terms.rR, terms.gG, terms.bB, u, v, matrix, n / 2);
-        RenderPairs<layout>(x.Row(row) + 4 * start, y0, terms.rR, terms.gG, terms.bB, kRenderLuma, n / 2);
-        RenderPairs<layout>(x.Row(row + 1) + 4 * start, y1, terms.rR, terms.gG, terms.bB, kRenderLuma, n / 2);
+        WriteTerms(pairs.rR, pairs.gG, pairs.bB, u, v, matrix, n / 2);
+        RepeatTerms(terms, pairs, n / 2);
+        RenderRow<layout>(x.Row(row) + 4 * start, y0, terms.rR, terms.gG, terms.bB, kRenderLuma, n);
+        RenderRow<layout>(x.Row(row + 1) + 4 * start, y1, terms.rR, terms.gG, terms.bB, kRenderLuma, n);
     });
 }
 
@@ -1298,7 +1390,7 @@ void I444ToBgra(const SourcePlanes& planes, Plane x, KorSizeT width, KorSizeT he
             const KorUint8* u = planes.u.Read(noisyU, row, start, n);
             const KorUint8* v = planes.v.Read(noisyV, row, start, n);
             WriteTerms(terms.rR, terms.gG, terms.bB, u, v, matrix, n);
-            RenderPixels<kBgra>(x.Row(row) + 4 * start, y, terms.rR, terms.gG, terms.bB, kRenderLuma, n);
+            RenderRow<kBgra>(x.Row(row) + 4 * start, y, terms.rR, terms.gG, terms.bB, kRenderLuma, n);
         }
     }
 }
@@ -1306,16 +1398,18 @@ void I444ToBgra(const SourcePlanes& planes, Plane x, KorSizeT width, KorSizeT he
 void I420ToBgraGeneral(const SourcePlanes& planes, Plane x, KorSizeT width, KorSizeT height, const RenderCoefficients& matrix) {
     // Deliberate: row 0 gives the luma multiplier of all three channels; the luma offset comes from each row's own.
     const KorInt lumaMultiplier = matrix.rows[0][0];
-    TermRun terms;
+    const bool fitsLanes = FitsLanes(matrix);
+    TermRun pairs, terms;
     ForEachBlockRun(planes, width, height, [&](KorSizeT row, KorSizeT start, const KorUint8* y0, const KorUint8* y1, const KorUint8* u, const KorUint8* v, KorSizeT n) {
         KorUint8* x0 = x.Row(row) + 4 * start;
         KorUint8* x1 = x.Row(row + 1) + 4 * start;
-        if (FitsLanes(lumaMultiplier)) {
-            WriteCallerTerms(terms.rR, u, v, matrix.rows[0], n / 2);
-            WriteCallerTerms(terms.gG, u, v, matrix.rows[1], n / 2);
-            WriteCallerTerms(terms.bB, u, v, matrix.rows[2], n / 2);
-            RenderPairs<kBgra>(x0, y0, terms.rR, terms.gG, terms.bB, lumaMultiplier, n / 2);
-            RenderPairs<kBgra>(x1, y1, terms.rR, terms.gG, terms.bB, lumaMultiplier, n / 2);
+        if (fitsLanes) {
+            WriteCallerTerms(pairs.rR, u, v, matrix.rows[0], n / 2);
+            WriteCallerTerms(pairs.gG, u, v, matrix.rows[1], n / 2);
+            WriteCallerTerms(pairs.bB, u, v, matrix.rows[2], n / 2);
+            RepeatTerms(terms, pairs, n / 2);
+            RenderRow<kBgra>(x0, y0, terms.rR, terms.gG, terms.bB, lumaMultiplier, n);
+            RenderRow<kBgra>(x1, y1, terms.rR, terms.gG, terms.bB, lumaMultiplier, n);
         } else {
             RenderPairsWide(x0, y0, u, v, matrix, n / 2);
             RenderPairsWide(x1, y1, u, v, matrix, n / 2);
@@ -1324,13 +1418,14 @@ void I420ToBgraGeneral(const SourcePlanes& planes, Plane x, KorSizeT width, KorS
 }
 
 void I420To24Bit(const SourcePlanes& planes, Plane x, KorSizeT width, KorSizeT height) {
-    TermRun terms;
+    TermRun pairs, terms;
     KorUint8 pixels[4 * kRun];
     ForEachBlockRun(planes, width, height, [&](KorSizeT row, KorSizeT start, const KorUint8* y0, const KorUint8* y1, const KorUint8* u, const KorUint8* v, KorSizeT n) {
-        WriteTerms(terms.rR, terms.gG, terms.bB, u, v, kRenderBt601, n / 2);
-        RenderPairs<kBgra>(pixels, y0, terms.rR, terms.gG, terms.bB, kRenderLuma, n / 2);
+        WriteTerms(pairs.rR, pairs.gG, pairs.bB, u, v, kRenderBt601, n / 2);
+        RepeatTerms(terms, pairs, n / 2);
+        RenderRow<kBgra>(pixels, y0, terms.rR, terms.gG, terms.bB, kRenderLuma, n);
         SqueezePixels(x.Row(row) + 3 * start, pixels, n);
-        RenderPairs<kBgra>(pixels, y1, terms.rR, terms.gG, terms.bB, kRenderLuma, n / 2);
+        RenderRow<kBgra>(pixels, y1, terms.rR, terms.gG, terms.bB, kRenderLuma, n);
         SqueezePixels(x.Row(row + 1) + 3 * start, pixels, n);
     });
 }
@@ -1431,17 +1526,19 @@ constexpr PackedLayout kUyvy = {1, 0, 2};
 
 template <const PackedLayout& layout>
 KOR_KERNEL void TakeLuma(KorUint8* KOR_RESTRICT y, const KorUint8* KOR_RESTRICT x, KorSizeT n) {
+    KOR_BYTE_LANES
     for (KorSizeT i = 0; i < n; ++i) {
-        y[i] = x[2 * i + layout.y];
+        y[i] = ByteOf<KorUint16, layout.y>(x, i);
     }
 }
 
 // The chroma of n groups of a row pair.
 template <const PackedLayout& layout>
 KOR_KERNEL void AverageChroma(KorUint8* KOR_RESTRICT u, KorUint8* KOR_RESTRICT v, const KorUint8* KOR_RESTRICT x0, const KorUint8* KOR_RESTRICT x1, KorSizeT n) {
+    KOR_BYTE_LANES
     for (KorSizeT i = 0; i < n; ++i) {
-        u[i] = Average(x0[4 * i + layout.u], x1[4 * i + layout.u]);
-        v[i] = Average(x0[4 * i + layout.v], x1[4 * i + layout.v]);
+        u[i] = Average(ByteOf<KorUint, layout.u>(x0, i), ByteOf<KorUint, layout.u>(x1, i));
+        v[i] = Average(ByteOf<KorUint, layout.v>(x0, i), ByteOf<KorUint, layout.v>(x1, i));
     }
 }
 
@@ -1467,35 +1564,38 @@ void PackedToI420(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, Ko
 // TakeLuma and AverageChroma in reverse order.
 template <const PackedLayout& layout>
 KOR_KERNEL void TakeLumaReversed(KorUint8* KOR_RESTRICT y, const KorUint8* KOR_RESTRICT x, KorSizeT n) {
-    const KorSizeT whole = n - n % kRun;
-    for (KorSizeT start = 0; start < whole; start += kRun) {
-        Run run;
+    Run luma;
+    for (; n >= kRun; n -= kRun, x += 2 * kRun) {
+        KOR_BYTE_LANES
         for (KorSizeT k = 0; k < kRun; ++k) {
-            run[k] = x[2 * (start + k) + layout.y];
+            luma[k] = ByteOf<KorUint16, layout.y>(x, k);
         }
-        StoreReversed(y + (n - start - kRun), run);
+        ReverseRun(y + (n - kRun), luma);
     }
-    for (KorSizeT i = whole; i < n; ++i) {
-        y[n - 1 - i] = x[2 * i + layout.y];
+    TakeLuma<layout>(luma, x, n);
+    ReverseRow(y, luma, n);
+}
+
+// The chroma of n pixels of a row pair, U and V still in turn.
+template <const PackedLayout& layout>
+KOR_KERNEL void AverageChromaPairs(KorUint8* KOR_RESTRICT c, const KorUint8* KOR_RESTRICT x0, const KorUint8* KOR_RESTRICT x1, KorSizeT n) {
+    static_assert(layout.v == layout.u + 2, "every other byte is chroma");
+    KOR_BYTE_LANES
+    for (KorSizeT i = 0; i < n; ++i) {
+        c[i] = Average(ByteOf<KorUint16, layout.u>(x0, i), ByteOf<KorUint16, layout.u>(x1, i));
     }
 }
 
 template <const PackedLayout& layout>
-KOR_KERNEL void AverageChromaReversed(KorUint8* KOR_RESTRICT u, KorUint8* KOR_RESTRICT v, const KorUint8* KOR_RESTRICT x0, const KorUint8* KOR_RESTRICT x1, KorSizeT n) {
-    const KorSizeT whole = n - n % kRun;
-    for (KorSizeT start = 0; start < whole; start += kRun) {
-        Run runU, runV;
-        for (KorSizeT k = 0; k < kRun; ++k) {
-            const KorSizeT group = 4 * (start + k);
-            runU[k] = Average(x0[group + layout.u], x1[group + layout.u]);
-            runV[k] = Average(x0[group + layout.v], x1[group + layout.v]);
-        }
-        StoreReversed(u + (n - start - kRun), runU);
-        StoreReversed(v + (n - start - kRun), runV);
-    }
-    for (KorSizeT i = whole; i < n; ++i) {
-        u[n - 1 - i] = Average(x0[4 * i + layout.u], x1[4 * i + layout.u]);
-        v[n - 1 - i] = Average(x0[4 * i + layout.v], x1[4 * i + layout.v]);
+void AverageChromaReversed(KorUint8* u, KorUint8* v, const KorUint8* x0, const KorUint8* x1, KorSizeT n) {
+    KorUint8 chroma[8 * kRun];
+    for (KorSizeT end = n; end != 0;) {
+        const KorSizeT m = Min(end, sizeof chroma / 2);
+        end -= m;
+        AverageChromaPairs<layout>(chroma, x0, x1, 2 * m);
+        SplitRowReversed(u + end, v + end, chroma, m);
+        x0 += 4 * m;
+        x1 += 4 * m;
     }
 }
 
@@ -1619,8 +1719,9 @@ static_assert(ExpandChroma(128) == 0 && ExpandChroma(16) == 129 && ExpandChroma(
 static_assert(ExpandChroma(15) == 127 && ExpandChroma(241) == 128, "chroma wraps");
 
 KOR_KERNEL void TakeYuv2Luma(KorUint8* KOR_RESTRICT y, const KorUint8* KOR_RESTRICT yuv2, KorSizeT n) {
+    KOR_BYTE_LANES
     for (KorSizeT i = 0; i < n; ++i) {
-        y[i] = LimitLuma(yuv2[2 * i]);
+        y[i] = LimitLuma(ByteOf<KorUint16, kYuy2.y>(yuv2, i));
     }
 }
 
@@ -1630,9 +1731,10 @@ constexpr KorUint8 AverageSigned(KorUint8 upper, KorUint8 lower) {
 }
 
 KOR_KERNEL void AverageYuv2Chroma(KorUint8* KOR_RESTRICT u, KorUint8* KOR_RESTRICT v, const KorUint8* KOR_RESTRICT x0, const KorUint8* KOR_RESTRICT x1, KorSizeT n) {
+    KOR_BYTE_LANES
     for (KorSizeT i = 0; i < n; ++i) {
-        u[i] = AverageSigned(x0[4 * i + kYuy2.u], x1[4 * i + kYuy2.u]);
-        v[i] = AverageSigned(x0[4 * i + kYuy2.v], x1[4 * i + kYuy2.v]);
+        u[i] = AverageSigned(ByteOf<KorUint, kYuy2.u>(x0, i), ByteOf<KorUint, kYuy2.u>(x1, i));
+        v[i] = AverageSigned(ByteOf<KorUint, kYuy2.v>(x0, i), ByteOf<KorUint, kYuy2.v>(x1, i));
     }
 }
 
@@ -1822,13 +1924,12 @@ void DitherChroma(Plane out, SourceRows in, KorSizeT noiseIndex, KorUint rsBits,
     }
 }
 
-// Two samples by weights that sum to 255, in 16-bit lanes: the sum is at most 65025, and 65280 with what the division
-// adds. The division by 255 is exact for multiples of 255, so weights of 0 and 255 return one side unchanged.
-// Deliberate: other sums are not rounded to nearest.
+// Two samples by weights that sum to 255, in 16-bit lanes: the sum is at most 65025. Up to there the quotient by 255 is
+// (result + (result >> 8) + 1) >> 8, and compilers have a multiplication for it that is cheaper still. Deliberate: it is
+// rounded down, not to nearest; weights of 0 and 255 return one side unchanged.
 constexpr KorUint16 Blend(KorUint16 background, KorUint16 foreground, KorUint16 alpha, KorUint16 oneMinusAlpha) {
     const KorUint16 result = static_cast<KorUint16>(background * oneMinusAlpha + foreground * alpha);
-    const KorUint16 div255 = static_cast<KorUint16>(result + (result >> 8) + 1);
-    return static_cast<KorUint16>(div255 >> 8);
+    return static_cast<KorUint16>(result / 255);
 }
 
 static_assert(Blend(255, 0, 0, 255) == 255 && Blend(0, 255, 255, 0) == 255, "the ends are exact");
