@@ -4,7 +4,7 @@
 #include <cinttypes>
 #include <cstdio>
 
-#include "tests/support/CrashNote.h"
+#include "conformance/kit/CrashNote.h"
 #include "tests/support/Seed.h"
 
 namespace {

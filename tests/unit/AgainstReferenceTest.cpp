@@ -6,9 +6,9 @@
 #include <climits>
 #include <cstdint>
 
+#include "conformance/kit/Differential.h"
 #include "Kor/Video/Common/C/KorYuv420_C_.h"
 #include "tests/reference/Reference.h"
-#include "tests/support/Differential.h"
 #include "tests/support/Frames.h"
 #include "tests/support/Seed.h"
 

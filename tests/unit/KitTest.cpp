@@ -5,13 +5,13 @@
 #include <cstring>
 #include <set>
 
+#include "conformance/core/ScriptedRandom.h"
+#include "conformance/kit/Differential.h"
+#include "conformance/kit/NoiseTable.h"
+#include "conformance/kit/Poison.h"
 #include "Kor/Os/KorRandom.h"
 #include "Kor/Video/Common/KorVideoFrame.h"
-#include "tests/support/Differential.h"
 #include "tests/support/Frames.h"
-#include "tests/support/NoiseTable.h"
-#include "tests/support/Poison.h"
-#include "tests/support/ScriptedRandom.h"
 
 namespace {
 

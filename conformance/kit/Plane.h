@@ -1,6 +1,6 @@
 // A plane of bytes placed against an unmapped page, with everything around its samples watched.
-#ifndef KOR_TESTS_SUPPORT_PLANE_H
-#define KOR_TESTS_SUPPORT_PLANE_H
+#ifndef KOR_CONFORMANCE_KIT_PLANE_H
+#define KOR_CONFORMANCE_KIT_PLANE_H
 
 #include <cstddef>
 #include <cstdint>
@@ -9,33 +9,13 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/GuardedBuffer.h"
-#include "tests/support/Pattern.h"
+#include "conformance/core/Pattern.h"
+#include "conformance/core/PlaneShape.h"
+#include "conformance/kit/GuardedBuffer.h"
 
 namespace kit {
 
 using Bytes = std::vector<std::uint8_t>;
-
-// The size of a plane and what around it belongs to it. The last row carries no padding: the plane ends with its last
-// writable byte, so that an unmapped page can follow at once.
-struct PlaneShape {
-    std::size_t rowBytes = 0;
-    std::size_t rows = 0;
-    std::size_t pitch = 0;
-    std::size_t spareColumns = 0;  // bytes to the right of every row that may be written
-    std::size_t spareRows = 0;     // rows below the last one that may be written
-    std::size_t margin = 0;        // bytes in front of the first row that may be used
-    bool drifts = false;           // rows do not keep to their columns: padding counts as part of the plane
-
-    bool Empty() const { return rowBytes + spareColumns == 0 || rows + spareRows == 0; }
-    // Bytes from the first row's start to the end of the last row.
-    std::size_t Span() const { return Empty() ? 0 : (rows + spareRows - 1) * pitch + rowBytes + spareColumns; }
-};
-
-enum class Placement {
-    Rear,   // the plane's last byte is the last before the unmapped page
-    Front,  // the plane's first byte is the first after the unmapped page
-};
 
 class Plane {
   public:
@@ -51,6 +31,7 @@ class Plane {
     const PlaneShape& shape() const { return shape_; }
     std::uint8_t* data() const { return data_; }
     std::size_t pitch() const { return shape_.pitch; }
+    PlaneView View() const { return {data_, shape_.pitch, shape_.rows}; }
 
     // All bytes that are watched: the plane, its padding, and an apron on the side that has no unmapped page.
     std::uint8_t* allocation() const { return allocation_; }
@@ -96,7 +77,7 @@ void Plane::ForEachGap(Visitor visit) const {
     const std::size_t first = static_cast<std::size_t>(data_ - allocation_);
     const std::size_t span = shape_.Span();
     const std::size_t used = shape_.rowBytes + shape_.spareColumns;
-    const std::size_t front = shape_.Empty() ? 0 : shape_.margin;
+    const std::size_t front = shape_.Front();
     visit(std::size_t{0}, first - front);
     if (!shape_.drifts && !shape_.Empty()) {
         for (std::size_t row = 0; row + 1 < shape_.rows + shape_.spareRows; ++row) {

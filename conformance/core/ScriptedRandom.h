@@ -1,6 +1,7 @@
-// The random-bytes service of the test programs: serves what a test scripts and records what is drawn.
-#ifndef KOR_TESTS_SUPPORT_SCRIPTEDRANDOM_H
-#define KOR_TESTS_SUPPORT_SCRIPTEDRANDOM_H
+// Random bytes that follow a script, and a record of what is drawn. A program whose KorRandomGetBytes calls Draw gets
+// both.
+#ifndef KOR_CONFORMANCE_CORE_SCRIPTEDRANDOM_H
+#define KOR_CONFORMANCE_CORE_SCRIPTEDRANDOM_H
 
 #include <cstddef>
 #include <cstdint>
@@ -17,6 +18,8 @@ class ScriptedRandom {
     // Leaves the buffers as they are and reports failure.
     static void Fail();
 
+    // Fills the buffer as the script says; returns whether it could.
+    static bool Draw(char* buffer, std::size_t count);
     // The byte counts of all draws since the last call of one of the above, in order.
     static const std::vector<std::size_t>& Draws();
 };

@@ -1,6 +1,6 @@
 // Bytes that must not even be read: under AddressSanitizer a touch ends the process, elsewhere nothing happens.
-#ifndef KOR_TESTS_SUPPORT_POISON_H
-#define KOR_TESTS_SUPPORT_POISON_H
+#ifndef KOR_CONFORMANCE_KIT_POISON_H
+#define KOR_CONFORMANCE_KIT_POISON_H
 
 #include <cstddef>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "tests/support/Plane.h"
+#include "conformance/kit/Plane.h"
 
 #include <algorithm>
 #include <cassert>
@@ -32,7 +32,6 @@ Plane::Plane(const PlaneShape& shape, Placement placement)
 Plane::Plane(const PlaneShape& shape, Placement placement, std::shared_ptr<GuardedBuffer> buffer)
     : shape_(shape), buffer_(std::move(buffer)) {
     const std::size_t span = shape_.Span();
-    const std::size_t margin = shape_.Empty() ? 0 : shape_.margin;
     allocationSize_ = BytesFor(shape_);
     assert(allocationSize_ <= buffer_->size());
     if (placement == Placement::Rear) {
@@ -40,12 +39,12 @@ Plane::Plane(const PlaneShape& shape, Placement placement, std::shared_ptr<Guard
         data_ = buffer_->end() - span;
     } else {
         allocation_ = buffer_->begin();
-        data_ = allocation_ + margin;
+        data_ = allocation_ + shape_.Front();
     }
 }
 
 std::size_t Plane::BytesFor(const PlaneShape& shape) {
-    return (shape.Empty() ? 0 : shape.margin) + shape.Span() + kApron;
+    return shape.Front() + shape.Span() + kApron;
 }
 
 Bytes Plane::Row(std::size_t row) const {

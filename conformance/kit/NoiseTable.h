@@ -1,6 +1,6 @@
 // The noise table of the test programs: regions of different character, reached by scripted start indices.
-#ifndef KOR_TESTS_SUPPORT_NOISETABLE_H
-#define KOR_TESTS_SUPPORT_NOISETABLE_H
+#ifndef KOR_CONFORMANCE_KIT_NOISETABLE_H
+#define KOR_CONFORMANCE_KIT_NOISETABLE_H
 
 #include <cstddef>
 #include <cstdint>

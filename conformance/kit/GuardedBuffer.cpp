@@ -1,4 +1,4 @@
-#include "tests/support/GuardedBuffer.h"
+#include "conformance/kit/GuardedBuffer.h"
 
 #include <sys/mman.h>
 #include <unistd.h>

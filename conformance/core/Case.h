@@ -1,6 +1,6 @@
 // One call of a function in all its arguments but the memory, and sweeps over many such calls.
-#ifndef KOR_TESTS_SUPPORT_CASE_H
-#define KOR_TESTS_SUPPORT_CASE_H
+#ifndef KOR_CONFORMANCE_CORE_CASE_H
+#define KOR_CONFORMANCE_CORE_CASE_H
 
 #include <cstddef>
 #include <cstdint>
@@ -9,10 +9,10 @@
 #include <utility>
 #include <vector>
 
+#include "conformance/core/Pattern.h"
+#include "conformance/core/PlaneShape.h"
 #include "Kor/Utils/SysDep/KorBaseTypes.h"
 #include "Kor/Video/Common/KorVideoFrame.h"
-#include "tests/support/Pattern.h"
-#include "tests/support/Plane.h"
 
 namespace kit {
 
@@ -45,11 +45,13 @@ struct Case {
     std::size_t yPosition = 0;
     KorUint8 alpha = 0;
     const Matrix* matrix = nullptr;
+    bool matrixInside = false;  // the matrix lies in the first plane, which is written
 
     Pitches pitches = Pitches::Tight;
     Placement placement = Placement::Rear;
     Pattern pattern = Pattern::Noise;
     std::uint64_t seed = 0;
+    std::size_t number = 0;  // its place in the sweep
 };
 
 std::string Describe(const Case& options);
@@ -66,6 +68,7 @@ struct Sweep {
     std::vector<std::pair<std::size_t, std::size_t>> positions{{0, 0}};
     std::vector<KorUint8> alphas{0};
     std::vector<const Matrix*> matrices{nullptr};
+    std::vector<bool> matrixInside{false};
 
     std::vector<Pitches> pitches{Pitches::Tight, Pitches::Loose, Pitches::Odd};
     std::vector<Placement> placements{Placement::Rear, Placement::Front};
@@ -79,6 +82,12 @@ std::vector<std::pair<std::size_t, std::size_t>> SmallSizes();
 // A few sizes at which long rows, many rows and the ends of vector loops show.
 std::vector<std::pair<std::size_t, std::size_t>> AwkwardSizes();
 
+// The values of the options that a sweep varies, as in "flip=1,angle=90"; "-" for a sweep that varies none.
+std::string NameOption(const Sweep& sweep, const Case& options);
+
+// Visits all combinations of the options, with everything else as it is in the given case, until the visitor returns
+// false; returns whether it never did.
+bool ForEachOption(const Sweep& sweep, const Case& start, const std::function<bool(const Case&)>& visit);
 // Visits all cases of a sweep until the visitor returns false; returns the number of cases visited.
 std::size_t ForEachCase(const Sweep& sweep, std::uint64_t seed, const std::function<bool(const Case&)>& visit);
 

@@ -1,4 +1,4 @@
-#include "tests/support/NoiseTable.h"
+#include "conformance/kit/NoiseTable.h"
 
 #include "Kor/Video/Common/KorVideoFrame.h"
 

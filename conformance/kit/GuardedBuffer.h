@@ -1,6 +1,6 @@
 // Memory between two unmapped pages: one byte too many on either side ends the process.
-#ifndef KOR_TESTS_SUPPORT_GUARDEDBUFFER_H
-#define KOR_TESTS_SUPPORT_GUARDEDBUFFER_H
+#ifndef KOR_CONFORMANCE_KIT_GUARDEDBUFFER_H
+#define KOR_CONFORMANCE_KIT_GUARDEDBUFFER_H
 
 #include <cstddef>
 #include <cstdint>

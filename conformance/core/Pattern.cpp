@@ -1,6 +1,4 @@
-#include "tests/support/Pattern.h"
-
-#include <cstring>
+#include "conformance/core/Pattern.h"
 
 namespace kit {
 
@@ -63,15 +61,16 @@ const char* NameOf(Pattern pattern) {
     return "?";
 }
 
+// Low byte first, whatever the byte order of the machine.
 void FillNoise(std::uint64_t seed, std::uint8_t* bytes, std::size_t count) {
     Noise noise(seed);
-    std::size_t i = 0;
-    for (; i + 8 <= count; i += 8) {
-        const std::uint64_t word = noise.Next();
-        std::memcpy(bytes + i, &word, 8);
+    std::uint64_t word = 0;
+    for (std::size_t i = 0; i < count; ++i, word >>= 8) {
+        if (i % 8 == 0) {
+            word = noise.Next();
+        }
+        bytes[i] = static_cast<std::uint8_t>(word & 0xff);
     }
-    const std::uint64_t word = noise.Next();
-    std::memcpy(bytes + i, &word, count - i);
 }
 
 void FillPattern(Pattern pattern, std::uint64_t seed, std::uint8_t* plane, std::size_t pitch, std::size_t rowBytes,

@@ -1,6 +1,7 @@
-// Contents for planes: seeded noise, and the regular patterns on which arithmetic tends to break.
-#ifndef KOR_TESTS_SUPPORT_PATTERN_H
-#define KOR_TESTS_SUPPORT_PATTERN_H
+// Contents for planes: seeded noise, and the regular patterns on which arithmetic tends to break. The same seeds make
+// the same bytes on every machine.
+#ifndef KOR_CONFORMANCE_CORE_PATTERN_H
+#define KOR_CONFORMANCE_CORE_PATTERN_H
 
 #include <cstddef>
 #include <cstdint>

@@ -1,8 +1,8 @@
 // Says on standard error which case was running when the process dies of a touch on an unmapped page.
-#ifndef KOR_TESTS_SUPPORT_CRASHNOTE_H
-#define KOR_TESTS_SUPPORT_CRASHNOTE_H
+#ifndef KOR_CONFORMANCE_KIT_CRASHNOTE_H
+#define KOR_CONFORMANCE_KIT_CRASHNOTE_H
 
-#include "tests/support/Case.h"
+#include "conformance/core/Case.h"
 
 namespace kit {
 

@@ -1,4 +1,4 @@
-#include "tests/support/CrashNote.h"
+#include "conformance/kit/CrashNote.h"
 
 #include <signal.h>
 

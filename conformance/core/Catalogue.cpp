@@ -1,5 +1,6 @@
-#include "tests/support/Catalogue.h"
+#include "conformance/core/Catalogue.h"
 
+#include <algorithm>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
@@ -251,8 +252,13 @@ void BlendI420WithAlphaPlanes(const Case& c, Layout& layout) {
 
 // ---- Values of the options ---------------------------------------------------------------------------------------
 
+// Any value but zero is true.
+const std::vector<KorBool> kFlags{0, 1, 2};
+
+// The last one is none.
 const std::vector<KorVideoFrameDitherLevel> kLevels{KOR_VIDEOFRAMEDITHERLEVEL_Off, KOR_VIDEOFRAMEDITHERLEVEL_0,
-                                                    KOR_VIDEOFRAMEDITHERLEVEL_1, KOR_VIDEOFRAMEDITHERLEVEL_2};
+                                                    KOR_VIDEOFRAMEDITHERLEVEL_1, KOR_VIDEOFRAMEDITHERLEVEL_2,
+                                                    static_cast<KorVideoFrameDitherLevel>(4)};
 
 // The last one is minus 90.
 const std::vector<KorImageRotationDegree> kAngles{0, 90, 180, 270, 45, 360, 4294967206u};
@@ -282,13 +288,14 @@ Sweep NoOptions() {
 
 Sweep Capture() {
     Sweep sweep;
-    sweep.flips = {0, 1};
+    sweep.flips = kFlags;
     return sweep;
 }
 
 Sweep CaptureGeneral() {
     Sweep sweep = Capture();
     sweep.matrices = Matrices();
+    sweep.matrixInside = {false, true};
     return sweep;
 }
 
@@ -324,7 +331,7 @@ Sweep GeometryRotating() {
 
 Sweep Filter() {
     Sweep sweep = Render();
-    sweep.randomizeNoiseOffsets = {0, 1};
+    sweep.randomizeNoiseOffsets = kFlags;
     sweep.inPlace = {false, true};
     return sweep;
 }
@@ -341,7 +348,45 @@ Sweep Blend() {
     return sweep;
 }
 
+// ---- The functions in a table ------------------------------------------------------------------------------------
+
+template <auto member>
+AnyFunction Of(const KorConformanceTable& table) {
+    return table.*member;
+}
+
+#define KOR_ENTRY(name, describe, options) \
+    { #name "_C_", describe, options, &Of < &KorConformanceTable::name> }
+
+// ---- Pitches -----------------------------------------------------------------------------------------------------
+
+// Destinations and sources take different paddings, so that a pitch used for another plane shows.
+std::size_t ChoosePitch(Pitches pitches, std::size_t plane, std::size_t tight) {
+    switch (pitches) {
+        case Pitches::Tight:
+            break;
+        case Pitches::Loose:
+            return (tight + 15) / 16 * 16 + 16 * (1 + plane % 3);
+        case Pitches::Odd:
+            return (tight + 2 + 2 * (plane % 4)) | 1;
+    }
+    return tight;
+}
+
 }  // namespace
+
+Layout LayOut(const Entry& entry, const Case& options) {
+    Layout layout;
+    entry.describe(options, layout);
+    for (std::size_t i = 0; i < layout.count; ++i) {
+        const PlaneUse& use = layout.planes[i];
+        PlaneShape& shape = layout.planes[i].shape;
+        const std::size_t tight = std::max(use.nominalRowBytes, shape.rowBytes + shape.spareColumns);
+        shape.pitch = ChoosePitch(options.pitches, i, tight);
+        shape.margin += use.marginRows * shape.pitch;
+    }
+    return layout;
+}
 
 PlaneUse& Layout::Add(const char* name, Access access, std::size_t rowBytes, std::size_t rows,
                       std::size_t nominalRowBytes) {
@@ -358,44 +403,44 @@ PlaneUse& Layout::Add(const char* name, Access access, std::size_t rowBytes, std
 const std::vector<Entry>& Catalogue() {
     static const std::vector<Entry> entries{
         // clang-format off
-        {"KorPlanarUV422To420_C_",            HalveChroma,                Geometry},
-        {"KorPlanarUVDeinterlace_C_",         SplitPlane,                 Geometry},
-        {"KorPlanarMirror_C_",                CopyPlane,                  Geometry},
-        {"KorPlanarUVDeinterlaceMirror_C_",   SplitPlane,                 Geometry},
-        {"KorPlanarRotation_C_",              RotatePlane,                GeometryRotating},
-        {"KorPlanarUVDeinterlaceRotation_C_", RotateSplitPlane,           GeometryRotating},
-        {"KorI420FlipVertical_C_",            FlipI420,                   NoOptions},
-        {"KorRGBAToI420_C_",                  RgbToI420,                  Capture},
-        {"KorBGRAToI420_C_",                  RgbToI420,                  Capture},
-        {"KorARGBToI420_C_",                  RgbToI420,                  Capture},
-        {"KorABGRToI420_C_",                  RgbToI420,                  Capture},
-        {"KorBGRAToI444_C_",                  RgbToI444,                  Capture},
-        {"KorBGRAToI420UsingBT709_C_",        RgbToI420SpareRow,          Capture},
-        {"KorBGRAToI444UsingBT709_C_",        RgbToI444FlippedDownwards,  Capture},
-        {"KorBGRAToI420General_C_",           RgbToI420SpareColumnAndRow, CaptureGeneral},
-        {"KorRawToI420_C_",                   Rgb24ToI420,                Capture},
-        {"Kor24BGToI420_C_",                  Rgb24ToI420,                Capture},
-        {"KorI420ToRGBA_C_",                  I420ToRgb,                  Render},
-        {"KorI420ToBGRA_C_",                  I420ToRgb,                  Render},
-        {"KorI420ToARGB_C_",                  I420ToRgb,                  Render},
-        {"KorI420ToABGR_C_",                  I420ToRgb,                  Render},
-        {"KorI444ToBGRA_C_",                  I444ToRgb,                  Render},
-        {"KorI444ToBGRAUsingBT709_C_",        I444ToRgb,                  Render},
-        {"KorI420ToBGRAUsingBT709_C_",        I420ToRgb,                  Render},
-        {"KorI420ToBGRAGeneral_C_",           I420ToRgb,                  RenderGeneral},
-        {"KorI420To24BG_C_",                  I420ToRgb24,                Render},
-        {"KorYUY2ToI420_C_",                  PackedToI420,               Capture},
-        {"KorUYVYToI420_C_",                  PackedToI420,               Capture},
-        {"KorI420ToYUY2_C_",                  I420ToPacked,               Render},
-        {"KorI420ToUYVY_C_",                  I420ToPacked,               Render},
-        {"KorYuv2ToI420_C_",                  Yuv2ToI420,                 Capture},
-        {"KorI420toYuv2_C_",                  I420ToYuv2,                 NoOptions},
-        {"KorM420ToI420_C_",                  M420ToI420,                 Capture},
-        {"KorYUY2ToI420WithRotation_C_",      PackedToI420Rotated,        CaptureRotating},
-        {"KorUYVYToI420WithRotation_C_",      PackedToI420Rotated,        CaptureRotating},
-        {"KorI420Dither_C_",                  FilterI420,                 Filter},
-        {"KorI420AlphaBlend_C_",              BlendI420,                  Blend},
-        {"KorI420AlphaArrayBlend_C_",         BlendI420WithAlphaPlanes,   BlendArray},
+        KOR_ENTRY(KorPlanarUV422To420,             HalveChroma,               Geometry),
+        KOR_ENTRY(KorPlanarUVDeinterlace,          SplitPlane,                Geometry),
+        KOR_ENTRY(KorPlanarMirror,                 CopyPlane,                 Geometry),
+        KOR_ENTRY(KorPlanarUVDeinterlaceMirror,    SplitPlane,                Geometry),
+        KOR_ENTRY(KorPlanarRotation,               RotatePlane,               GeometryRotating),
+        KOR_ENTRY(KorPlanarUVDeinterlaceRotation,  RotateSplitPlane,          GeometryRotating),
+        KOR_ENTRY(KorI420FlipVertical,             FlipI420,                  NoOptions),
+        KOR_ENTRY(KorRGBAToI420,                   RgbToI420,                 Capture),
+        KOR_ENTRY(KorBGRAToI420,                   RgbToI420,                 Capture),
+        KOR_ENTRY(KorARGBToI420,                   RgbToI420,                 Capture),
+        KOR_ENTRY(KorABGRToI420,                   RgbToI420,                 Capture),
+        KOR_ENTRY(KorBGRAToI444,                   RgbToI444,                 Capture),
+        KOR_ENTRY(KorBGRAToI420UsingBT709,         RgbToI420SpareRow,         Capture),
+        KOR_ENTRY(KorBGRAToI444UsingBT709,         RgbToI444FlippedDownwards, Capture),
+        KOR_ENTRY(KorBGRAToI420General,            RgbToI420SpareColumnAndRow, CaptureGeneral),
+        KOR_ENTRY(KorRawToI420,                    Rgb24ToI420,               Capture),
+        KOR_ENTRY(Kor24BGToI420,                   Rgb24ToI420,               Capture),
+        KOR_ENTRY(KorI420ToRGBA,                   I420ToRgb,                 Render),
+        KOR_ENTRY(KorI420ToBGRA,                   I420ToRgb,                 Render),
+        KOR_ENTRY(KorI420ToARGB,                   I420ToRgb,                 Render),
+        KOR_ENTRY(KorI420ToABGR,                   I420ToRgb,                 Render),
+        KOR_ENTRY(KorI444ToBGRA,                   I444ToRgb,                 Render),
+        KOR_ENTRY(KorI444ToBGRAUsingBT709,         I444ToRgb,                 Render),
+        KOR_ENTRY(KorI420ToBGRAUsingBT709,         I420ToRgb,                 Render),
+        KOR_ENTRY(KorI420ToBGRAGeneral,            I420ToRgb,                 RenderGeneral),
+        KOR_ENTRY(KorI420To24BG,                   I420ToRgb24,               Render),
+        KOR_ENTRY(KorYUY2ToI420,                   PackedToI420,              Capture),
+        KOR_ENTRY(KorUYVYToI420,                   PackedToI420,              Capture),
+        KOR_ENTRY(KorYUY2ToI420WithRotation,       PackedToI420Rotated,       CaptureRotating),
+        KOR_ENTRY(KorUYVYToI420WithRotation,       PackedToI420Rotated,       CaptureRotating),
+        KOR_ENTRY(KorI420ToYUY2,                   I420ToPacked,              Render),
+        KOR_ENTRY(KorI420ToUYVY,                   I420ToPacked,              Render),
+        KOR_ENTRY(KorYuv2ToI420,                   Yuv2ToI420,                Capture),
+        KOR_ENTRY(KorI420toYuv2,                   I420ToYuv2,                NoOptions),
+        KOR_ENTRY(KorM420ToI420,                   M420ToI420,                Capture),
+        KOR_ENTRY(KorI420Dither,                   FilterI420,                Filter),
+        KOR_ENTRY(KorI420AlphaBlend,               BlendI420,                 Blend),
+        KOR_ENTRY(KorI420AlphaArrayBlend,          BlendI420WithAlphaPlanes,  BlendArray),
         // clang-format on
     };
     return entries;

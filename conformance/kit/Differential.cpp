@@ -1,11 +1,11 @@
-#include "tests/support/Differential.h"
+#include "conformance/kit/Differential.h"
 
 #include <algorithm>
 #include <cstring>
 
-#include "tests/support/CrashNote.h"
-#include "tests/support/Poison.h"
-#include "tests/support/ScriptedRandom.h"
+#include "conformance/core/ScriptedRandom.h"
+#include "conformance/kit/CrashNote.h"
+#include "conformance/kit/Poison.h"
 
 namespace kit {
 
@@ -13,27 +13,6 @@ namespace {
 
 // Room for all usual cases, so that buffers are mapped once; pages that nobody touches cost nothing.
 constexpr std::size_t kUsualBytes = std::size_t{1} << 20;
-
-// Destinations and sources take different paddings, so that a pitch used for another plane shows.
-std::size_t ChoosePitch(Pitches pitches, std::size_t plane, std::size_t tight) {
-    switch (pitches) {
-        case Pitches::Tight:
-            break;
-        case Pitches::Loose:
-            return (tight + 15) / 16 * 16 + 16 * (1 + plane % 3);
-        case Pitches::Odd:
-            return (tight + 2 + 2 * (plane % 4)) | 1;
-    }
-    return tight;
-}
-
-PlaneShape WithPitch(const PlaneUse& use, Pitches pitches, std::size_t plane) {
-    PlaneShape shape = use.shape;
-    const std::size_t tight = std::max(use.nominalRowBytes, shape.rowBytes + shape.spareColumns);
-    shape.pitch = ChoosePitch(pitches, plane, tight);
-    shape.margin += use.marginRows * shape.pitch;
-    return shape;
-}
 
 std::string DescribeDraws(const std::vector<std::size_t>& draws) {
     std::string text = std::to_string(draws.size()) + " draws:";
@@ -72,15 +51,15 @@ std::string Differential::RunCase(const Case& options) {
 
 // Places the planes and makes up their content.
 void Differential::Lay(const Case& options) {
-    layout_.count = 0;
-    entry_.describe(options, layout_);
+    layout_ = LayOut(entry_, options);
     for (std::size_t i = 0; i < layout_.count; ++i) {
-        const PlaneShape shape = WithPitch(layout_.planes[i], options.pitches, i);
+        const PlaneShape& shape = layout_.planes[i].shape;
         if (buffers_[i] == nullptr || buffers_[i]->size() < Plane::BytesFor(shape)) {
             buffers_[i] = std::make_shared<GuardedBuffer>(std::max(kUsualBytes, Plane::BytesFor(shape)));
         }
         planes_[i] = Plane(shape, options.placement, buffers_[i]);
         const Plane& plane = planes_[i];
+        views_[i] = plane.View();
         FillNoise(MixSeed(options.seed, i), plane.allocation(), plane.allocationSize());
         if (layout_.planes[i].access != Access::Write) {
             plane.Fill(options.pattern, MixSeed(options.seed, 100 + i));
@@ -92,7 +71,7 @@ void Differential::Lay(const Case& options) {
 // Lets the model write what is expected, and holds the model to the bounds of the catalogue.
 std::string Differential::RunModel(const Case& options) {
     ScriptedRandom::ServeSeed(options.seed);
-    Call(model_, planes_.data(), options);
+    Call(model_, views_.data(), options);
     expectedDraws_ = ScriptedRandom::Draws();
     for (std::size_t i = 0; i < layout_.count; ++i) {
         const Plane& plane = planes_[i];
@@ -124,7 +103,7 @@ std::string Differential::RunSubject(const Case& options) {
     }
     ScriptedRandom::ServeSeed(options.seed);
     PoisonGaps();
-    Call(subject_, planes_.data(), options);
+    Call(subject_, views_.data(), options);
     UnpoisonPlanes();
     std::string report;
     for (std::size_t i = 0; i < layout_.count; ++i) {

@@ -1,16 +1,16 @@
 // Holds one function against another of the same shape: same planes, same options, every byte compared.
-#ifndef KOR_TESTS_SUPPORT_DIFFERENTIAL_H
-#define KOR_TESTS_SUPPORT_DIFFERENTIAL_H
+#ifndef KOR_CONFORMANCE_KIT_DIFFERENTIAL_H
+#define KOR_CONFORMANCE_KIT_DIFFERENTIAL_H
 
 #include <array>
 #include <cstddef>
 #include <memory>
 #include <string>
 
-#include "tests/support/Case.h"
-#include "tests/support/Catalogue.h"
-#include "tests/support/Functions.h"
-#include "tests/support/Plane.h"
+#include "conformance/core/Case.h"
+#include "conformance/core/Catalogue.h"
+#include "conformance/core/Functions.h"
+#include "conformance/kit/Plane.h"
 
 namespace kit {
 
@@ -43,6 +43,7 @@ class Differential {
     Layout layout_;
     std::array<std::shared_ptr<GuardedBuffer>, kMaximumPlanes> buffers_;
     std::array<Plane, kMaximumPlanes> planes_;
+    std::array<PlaneView, kMaximumPlanes> views_;
     std::array<Bytes, kMaximumPlanes> initial_;
     std::array<Bytes, kMaximumPlanes> expected_;
     std::vector<std::size_t> expectedDraws_;

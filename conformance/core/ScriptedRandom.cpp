@@ -1,9 +1,8 @@
-#include "tests/support/ScriptedRandom.h"
+#include "conformance/core/ScriptedRandom.h"
 
 #include <cstring>
 
-#include "Kor/Os/KorRandom.h"
-#include "tests/support/Pattern.h"
+#include "conformance/core/Pattern.h"
 
 namespace kit {
 
@@ -52,23 +51,6 @@ void StoreNumber(std::uint64_t value, char* buffer, std::size_t count) {
     }
 }
 
-bool Draw(char* buffer, std::size_t count) {
-    Service& service = TheService();
-    const std::size_t number = service.draws.size();
-    service.draws.push_back(count);
-    switch (service.mode) {
-        case Mode::Seeded:
-            StoreNumber(MixSeed(service.seed, number), buffer, count);
-            return true;
-        case Mode::Scripted:
-            StoreNumber(number < service.script.size() ? service.script[number] : 0, buffer, count);
-            return true;
-        case Mode::Failing:
-            break;
-    }
-    return false;
-}
-
 }  // namespace
 
 void ScriptedRandom::ServeSeed(std::uint64_t seed) {
@@ -85,12 +67,25 @@ void ScriptedRandom::Fail() {
     Restart(Mode::Failing);
 }
 
+bool ScriptedRandom::Draw(char* buffer, std::size_t count) {
+    Service& service = TheService();
+    const std::size_t number = service.draws.size();
+    service.draws.push_back(count);
+    switch (service.mode) {
+        case Mode::Seeded:
+            StoreNumber(MixSeed(service.seed, number), buffer, count);
+            return true;
+        case Mode::Scripted:
+            StoreNumber(number < service.script.size() ? service.script[number] : 0, buffer, count);
+            return true;
+        case Mode::Failing:
+            break;
+    }
+    return false;
+}
+
 const std::vector<std::size_t>& ScriptedRandom::Draws() {
     return TheService().draws;
 }
 
 }  // namespace kit
-
-KorBool KorRandomGetBytes(char* buffer, KorSizeT count) {
-    return kit::Draw(buffer, count) ? 1 : 0;
-}
