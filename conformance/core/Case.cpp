@@ -93,9 +93,8 @@ std::size_t ForEachCase(const Sweep& sweep, std::uint64_t seed, const Visitor& v
         Case c = options;
         const auto visitWith = [&](Pattern pattern) {
             c.pattern = pattern;
-            c.number = visited;
             c.seed = MixSeed(seed, visited);
-            ++visited;
+            c.number = ++visited;
             return visit(c);
         };
         const auto patterns = [&] {

@@ -51,7 +51,7 @@ struct Case {
     Placement placement = Placement::Rear;
     Pattern pattern = Pattern::Noise;
     std::uint64_t seed = 0;
-    std::size_t number = 0;  // its place in the sweep
+    std::size_t number = 0;  // its place in the sweep, from 1 on
 };
 
 std::string Describe(const Case& options);

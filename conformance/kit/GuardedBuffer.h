@@ -18,6 +18,8 @@ class GuardedBuffer {
     std::uint8_t* begin() const { return begin_; }
     std::uint8_t* end() const { return begin_ + size_; }
     std::size_t size() const { return size_; }
+    // Bytes of each guard.
+    std::size_t guard() const { return guard_; }
 
   private:
     std::uint8_t* begin_;

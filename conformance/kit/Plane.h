@@ -57,13 +57,32 @@ class Plane {
     template <class Visitor>
     void ForEachGap(Visitor visit) const;
 
-    // Empty when the bytes equal the expected allocation, else the place, kind and values of the first difference.
+    // How the watched bytes differ from an expected allocation.
+    struct Differences {
+        std::size_t inside = 0;   // bytes of the plane and its spare parts
+        std::size_t outside = 0;  // bytes that no function may touch
+        std::size_t firstInside = 0;
+        std::size_t firstOutside = 0;
+
+        bool None() const { return inside + outside == 0; }
+    };
+    Differences Compare(const std::uint8_t* expected) const;
+    // The first of all differing bytes in words, as Describe has it; empty where there is none.
     std::string Difference(const char* name, const std::uint8_t* expected) const;
     // The same for the bytes that no function may touch.
     std::string GapDifference(const char* name, const std::uint8_t* expected) const;
 
-  private:
+    // The byte at an offset of the allocation in words: its place, what was expected there and what was found, and a
+    // hexadecimal picture of the rows around it.
     std::string Describe(const char* name, const std::uint8_t* expected, std::size_t offset) const;
+    // A place that is counted from the first byte of the first row, in words.
+    std::string Where(std::ptrdiff_t place) const;
+
+    // Whether the address lies in the plane's memory or in the unmapped pages around it.
+    bool IsNear(std::uintptr_t address) const;
+
+  private:
+    std::string Picture(const std::uint8_t* expected, std::ptrdiff_t place) const;
 
     PlaneShape shape_;
     std::shared_ptr<GuardedBuffer> buffer_;

@@ -6,20 +6,20 @@
 #include <cstdint>
 
 #if defined(__SANITIZE_ADDRESS__)
-#define KOR_TESTS_POISON 1
+#define KOR_CONFORMANCE_POISON 1
 #elif defined(__has_feature)
 #if __has_feature(address_sanitizer)
-#define KOR_TESTS_POISON 1
+#define KOR_CONFORMANCE_POISON 1
 #endif
 #endif
 
-#if defined(KOR_TESTS_POISON)
+#if defined(KOR_CONFORMANCE_POISON)
 #include <sanitizer/asan_interface.h>
 #endif
 
 namespace kit {
 
-#if defined(KOR_TESTS_POISON)
+#if defined(KOR_CONFORMANCE_POISON)
 constexpr bool kPoisons = true;
 inline void Poison(const std::uint8_t* bytes, std::size_t count) {
     __asan_poison_memory_region(bytes, count);
