@@ -8,6 +8,20 @@ install(TARGETS KorYuv420 KorPlatform EXPORT KorTargets
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/Kor DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development
   FILES_MATCHING PATTERN "*.h")
 
+set(korLibraries yuv420 platform)
+if(KOR_BUILD_CONFORMANCE AND TARGET KorConformance)
+  install(TARGETS KorConformance EXPORT KorTargets
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
+  install(FILES ${PROJECT_SOURCE_DIR}/conformance/KorConformance.h
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
+  list(APPEND korLibraries conformance)
+  # A program in C has to be told which C++ library the kit was built with.
+  set(korCxxLibrary ${CMAKE_CXX_IMPLICIT_LINK_LIBRARIES})
+  list(FILTER korCxxLibrary INCLUDE REGEX "^(stdc\\+\\+|c\\+\\+)$")
+  list(TRANSFORM korCxxLibrary PREPEND " -l")
+  list(JOIN korCxxLibrary "" korCxxLibrary)
+endif()
+
 set(korPackageDir ${CMAKE_INSTALL_LIBDIR}/cmake/Kor)
 install(EXPORT KorTargets NAMESPACE Kor:: DESTINATION ${korPackageDir} COMPONENT development)
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/KorConfig.cmake.in KorConfig.cmake
@@ -20,7 +34,7 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/KorConfig.cmake ${CMAKE_CURRENT_BINARY
 file(RELATIVE_PATH korPrefixFromPc
   ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 set(korPcCflags "$<$<BOOL:${BUILD_SHARED_LIBS}>: -DKOR_SHARED>")
-foreach(library yuv420 platform)
+foreach(library IN LISTS korLibraries)
   configure_file(${CMAKE_CURRENT_LIST_DIR}/kor-${library}.pc.in kor-${library}.pc.config @ONLY)
   file(GENERATE OUTPUT kor-${library}.pc INPUT ${CMAKE_CURRENT_BINARY_DIR}/kor-${library}.pc.config)
   install(FILES ${CMAKE_CURRENT_BINARY_DIR}/kor-${library}.pc

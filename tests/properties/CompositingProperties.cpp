@@ -4,9 +4,9 @@
 #include <algorithm>
 #include <utility>
 
+#include "conformance/core/ScriptedRandom.h"
 #include "Kor/Video/Common/C/KorYuv420_C_.h"
 #include "tests/support/Frames.h"
-#include "tests/support/ScriptedRandom.h"
 #include "tests/support/Seed.h"
 
 namespace {

@@ -1,10 +1,10 @@
 // Relations between the packed and semi-planar converters that hold for every picture.
 #include <gtest/gtest.h>
 
+#include "conformance/core/Functions.h"
+#include "conformance/core/ScriptedRandom.h"
 #include "Kor/Video/Common/C/KorYuv420_C_.h"
 #include "tests/support/Frames.h"
-#include "tests/support/Functions.h"
-#include "tests/support/ScriptedRandom.h"
 #include "tests/support/Seed.h"
 
 namespace {

@@ -4,9 +4,9 @@
 #include <algorithm>
 #include <ostream>
 
+#include "conformance/core/Functions.h"
 #include "Kor/Video/Common/C/KorYuv420_C_.h"
 #include "tests/support/Frames.h"
-#include "tests/support/Functions.h"
 #include "tests/support/Seed.h"
 
 namespace {

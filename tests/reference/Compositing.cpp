@@ -34,6 +34,9 @@ void KorI420Dither_C_(
     const KorUint8* vIn, KorSizeT vInPitch, KorUint8* yOut, KorSizeT yOutPitch, KorUint8* uOut, KorSizeT uOutPitch,
     KorUint8* vOut, KorSizeT vOutPitch, KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel,
     KorBool randomizeNoiseOffsets) {
+    if (!IsDefined(ditherLevel)) {
+        return;
+    }
     // As if one stream of noise ran through luma, then U, then V, or else three streams from anywhere.
     NoiseStart start;
     if (randomizeNoiseOffsets != 0) {

@@ -108,6 +108,15 @@ struct NoiseScale {
     Number rounding;
 };
 
+// Four levels are defined; a converter takes any other for Off.
+inline bool IsDefined(KorVideoFrameDitherLevel level) {
+    return level <= KOR_VIDEOFRAMEDITHERLEVEL_2;
+}
+
+inline bool AddsNoise(KorVideoFrameDitherLevel level) {
+    return level != KOR_VIDEOFRAMEDITHERLEVEL_Off && IsDefined(level);
+}
+
 // By dither level. Level 0 never gets here from a converter, but the dither filter has no Off.
 inline NoiseScale LumaScale(KorVideoFrameDitherLevel level) {
     constexpr std::array<NoiseScale, 4> scales = {{{8, 4}, {4, 2}, {2, 1}, {1, 0}}};
@@ -146,7 +155,7 @@ constexpr KorSizeT kAlignedStart = 0x3ff8;
 // The start of a converter's noise: luma, then U, then V. Off draws nothing.
 inline NoiseStart DrawNoiseStart(KorVideoFrameDitherLevel level, KorSizeT chromaMask) {
     NoiseStart start;
-    if (level != KOR_VIDEOFRAMEDITHERLEVEL_Off) {
+    if (AddsNoise(level)) {
         start.y = DrawIndex() & kAlignedStart;
         start.u = DrawIndex() & chromaMask;
         start.v = DrawIndex() & chromaMask;
@@ -156,11 +165,11 @@ inline NoiseStart DrawNoiseStart(KorVideoFrameDitherLevel level, KorSizeT chroma
 
 // The sample as a converter uses it: as it is when the level is Off, else with noise.
 inline KorUint8 Luma(KorUint8 sample, KorSizeT index, KorVideoFrameDitherLevel level) {
-    return level == KOR_VIDEOFRAMEDITHERLEVEL_Off ? sample : AddNoise(sample, index, LumaScale(level));
+    return AddsNoise(level) ? AddNoise(sample, index, LumaScale(level)) : sample;
 }
 
 inline KorUint8 Chroma(KorUint8 sample, KorSizeT index, KorVideoFrameDitherLevel level) {
-    return level == KOR_VIDEOFRAMEDITHERLEVEL_Off ? sample : AddNoise(sample, index, ChromaScale(level));
+    return AddsNoise(level) ? AddNoise(sample, index, ChromaScale(level)) : sample;
 }
 
 }  // namespace reference::detail

@@ -10,9 +10,9 @@
 #include <utility>
 #include <vector>
 
+#include "conformance/core/ScriptedRandom.h"
 #include "tests/reference/Reference.h"
 #include "tests/reference/ReferenceDetail.h"
-#include "tests/support/ScriptedRandom.h"
 
 namespace {
 

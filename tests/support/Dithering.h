@@ -6,10 +6,10 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "conformance/core/Functions.h"
+#include "conformance/kit/NoiseTable.h"
 #include "Kor/Video/Common/KorVideoFrame.h"
 #include "tests/support/Frames.h"
-#include "tests/support/Functions.h"
-#include "tests/support/NoiseTable.h"
 
 namespace kit {
 

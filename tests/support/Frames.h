@@ -5,8 +5,8 @@
 #include <cstddef>
 #include <initializer_list>
 
+#include "conformance/kit/Plane.h"
 #include "Kor/Utils/SysDep/KorBaseTypes.h"
-#include "tests/support/Plane.h"
 
 namespace kit {
 

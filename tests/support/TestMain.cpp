@@ -4,7 +4,6 @@
 #include <cinttypes>
 #include <cstdio>
 
-#include "tests/support/CrashNote.h"
 #include "tests/support/Seed.h"
 
 namespace {
@@ -25,7 +24,6 @@ class SeedPrinter : public testing::EmptyTestEventListener {
 
 int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
-    kit::InstallCrashNote();
     testing::UnitTest::GetInstance()->listeners().Append(new SeedPrinter);
     return RUN_ALL_TESTS();
 }

@@ -4,8 +4,8 @@
 #include <climits>
 #include <cstring>
 
+#include "conformance/core/Case.h"
 #include "Kor/Video/Common/C/KorYuv420_C_.h"
-#include "tests/support/Case.h"
 #include "tests/support/Frames.h"
 
 namespace {

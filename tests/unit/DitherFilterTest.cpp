@@ -1,9 +1,9 @@
 // The dither filter on I420: its offsets, its own walk through the table, odd sizes, and filtering in place.
 #include <gtest/gtest.h>
 
+#include "conformance/core/ScriptedRandom.h"
 #include "Kor/Video/Common/C/KorYuv420_C_.h"
 #include "tests/support/Dithering.h"
-#include "tests/support/ScriptedRandom.h"
 
 namespace {
 

@@ -3,9 +3,9 @@
 
 #include <cstring>
 
+#include "conformance/core/ScriptedRandom.h"
 #include "Kor/Video/Common/C/KorYuv420_C_.h"
 #include "tests/support/Dithering.h"
-#include "tests/support/ScriptedRandom.h"
 #include "tests/support/Seed.h"
 
 namespace {

@@ -1,17 +1,18 @@
 // The kit itself: a test bench that overlooks a wrong byte is worth nothing, so each kind of wrong byte is shown to it.
 #include <gtest/gtest.h>
+#include <signal.h>
 
 #include <algorithm>
 #include <cstring>
 #include <set>
 
+#include "conformance/core/ScriptedRandom.h"
+#include "conformance/kit/Differential.h"
+#include "conformance/kit/NoiseTable.h"
+#include "conformance/kit/Poison.h"
 #include "Kor/Os/KorRandom.h"
 #include "Kor/Video/Common/KorVideoFrame.h"
-#include "tests/support/Differential.h"
 #include "tests/support/Frames.h"
-#include "tests/support/NoiseTable.h"
-#include "tests/support/Poison.h"
-#include "tests/support/ScriptedRandom.h"
 
 namespace {
 
@@ -50,8 +51,9 @@ TEST(KitPlane, SparePartsAndMarginLieInside) {
         const kit::Bytes before = plane.Snapshot();
         plane.At(2, 3) ^= 1;
         plane.data()[-4] ^= 1;
-        EXPECT_NE(plane.Difference("y", before.data()), "");
-        EXPECT_EQ(plane.GapDifference("y", before.data()), "");
+        const Plane::Differences differences = plane.Compare(before.data());
+        EXPECT_EQ(differences.inside, 2u);
+        EXPECT_EQ(differences.outside, 0u);
     }
 }
 
@@ -62,22 +64,45 @@ TEST(KitPlane, EveryByteAroundTheSamplesIsWatched) {
         std::size_t samples = 0;
         for (std::size_t i = 0; i < before.size(); ++i) {
             plane.allocation()[i] ^= 0x10;
-            EXPECT_NE(plane.Difference("y", before.data()), "");
-            samples += plane.GapDifference("y", before.data()).empty() ? 1u : 0u;
+            const Plane::Differences differences = plane.Compare(before.data());
+            EXPECT_EQ(differences.inside + differences.outside, 1u);
+            EXPECT_EQ(differences.inside == 1 ? differences.firstInside : differences.firstOutside, i);
+            samples += differences.inside;
             plane.allocation()[i] ^= 0x10;
         }
         EXPECT_EQ(samples, 12u);
-        EXPECT_EQ(plane.Difference("y", before.data()), "");
+        EXPECT_TRUE(plane.Compare(before.data()).None());
     }
 }
 
-TEST(KitPlane, DifferenceNamesThePlace) {
+TEST(KitPlane, DescriptionShowsThePlace) {
     const Plane plane(Shape(4, 3, 3));
-    plane.SetAll(7);
+    std::fill_n(plane.allocation(), plane.allocationSize(), std::uint8_t{7});
     const kit::Bytes before = plane.Snapshot();
     plane.At(1, 2) = 9;
-    const std::string report = plane.Difference("u", before.data());
-    EXPECT_NE(report.find("plane u, row 1, column 2: expected 7, found 9"), std::string::npos) << report;
+    const kit::Plane::Differences differences = plane.Compare(before.data());
+    EXPECT_EQ(plane.Describe("u", before.data(), differences.firstInside),
+              "plane u, row 1, column 2: expected 7, found 9\n"
+              "           column   0   1   2   3   4   5   6 \n"
+              "       row 0 both  07  07  07  07  07  07  07 \n"
+              "   row 1 expected  07  07  07  07  07  07  07 \n"
+              "            found  07  07 [09] 07  07  07  07 \n"
+              "       row 2 both  07  07  07  07             \n");
+}
+
+TEST(KitPlane, PlacesAroundThePlaneAreTold) {
+    kit::PlaneShape shape = kit::ShapeWithSpares(4, 2, 1, 1);
+    shape.pitch = 8;
+    shape.margin = 2;
+    const Plane plane(shape);
+    EXPECT_EQ(plane.Where(-3), "3 bytes before the plane");
+    EXPECT_EQ(plane.Where(-1), "1 byte before the plane (margin)");
+    EXPECT_EQ(plane.Where(11), "row 1, column 3");
+    EXPECT_EQ(plane.Where(12), "row 1, column 4 (spare column)");
+    EXPECT_EQ(plane.Where(13), "row 1, column 5 (padding)");
+    EXPECT_EQ(plane.Where(16), "row 2, column 0 (spare row)");
+    EXPECT_EQ(plane.Where(21), "1 byte behind the plane's end");
+    EXPECT_EQ(Plane(Shape(0, 3)).Where(0), "which is empty");
 }
 
 // ---- Services ----------------------------------------------------------------------------------------------------
@@ -134,6 +159,8 @@ enum class Crime {
     Draw,
     BeforeDestination,
     ReadsPadding,
+    ReadsBehindSource,
+    Stops,
 };
 Crime crime;
 
@@ -165,47 +192,77 @@ void CopyAndSin(const KorUint8* src, KorDistanceT pitchSrc, KorUint8* dst, KorSi
         case Crime::ReadsPadding:
             dst[0] = src[width];
             break;
+        case Crime::ReadsBehindSource:
+            static_cast<void>(*const_cast<const volatile KorUint8*>(src + 4 * pitchSrc + 7));
+            break;
+        case Crime::Stops:
+            raise(SIGFPE);
+            break;
     }
 }
 
-kit::Verdict Judge(Crime committed, kit::PlaneFunction model = &Copy) {
+kit::Verdict Judge(Crime committed, kit::PlaneFunction model = &Copy, Placement placement = Placement::Rear) {
     crime = committed;
     const kit::Entry& entry = kit::Find("KorPlanarMirror_C_");
     kit::Sweep sweep;
     sweep.sizes = kit::SmallSizes();
     sweep.pitches = {kit::Pitches::Loose};
-    sweep.placements = {Placement::Rear};
+    sweep.placements = {placement};
     return kit::Differential(entry, &CopyAndSin, model).Run(sweep, 1);
+}
+
+std::string Title(Crime committed, kit::PlaneFunction model = &Copy, Placement placement = Placement::Rear) {
+    return Judge(committed, model, placement).finding.title;
+}
+
+testing::AssertionResult StartsWith(const std::string& text, const std::string& start) {
+    return (text.compare(0, start.size(), start) == 0 ? testing::AssertionSuccess() : testing::AssertionFailure())
+           << "\"" << text << "\", expected \"" << start << "\" at its start";
 }
 
 TEST(KitDifferential, FindsNothingWhereNothingIs) {
     const kit::Verdict verdict = Judge(Crime::None);
-    EXPECT_TRUE(verdict.same) << verdict.report;
+    EXPECT_TRUE(verdict.Same()) << verdict.finding.report;
     EXPECT_EQ(verdict.cases, 41u * 13u * 2u);
 }
 
-TEST(KitDifferential, FindsEveryKindOfDifference) {
-    EXPECT_NE(Judge(Crime::Sample).report.find("plane dst, row 2, column 3"), std::string::npos);
-    EXPECT_NE(Judge(Crime::Source).report.find("plane src, row 0, column 0"), std::string::npos);
-    EXPECT_NE(Judge(Crime::Draw).report.find("found 1 draws: 1"), std::string::npos);
+TEST(KitDifferential, TellsEveryKindOfDifferenceApart) {
+    EXPECT_TRUE(StartsWith(Title(Crime::Sample), "wrong byte in a destination: plane dst, row 2, column 3: expected "));
+    EXPECT_TRUE(StartsWith(Title(Crime::Source), "changed a source: plane src, row 0, column 0: expected "));
+    EXPECT_EQ(Title(Crime::Draw), "drew other random bytes: expected 0 draws, found 1 draw (bytes: 1)");
+}
+
+TEST(KitDifferential, NumbersTheFailingCaseAndFindsItAgain) {
+    const kit::Verdict verdict = Judge(Crime::Sample);
+    EXPECT_EQ(verdict.failing, 2u * (41 * 5 + 7) + 1);
+    kit::Sweep sweep;
+    sweep.sizes = kit::SmallSizes();
+    sweep.pitches = {kit::Pitches::Loose};
+    sweep.placements = {Placement::Rear};
+    kit::Differential differential(kit::Find("KorPlanarMirror_C_"), &CopyAndSin, &Copy);
+    const kit::Verdict again = differential.Run(sweep, 1, verdict.failing);
+    EXPECT_EQ(again.cases, 1u);
+    EXPECT_EQ(again.finding.report, verdict.finding.report);
+    EXPECT_TRUE(differential.Run(sweep, 1, verdict.failing - 1).Same());
 }
 
 // Bytes that are not the function's business: AddressSanitizer stops the touch itself, else its trace is found.
-void ExpectTouchIsFound(Crime committed, kit::PlaneFunction model, const char* report) {
+void ExpectTouchIsFound(Crime committed, kit::PlaneFunction model, const char* title) {
     if (kit::kPoisons) {
         EXPECT_DEATH(Judge(committed, model), "use-after-poison");
     } else {
-        EXPECT_NE(Judge(committed, model).report.find(report), std::string::npos);
+        EXPECT_TRUE(StartsWith(Title(committed, model), title));
     }
 }
 
 TEST(KitDifferentialDeathTest, FindsEveryTouchOutsideOfThePlanes) {
-    ExpectTouchIsFound(Crime::Padding, &Copy, "(padding)");
-    ExpectTouchIsFound(Crime::BeforeDestination, &Copy, "plane dst, 9 bytes before");
+    ExpectTouchIsFound(Crime::Padding, &Copy, "wrote outside of a plane: plane dst, row 1, column 7 (padding): ");
+    ExpectTouchIsFound(Crime::BeforeDestination, &Copy,
+                       "wrote outside of a plane: plane dst, 9 bytes before the plane: ");
 }
 
 TEST(KitDifferentialDeathTest, FindsPaddingInAResultEvenIfTheModelPutsItThereToo) {
-    ExpectTouchIsFound(Crime::ReadsPadding, &CopyAndSin, "plane dst, row 0, column 0");
+    ExpectTouchIsFound(Crime::ReadsPadding, &CopyAndSin, "wrong byte in a destination: plane dst, row 0, column 0: ");
 }
 
 TEST(KitDifferential, HoldsTheModelToItsPlanes) {
@@ -214,18 +271,16 @@ TEST(KitDifferential, HoldsTheModelToItsPlanes) {
     options.width = 7;
     options.height = 5;
     options.pitches = kit::Pitches::Loose;
-    const std::string report = kit::Differential(kit::Find("KorPlanarMirror_C_"), &Copy, &CopyAndSin).RunCase(options);
-    EXPECT_NE(report.find("The model itself"), std::string::npos) << report;
+    const kit::Finding finding =
+        kit::Differential(kit::Find("KorPlanarMirror_C_"), &Copy, &CopyAndSin).RunCase(options);
+    EXPECT_TRUE(StartsWith(finding.title, "the model wrote where it may not: plane dst, row 1, column 7 (padding): "));
 }
 
-TEST(KitDifferentialDeathTest, CrashNamesTheCase) {
-    crime = Crime::BeforeDestination;
-    kit::Case options;
-    options.width = 7;
-    options.height = 5;
-    options.placement = Placement::Front;
-    kit::Differential differential(kit::Find("KorPlanarMirror_C_"), &CopyAndSin, &Copy);
-    EXPECT_DEATH(differential.RunCase(options), "Outside of its planes: KorPlanarMirror_C_ with 7x5");
+TEST(KitDifferential, SurvivesACrashAndTellsWhatWasTouched) {
+    EXPECT_EQ(Title(Crime::BeforeDestination, &Copy, Placement::Front),
+              "crashed: SIGSEGV on touching plane dst, 9 bytes before the plane");
+    EXPECT_EQ(Title(Crime::ReadsBehindSource), "crashed: SIGSEGV on touching plane src, 1 byte behind the plane's end");
+    EXPECT_EQ(Title(Crime::Stops), "crashed: SIGFPE");
 }
 
 TEST(KitCatalogue, HasAll38FunctionsOnce) {

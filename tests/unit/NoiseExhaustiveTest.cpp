@@ -4,9 +4,9 @@
 
 #include <vector>
 
+#include "conformance/core/ScriptedRandom.h"
 #include "Kor/Video/Common/C/KorYuv420_C_.h"
 #include "tests/support/Dithering.h"
-#include "tests/support/ScriptedRandom.h"
 
 namespace {
 

@@ -3,9 +3,9 @@
 
 #include <ostream>
 
+#include "conformance/core/Functions.h"
 #include "Kor/Video/Common/C/KorYuv420_C_.h"
 #include "tests/support/Frames.h"
-#include "tests/support/Functions.h"
 
 namespace {
 

@@ -5,9 +5,9 @@
 #include <initializer_list>
 #include <ostream>
 
+#include "conformance/core/Functions.h"
 #include "Kor/Video/Common/C/KorYuv420_C_.h"
 #include "tests/support/Frames.h"
-#include "tests/support/Functions.h"
 
 namespace {
 

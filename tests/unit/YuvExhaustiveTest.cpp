@@ -5,8 +5,8 @@
 #include <ostream>
 #include <vector>
 
+#include "conformance/core/Functions.h"
 #include "Kor/Video/Common/C/KorYuv420_C_.h"
-#include "tests/support/Functions.h"
 
 namespace {
 

@@ -6,11 +6,11 @@
 #include <iterator>
 #include <ostream>
 
+#include "conformance/core/Case.h"
+#include "conformance/core/Functions.h"
+#include "conformance/core/ScriptedRandom.h"
 #include "Kor/Video/Common/C/KorYuv420_C_.h"
-#include "tests/support/Case.h"
 #include "tests/support/Frames.h"
-#include "tests/support/Functions.h"
-#include "tests/support/ScriptedRandom.h"
 
 namespace {
 

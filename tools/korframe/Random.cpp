@@ -31,6 +31,7 @@ class SplitMix {
 };
 
 thread_local std::optional<SplitMix> seeded;
+thread_local RandomSource otherSource = nullptr;
 
 // One draw of a generator fills four bytes, or the rest.
 template <typename Draw>
@@ -50,9 +51,16 @@ void SeedRandom(std::uint64_t seed, std::uint64_t frameNumber) {
     seeded.emplace(SplitMix(seed).Next() ^ frameNumber);
 }
 
+void ServeRandomFrom(RandomSource source) {
+    otherSource = source;
+}
+
 }  // namespace korframe
 
 extern "C" KOR_API KorBool KorRandomGetBytes(char* buffer, KorSizeT count) {
+    if (korframe::otherSource != nullptr) {
+        return korframe::otherSource(buffer, count) ? 1 : 0;
+    }
     try {
         if (korframe::seeded) {
             korframe::Fill(buffer, count, [] { return korframe::seeded->Next(); });

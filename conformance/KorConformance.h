@@ -1,0 +1,222 @@
+/*
+ * KorConformance: holds a variant of the conversions against the portable ones, byte for byte. For whoever writes a
+ * faster variant of one function or of all: a table of function pointers and a main program of three lines are enough.
+ *
+ *     #include "KorConformance.h"
+ *
+ *     int main(int argc, char** argv) {
+ *         KorConformanceTable table = {0};                        // {} in C++
+ *         table.KorBGRAToI420 = &MyBGRAToI420;
+ *         return KorConformanceMain(argc, argv, "my variant", &table, NULL);
+ *     }
+ *
+ * Link Kor::Conformance (CMake) or kor-conformance (pkg-config) and leave Kor::Platform out: the kit brings the two
+ * services that the library needs, KorRandomGetBytes and KorTblDitherStd4, itself. A variant uses the same two. The
+ * program started with --help tells its options.
+ *
+ * What is tried
+ *
+ *   Sizes      Every width from 0 to 40 by every height from 0 to 12; then widths and heights around 16, 32, 48, 64,
+ *              128, 192, 256 and 512, very wide and very high ones.
+ *   Arguments  At each size all combinations of flips, levels, angles (legal ones and others), directions of the source,
+ *              positions, weights, matrices (six, up to sums that wrap; also one that lies in a plane which is written),
+ *              work in place where it is allowed.
+ *   Memory     Tight pitches, pitches of whole 16 bytes, and odd ones that put every row on another alignment; planes
+ *              that end right before an unmapped page, and planes that begin right behind one. At sizes of zero also
+ *              null pointers.
+ *   Content    Noise, and in turn all 0, all 255, alternating, ramps, and the values at which arithmetic turns.
+ *   Noise      A table with regions of small, extreme, rising and wide 16-bit values; draws that follow from the seed.
+ *
+ * What is compared
+ *
+ *   Destinations   Every byte of the allocation: samples, the spare rows and columns that a function may write, and the
+ *                  padding and the bytes around, which nothing may touch.
+ *   Sources        Every byte must be as it was. The padding of sources differs between the two calls, so that a byte
+ *                  that finds its way from there into a result shows.
+ *   Draws          Their number, order and sizes.
+ *   Reads          Sources end with the last byte that may be read, so that one more meets the unmapped page.
+ *
+ * Functions run in the process itself, one after the other, on one thread. A touch on an unmapped page, or another
+ * signal of the processor, is caught and reported like any difference. After its first difference a function is left,
+ * and the next one is tried.
+ *
+ * Valid C99 and C++17. For systems with mmap and POSIX signals.
+ */
+#ifndef KORCONFORMANCE_H
+#define KORCONFORMANCE_H
+
+#include <stddef.h>
+#include <stdint.h>
+#include <stdio.h>
+
+#include "Kor/Video/Common/C/KorYuv420_C_.h"
+
+KOR_EXTERN_C_BEGIN
+
+/* ------------------------------------------------------------------------------------------------------------------
+ * The table
+ * ------------------------------------------------------------------------------------------------------------------ */
+
+/* The fourteen shapes of the functions; the library's header names the arguments of each. */
+typedef void (*KorConformancePlane)(const KorUint8* src, KorDistanceT pitchSrc,
+                                    KorUint8* dst, KorSizeT pitchDst,
+                                    KorSizeT width, KorSizeT height);
+typedef void (*KorConformanceSplit)(const KorUint8* src, KorDistanceT pitchSrc,
+                                    KorUint8* uv1, KorSizeT pitchUv1,
+                                    KorUint8* uv2, KorSizeT pitchUv2,
+                                    KorSizeT width, KorSizeT height);
+typedef void (*KorConformancePlaneRotation)(const KorUint8* src, KorDistanceT pitchSrc,
+                                            KorUint8* dst, KorSizeT pitchDst,
+                                            KorSizeT widthSrc, KorSizeT heightSrc, KorImageRotationDegree rotationDegree);
+typedef void (*KorConformanceSplitRotation)(const KorUint8* src, KorDistanceT pitchSrc,
+                                            KorUint8* uv1, KorSizeT pitchUv1,
+                                            KorUint8* uv2, KorSizeT pitchUv2,
+                                            KorSizeT widthSrc, KorSizeT heightSrc, KorImageRotationDegree rotationDegree);
+typedef void (*KorConformanceFlipVertical)(KorUint8* srcY, KorSizeT srcPitchY,
+                                           KorUint8* srcU, KorSizeT srcPitchU,
+                                           KorUint8* srcV, KorSizeT srcPitchV,
+                                           KorSizeT width, KorSizeT height);
+typedef void (*KorConformanceCapture)(KorUint8* y, KorSizeT pitchY,
+                                      KorUint8* u, KorSizeT pitchU,
+                                      KorUint8* v, KorSizeT pitchV,
+                                      const KorUint8* x, KorSizeT pitchX,
+                                      KorSizeT width, KorSizeT height, KorBool flip);
+typedef void (*KorConformanceCaptureGeneral)(KorUint8* y, KorSizeT pitchY,
+                                             KorUint8* u, KorSizeT pitchU,
+                                             KorUint8* v, KorSizeT pitchV,
+                                             const KorUint8* x, KorSizeT pitchX,
+                                             KorSizeT width, KorSizeT height, KorBool flip, const KorInt (*coeffs)[3]);
+typedef void (*KorConformanceCaptureRotation)(KorUint8* y, KorSizeT pitchY,
+                                              KorUint8* u, KorSizeT pitchU,
+                                              KorUint8* v, KorSizeT pitchV,
+                                              const KorUint8* x, KorSizeT pitchX,
+                                              KorSizeT width, KorSizeT height, KorBool flip, KorImageRotationDegree rotationDegree);
+typedef void (*KorConformanceRender)(const KorUint8* y, KorSizeT pitchY,
+                                     const KorUint8* u, KorSizeT pitchU,
+                                     const KorUint8* v, KorSizeT pitchV,
+                                     KorUint8* x, KorSizeT pitchX,
+                                     KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel);
+typedef void (*KorConformanceRenderGeneral)(const KorUint8* y, KorSizeT pitchY,
+                                            const KorUint8* u, KorSizeT pitchU,
+                                            const KorUint8* v, KorSizeT pitchV,
+                                            KorUint8* x, KorSizeT pitchX,
+                                            KorSizeT width, KorSizeT height, const KorInt (*coeffs)[3], KorVideoFrameDitherLevel ditherLevel);
+typedef void (*KorConformancePack)(const KorUint8* y, KorSizeT pitchY,
+                                   const KorUint8* u, KorSizeT pitchU,
+                                   const KorUint8* v, KorSizeT pitchV,
+                                   KorUint8* x, KorSizeT pitchX,
+                                   KorSizeT width, KorSizeT height);
+typedef void (*KorConformanceDither)(const KorUint8* yIn, KorSizeT yInPitch,
+                                     const KorUint8* uIn, KorSizeT uInPitch,
+                                     const KorUint8* vIn, KorSizeT vInPitch,
+                                     KorUint8* yOut, KorSizeT yOutPitch,
+                                     KorUint8* uOut, KorSizeT uOutPitch,
+                                     KorUint8* vOut, KorSizeT vOutPitch,
+                                     KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel, KorBool randomizeNoiseOffsets);
+typedef void (*KorConformanceBlend)(KorUint8* yBackground, KorSizeT yBackgroundPitch,
+                                    KorUint8* uBackground, KorSizeT uBackgroundPitch,
+                                    KorUint8* vBackground, KorSizeT vBackgroundPitch,
+                                    const KorUint8* yForeground, KorSizeT yForegroundPitch,
+                                    const KorUint8* uForeground, KorSizeT uForegroundPitch,
+                                    const KorUint8* vForeground, KorSizeT vForegroundPitch,
+                                    KorSizeT width, KorSizeT height, KorSizeT xPosition, KorSizeT yPosition, KorUint8 alpha);
+typedef void (*KorConformanceBlendArray)(KorUint8* yBackground, KorSizeT yBackgroundPitch,
+                                         KorUint8* uBackground, KorSizeT uBackgroundPitch,
+                                         KorUint8* vBackground, KorSizeT vBackgroundPitch,
+                                         const KorUint8* yForeground, KorSizeT yForegroundPitch,
+                                         const KorUint8* uForeground, KorSizeT uForegroundPitch,
+                                         const KorUint8* vForeground, KorSizeT vForegroundPitch,
+                                         KorSizeT width, KorSizeT height, KorSizeT xPosition, KorSizeT yPosition,
+                                         KorUint8* yAlpha, KorSizeT yAlphaPitch,
+                                         KorUint8* uAlpha, KorSizeT uAlphaPitch,
+                                         KorUint8* vAlpha, KorSizeT vAlphaPitch);
+
+/*
+ * One pointer a function, in the order of the library's header, named like the function without its suffix. A null
+ * pointer means that the variant does not have the function: it is skipped, and reported as such.
+ */
+typedef struct KorConformanceTable {
+    KorConformancePlane KorPlanarUV422To420;
+    KorConformanceSplit KorPlanarUVDeinterlace;
+    KorConformancePlane KorPlanarMirror;
+    KorConformanceSplit KorPlanarUVDeinterlaceMirror;
+    KorConformancePlaneRotation KorPlanarRotation;
+    KorConformanceSplitRotation KorPlanarUVDeinterlaceRotation;
+    KorConformanceFlipVertical KorI420FlipVertical;
+    KorConformanceCapture KorRGBAToI420;
+    KorConformanceCapture KorBGRAToI420;
+    KorConformanceCapture KorARGBToI420;
+    KorConformanceCapture KorABGRToI420;
+    KorConformanceCapture KorBGRAToI444;
+    KorConformanceCapture KorBGRAToI420UsingBT709;
+    KorConformanceCapture KorBGRAToI444UsingBT709;
+    KorConformanceCaptureGeneral KorBGRAToI420General;
+    KorConformanceCapture KorRawToI420;
+    KorConformanceCapture Kor24BGToI420;
+    KorConformanceRender KorI420ToRGBA;
+    KorConformanceRender KorI420ToBGRA;
+    KorConformanceRender KorI420ToARGB;
+    KorConformanceRender KorI420ToABGR;
+    KorConformanceRender KorI444ToBGRA;
+    KorConformanceRender KorI444ToBGRAUsingBT709;
+    KorConformanceRender KorI420ToBGRAUsingBT709;
+    KorConformanceRenderGeneral KorI420ToBGRAGeneral;
+    KorConformanceRender KorI420To24BG;
+    KorConformanceCapture KorYUY2ToI420;
+    KorConformanceCapture KorUYVYToI420;
+    KorConformanceCaptureRotation KorYUY2ToI420WithRotation;
+    KorConformanceCaptureRotation KorUYVYToI420WithRotation;
+    KorConformanceRender KorI420ToYUY2;
+    KorConformanceRender KorI420ToUYVY;
+    KorConformanceCapture KorYuv2ToI420;
+    KorConformancePack KorI420toYuv2;
+    KorConformanceCapture KorM420ToI420;
+    KorConformanceDither KorI420Dither;
+    KorConformanceBlend KorI420AlphaBlend;
+    KorConformanceBlendArray KorI420AlphaArrayBlend;
+} KorConformanceTable;
+
+/* The portable functions of the library that is linked. A variant of a few may copy it and replace those. */
+KOR_API const KorConformanceTable* KorConformancePortable(void);
+
+/* ------------------------------------------------------------------------------------------------------------------
+ * The run
+ * ------------------------------------------------------------------------------------------------------------------ */
+
+/* How a run ends, and the exit status of a program that is made of KorConformanceMain. */
+typedef enum KorConformanceStatus {
+    KOR_CONFORMANCE_SAME = 0,    /* no difference was found */
+    KOR_CONFORMANCE_DIFFERS = 1, /* a function differs, crashes, or touches what is not its business */
+    KOR_CONFORMANCE_USAGE = 2    /* nothing was tried: a bad option, a file that cannot be written, other services linked */
+} KorConformanceStatus;
+
+/* Where contents and draws come from unless another seed is given. */
+#define KOR_CONFORMANCE_USUAL_SEED 420
+
+/* Set all to zero for the defaults, and then what differs. */
+typedef struct KorConformanceOptions {
+    const char* name;                 /* of the variant, for the reports; null: "variant" */
+    const KorConformanceTable* model; /* what is expected; null: the portable functions */
+    const char* const* functions;     /* names of the functions to try, with or without their suffix; null: all */
+    size_t functionCount;
+    uint64_t seed;           /* zero: the usual one */
+    KorBool quick;           /* fewer sizes: a tenth of the time, for a first look and for emulators */
+    size_t caseNumber;       /* try only this case of each function, as a report numbers it; zero: all */
+    FILE* text;              /* where to report; null: nowhere */
+    const char* junitPath;   /* also write JUnit XML to this file; null: do not */
+    const char* programName; /* for the command that repeats a failure; null: "PROGRAM" */
+} KorConformanceOptions;
+
+/* Tries every function that the table has. Not to be called on two threads at once. Options may be null. */
+KOR_API KorConformanceStatus KorConformanceRun(const KorConformanceTable* table, const KorConformanceOptions* options);
+
+/*
+ * The same as a whole program: takes the options from the command line and reports to the standard output. The model is
+ * what is expected, null for the portable functions. Returns the exit status.
+ */
+KOR_API int KorConformanceMain(int argc, char** argv, const char* name, const KorConformanceTable* table,
+                               const KorConformanceTable* model);
+
+KOR_EXTERN_C_END
+
+#endif

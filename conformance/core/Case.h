@@ -1,0 +1,96 @@
+// One call of a function in all its arguments but the memory, and sweeps over many such calls.
+#ifndef KOR_CONFORMANCE_CORE_CASE_H
+#define KOR_CONFORMANCE_CORE_CASE_H
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "conformance/core/Pattern.h"
+#include "conformance/core/PlaneShape.h"
+#include "Kor/Utils/SysDep/KorBaseTypes.h"
+#include "Kor/Video/Common/KorVideoFrame.h"
+
+namespace kit {
+
+struct Matrix {
+    KorInt rows[3][3];
+};
+
+enum class Pitches {
+    Tight,  // as many bytes as a row has
+    Loose,  // some bytes of padding, another number for each plane, all rows aligned alike
+    Odd,    // padding that puts every row on another alignment
+};
+
+// How a plane-geometry function walks its source.
+enum class Walk {
+    Down,
+    Up,
+};
+
+struct Case {
+    std::size_t width = 0;
+    std::size_t height = 0;
+    KorBool flip = 0;
+    KorVideoFrameDitherLevel ditherLevel = KOR_VIDEOFRAMEDITHERLEVEL_Off;
+    KorImageRotationDegree rotationDegree = 0;
+    Walk walk = Walk::Down;
+    KorBool randomizeNoiseOffsets = 0;
+    bool inPlace = false;
+    std::size_t xPosition = 0;
+    std::size_t yPosition = 0;
+    KorUint8 alpha = 0;
+    const Matrix* matrix = nullptr;
+    bool matrixInside = false;  // the matrix lies in the first plane, which is written
+
+    Pitches pitches = Pitches::Tight;
+    Placement placement = Placement::Rear;
+    Pattern pattern = Pattern::Noise;
+    std::uint64_t seed = 0;
+    std::size_t number = 0;  // its place in the sweep, from 1 on
+};
+
+std::string Describe(const Case& options);
+
+// The values that each argument takes; all combinations are visited.
+struct Sweep {
+    std::vector<std::pair<std::size_t, std::size_t>> sizes;
+    std::vector<KorBool> flips{0};
+    std::vector<KorVideoFrameDitherLevel> ditherLevels{KOR_VIDEOFRAMEDITHERLEVEL_Off};
+    std::vector<KorImageRotationDegree> rotationDegrees{0};
+    std::vector<Walk> walks{Walk::Down};
+    std::vector<KorBool> randomizeNoiseOffsets{0};
+    std::vector<bool> inPlace{false};
+    std::vector<std::pair<std::size_t, std::size_t>> positions{{0, 0}};
+    std::vector<KorUint8> alphas{0};
+    std::vector<const Matrix*> matrices{nullptr};
+    std::vector<bool> matrixInside{false};
+
+    std::vector<Pitches> pitches{Pitches::Tight, Pitches::Loose, Pitches::Odd};
+    std::vector<Placement> placements{Placement::Rear, Placement::Front};
+    // Every combination is visited with noise and with one of these in turn.
+    std::vector<Pattern> patterns{Pattern::Zeros, Pattern::Full, Pattern::Alternating, Pattern::Ramp,
+                                  Pattern::Extremes};
+};
+
+// Every width from 0 to 40 by every height from 0 to 12.
+std::vector<std::pair<std::size_t, std::size_t>> SmallSizes();
+// A few sizes at which long rows, many rows and the ends of vector loops show.
+std::vector<std::pair<std::size_t, std::size_t>> AwkwardSizes();
+
+// The values of the options that a sweep varies, as in "flip=1,angle=90"; "-" for a sweep that varies none.
+std::string NameOption(const Sweep& sweep, const Case& options);
+
+// Visits all combinations of the options, with everything else as it is in the given case, until the visitor returns
+// false; returns whether it never did.
+bool ForEachOption(const Sweep& sweep, const Case& start, const std::function<bool(const Case&)>& visit);
+// Visits all cases of a sweep until the visitor returns false; returns the number of cases visited.
+std::size_t ForEachCase(const Sweep& sweep, std::uint64_t seed, const std::function<bool(const Case&)>& visit);
+
+}  // namespace kit
+
+#endif

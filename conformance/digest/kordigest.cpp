@@ -1,0 +1,11 @@
+/*
+ * kordigest: the digests of the library that is linked. It also builds without the build system:
+ *
+ *   c++ -std=c++17 -I. -o kordigest conformance/digest/?*.cpp conformance/core/?*.cpp \
+ *       Kor/Video/Common/C/KorYuv420_C_.cpp platform/KorTblDitherStd4.cpp
+ */
+#include "conformance/digest/DigestMain.h"
+
+int main(int argc, char** argv) {
+    return kit::DigestMain(argc, argv, *KorConformancePortable());
+}
