@@ -83,7 +83,8 @@ Results Results::Read(const std::string& path) {
     }
     try {
         Results results;
-        for (const Json& entry : Json::parse(file).at("results")) {
+        const Json document = Json::parse(file);
+        for (const Json& entry : document.at("results")) {
             const FrameSize size = {entry.at("width"), entry.at("height"), entry.at("pitchMultiple")};
             results.entries_.push_back({entry.at("family"), entry.at("function"), entry.at("option"), {size, entry.at("bytes"), entry.at("seconds"), entry.at("memcpySeconds"), entry.at("spread"), entry.at("rounds")}});
         }

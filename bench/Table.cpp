@@ -7,12 +7,13 @@ namespace {
 constexpr int kFunctionWidth = 36;
 constexpr int kOptionWidth = 22;
 
-// Three digits that count, as far as a column is wide.
+// Three digits that count.
 std::string Milliseconds(double seconds) {
     const double value = 1000 * seconds;
-    const int decimals = value < 0.1 ? 4 : value < 1 ? 3
-                                       : value < 10  ? 2
-                                                     : 1;
+    int decimals = 1;
+    for (double limit = 10; value < limit && decimals < 6; limit /= 10) {
+        ++decimals;
+    }
     char text[32];
     std::snprintf(text, sizeof text, "%.*f", decimals, value);
     return text;
