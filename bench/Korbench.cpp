@@ -5,8 +5,10 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <exception>
+#include <map>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "bench/Cases.h"
@@ -37,6 +39,7 @@ struct Options {
     bool brief = false;
     bool list = false;
     bench::Effort effort;
+    int passes = 1;
     std::string json;
     std::string compare;
     std::string floors;
@@ -94,21 +97,29 @@ void Run(const Options& options) {
                                                                    : Table::Columns::Full;
     Table table(stdout, sizes, columns, !options.floors.empty());
     bench::Results results;
+    // Several passes spread the rounds of every figure over time, so that a disturbance spoils few of them. The last pass
+    // prints.
+    std::map<std::pair<std::size_t, std::size_t>, bench::Samples> samples;
     const bool showProgress = isatty(STDERR_FILENO) == 1;
-    for (std::size_t i = 0; i < cases.size(); ++i) {
-        std::vector<Table::Cell> cells;
-        for (const FrameSize& size : sizes) {
-            if (showProgress) {
-                std::fprintf(stderr, "\r\033[K%zu of %zu: %s, %s", i + 1, cases.size(), cases[i].Label().c_str(), size.Label().c_str());
+    for (int pass = 1; pass <= options.passes; ++pass) {
+        for (std::size_t i = 0; i < cases.size(); ++i) {
+            std::vector<Table::Cell> cells;
+            for (std::size_t k = 0; k < sizes.size(); ++k) {
+                if (showProgress) {
+                    std::fprintf(stderr, "\r\033[Kpass %d of %d, %zu of %zu: %s, %s", pass, options.passes, i + 1, cases.size(), cases[i].Label().c_str(), sizes[k].Label().c_str());
+                }
+                cells.push_back({bench::Measure(cases[i], sizes[k], options.effort, samples[{i, k}]), before.Find(cases[i], sizes[k])});
             }
-            const bench::Figure figure = bench::Measure(cases[i], size, options.effort);
-            results.Add(cases[i], figure);
-            cells.push_back({figure, before.Find(cases[i], size)});
+            if (showProgress) {
+                std::fputs("\r\033[K", stderr);
+            }
+            if (pass == options.passes) {
+                table.Row(cases[i], cells, floors.Find(cases[i].Label()));
+                for (const Table::Cell& cell : cells) {
+                    results.Add(cases[i], cell.now);
+                }
+            }
         }
-        if (showProgress) {
-            std::fputs("\r\033[K", stderr);
-        }
-        table.Row(cases[i], cells, floors.Find(cases[i].Label()));
     }
     table.Finish();
     if (!options.json.empty()) {
@@ -126,8 +137,9 @@ int main(int argc, char** argv) {
     app.add_option("--filter", options.patterns, "only cases whose label contains this; * stands for anything; can be repeated")->type_name("PATTERN")->allow_extra_args(false);
     app.add_flag("--brief", options.brief, "one or two cases for each function");
     app.add_flag("--list", options.list, "list the cases and measure nothing");
-    app.add_option("--repeat", options.effort.rounds, "least number of rounds for a figure")->check(CLI::PositiveNumber)->capture_default_str()->type_name("N");
-    app.add_option("--min-time", options.effort.seconds, "least time for a figure")->check(CLI::NonNegativeNumber)->capture_default_str()->type_name("SECONDS");
+    app.add_option("--repeat", options.effort.rounds, "least number of rounds for a figure in a pass")->check(CLI::PositiveNumber)->capture_default_str()->type_name("N");
+    app.add_option("--min-time", options.effort.seconds, "least time for a figure in a pass")->check(CLI::NonNegativeNumber)->capture_default_str()->type_name("SECONDS");
+    app.add_option("--passes", options.passes, "go through all cases so often, with that effort each time")->check(CLI::PositiveNumber)->capture_default_str()->type_name("N");
     app.add_option("--json", options.json, "write the figures to this file, too")->type_name("FILE");
     app.add_option("--compare", options.compare, "show figures of an older --json file beside these")->type_name("FILE");
     app.add_option("--floors", options.floors, "show the ratios of this file beside these")->type_name("FILE");

@@ -6,7 +6,6 @@
 #include <chrono>
 #include <cstring>
 #include <functional>
-#include <vector>
 
 namespace bench {
 
@@ -47,15 +46,32 @@ int CallsPerBurst(const std::function<void()>& call) {
     return calls;
 }
 
-double Quantile(std::vector<double>& values, double part) {
+double Quantile(std::vector<double> values, double part) {
     const auto nth = values.begin() + static_cast<std::ptrdiff_t>(part * static_cast<double>(values.size() - 1) + 0.5);
     std::nth_element(values.begin(), nth, values.end());
     return *nth;
 }
 
+double Median(const std::vector<double>& values) {
+    return Quantile(values, 0.5);
+}
+
+double Spread(const std::vector<double>& values) {
+    return (Quantile(values, 0.75) - Quantile(values, 0.25)) / Median(values);
+}
+
 }  // namespace
 
-Figure Measure(const Case& subject, FrameSize size, Effort effort) {
+void Samples::Add(double functionSeconds, double memcpySeconds) {
+    function_.push_back(functionSeconds);
+    memcpy_.push_back(memcpySeconds);
+}
+
+Figure Samples::Summary(FrameSize size, double bytes) const {
+    return {size, bytes, Median(function_), Median(memcpy_), std::max(Spread(function_), Spread(memcpy_)), function_.size()};
+}
+
+Figure Measure(const Case& subject, FrameSize size, Effort effort, Samples& samples) {
     Planes planes(size);
     const std::function<void()> function = subject.prepare(planes);
 
@@ -70,21 +86,14 @@ Figure Measure(const Case& subject, FrameSize size, Effort effort) {
 
     const int functionCalls = CallsPerBurst(function);
     const int memcpyCalls = CallsPerBurst(memcpyOfAsMuch);
-    std::vector<double> functionTimes;
-    std::vector<double> memcpyTimes;
     double spent = 0;
-    int rounds = 0;
-    for (; rounds < effort.rounds || spent < effort.seconds; ++rounds) {
+    for (int round = 0; round < effort.rounds || spent < effort.seconds; ++round) {
         const double functionTime = SecondsOf(function, functionCalls);
         const double memcpyTime = SecondsOf(memcpyOfAsMuch, memcpyCalls);
-        functionTimes.push_back(functionTime / functionCalls);
-        memcpyTimes.push_back(memcpyTime / memcpyCalls);
+        samples.Add(functionTime / functionCalls, memcpyTime / memcpyCalls);
         spent += functionTime + memcpyTime;
     }
-
-    const double median = Quantile(functionTimes, 0.5);
-    const double spread = (Quantile(functionTimes, 0.75) - Quantile(functionTimes, 0.25)) / median;
-    return {size, planes.Moved(), median, Quantile(memcpyTimes, 0.5), spread, rounds};
+    return samples.Summary(size, planes.Moved());
 }
 
 }  // namespace bench

@@ -4,6 +4,9 @@
 #ifndef KOR_BENCH_MEASURE_H
 #define KOR_BENCH_MEASURE_H
 
+#include <cstddef>
+#include <vector>
+
 #include "bench/Cases.h"
 
 namespace bench {
@@ -15,12 +18,24 @@ struct Figure {
     // Medians, for one call.
     double seconds;
     double memcpySeconds;
-    // The distance of the quartiles of the function's time, relative to the median: how noisy the machine was.
+    // The distance of the quartiles relative to the median, of the function's times or of memcpy's, whichever is more: how
+    // much the machine was disturbed.
     double spread;
-    int rounds;
+    std::size_t rounds;
 
     double Roofline() const { return memcpySeconds / seconds; }
     double PixelsPerSecond() const { return size.Pixels() / seconds; }
+};
+
+// What was measured of a case at a size, perhaps at several times. A round is one burst of the function and one of memcpy.
+class Samples {
+  public:
+    void Add(double functionSeconds, double memcpySeconds);
+    Figure Summary(FrameSize size, double bytes) const;
+
+  private:
+    std::vector<double> function_;
+    std::vector<double> memcpy_;
 };
 
 // A figure takes at least so many rounds, and at least so long.
@@ -29,7 +44,8 @@ struct Effort {
     double seconds = 0.1;
 };
 
-Figure Measure(const Case& subject, FrameSize size, Effort effort);
+// Measures, adds to the samples, and sums up what they are now.
+Figure Measure(const Case& subject, FrameSize size, Effort effort, Samples& samples);
 
 }  // namespace bench
 

@@ -19,6 +19,12 @@ std::string Milliseconds(double seconds) {
     return text;
 }
 
+// The figures of a quiet machine lie closer together.
+const char* NoiseMark(const Figure& figure) {
+    constexpr double kQuiet = 0.1;
+    return figure.spread > kQuiet ? "~" : " ";
+}
+
 constexpr int CellWidth(Table::Columns columns) {
     switch (columns) {
         case Table::Columns::Full:
@@ -45,10 +51,10 @@ void Table::Head() {
     for (std::size_t i = 0; i < sizes_.size(); ++i) {
         switch (columns_) {
             case Columns::Full:
-                std::fprintf(file_, "%9s%9s%10s", "ratio", "ms", "Mpixel/s");
+                std::fprintf(file_, "%8s %9s%10s", "ratio", "ms", "Mpixel/s");
                 break;
             case Columns::Compared:
-                std::fprintf(file_, "%9s%9s%9s%9s", "before", "ratio", "ms", "faster");
+                std::fprintf(file_, "%8s %8s %9s%9s", "before", "ratio", "ms", "faster");
                 break;
             case Columns::Speed:
                 std::fprintf(file_, "%14s", "Mpixel/s");
@@ -73,13 +79,13 @@ void Table::Row(const Case& subject, const std::vector<Cell>& cells, std::option
     for (const Cell& cell : cells) {
         switch (columns_) {
             case Columns::Full:
-                std::fprintf(file_, "%9.3f%9s%10.0f", cell.now.Roofline(), Milliseconds(cell.now.seconds).c_str(), cell.now.PixelsPerSecond() / 1e6);
+                std::fprintf(file_, "%8.3f%s%9s%10.0f", cell.now.Roofline(), NoiseMark(cell.now), Milliseconds(cell.now.seconds).c_str(), cell.now.PixelsPerSecond() / 1e6);
                 break;
             case Columns::Compared:
                 if (cell.before) {
-                    std::fprintf(file_, "%9.3f%9.3f%9s%8.2fx", cell.before->Roofline(), cell.now.Roofline(), Milliseconds(cell.now.seconds).c_str(), cell.before->seconds / cell.now.seconds);
+                    std::fprintf(file_, "%8.3f%s%8.3f%s%9s%8.2fx", cell.before->Roofline(), NoiseMark(*cell.before), cell.now.Roofline(), NoiseMark(cell.now), Milliseconds(cell.now.seconds).c_str(), cell.before->seconds / cell.now.seconds);
                 } else {
-                    std::fprintf(file_, "%9s%9.3f%9s%9s", "-", cell.now.Roofline(), Milliseconds(cell.now.seconds).c_str(), "-");
+                    std::fprintf(file_, "%8s %8.3f%s%9s%9s", "-", cell.now.Roofline(), NoiseMark(cell.now), Milliseconds(cell.now.seconds).c_str(), "-");
                 }
                 break;
             case Columns::Speed:
@@ -95,7 +101,8 @@ void Table::Finish() {
     if (columns_ != Columns::Speed) {
         std::fputs(
             "\nratio: the time in which memcpy reads and writes as many bytes, divided by the function's time\n"
-            "ms: the function's time for one frame; both are medians of runs in turn, on one thread\n",
+            "ms: the function's time for one frame; both are medians of runs in turn, on one thread\n"
+            "~: the machine was busy, and the quartiles of these runs lie more than a tenth apart\n",
             file_);
     }
     if (columns_ == Columns::Compared) {

@@ -10,6 +10,7 @@ void AddConvert(CLI::App& app);
 void AddBlend(CLI::App& app);
 void AddDemo(CLI::App& app);
 void AddTestCard(CLI::App& app);
+void AddBench(CLI::App& app);
 
 }  // namespace korframe
 
