@@ -41,6 +41,7 @@ struct Options {
     bench::Effort effort;
     int passes = 1;
     std::string json;
+    std::string note;
     std::string compare;
     std::string floors;
 };
@@ -123,7 +124,7 @@ void Run(const Options& options) {
     }
     table.Finish();
     if (!options.json.empty()) {
-        results.Write(options.json);
+        results.Write(options.json, options.note);
     }
 }
 
@@ -141,6 +142,7 @@ int main(int argc, char** argv) {
     app.add_option("--min-time", options.effort.seconds, "least time for a figure in a pass")->check(CLI::NonNegativeNumber)->capture_default_str()->type_name("SECONDS");
     app.add_option("--passes", options.passes, "go through all cases so often, with that effort each time")->check(CLI::PositiveNumber)->capture_default_str()->type_name("N");
     app.add_option("--json", options.json, "write the figures to this file, too")->type_name("FILE");
+    app.add_option("--note", options.note, "a line for that file, such as what is measured")->type_name("TEXT");
     app.add_option("--compare", options.compare, "show figures of an older --json file beside these")->type_name("FILE");
     app.add_option("--floors", options.floors, "show the ratios of this file beside these")->type_name("FILE");
     CLI11_PARSE(app, argc, argv);

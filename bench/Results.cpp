@@ -36,7 +36,7 @@ std::string Processor() {
 }  // namespace
 
 void Results::Add(const Case& subject, const Figure& figure) {
-    entries_.push_back({subject.family, subject.function, subject.option, figure});
+    entries_.push_back({subject.family, subject.function, subject.option, subject.isBrief, figure});
 }
 
 std::optional<Figure> Results::Find(const Case& subject, const FrameSize& size) const {
@@ -48,13 +48,14 @@ std::optional<Figure> Results::Find(const Case& subject, const FrameSize& size) 
     return std::nullopt;
 }
 
-void Results::Write(const std::string& path) const {
+void Results::Write(const std::string& path, const std::string& note) const {
     Json results = Json::array();
     for (const Entry& entry : entries_) {
         const Figure& figure = entry.figure;
         results.push_back({{"family", entry.family},
                            {"function", entry.function},
                            {"option", entry.option},
+                           {"brief", entry.isBrief},
                            {"size", figure.size.Label()},
                            {"width", figure.size.width},
                            {"height", figure.size.height},
@@ -67,7 +68,7 @@ void Results::Write(const std::string& path) const {
                            {"spread", figure.spread},
                            {"rounds", figure.rounds}});
     }
-    const Json document = {{"compiler", Compiler()}, {"processor", Processor()}, {"results", results}};
+    const Json document = {{"note", note}, {"compiler", Compiler()}, {"processor", Processor()}, {"results", results}};
     std::ofstream file(path);
     file << document.dump(1) << '\n';
     file.close();
@@ -86,7 +87,7 @@ Results Results::Read(const std::string& path) {
         const Json document = Json::parse(file);
         for (const Json& entry : document.at("results")) {
             const FrameSize size = {entry.at("width"), entry.at("height"), entry.at("pitchMultiple")};
-            results.entries_.push_back({entry.at("family"), entry.at("function"), entry.at("option"), {size, entry.at("bytes"), entry.at("seconds"), entry.at("memcpySeconds"), entry.at("spread"), entry.at("rounds")}});
+            results.entries_.push_back({entry.at("family"), entry.at("function"), entry.at("option"), entry.at("brief"), {size, entry.at("bytes"), entry.at("seconds"), entry.at("memcpySeconds"), entry.at("spread"), entry.at("rounds")}});
         }
         return results;
     } catch (const Json::exception& error) {

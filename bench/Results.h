@@ -17,13 +17,14 @@ class Results {
     // The figure of a case that was measured at a size.
     std::optional<Figure> Find(const Case& subject, const FrameSize& size) const;
 
-    // These throw a std::runtime_error that names the file.
-    void Write(const std::string& path) const;
+    // The note says what was measured. These throw a std::runtime_error that names the file.
+    void Write(const std::string& path, const std::string& note) const;
     static Results Read(const std::string& path);
 
   private:
     struct Entry {
         std::string family, function, option;
+        bool isBrief;
         Figure figure;
     };
     std::vector<Entry> entries_;

@@ -32,7 +32,7 @@ constexpr int CellWidth(Table::Columns columns) {
         case Table::Columns::Compared:
             return 36;
         default:
-            return 14;
+            return 16;
     }
 }
 
@@ -57,7 +57,7 @@ void Table::Head() {
                 std::fprintf(file_, "%8s %8s %9s%9s", "before", "ratio", "ms", "faster");
                 break;
             case Columns::Speed:
-                std::fprintf(file_, "%14s", "Mpixel/s");
+                std::fprintf(file_, "%16s", "Mpixel/s");
                 break;
         }
     }
@@ -89,7 +89,7 @@ void Table::Row(const Case& subject, const std::vector<Cell>& cells, std::option
                 }
                 break;
             case Columns::Speed:
-                std::fprintf(file_, "%14.0f", cell.now.PixelsPerSecond() / 1e6);
+                std::fprintf(file_, "%16.0f", cell.now.PixelsPerSecond() / 1e6);
                 break;
         }
     }
