@@ -387,10 +387,13 @@ char Lower(char c) {
     return static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
 }
 
-// Whether what stands at text begins with pattern, in which * stands for anything.
+// Whether what stands at text begins with pattern, in which * stands for anything and a last $ for the end.
 bool BeginsWith(const char* text, const char* pattern) {
     if (*pattern == 0) {
         return true;
+    }
+    if (*pattern == '$' && pattern[1] == 0) {
+        return *text == 0;
     }
     if (*pattern == '*') {
         return BeginsWith(text, pattern + 1) || (*text != 0 && BeginsWith(text + 1, pattern));

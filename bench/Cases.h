@@ -27,7 +27,8 @@ struct Case {
 // All cases, family by family in the order of the header. Sizes must be even.
 std::vector<Case> Cases();
 
-// Whether a label contains a pattern, in which * stands for anything. Upper and lower case are the same.
+// Whether a label contains a pattern, in which * stands for anything and a last $ for the end. Upper and lower case are
+// the same.
 bool Matches(const std::string& label, const std::string& pattern);
 
 }  // namespace bench

@@ -38,6 +38,7 @@ struct Options {
     std::vector<std::string> patterns;
     bool brief = false;
     bool list = false;
+    bool once = false;
     bench::Effort effort;
     int passes = 1;
     std::string json;
@@ -91,6 +92,13 @@ void Run(const Options& options) {
         }
         return;
     }
+    if (options.once) {
+        for (const Case& subject : cases) {
+            bench::Planes planes(sizes.front());
+            subject.prepare(planes)();
+        }
+        return;
+    }
     const bench::Results before = options.compare.empty() ? bench::Results() : bench::Results::Read(options.compare);
     const bench::Floors floors = options.floors.empty() ? bench::Floors() : bench::Floors(options.floors);
     const Table::Columns columns = !options.compare.empty()        ? Table::Columns::Compared
@@ -135,9 +143,10 @@ int main(int argc, char** argv) {
     CLI::App app("Measures every function of the library against memcpy.", "korbench");
     app.add_option("--size", options.sizes, "size of the frames, such as 1280x720, or 1280x720@4096 with pitches that are multiples of 4096; can be repeated")->type_name("WxH[@N]")->allow_extra_args(false);
     app.add_option("--sizes", options.sizeSet, "standard (64x64, 1280x720, 3840x2160) or scaling (16x16 to 7680x4320, wide, tall, awkward pitches)")->check(CLI::IsMember({"standard", "scaling"}))->type_name("SET");
-    app.add_option("--filter", options.patterns, "only cases whose label contains this; * stands for anything; can be repeated")->type_name("PATTERN")->allow_extra_args(false);
+    app.add_option("--filter", options.patterns, "only cases whose label contains this; * stands for anything, a last $ for the end; can be repeated")->type_name("PATTERN")->allow_extra_args(false);
     app.add_flag("--brief", options.brief, "one or two cases for each function");
     app.add_flag("--list", options.list, "list the cases and measure nothing");
+    app.add_flag("--once", options.once, "call every case once, at the first size, and measure nothing: for instrumenting tools");
     app.add_option("--repeat", options.effort.rounds, "least number of rounds for a figure in a pass")->check(CLI::PositiveNumber)->capture_default_str()->type_name("N");
     app.add_option("--min-time", options.effort.seconds, "least time for a figure in a pass")->check(CLI::NonNegativeNumber)->capture_default_str()->type_name("SECONDS");
     app.add_option("--passes", options.passes, "go through all cases so often, with that effort each time")->check(CLI::PositiveNumber)->capture_default_str()->type_name("N");

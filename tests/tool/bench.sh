@@ -16,6 +16,10 @@ grep -q "^function  *option  *ratio  *ms  *Mpixel/s$" table.txt || fail "the hea
 [ "$(grep -c '^Kor' one.txt)" -eq 1 ] || fail "not one case: $(cat one.txt)"
 grep -q '^KorPlanarRotation_C_  *270 ' one.txt || fail "another case: $(cat one.txt)"
 
+# The end of a label.
+"$korframe" bench --size 64x64 --time 0 --function 'KorBGRAToI420_C_$' >one.txt || fail "a whole name ended with $?"
+[ "$(grep -c '^Kor' one.txt)" -eq 1 ] || fail "not one case: $(cat one.txt)"
+
 refuses 2 "--function nothing: no function or option is named so" bench --function nothing
 refuses 2 "--size 63x64: both sides must be even" bench --size 63x64
 refuses 2 "--size 64: width and height are wanted" bench --size 64

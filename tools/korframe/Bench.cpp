@@ -94,7 +94,8 @@ void AddBench(CLI::App& app) {
         ->type_name("WxH");
     command
         ->add_option("--function", options->function,
-                     "measure every case whose name or option contains this; * stands for anything")
+                     "measure every case whose name or option contains this; * stands for anything, a last $ "
+                     "for the end")
         ->type_name("PATTERN");
     command->add_option("--time", options->time, "least time for each case; more makes figures steadier")
         ->capture_default_str()
