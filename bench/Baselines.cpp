@@ -39,18 +39,20 @@ void RenderWithByteStores(const KorUint8* y, KorSizeT pitchY,
     }
 }
 
-void ConvertThenRotate(KorUint8* y, KorUint8* u, KorUint8* v,
-                       KorUint8* scratchY, KorUint8* scratchU, KorUint8* scratchV,
-                       const KorUint8* x, KorSizeT width, KorSizeT height, KorImageRotationDegree rotationDegree) {
+void ConvertThenRotate(KorUint8* y, KorSizeT pitchY,
+                       KorUint8* u, KorSizeT pitchU,
+                       KorUint8* v, KorSizeT pitchV,
+                       KorUint8* scratchY, KorSizeT pitchScratchY,
+                       KorUint8* scratchU, KorSizeT pitchScratchU,
+                       KorUint8* scratchV, KorSizeT pitchScratchV,
+                       const KorUint8* x, KorSizeT pitchX,
+                       KorSizeT width, KorSizeT height, KorImageRotationDegree rotationDegree) {
     const KorSizeT widthC = width / 2;
     const KorSizeT heightC = height / 2;
-    const bool quarter = rotationDegree == 90 || rotationDegree == 270;
-    const KorSizeT pitch = quarter ? height : width;
-    const KorDistanceT scratchPitch = static_cast<KorDistanceT>(width);
-    KorUYVYToI420_C_(scratchY, width, scratchU, widthC, scratchV, widthC, x, 2 * width, width, height, 0);
-    KorPlanarRotation_C_(scratchY, scratchPitch, y, pitch, width, height, rotationDegree);
-    KorPlanarRotation_C_(scratchU, scratchPitch / 2, u, pitch / 2, widthC, heightC, rotationDegree);
-    KorPlanarRotation_C_(scratchV, scratchPitch / 2, v, pitch / 2, widthC, heightC, rotationDegree);
+    KorUYVYToI420_C_(scratchY, pitchScratchY, scratchU, pitchScratchU, scratchV, pitchScratchV, x, pitchX, width, height, 0);
+    KorPlanarRotation_C_(scratchY, static_cast<KorDistanceT>(pitchScratchY), y, pitchY, width, height, rotationDegree);
+    KorPlanarRotation_C_(scratchU, static_cast<KorDistanceT>(pitchScratchU), u, pitchU, widthC, heightC, rotationDegree);
+    KorPlanarRotation_C_(scratchV, static_cast<KorDistanceT>(pitchScratchV), v, pitchV, widthC, heightC, rotationDegree);
 }
 
 }  // namespace bench

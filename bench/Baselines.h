@@ -13,11 +13,16 @@ void RenderWithByteStores(const KorUint8* y, KorSizeT pitchY,
                           KorUint8* x, KorSizeT pitchX,
                           KorSizeT width, KorSizeT height);
 
-// UYVY to turned I420 in two passes: the plain converter into scratch planes, then three plane rotations. The scratch
-// planes are the caller's, of width by height samples and a quarter of that.
-void ConvertThenRotate(KorUint8* y, KorUint8* u, KorUint8* v,
-                       KorUint8* scratchY, KorUint8* scratchU, KorUint8* scratchV,
-                       const KorUint8* x, KorSizeT width, KorSizeT height, KorImageRotationDegree rotationDegree);
+// UYVY to turned I420 in two passes: the plain converter into scratch planes, which are the caller's, then three plane
+// rotations.
+void ConvertThenRotate(KorUint8* y, KorSizeT pitchY,
+                       KorUint8* u, KorSizeT pitchU,
+                       KorUint8* v, KorSizeT pitchV,
+                       KorUint8* scratchY, KorSizeT pitchScratchY,
+                       KorUint8* scratchU, KorSizeT pitchScratchU,
+                       KorUint8* scratchV, KorSizeT pitchScratchV,
+                       const KorUint8* x, KorSizeT pitchX,
+                       KorSizeT width, KorSizeT height, KorImageRotationDegree rotationDegree);
 
 }  // namespace bench
 

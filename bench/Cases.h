@@ -1,4 +1,4 @@
-// What the benchmark measures: one case a function and option.
+// What the benchmark measures: one case for each function and for each option that takes another path through it.
 #ifndef KOR_BENCH_CASES_H
 #define KOR_BENCH_CASES_H
 
@@ -6,27 +6,30 @@
 #include <string>
 #include <vector>
 
-#include "Kor/Utils/SysDep/KorBaseTypes.h"
+#include "bench/Planes.h"
 
 namespace bench {
 
-// Planes that are large enough for every case at a size, filled with noise. A case reads a, b, c and writes x, y, z.
-struct Planes {
-    Planes(KorSizeT width, KorSizeT height);
-
-    KorSizeT width;
-    KorSizeT height;
-    std::vector<KorUint8> a, b, c, x, y, z;
-};
-
 struct Case {
-    std::string name;
-    // Bytes that the function reads and writes for each pixel, together.
-    double bytesPerPixel;
-    std::function<void(Planes&)> run;
+    std::string family;
+    std::string function;
+    // Words such as "90 flip"; none for the function as it is called most.
+    std::string option;
+    // One of the few that stand for the rest in a short table.
+    bool isBrief;
+    // Lays out the planes and returns the call that works on them.
+    std::function<std::function<void()>(Planes&)> prepare;
+
+    // Such as "KorPlanarRotation_C_ 90".
+    std::string Label() const { return option.empty() ? function : function + " " + option; }
 };
 
+// All cases, family by family in the order of the header. Sizes must be even.
 std::vector<Case> Cases();
+
+// Whether a label contains a pattern, in which * stands for anything and a last $ for the end. Upper and lower case are
+// the same.
+bool Matches(const std::string& label, const std::string& pattern);
 
 }  // namespace bench
 

@@ -11,6 +11,7 @@ void AddBlend(CLI::App& app);
 void AddDemo(CLI::App& app);
 void AddTestCard(CLI::App& app);
 void AddVerify(CLI::App& app);
+void AddBench(CLI::App& app);
 
 }  // namespace korframe
 

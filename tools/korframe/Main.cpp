@@ -11,7 +11,7 @@ namespace korframe {
 
 namespace {
 
-constexpr void (*kCommands[])(CLI::App&) = {AddConvert, AddBlend, AddDemo, AddTestCard, AddVerify};
+constexpr void (*kCommands[])(CLI::App&) = {AddConvert, AddBlend, AddDemo, AddTestCard, AddVerify, AddBench};
 
 std::string Version() {
     return "korframe " + std::to_string(KOR_VERSION_MAJOR) + "." + std::to_string(KOR_VERSION_MINOR) + "." +

@@ -1,0 +1,99 @@
+#include "bench/Measure.h"
+
+#include <time.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstring>
+#include <functional>
+
+namespace bench {
+
+namespace {
+
+// Function and memcpy take turns in bursts this short, or of one call where that takes longer: a disturbance then meets
+// both, and few of the bursts.
+constexpr double kBurstSeconds = 0.0005;
+
+// The time that this thread was at work. Unlike that of a clock on the wall, it does not count what other programs took
+// from the processor in between.
+double Now() {
+#if defined(CLOCK_THREAD_CPUTIME_ID)
+    timespec now = {};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
+#else
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+#endif
+}
+
+double SecondsOf(const std::function<void()>& call, int calls) {
+    const double start = Now();
+    for (int i = 0; i < calls; ++i) {
+        call();
+    }
+    return Now() - start;
+}
+
+// How often to call in a burst. The calls that find it out also warm caches and predictors.
+int CallsPerBurst(const std::function<void()>& call) {
+    constexpr int kMost = 1 << 20;
+    SecondsOf(call, 1);
+    int calls = 1;
+    while (calls < kMost && SecondsOf(call, calls) < kBurstSeconds / 2) {
+        calls *= 2;
+    }
+    return calls;
+}
+
+double Quantile(std::vector<double> values, double part) {
+    const auto nth = values.begin() + static_cast<std::ptrdiff_t>(part * static_cast<double>(values.size() - 1) + 0.5);
+    std::nth_element(values.begin(), nth, values.end());
+    return *nth;
+}
+
+double Median(const std::vector<double>& values) {
+    return Quantile(values, 0.5);
+}
+
+double Spread(const std::vector<double>& values) {
+    return (Quantile(values, 0.75) - Quantile(values, 0.25)) / Median(values);
+}
+
+}  // namespace
+
+void Samples::Add(double functionSeconds, double memcpySeconds) {
+    function_.push_back(functionSeconds);
+    memcpy_.push_back(memcpySeconds);
+}
+
+Figure Samples::Summary(FrameSize size, double bytes) const {
+    return {size, bytes, Median(function_), Median(memcpy_), std::max(Spread(function_), Spread(memcpy_)), function_.size()};
+}
+
+Figure Measure(const Case& subject, FrameSize size, Effort effort, Samples& samples) {
+    Planes planes(size);
+    const std::function<void()> function = subject.prepare(planes);
+
+    const KorSizeT copied = static_cast<KorSizeT>(planes.Moved() / 2);
+    const Memory from(copied);
+    const Memory to(copied);
+    from.FillWithNoise(copied, 1);
+    to.FillWithNoise(copied, 2);
+    // Volatile, so that no compiler sees that nobody reads the copy.
+    void* (*volatile copy)(void*, const void*, std::size_t) = std::memcpy;
+    const std::function<void()> memcpyOfAsMuch = [&] { copy(to.Data(), from.Data(), copied); };
+
+    const int functionCalls = CallsPerBurst(function);
+    const int memcpyCalls = CallsPerBurst(memcpyOfAsMuch);
+    double spent = 0;
+    for (int round = 0; round < effort.rounds || spent < effort.seconds; ++round) {
+        const double functionTime = SecondsOf(function, functionCalls);
+        const double memcpyTime = SecondsOf(memcpyOfAsMuch, memcpyCalls);
+        samples.Add(functionTime / functionCalls, memcpyTime / memcpyCalls);
+        spent += functionTime + memcpyTime;
+    }
+    return samples.Summary(size, planes.Moved());
+}
+
+}  // namespace bench
