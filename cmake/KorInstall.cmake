@@ -1,7 +1,7 @@
 # Installation: headers, libraries, the CMake package, the pkg-config files, and a target that takes it all away again.
 include(CMakePackageConfigHelpers)
 
-install(TARGETS KorYuv420 KorPlatform EXPORT KorTargets
+install(TARGETS KorYuv420 KorPlatform KorPlatformInOrder EXPORT KorTargets
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
@@ -20,6 +20,10 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/KorConfig.cmake ${CMAKE_CURRENT_BINARY
 file(RELATIVE_PATH korPrefixFromPc
   ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 set(korPcCflags "$<$<BOOL:${BUILD_SHARED_LIBS}>: -DKOR_SHARED>")
+if(UNIX AND NOT APPLE)
+  # As the CMake target: the order of the libraries does not matter.
+  set(korPcServices "-Wl,-u,KorRandomGetBytes,-u,KorTblDitherStd4 ")
+endif()
 foreach(library yuv420 platform)
   configure_file(${CMAKE_CURRENT_LIST_DIR}/kor-${library}.pc.in kor-${library}.pc.config @ONLY)
   file(GENERATE OUTPUT kor-${library}.pc INPUT ${CMAKE_CURRENT_BINARY_DIR}/kor-${library}.pc.config)
