@@ -16,9 +16,14 @@ write_basic_package_version_file(KorConfigVersion.cmake COMPATIBILITY SameMinorV
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/KorConfig.cmake ${CMAKE_CURRENT_BINARY_DIR}/KorConfigVersion.cmake
   DESTINATION ${korPackageDir} COMPONENT development)
 
-# The way from the .pc files back to the prefix, so that an installed tree can be moved.
+# The .pc files find the prefix from where they lie, so that an installed tree can be moved. Packages stay in the system's
+# prefix, and name it, because pkg-config then leaves out the directories that compilers search anyway.
 file(RELATIVE_PATH korPrefixFromPc
   ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+set(korPcPrefix "\${pcfiledir}/${korPrefixFromPc}")
+if(KOR_DEBIAN_PACKAGES)
+  set(korPcPrefix ${CMAKE_INSTALL_PREFIX})
+endif()
 set(korPcCflags "$<$<BOOL:${BUILD_SHARED_LIBS}>: -DKOR_SHARED>")
 if(UNIX AND NOT APPLE)
   # As the CMake target: the order of the libraries does not matter.
