@@ -1,7 +1,7 @@
 # Installation: headers, libraries, the CMake package, the pkg-config files, and a target that takes it all away again.
 include(CMakePackageConfigHelpers)
 
-install(TARGETS KorYuv420 KorPlatform EXPORT KorTargets
+install(TARGETS KorYuv420 KorPlatform KorPlatformInOrder EXPORT KorTargets
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
@@ -30,10 +30,19 @@ write_basic_package_version_file(KorConfigVersion.cmake COMPATIBILITY SameMinorV
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/KorConfig.cmake ${CMAKE_CURRENT_BINARY_DIR}/KorConfigVersion.cmake
   DESTINATION ${korPackageDir} COMPONENT development)
 
-# The way from the .pc files back to the prefix, so that an installed tree can be moved.
+# The .pc files find the prefix from where they lie, so that an installed tree can be moved. Packages stay in the system's
+# prefix, and name it, because pkg-config then leaves out the directories that compilers search anyway.
 file(RELATIVE_PATH korPrefixFromPc
   ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+set(korPcPrefix "\${pcfiledir}/${korPrefixFromPc}")
+if(KOR_DEBIAN_PACKAGES)
+  set(korPcPrefix ${CMAKE_INSTALL_PREFIX})
+endif()
 set(korPcCflags "$<$<BOOL:${BUILD_SHARED_LIBS}>: -DKOR_SHARED>")
+if(UNIX AND NOT APPLE)
+  # As the CMake target: the order of the libraries does not matter.
+  set(korPcServices "-Wl,-u,KorRandomGetBytes,-u,KorTblDitherStd4 ")
+endif()
 foreach(library IN LISTS korLibraries)
   configure_file(${CMAKE_CURRENT_LIST_DIR}/kor-${library}.pc.in kor-${library}.pc.config @ONLY)
   file(GENERATE OUTPUT kor-${library}.pc INPUT ${CMAKE_CURRENT_BINARY_DIR}/kor-${library}.pc.config)

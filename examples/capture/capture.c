@@ -1,0 +1,87 @@
+/*
+ * Capture: a YUY2 frame of a camera that hangs on its side becomes an upright I420 picture, in one call.
+ *
+ * The camera's frame is made up here: black, with a white square in its upper left corner. Turned clockwise by 90
+ * degrees, the square must be in the upper right corner.
+ */
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+#include "Kor/Video/Common/C/KorYuv420_C_.h"
+
+enum {
+    /* The frame as the camera delivers it. Turned by a quarter, its sides change places. */
+    kWidth = 640,
+    kHeight = 360,
+    kTurnedWidth = kHeight,
+    kTurnedHeight = kWidth,
+
+    /* The pitch is the distance in bytes between two rows. YUY2 has two bytes a pixel; drivers like to pad a row. */
+    kPitch = 2 * kWidth + 64,
+
+    /* Limited range: luma goes from 16 to 235, and 128 is no colour. */
+    kBlack = 16,
+    kWhite = 235,
+    kNoColour = 128,
+
+    kSquare = 40
+};
+
+static KorUint8 camera[kHeight * kPitch];
+
+/* The turned picture: luma for every pixel, and two planes of chroma with a sample for every two by two pixels. */
+static KorUint8 y[kTurnedHeight][kTurnedWidth];
+static KorUint8 u[kTurnedHeight / 2][kTurnedWidth / 2];
+static KorUint8 v[kTurnedHeight / 2][kTurnedWidth / 2];
+
+static void PointTheCamera(void) {
+    int row, pair;
+    for (row = 0; row < kHeight; ++row) {
+        for (pair = 0; pair < kWidth / 2; ++pair) {
+            const KorUint8 luma = row < kSquare && 2 * pair < kSquare ? kWhite : kBlack;
+            KorUint8* yuy2 = camera + row * kPitch + 4 * pair;
+            yuy2[0] = luma;      /* Y of the left pixel */
+            yuy2[1] = kNoColour; /* U of both */
+            yuy2[2] = luma;      /* Y of the right pixel */
+            yuy2[3] = kNoColour; /* V of both */
+        }
+    }
+}
+
+static void Expect(int condition, const char* what) {
+    if (!condition) {
+        fprintf(stderr, "capture: %s\n", what);
+        exit(EXIT_FAILURE);
+    }
+}
+
+static void CheckThePicture(void) {
+    int row, column;
+    for (row = 0; row < kTurnedHeight; ++row) {
+        for (column = 0; column < kTurnedWidth; ++column) {
+            const int inSquare = row < kSquare && column >= kTurnedWidth - kSquare;
+            Expect(y[row][column] == (inSquare ? kWhite : kBlack), "the square is not in the upper right corner");
+            Expect(u[row / 2][column / 2] == kNoColour && v[row / 2][column / 2] == kNoColour, "there is colour");
+        }
+    }
+}
+
+int main(void) {
+    PointTheCamera();
+
+    /*
+     * Destinations come first, each with the pitch of its plane as it is after the turn; then the source with its size
+     * as it is before. Nothing is allocated, and nothing can fail: the caller provides planes that are large enough.
+     */
+    KorYUY2ToI420WithRotation_C_(y[0], kTurnedWidth,
+                                 u[0], kTurnedWidth / 2,
+                                 v[0], kTurnedWidth / 2,
+                                 camera, kPitch,
+                                 kWidth, kHeight, /* flip: */ 0, /* degrees, clockwise: */ 90);
+
+    CheckThePicture();
+    printf("YUY2 of %d by %d became I420 of %d by %d, and the square is where it belongs.\n",
+           kWidth, kHeight, kTurnedWidth, kTurnedHeight);
+    return 0;
+}
