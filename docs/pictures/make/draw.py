@@ -7,6 +7,7 @@ sys.dont_write_bytecode = True
 
 import dither  # noqa: E402
 import edges  # noqa: E402
+import house  # noqa: E402
 import layouts  # noqa: E402
 from library import Library  # noqa: E402
 
@@ -17,6 +18,7 @@ def main():
     for name, module in (("layouts", layouts), ("edges", edges)):
         (pictures / name).mkdir(parents=True, exist_ok=True)
         module.draw(library, pictures / name)
+    house.draw(pictures / "house.svg")
     dither.draw(build / "tools/korframe/korframe", pictures / "dither.png")
 
 
