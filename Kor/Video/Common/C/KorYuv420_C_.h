@@ -53,6 +53,8 @@ KOR_EXTERN_C_BEGIN
  * @{
  */
 
+/** @name 4:2:2 to 4:2:0
+ * @{ */
 /**
  * Halves the vertical resolution of one chroma plane: 4:2:2 to 4:2:0.
  *
@@ -63,6 +65,7 @@ KOR_EXTERN_C_BEGIN
 KOR_API void KorPlanarUV422To420_C_(const KorUint8* src, KorDistanceT pitchSrc,
                                     KorUint8* dst, KorSizeT pitchDst,
                                     KorSizeT width, KorSizeT height);
+/** @} */
 
 /** @name Split and mirror
  * @{ */
@@ -110,7 +113,7 @@ KOR_API void KorPlanarUVDeinterlaceMirror_C_(const KorUint8* src, KorDistanceT p
  * nothing is done; at the other angles the planes must not overlap.
  *
  * KorPlanarUVDeinterlaceRotation_C_ turns pairs of bytes (widthSrc counts pairs) and splits them on the way: uv1 gets
- * the first bytes, uv2 the second. Angle 0 is KorPlanarUVDeinterlace_C_. Any other angle turns by 270.
+ * the first bytes, uv2 the second. Angle 0 is KorPlanarUVDeinterlace_C_(). Any other angle turns by 270.
  */
 KOR_API void KorPlanarRotation_C_(const KorUint8* src, KorDistanceT pitchSrc,
                                   KorUint8* dst, KorSizeT pitchDst,
@@ -122,6 +125,8 @@ KOR_API void KorPlanarUVDeinterlaceRotation_C_(const KorUint8* src, KorDistanceT
                                                KorSizeT widthSrc, KorSizeT heightSrc, KorImageRotationDegree rotationDegree);
 /** @} */
 
+/** @name Flip in place
+ * @{ */
 /**
  * Turns an I420 picture upside down in its own planes, row by row, without another picture.
  *
@@ -133,6 +138,7 @@ KOR_API void KorI420FlipVertical_C_(KorUint8* srcY, KorSizeT srcPitchY,
                                     KorUint8* srcU, KorSizeT srcPitchU,
                                     KorUint8* srcV, KorSizeT srcPitchV,
                                     KorSizeT width, KorSizeT height);
+/** @} */
 
 /** @} */
 
@@ -190,14 +196,17 @@ KOR_API void KorABGRToI420_C_(KorUint8* y, KorSizeT pitchY,
                               KorSizeT width, KorSizeT height, KorBool flip);
 /** @} */
 
+/** @name BGRA to I444
+ * @{ */
 /** BGRA to I444 with the same matrix of BT.601 for every pixel. All three planes are width by height samples. */
 KOR_API void KorBGRAToI444_C_(KorUint8* y, KorSizeT pitchY,
                               KorUint8* u, KorSizeT pitchU,
                               KorUint8* v, KorSizeT pitchV,
                               const KorUint8* x, KorSizeT pitchX,
                               KorSizeT width, KorSizeT height, KorBool flip);
+/** @} */
 
-/** @name BT.709
+/** @name BGRA to I420 and I444 with BT.709
  * @{ */
 /**
  * BGRA to I420 and I444 with the matrix of ITU-R BT.709, limited range, in 8-bit fixed point:
@@ -230,6 +239,8 @@ KOR_API void KorBGRAToI444UsingBT709_C_(KorUint8* y, KorSizeT pitchY,
                                         KorSizeT width, KorSizeT height, KorBool flip);
 /** @} */
 
+/** @name BGRA to I420 with the caller's matrix
+ * @{ */
 /**
  * BGRA to I420 with the caller's matrix: three rows Y, U, V of weights for red, green and blue, in units of 1/256. BT.709
  * is {{47, 157, 16}, {-26, -87, 112}, {112, -102, -10}}.
@@ -252,6 +263,7 @@ KOR_API void KorBGRAToI420General_C_(KorUint8* y, KorSizeT pitchY,
                                      KorUint8* v, KorSizeT pitchV,
                                      const KorUint8* x, KorSizeT pitchX,
                                      KorSizeT width, KorSizeT height, KorBool flip, const KorInt (*coeffs)[3]);
+/** @} */
 
 /** @name 24-bit RGB to I420
  * @{ */
@@ -298,7 +310,7 @@ KOR_API void Kor24BGToI420_C_(KorUint8* y, KorSizeT pitchY,
 /**
  * @defgroup yuv_to_rgb YUV to RGB
  *
- * Dither. Renderers and packers take a ditherLevel. At KOR_VIDEOFRAMEDITHERLEVEL_Off they convert the samples as they
+ * Dither: renderers and packers take a ditherLevel. At KOR_VIDEOFRAMEDITHERLEVEL_Off they convert the samples as they
  * are and draw nothing; values beyond the four levels count as Off. At every other level they first draw three starts
  * into the noise table, for Y, U and V in this order, each sizeof(KorSizeT) bytes from KorRandomGetBytes - even if the
  * size then turns out to write nothing - and convert
@@ -383,13 +395,18 @@ KOR_API void KorI444ToBGRAUsingBT709_C_(const KorUint8* y, KorSizeT pitchY,
                                         KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel);
 /** @} */
 
-/** I420 to BGRA with the matrix of BT.709 above. Sizes as for KorI420ToBGRA_C_. */
+/** @name I420 to BGRA with BT.709
+ * @{ */
+/** I420 to BGRA with the matrix of BT.709 above. Sizes as for KorI420ToBGRA_C_(). */
 KOR_API void KorI420ToBGRAUsingBT709_C_(const KorUint8* y, KorSizeT pitchY,
                                         const KorUint8* u, KorSizeT pitchU,
                                         const KorUint8* v, KorSizeT pitchV,
                                         KorUint8* x, KorSizeT pitchX,
                                         KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel);
+/** @} */
 
+/** @name I420 to BGRA with the caller's matrix
+ * @{ */
 /**
  * I420 to BGRA with the caller's matrix: three rows R, G, B of multipliers for luma, U - 128 and V - 128, in units of
  * 1/256.
@@ -399,20 +416,24 @@ KOR_API void KorI420ToBGRAUsingBT709_C_(const KorUint8* y, KorSizeT pitchY,
  *
  * Row 0 gives the luma multiplier of all three channels; the offset of luma takes each row's own. Sums wrap modulo 2^32
  * and are shifted arithmetically. coeffs is only read, and not at all at sizes that write nothing. Sizes as for
- * KorI420ToBGRA_C_.
+ * KorI420ToBGRA_C_().
  */
 KOR_API void KorI420ToBGRAGeneral_C_(const KorUint8* y, KorSizeT pitchY,
                                      const KorUint8* u, KorSizeT pitchU,
                                      const KorUint8* v, KorSizeT pitchV,
                                      KorUint8* x, KorSizeT pitchX,
                                      KorSizeT width, KorSizeT height, const KorInt (*coeffs)[3], KorVideoFrameDitherLevel ditherLevel);
+/** @} */
 
-/** I420 to 24-bit pixels B, G, R: KorI420ToBGRA_C_ without the alpha byte. */
+/** @name I420 to 24-bit RGB
+ * @{ */
+/** I420 to 24-bit pixels B, G, R: KorI420ToBGRA_C_() without the alpha byte. */
 KOR_API void KorI420To24BG_C_(const KorUint8* y, KorSizeT pitchY,
                               const KorUint8* u, KorSizeT pitchU,
                               const KorUint8* v, KorSizeT pitchV,
                               KorUint8* x, KorSizeT pitchX,
                               KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel);
+/** @} */
 
 /** @} */
 
@@ -500,7 +521,7 @@ KOR_API void KorI420ToUYVY_C_(const KorUint8* y, KorSizeT pitchY,
  * @{ */
 /**
  * Yuv2 to I420: luma to limited range, ((220 Y) >> 8) + 16; signed chroma scaled by t(c) = (113 c) >> 7 and averaged
- * over the row pair, (t + t + 257) >> 1. Odd heights and sizes that write nothing are as for KorYUY2ToI420_C_.
+ * over the row pair, (t + t + 257) >> 1. Odd heights and sizes that write nothing are as for KorYUY2ToI420_C_().
  *
  * I420 to Yuv2: luma is copied as it is, chroma becomes the low byte of (145 c + 14208) >> 7, which wraps below 16 and
  * above 240. An odd last column or row is not written; a width or height below 2 writes nothing.
@@ -522,6 +543,8 @@ KOR_API void KorI420toYuv2_C_(const KorUint8* y, KorSizeT pitchY,
                               KorSizeT width, KorSizeT height);
 /** @} */
 
+/** @name M420 to I420
+ * @{ */
 /**
  * M420 to I420. A block holds, back to back, luma row 2i, luma row 2i + 1 (width bytes each) and width / 2 pairs U, V.
  * Block i starts at m420 + i * pitchM420, so pitchM420 spans three rows. Samples are copied.
@@ -537,6 +560,7 @@ KOR_API void KorM420ToI420_C_(KorUint8* y, KorSizeT pitchY,
                               KorUint8* v, KorSizeT pitchV,
                               const KorUint8* m420, KorSizeT pitchM420,
                               KorSizeT width, KorSizeT height, KorBool flip);
+/** @} */
 
 /** @} */
 
@@ -546,6 +570,8 @@ KOR_API void KorM420ToI420_C_(KorUint8* y, KorSizeT pitchY,
  * @{
  */
 
+/** @name Dither filter
+ * @{ */
 /**
  * Adds dither noise to an I420 picture, by the formula of the renderers. Every call adds noise: Off, too, is a level
  * here, one step weaker than KOR_VIDEOFRAMEDITHERLEVEL_0. Values beyond the four levels draw and write nothing.
@@ -567,6 +593,7 @@ KOR_API void KorI420Dither_C_(const KorUint8* yIn, KorSizeT yInPitch,
                               KorUint8* uOut, KorSizeT uOutPitch,
                               KorUint8* vOut, KorSizeT vOutPitch,
                               KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel, KorBool randomizeNoiseOffsets);
+/** @} */
 
 /** @name Blends
  * @{ */
