@@ -50,6 +50,7 @@ KOR_EXTERN_C_BEGIN
 /* ------------------------------------------------------------------------------------------------------------------ */
 /**
  * @defgroup plane_geometry Plane geometry
+ * Samples move, and nothing is computed but one average.
  * @{
  */
 
@@ -145,6 +146,7 @@ KOR_API void KorI420FlipVertical_C_(KorUint8* srcY, KorSizeT srcPitchY,
 /* ------------------------------------------------------------------------------------------------------------------ */
 /**
  * @defgroup rgb_to_yuv RGB to YUV
+ * RGB pixels to limited-range I420 and I444.
  * @{
  */
 
@@ -309,6 +311,7 @@ KOR_API void Kor24BGToI420_C_(KorUint8* y, KorSizeT pitchY,
 /* ------------------------------------------------------------------------------------------------------------------ */
 /**
  * @defgroup yuv_to_rgb YUV to RGB
+ * Limited-range I420 and I444 to RGB, dithered if asked for.
  *
  * Dither: renderers and packers take a ditherLevel. At KOR_VIDEOFRAMEDITHERLEVEL_Off they convert the samples as they
  * are and draw nothing; values beyond the four levels count as Off. At every other level they first draw three starts
@@ -440,6 +443,7 @@ KOR_API void KorI420To24BG_C_(const KorUint8* y, KorSizeT pitchY,
 /* ------------------------------------------------------------------------------------------------------------------ */
 /**
  * @defgroup packed_yuv Packed and semi-planar YUV
+ * Layouts of cameras and encoders to I420 and back.
  * @{
  */
 
@@ -567,6 +571,7 @@ KOR_API void KorM420ToI420_C_(KorUint8* y, KorSizeT pitchY,
 /* ------------------------------------------------------------------------------------------------------------------ */
 /**
  * @defgroup compositing Compositing and noise
+ * One picture laid over another, and noise in the planes of one.
  * @{
  */
 
