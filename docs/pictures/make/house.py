@@ -1,6 +1,9 @@
 """The way of a frame through the house: from function to function, and inside one of them."""
+import pathlib
+
 from card import FAINT, INK, MONO, Card
 
+TREE = pathlib.Path(__file__).resolve().parents[3]
 BLUE, GREEN, SAND, GREY = "#ddf4ff", "#dafbe1", "#fff8c5", "#f6f8fa"
 
 
@@ -51,8 +54,29 @@ def draw_inside(card, top):
     card.text(795, y + 74, "on the stack between stages", size=10.5, fill=FAINT, anchor="middle")
 
 
+# What stands around the library: directory, name, what it does. Only what is in the tree is drawn.
+AROUND = [
+    ("tests", "tests", ["a literal twin,", "properties, consumers"]),
+    ("conformance", "conformance", ["any faster variant,", "byte for byte"]),
+    ("fuzz", "fuzz", ["sizes and bytes", "nobody thought of"]),
+    ("tools/korframe", "korframe", ["the command-line", "tool"]),
+    ("bench", "bench", ["time against that", "of a memory copy"]),
+    ("examples", "examples", ["small programs,", "to copy from"]),
+]
+
+
+def draw_around(card, top):
+    card.text(20, top - 12, "Around the library, which knows none of them", size=12, weight="bold", fill=FAINT)
+    present = [entry for entry in AROUND if (TREE / entry[0]).is_dir()]
+    gap = 16
+    width = (860 - gap * (len(present) - 1)) / len(present)
+    for number, (_, name, lines) in enumerate(present):
+        box(card, round(20 + number * (width + gap), 1), top, round(width, 1), 66, name, lines, GREY)
+
+
 def draw(path):
-    card = Card(path, 900, 416, "The way of a frame through the house")
+    card = Card(path, 900, 532, "The way of a frame through the house")
     draw_frames(card, 74)
     draw_inside(card, 190)
+    draw_around(card, 446)
     card.save()
