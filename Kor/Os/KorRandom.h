@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * The contract of the random-bytes service.
  *
  * The library calls this function and does not contain it: a product links its own, or the default one of the
@@ -11,7 +12,7 @@
 
 KOR_EXTERN_C_BEGIN
 
-/* Fills count bytes at buffer with random bytes. Returns whether it could; on false the buffer's content is open. */
+/** Fills count bytes at buffer with random bytes. Returns whether it could; on false the buffer's content is open. */
 KOR_SERVICE KorBool KorRandomGetBytes(char* buffer, KorSizeT count);
 
 KOR_EXTERN_C_END

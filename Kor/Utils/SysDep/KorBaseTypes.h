@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * Base integer types, their widths, and the few macros that hide compiler differences.
  *
  * Valid C99 and C++17. Every other header of the library includes this one.
@@ -9,22 +10,25 @@
 #include <stddef.h>
 #include <stdint.h>
 
-/* The version of the library; the build reads it from here and nowhere else. */
+/** @name Version
+ * @{ */
+/** The version of the library; the build reads it from here and nowhere else. */
 #define KOR_VERSION_MAJOR 0
 #define KOR_VERSION_MINOR 1
 #define KOR_VERSION_PATCH 0
+/** @} */
 
-typedef int32_t KorInt;         /* pixel arithmetic, matrix coefficients */
-typedef uint32_t KorUint;       /* byte positions, blend weights, angles */
-typedef int8_t KorInt8;         /* signed bytes */
-typedef uint8_t KorUint8;       /* every sample of every plane, every byte of a packed pixel */
-typedef int16_t KorInt16;       /* entries of the noise table */
-typedef uint16_t KorUint16;     /* 16-bit quantities */
-typedef uint8_t KorBool;        /* zero is false, any other value is true */
-typedef size_t KorSizeT;        /* widths, heights, positions, pitches of planes that run downwards */
-typedef ptrdiff_t KorDistanceT; /* pitches that may run upwards */
+typedef int32_t KorInt;         /**< pixel arithmetic, matrix coefficients */
+typedef uint32_t KorUint;       /**< byte positions, blend weights, angles */
+typedef int8_t KorInt8;         /**< signed bytes */
+typedef uint8_t KorUint8;       /**< every sample of every plane, every byte of a packed pixel */
+typedef int16_t KorInt16;       /**< entries of the noise table */
+typedef uint16_t KorUint16;     /**< 16-bit quantities */
+typedef uint8_t KorBool;        /**< zero is false, any other value is true */
+typedef size_t KorSizeT;        /**< widths, heights, positions, pitches of planes that run downwards */
+typedef ptrdiff_t KorDistanceT; /**< pitches that may run upwards */
 
-/* KOR_STATIC_ASSERT(name, condition): checked at compile time; C99 has no assertion of its own to offer. */
+/** KOR_STATIC_ASSERT(name, condition): checked at compile time; C99 has no assertion of its own to offer. */
 #if defined(__cplusplus)
 #define KOR_STATIC_ASSERT(name, condition) static_assert(condition, #name)
 #elif defined(__STDC_VERSION__) && __STDC_VERSION__ >= 201112L
@@ -43,14 +47,16 @@ KOR_STATIC_ASSERT(KorBool_is_8_bits, sizeof(KorBool) == 1);
 KOR_STATIC_ASSERT(KorSizeT_is_as_wide_as_a_pointer, sizeof(KorSizeT) == sizeof(void*));
 KOR_STATIC_ASSERT(KorDistanceT_is_as_wide_as_a_pointer, sizeof(KorDistanceT) == sizeof(void*));
 
-/* KOR_CAST(type, value): the cast of inline functions that C and C++ share. */
+/** KOR_CAST(type, value): the cast of inline functions that C and C++ share. */
 #if defined(__cplusplus)
 #define KOR_CAST(type, value) static_cast<type>(value)
 #else
 #define KOR_CAST(type, value) ((type)(value))
 #endif
 
-/* C linkage for declarations that C and C++ share. */
+/** @name C linkage
+ * @{ */
+/** C linkage for declarations that C and C++ share. */
 #if defined(__cplusplus)
 #define KOR_EXTERN_C_BEGIN extern "C" {
 #define KOR_EXTERN_C_END }
@@ -58,8 +64,9 @@ KOR_STATIC_ASSERT(KorDistanceT_is_as_wide_as_a_pointer, sizeof(KorDistanceT) == 
 #define KOR_EXTERN_C_BEGIN
 #define KOR_EXTERN_C_END
 #endif
+/** @} */
 
-/*
+/**
  * KOR_API marks what a shared library exports. KOR_SHARED is set by the build for everything that builds or uses the
  * shared library, KOR_BUILDING only while the library itself is compiled.
  */
@@ -73,14 +80,14 @@ KOR_STATIC_ASSERT(KorDistanceT_is_as_wide_as_a_pointer, sizeof(KorDistanceT) == 
 #define KOR_API
 #endif
 
-/* KOR_SERVICE marks what the library expects from the product around it, in whichever module that defines it. */
+/** KOR_SERVICE marks what the library expects from the product around it, in whichever module that defines it. */
 #if defined(__GNUC__) && !defined(_WIN32)
 #define KOR_SERVICE __attribute__((visibility("default")))
 #else
 #define KOR_SERVICE
 #endif
 
-/* KOR_RESTRICT: within the scope of the pointer nothing else reaches the bytes it writes. */
+/** KOR_RESTRICT: within the scope of the pointer nothing else reaches the bytes it writes. */
 #if defined(__GNUC__) || defined(_MSC_VER)
 #define KOR_RESTRICT __restrict
 #elif !defined(__cplusplus)

@@ -1,40 +1,40 @@
-/*
- * KorYuv420_C_: the portable conversions of raw video frames. This header is the library's manual.
+/**
+ * @file
+ * The portable conversions of raw video frames. This header is the library's manual.
  *
  * 38 functions convert, resample, turn, mirror, flip, dither and blend whole frames that lie in the caller's memory.
  * Valid C99 and C++17.
  *
  * What holds for all of them
  *
- *   Results   The bytes that these functions write are a contract, to the bit. Every faster variant of a function has
- *             the same signature and writes the same bytes.
- *   Images    An image is one or more planes, each a pointer to the first byte of its top row and a pitch: the distance
- *             in bytes from one row to the next. Bytes between the end of a row and the next row are neither read nor
- *             written. Widths, heights and positions count pixels of the full-resolution (luma) grid, unless a
- *             function says otherwise.
- *   Samples   are unsigned bytes. YUV is limited range: luma 16 to 235, chroma 16 to 240, centred on 128.
- *   Order     Byte orders are the orders in memory, at increasing addresses: BGRA is B, G, R, A on every machine.
- *   Spare     Some captures write one luma row below, or one luma column to the right of, a picture of odd size. Each
- *             function that does says so, and its caller provides that room.
- *   Reads     Nothing outside the width by height of a source is read, but where a function says so. What is not written
- *             for an odd last column or row is not read either.
- *   Overlap   Sources and destinations must not overlap, but where a function says that they may.
- *   Failure   Nothing is checked and nothing is reported. Sizes of zero are legal, write nothing, and leave even null
- *             plane pointers alone.
- *   Threads   No function keeps state or allocates memory. All may run on any thread, and at the same time where their
- *             destinations are disjoint. Dithering calls KorRandomGetBytes, which must allow the same.
+ * - Results: The bytes that these functions write are a contract, to the bit. Every faster variant of a function has
+ *   the same signature and writes the same bytes.
+ * - Images: An image is one or more planes, each a pointer to the first byte of its top row and a pitch: the distance
+ *   in bytes from one row to the next. Bytes between the end of a row and the next row are neither read nor written.
+ *   Widths, heights and positions count pixels of the full-resolution (luma) grid, unless a function says otherwise.
+ * - Samples: Unsigned bytes. YUV is limited range: luma 16 to 235, chroma 16 to 240, centred on 128.
+ * - Order: Byte orders are the orders in memory, at increasing addresses: BGRA is B, G, R, A on every machine.
+ * - Spare: Some captures write one luma row below, or one luma column to the right of, a picture of odd size. Each
+ *   function that does says so, and its caller provides that room.
+ * - Reads: Nothing outside the width by height of a source is read, but where a function says so. What is not written
+ *   for an odd last column or row is not read either.
+ * - Overlap: Sources and destinations must not overlap, but where a function says that they may.
+ * - Failure: Nothing is checked and nothing is reported. Sizes of zero are legal, write nothing, and leave even null
+ *   plane pointers alone.
+ * - Threads: No function keeps state or allocates memory. All may run on any thread, and at the same time where their
+ *   destinations are disjoint. Dithering calls KorRandomGetBytes(), which must allow the same.
  *
  * Layouts
  *
- *   I420      Planes Y, U, V. Y has width by height samples; U and V have (width + 1) / 2 by (height + 1) / 2, one for
- *             each block of two by two luma samples.
- *   I444      Planes Y, U, V of width by height samples.
- *   32-bit    Four bytes a pixel, in the order of the name: RGBA, BGRA, ARGB, ABGR.
- *   24-bit    Three bytes a pixel: R, G, B for "Raw", B, G, R for "24BG".
- *   YUY2      Four bytes for two pixels: Y0, U, Y1, V.
- *   UYVY      Four bytes for two pixels: U, Y0, V, Y1.
- *   Yuv2      As YUY2, with full-range luma (0 to 255) and signed chroma (0 is no colour).
- *   M420      Blocks of two luma rows and the row of interleaved chroma that they share; see KorM420ToI420_C_.
+ * - I420: Planes Y, U, V. Y has width by height samples; U and V have (width + 1) / 2 by (height + 1) / 2, one for each
+ *   block of two by two luma samples.
+ * - I444: Planes Y, U, V of width by height samples.
+ * - 32-bit: Four bytes a pixel, in the order of the name: RGBA, BGRA, ARGB, ABGR.
+ * - 24-bit: Three bytes a pixel: R, G, B for "Raw", B, G, R for "24BG".
+ * - YUY2: Four bytes for two pixels: Y0, U, Y1, V.
+ * - UYVY: Four bytes for two pixels: U, Y0, V, Y1.
+ * - Yuv2: As YUY2, with full-range luma (0 to 255) and signed chroma (0 is no colour).
+ * - M420: Blocks of two luma rows and the row of interleaved chroma that they share; see KorM420ToI420_C_().
  *
  * Flip. Captures with a flip argument read their source bottom row first when it is true: row 0 of the destination
  * comes from the row at x + (height - 1) * pitchX. Destinations are always written from their first row downwards.
@@ -47,11 +47,16 @@
 
 KOR_EXTERN_C_BEGIN
 
-/* ------------------------------------------------------------------------------------------------------------------
- * Plane geometry
- * ------------------------------------------------------------------------------------------------------------------ */
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
+ * @defgroup plane_geometry Plane geometry
+ * Samples move, and nothing is computed but one average.
+ * @{
+ */
 
-/*
+/** @name 4:2:2 to 4:2:0
+ * @{ */
+/**
  * Halves the vertical resolution of one chroma plane: 4:2:2 to 4:2:0.
  *
  * width and height are the size of dst. Row i of dst is the rounded-up average, (a + b + 1) >> 1, of rows 2i and 2i + 1
@@ -61,9 +66,12 @@ KOR_EXTERN_C_BEGIN
 KOR_API void KorPlanarUV422To420_C_(const KorUint8* src, KorDistanceT pitchSrc,
                                     KorUint8* dst, KorSizeT pitchDst,
                                     KorSizeT width, KorSizeT height);
+/** @} */
 
-/*
- * Split and mirror.
+/** @name Split and mirror
+ * @{ */
+/**
+ * Splits pairs of bytes, mirrors rows, or does both.
  *
  * Deinterlace splits rows of width pairs of bytes: uv1 gets the first byte of each pair, uv2 the second. What the bytes
  * mean is the caller's business; for V before U, the caller exchanges the two pointers. Mirror reverses each row, so
@@ -86,15 +94,18 @@ KOR_API void KorPlanarUVDeinterlaceMirror_C_(const KorUint8* src, KorDistanceT p
                                              KorUint8* uv1, KorSizeT pitchUv1,
                                              KorUint8* uv2, KorSizeT pitchUv2,
                                              KorSizeT width, KorSizeT height);
+/** @} */
 
-/*
+/** @name Turns
+ * @{ */
+/**
  * Turns a plane clockwise by rotationDegree. The sample in column i and row j of a source of W by H samples goes to
  *
- *   angle    column       row          destination
- *   0        i            j            W by H
- *   90       H - 1 - j    i            H by W
- *   180      W - 1 - i    H - 1 - j    W by H
- *   270      j            W - 1 - i    H by W
+ *     angle    column       row          destination
+ *     0        i            j            W by H
+ *     90       H - 1 - j    i            H by W
+ *     180      W - 1 - i    H - 1 - j    W by H
+ *     270      j            W - 1 - i    H by W
  *
  * Each destination pitch is that of the turned plane. A negative pitchSrc reads a picture stored bottom-up. A zero size
  * writes nothing.
@@ -103,7 +114,7 @@ KOR_API void KorPlanarUVDeinterlaceMirror_C_(const KorUint8* src, KorDistanceT p
  * nothing is done; at the other angles the planes must not overlap.
  *
  * KorPlanarUVDeinterlaceRotation_C_ turns pairs of bytes (widthSrc counts pairs) and splits them on the way: uv1 gets
- * the first bytes, uv2 the second. Angle 0 is KorPlanarUVDeinterlace_C_. Any other angle turns by 270.
+ * the first bytes, uv2 the second. Angle 0 is KorPlanarUVDeinterlace_C_(). Any other angle turns by 270.
  */
 KOR_API void KorPlanarRotation_C_(const KorUint8* src, KorDistanceT pitchSrc,
                                   KorUint8* dst, KorSizeT pitchDst,
@@ -113,8 +124,11 @@ KOR_API void KorPlanarUVDeinterlaceRotation_C_(const KorUint8* src, KorDistanceT
                                                KorUint8* uv1, KorSizeT pitchUv1,
                                                KorUint8* uv2, KorSizeT pitchUv2,
                                                KorSizeT widthSrc, KorSizeT heightSrc, KorImageRotationDegree rotationDegree);
+/** @} */
 
-/*
+/** @name Flip in place
+ * @{ */
+/**
  * Turns an I420 picture upside down in its own planes, row by row, without another picture.
  *
  * Chroma is taken as width / 2 by height / 2 samples, rounded down: with an odd width the last chroma column stays as it
@@ -125,25 +139,33 @@ KOR_API void KorI420FlipVertical_C_(KorUint8* srcY, KorSizeT srcPitchY,
                                     KorUint8* srcU, KorSizeT srcPitchU,
                                     KorUint8* srcV, KorSizeT srcPitchV,
                                     KorSizeT width, KorSizeT height);
+/** @} */
 
-/* ------------------------------------------------------------------------------------------------------------------
- * RGB to YUV
- * ------------------------------------------------------------------------------------------------------------------ */
+/** @} */
 
-/*
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
+ * @defgroup rgb_to_yuv RGB to YUV
+ * RGB pixels to limited-range I420 and I444.
+ * @{
+ */
+
+/** @name 32-bit RGB to I420
+ * @{ */
+/**
  * 32-bit RGB to I420 with the matrix of ITU-R BT.601, limited range, in 7-bit fixed point:
  *
- *   Y = (( 33 R + 64 G + 13 B) >> 7) +  16
- *   U = ((-19 R - 37 G + 56 B) >> 7) + 128
- *   V = (( 56 R - 47 G -  9 B) >> 7) + 128
+ *     Y = (( 33 R + 64 G + 13 B) >> 7) +  16
+ *     U = ((-19 R - 37 G + 56 B) >> 7) + 128
+ *     V = (( 56 R - 47 G -  9 B) >> 7) + 128
  *
  * with shifts that round down; nothing needs clamping. White gives 235, 128, 128; red 81, 90, 239.
  *
- *   function             bytes of a pixel
- *   KorRGBAToI420_C_     R  G  B  A
- *   KorBGRAToI420_C_     B  G  R  A
- *   KorARGBToI420_C_     A  R  G  B
- *   KorABGRToI420_C_     A  B  G  R
+ *     function             bytes of a pixel
+ *     KorRGBAToI420_C_     R  G  B  A
+ *     KorBGRAToI420_C_     B  G  R  A
+ *     KorARGBToI420_C_     A  R  G  B
+ *     KorABGRToI420_C_     A  B  G  R
  *
  * Chroma is converted from the averaged RGB of each block of two by two pixels: first each column's vertical pair, then
  * the two columns, each rounded up. The blocks of an odd last column or row are one pixel wide or high.
@@ -174,20 +196,26 @@ KOR_API void KorABGRToI420_C_(KorUint8* y, KorSizeT pitchY,
                               KorUint8* v, KorSizeT pitchV,
                               const KorUint8* x, KorSizeT pitchX,
                               KorSizeT width, KorSizeT height, KorBool flip);
+/** @} */
 
-/* BGRA to I444: the same matrix for every pixel. All three planes are width by height samples. */
+/** @name BGRA to I444
+ * @{ */
+/** BGRA to I444 with the same matrix of BT.601 for every pixel. All three planes are width by height samples. */
 KOR_API void KorBGRAToI444_C_(KorUint8* y, KorSizeT pitchY,
                               KorUint8* u, KorSizeT pitchU,
                               KorUint8* v, KorSizeT pitchV,
                               const KorUint8* x, KorSizeT pitchX,
                               KorSizeT width, KorSizeT height, KorBool flip);
+/** @} */
 
-/*
+/** @name BGRA to I420 and I444 with BT.709
+ * @{ */
+/**
  * BGRA to I420 and I444 with the matrix of ITU-R BT.709, limited range, in 8-bit fixed point:
  *
- *   Y = (( 47 R + 157 G +  16 B) >> 8) +  16
- *   U = ((-26 R -  87 G + 112 B) >> 8) + 128
- *   V = ((112 R - 102 G -  10 B) >> 8) + 128
+ *     Y = (( 47 R + 157 G +  16 B) >> 8) +  16
+ *     U = ((-26 R -  87 G + 112 B) >> 8) + 128
+ *     V = ((112 R - 102 G -  10 B) >> 8) + 128
  *
  * The weights of U sum to -1, so white has a U of 127. Chroma of I420 is averaged as above.
  *
@@ -211,12 +239,15 @@ KOR_API void KorBGRAToI444UsingBT709_C_(KorUint8* y, KorSizeT pitchY,
                                         KorUint8* v, KorSizeT pitchV,
                                         const KorUint8* x, KorSizeT pitchX,
                                         KorSizeT width, KorSizeT height, KorBool flip);
+/** @} */
 
-/*
+/** @name BGRA to I420 with the caller's matrix
+ * @{ */
+/**
  * BGRA to I420 with the caller's matrix: three rows Y, U, V of weights for red, green and blue, in units of 1/256. BT.709
  * is {{47, 157, 16}, {-26, -87, 112}, {112, -102, -10}}.
  *
- *   Y = low byte of ((sum >> 8) +  16)        U, V = low byte of ((sum >> 8) + 128)
+ *     Y = low byte of ((sum >> 8) +  16)        U, V = low byte of ((sum >> 8) + 128)
  *
  * Sums wrap modulo 2^32, and results that leave 0 to 255 wrap as well: nothing is clamped. Chroma is averaged as above.
  *
@@ -234,20 +265,23 @@ KOR_API void KorBGRAToI420General_C_(KorUint8* y, KorSizeT pitchY,
                                      KorUint8* v, KorSizeT pitchV,
                                      const KorUint8* x, KorSizeT pitchX,
                                      KorSizeT width, KorSizeT height, KorBool flip, const KorInt (*coeffs)[3]);
+/** @} */
 
-/*
+/** @name 24-bit RGB to I420
+ * @{ */
+/**
  * 24-bit RGB to I420 with the matrix of BT.601, limited range, in 8-bit fixed point:
  *
- *   Y = ((66 R + 129 G + 25 B) >> 8) + 16
- *   U = 128 + average of (-38 R -  74 G + 112 B) >> 8
- *   V = 128 + average of (112 R -  94 G -  18 B) >> 8
+ *     Y = ((66 R + 129 G + 25 B) >> 8) + 16
+ *     U = 128 + average of (-38 R -  74 G + 112 B) >> 8
+ *     V = 128 + average of (112 R -  94 G -  18 B) >> 8
  *
  * Each pixel's chroma is converted first and then averaged over its block, rounding half up, so the results differ
  * slightly from those of the 32-bit captures.
  *
- *   function             bytes of a pixel
- *   KorRawToI420_C_      R  G  B
- *   Kor24BGToI420_C_     B  G  R
+ *     function             bytes of a pixel
+ *     KorRawToI420_C_      R  G  B
+ *     Kor24BGToI420_C_     B  G  R
  *
  * Odd sizes: one spare luma column to the right, one spare luma row below. With an odd width, the luma of the last
  * column of each row pair is written twice, with the second copy just right of the picture. With an odd height, the luma
@@ -270,40 +304,47 @@ KOR_API void Kor24BGToI420_C_(KorUint8* y, KorSizeT pitchY,
                               KorUint8* v, KorSizeT pitchV,
                               const KorUint8* bgr, KorSizeT pitchBgr,
                               KorSizeT width, KorSizeT height, KorBool flip);
+/** @} */
 
-/* ------------------------------------------------------------------------------------------------------------------
- * YUV to RGB
- * ------------------------------------------------------------------------------------------------------------------ */
+/** @} */
 
-/*
- * Dither. Renderers and packers take a ditherLevel. At KOR_VIDEOFRAMEDITHERLEVEL_Off they convert the samples as they
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
+ * @defgroup yuv_to_rgb YUV to RGB
+ * Limited-range I420 and I444 to RGB, dithered if asked for.
+ *
+ * Dither: renderers and packers take a ditherLevel. At KOR_VIDEOFRAMEDITHERLEVEL_Off they convert the samples as they
  * are and draw nothing; values beyond the four levels count as Off. At every other level they first draw three starts
  * into the noise table, for Y, U and V in this order, each sizeof(KorSizeT) bytes from KorRandomGetBytes - even if the
  * size then turns out to write nothing - and convert
  *
- *   KorByteClip(sample + ((KorTblDitherStd4[index & 0x3fff] + round) >> shift))
+ *     KorByteClip(sample + ((KorTblDitherStd4[index & 0x3fff] + round) >> shift))
  *
  * in place of each sample. The shift is 3 - level for luma and 4 - level for chroma, and round is half of its step. Luma
  * starts at a multiple of 8 and walks rows that lie width, rounded up to a multiple of 8, apart in the table. Chroma of
  * the I420 renderers starts anywhere and runs on from row to row; chroma of the I444 renderers starts anywhere and walks
  * rows like luma; chroma of the packers starts at a multiple of 8 and walks rows of width / 2, rounded up to a multiple
  * of 8.
+ *
+ * @{
  */
 
-/*
+/** @name I420 to 32-bit RGB
+ * @{ */
+/**
  * I420 to 32-bit RGB with the matrix of ITU-R BT.601, limited range, in fixed point:
  *
- *   R = clip(((149 Y) >> 7) + ((204 V) >> 7) - 223)
- *   G = clip(((149 Y) >> 7) + 135 - ((25 U + 52 V) >> 6))
- *   B = clip(((149 Y) >> 7) + ((129 U) >> 6) - 277)
+ *     R = clip(((149 Y) >> 7) + ((204 V) >> 7) - 223)
+ *     G = clip(((149 Y) >> 7) + 135 - ((25 U + 52 V) >> 6))
+ *     B = clip(((149 Y) >> 7) + ((129 U) >> 6) - 277)
  *
  * Alpha is always 255. Black gives 0, 0, 0; white gives 254, 254, 254.
  *
- *   function             bytes of a pixel
- *   KorI420ToRGBA_C_     R    G    B    255
- *   KorI420ToBGRA_C_     B    G    R    255
- *   KorI420ToARGB_C_     255  R    G    B
- *   KorI420ToABGR_C_     255  B    G    R
+ *     function             bytes of a pixel
+ *     KorI420ToRGBA_C_     R    G    B    255
+ *     KorI420ToBGRA_C_     B    G    R    255
+ *     KorI420ToARGB_C_     255  R    G    B
+ *     KorI420ToABGR_C_     255  B    G    R
  *
  * Pixels are written in blocks of two by two: an odd last column or row is left as it was. A width or height below 2
  * writes nothing.
@@ -331,13 +372,16 @@ KOR_API void KorI420ToABGR_C_(const KorUint8* y, KorSizeT pitchY,
                               const KorUint8* v, KorSizeT pitchV,
                               KorUint8* x, KorSizeT pitchX,
                               KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel);
+/** @} */
 
-/*
+/** @name I444 to BGRA
+ * @{ */
+/**
  * I444 to BGRA, with the matrix above or with that of ITU-R BT.709, limited range:
  *
- *   R = clip(((149 Y) >> 7) + ((229 V) >> 7) - 248)
- *   G = clip(((149 Y) >> 7) + 78 - ((14 U + 34 V) >> 6))
- *   B = clip(((149 Y) >> 7) + ((135 U) >> 6) - 289)
+ *     R = clip(((149 Y) >> 7) + ((229 V) >> 7) - 248)
+ *     G = clip(((149 Y) >> 7) + 78 - ((14 U + 34 V) >> 6))
+ *     B = clip(((149 Y) >> 7) + ((135 U) >> 6) - 289)
  *
  * which renders white as 254, 255, 254 (B, G, R). Every pixel is written; a zero width or height writes nothing.
  */
@@ -352,43 +396,60 @@ KOR_API void KorI444ToBGRAUsingBT709_C_(const KorUint8* y, KorSizeT pitchY,
                                         const KorUint8* v, KorSizeT pitchV,
                                         KorUint8* x, KorSizeT pitchX,
                                         KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel);
+/** @} */
 
-/* I420 to BGRA with the matrix of BT.709 above. Sizes as for KorI420ToBGRA_C_. */
+/** @name I420 to BGRA with BT.709
+ * @{ */
+/** I420 to BGRA with the matrix of BT.709 above. Sizes as for KorI420ToBGRA_C_(). */
 KOR_API void KorI420ToBGRAUsingBT709_C_(const KorUint8* y, KorSizeT pitchY,
                                         const KorUint8* u, KorSizeT pitchU,
                                         const KorUint8* v, KorSizeT pitchV,
                                         KorUint8* x, KorSizeT pitchX,
                                         KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel);
+/** @} */
 
-/*
+/** @name I420 to BGRA with the caller's matrix
+ * @{ */
+/**
  * I420 to BGRA with the caller's matrix: three rows R, G, B of multipliers for luma, U - 128 and V - 128, in units of
  * 1/256.
  *
- *   channel = clip(((Y * coeffs[0][0]) >> 8)
- *                  + (((U - 128) * row[1] + (V - 128) * row[2] - 16 * row[0] + 128) >> 8))
+ *     channel = clip(((Y * coeffs[0][0]) >> 8)
+ *                    + (((U - 128) * row[1] + (V - 128) * row[2] - 16 * row[0] + 128) >> 8))
  *
  * Row 0 gives the luma multiplier of all three channels; the offset of luma takes each row's own. Sums wrap modulo 2^32
  * and are shifted arithmetically. coeffs is only read, and not at all at sizes that write nothing. Sizes as for
- * KorI420ToBGRA_C_.
+ * KorI420ToBGRA_C_().
  */
 KOR_API void KorI420ToBGRAGeneral_C_(const KorUint8* y, KorSizeT pitchY,
                                      const KorUint8* u, KorSizeT pitchU,
                                      const KorUint8* v, KorSizeT pitchV,
                                      KorUint8* x, KorSizeT pitchX,
                                      KorSizeT width, KorSizeT height, const KorInt (*coeffs)[3], KorVideoFrameDitherLevel ditherLevel);
+/** @} */
 
-/* I420 to 24-bit pixels B, G, R: KorI420ToBGRA_C_ without the alpha byte. */
+/** @name I420 to 24-bit RGB
+ * @{ */
+/** I420 to 24-bit pixels B, G, R: KorI420ToBGRA_C_() without the alpha byte. */
 KOR_API void KorI420To24BG_C_(const KorUint8* y, KorSizeT pitchY,
                               const KorUint8* u, KorSizeT pitchU,
                               const KorUint8* v, KorSizeT pitchV,
                               KorUint8* x, KorSizeT pitchX,
                               KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel);
+/** @} */
 
-/* ------------------------------------------------------------------------------------------------------------------
- * Packed and semi-planar YUV
- * ------------------------------------------------------------------------------------------------------------------ */
+/** @} */
 
-/*
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
+ * @defgroup packed_yuv Packed and semi-planar YUV
+ * Layouts of cameras and encoders to I420 and back.
+ * @{
+ */
+
+/** @name YUY2 and UYVY to I420
+ * @{ */
+/**
  * YUY2 and UYVY to I420. Luma is copied; chroma of each row pair is averaged, (upper + lower + 1) >> 1.
  *
  * Odd width: the last column is not read, and its luma is not written. Odd height: one spare luma row. The last row is
@@ -406,15 +467,19 @@ KOR_API void KorUYVYToI420_C_(KorUint8* y, KorSizeT pitchY,
                               KorUint8* v, KorSizeT pitchV,
                               const KorUint8* x, KorSizeT pitchX,
                               KorSizeT width, KorSizeT height, KorBool flip);
+/** @} */
 
-/*
- * The same, turned clockwise by rotationDegree in the same pass. A set flip turns the source upside down before.
+/** @name YUY2 and UYVY to I420, turned
+ * @{ */
+/**
+ * YUY2 and UYVY to I420, turned clockwise by rotationDegree in the same pass. A set flip turns the source upside down
+ * before.
  *
  * With H the height rounded up to even (the last row read stands twice), the destination is
  *
- *   angle        luma            chroma
- *   0, 180       width by H      width / 2 by H / 2
- *   90, 270      H by width      H / 2 by width / 2
+ *     angle        luma            chroma
+ *     0, 180       width by H      width / 2 by H / 2
+ *     90, 270      H by width      H / 2 by width / 2
  *
  * and the pitches are those of the turned planes. Any other angle turns by 270. A width below 2 or a zero height writes
  * nothing.
@@ -434,8 +499,11 @@ KOR_API void KorUYVYToI420WithRotation_C_(KorUint8* y, KorSizeT pitchY,
                                           KorUint8* v, KorSizeT pitchV,
                                           const KorUint8* x, KorSizeT pitchX,
                                           KorSizeT width, KorSizeT height, KorBool flip, KorImageRotationDegree rotationDegree);
+/** @} */
 
-/*
+/** @name I420 to YUY2 and UYVY
+ * @{ */
+/**
  * I420 to YUY2 and UYVY. Samples are copied, dithered on request (see above); each chroma row serves two rows.
  *
  * An odd last column or row is not packed. A width or height below 2 writes nothing.
@@ -451,10 +519,13 @@ KOR_API void KorI420ToUYVY_C_(const KorUint8* y, KorSizeT pitchY,
                               const KorUint8* v, KorSizeT pitchV,
                               KorUint8* x, KorSizeT pitchX,
                               KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel);
+/** @} */
 
-/*
+/** @name Yuv2
+ * @{ */
+/**
  * Yuv2 to I420: luma to limited range, ((220 Y) >> 8) + 16; signed chroma scaled by t(c) = (113 c) >> 7 and averaged
- * over the row pair, (t + t + 257) >> 1. Odd heights and sizes that write nothing are as for KorYUY2ToI420_C_.
+ * over the row pair, (t + t + 257) >> 1. Odd heights and sizes that write nothing are as for KorYUY2ToI420_C_().
  *
  * I420 to Yuv2: luma is copied as it is, chroma becomes the low byte of (145 c + 14208) >> 7, which wraps below 16 and
  * above 240. An odd last column or row is not written; a width or height below 2 writes nothing.
@@ -474,8 +545,11 @@ KOR_API void KorI420toYuv2_C_(const KorUint8* y, KorSizeT pitchY,
                               const KorUint8* v, KorSizeT pitchV,
                               KorUint8* yuy2, KorSizeT pitchYuy2,
                               KorSizeT width, KorSizeT height);
+/** @} */
 
-/*
+/** @name M420 to I420
+ * @{ */
+/**
  * M420 to I420. A block holds, back to back, luma row 2i, luma row 2i + 1 (width bytes each) and width / 2 pairs U, V.
  * Block i starts at m420 + i * pitchM420, so pitchM420 spans three rows. Samples are copied.
  *
@@ -490,12 +564,20 @@ KOR_API void KorM420ToI420_C_(KorUint8* y, KorSizeT pitchY,
                               KorUint8* v, KorSizeT pitchV,
                               const KorUint8* m420, KorSizeT pitchM420,
                               KorSizeT width, KorSizeT height, KorBool flip);
+/** @} */
 
-/* ------------------------------------------------------------------------------------------------------------------
- * Compositing and noise
- * ------------------------------------------------------------------------------------------------------------------ */
+/** @} */
 
-/*
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
+ * @defgroup compositing Compositing and noise
+ * One picture laid over another, and noise in the planes of one.
+ * @{
+ */
+
+/** @name Dither filter
+ * @{ */
+/**
  * Adds dither noise to an I420 picture, by the formula of the renderers. Every call adds noise: Off, too, is a level
  * here, one step weaker than KOR_VIDEOFRAMEDITHERLEVEL_0. Values beyond the four levels draw and write nothing.
  *
@@ -516,13 +598,16 @@ KOR_API void KorI420Dither_C_(const KorUint8* yIn, KorSizeT yInPitch,
                               KorUint8* uOut, KorSizeT uOutPitch,
                               KorUint8* vOut, KorSizeT vOutPitch,
                               KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel, KorBool randomizeNoiseOffsets);
+/** @} */
 
-/*
+/** @name Blends
+ * @{ */
+/**
  * Lays an I420 foreground of width by height over a background, in place, with its first sample at column xPosition and
  * row yPosition. alpha is the weight of the foreground, 0 to 255: one for all, or one for each sample from three planes
  * that are aligned with the foreground's and only read.
  *
- *   s = background * (255 - alpha) + foreground * alpha        result = (s + (s >> 8) + 1) >> 8
+ *     s = background * (255 - alpha) + foreground * alpha        result = (s + (s >> 8) + 1) >> 8
  *
  * which is exact at 0 and 255 and for equal samples, and elsewhere not always rounded to nearest.
  *
@@ -548,6 +633,9 @@ KOR_API void KorI420AlphaArrayBlend_C_(KorUint8* yBackground, KorSizeT yBackgrou
                                        KorUint8* yAlpha, KorSizeT yAlphaPitch,
                                        KorUint8* uAlpha, KorSizeT uAlphaPitch,
                                        KorUint8* vAlpha, KorSizeT vAlphaPitch);
+/** @} */
+
+/** @} */
 
 KOR_EXTERN_C_END
 
