@@ -135,7 +135,7 @@ header "YUV4MPEG2 W-4 H2" "has the field W-4 in its Y4M header; a number of pixe
 header "YUV4MPEG2 W4 H2x" "has the field H2x in its Y4M header"
 header "YUV4MPEG2 W0 H2" "size 0x2 is empty"
 header "YUV4MPEG2 W99999999999999999 H99999999999999999" "size 99999999999999999x99999999999999999 is too large; the limit is 32768 on a side"
-header "YUV4MPEG2 W4 H2 C422" "has the field C422 in its Y4M header; C420jpeg, C420mpeg2, C420paldv, C420 or C444 (8 bits) can be read"
+header "YUV4MPEG2 W4 H2 C411" "has the field C411 in its Y4M header; C420jpeg, C420mpeg2, C420paldv, C420, C422 or C444 (8 bits) can be read"
 header "YUV4MPEG2 W4 H2 C420p10" "has the field C420p10"
 header "YUV4MPEG2 W4 H2 F25" "has the field F25 in its Y4M header; a ratio such as 25:1 is wanted after F"
 header "YUV4MPEG2 W4 H2 A1:x" "has the field A1:x"
@@ -148,7 +148,7 @@ refuses 1 "packed.yuy2: width 3 is odd; yuy2 holds pixels in pairs, so the width
 refuses 1 "signed.yuv2: width 1 is odd" convert signed.yuv2 none.i420 --size 1x2
 refuses 1 "blocks.m420: height 3 is odd; m420 holds rows in pairs, so the height must be even" convert blocks.m420 none.i420 --size 2x3
 refuses 1 "none.uyvy: width 3 is odd; uyvy holds pixels in pairs" convert odd.nv12 none.uyvy --size 3x3
-refuses 2 "--from yuv9: one of i420, i444, nv12" convert packed.yuy2 none.i420 --from yuv9 --size 4x2
+refuses 2 "--from yuv9: one of i420, i422, i444, nv12" convert packed.yuy2 none.i420 --from yuv9 --size 4x2
 refuses 2 "--size 4*2: width and height are wanted" convert packed.yuy2 none.i420 --size 4*2
 refuses 2 "--size is for raw frames, and this file tells its own" convert in.y4m none.i420 --size 4x2
 refuses 2 "--rotate 45: 0, 90, 180 or 270 degrees, clockwise, are wanted" convert packed.yuy2 none.i420 --size 4x2 --rotate 45
