@@ -30,7 +30,8 @@ struct StreamInfo {
     std::size_t width = 0;
     std::size_t height = 0;
     const char* container = "raw frames";
-    bool picture = false;  // one frame, of which no progress need be told
+    bool tellsTags = false;  // the input itself says what is in the tags
+    bool picture = false;    // one frame, of which no progress need be told
     std::optional<std::uint64_t> frames;
     ClipTags tags;
 };

@@ -65,6 +65,7 @@ Y4mSource::Y4mSource(std::unique_ptr<InputFile> input)
     : input_(std::move(input)) {
     info_.name = input_->Name();
     info_.container = "Y4M";
+    info_.tellsTags = true;
     const std::optional<std::string> header = input_->ReadLine(kLongestHeader);
     if (!header) {
         FailFile(info_.name, "has a Y4M header without an end; a line of up to " + std::to_string(kLongestHeader) +
