@@ -36,6 +36,17 @@ turned_to "08 07 06 05 04 03 02 01 a3 a1 b3 b1" --flip --mirror
 turned_to "$luma a1 a3 b1 b3" --rotate 90 --rotate 180 --rotate 90
 turned_to "$luma a1 a3 b1 b3" --flip --rotate 90 --mirror --rotate 270
 
+# Planar 4:2:2: each pair of chroma rows becomes its rounded mean, bottom row first if need be; a lone last row stays.
+bytes "01 02 03 04 05 06 07 08 09  a0 a2 a1 a4 a6 a9  b0 b2 b1 b4 b6 b9" >odd.i422
+works convert odd.i422 out.i420 --size 3x3
+holds out.i420 "01 02 03 04 05 06 07 08 09 a1 a3 a6 a9 b1 b3 b6 b9"
+works convert odd.i422 out.i420 --size 3x3 --flip
+holds out.i420 "07 08 09 04 05 06 01 02 03 a4 a7 a0 a2 b4 b7 b0 b2"
+{ printf 'YUV4MPEG2 W3 H3 F25:1 C422 XCOLORRANGE=LIMITED\nFRAME\n'; cat odd.i422; } >c422.y4m
+works convert c422.y4m out.y4m
+{ printf 'YUV4MPEG2 W3 H3 F25:1 I? A0:0 C420mpeg2 XCOLORRANGE=LIMITED\nFRAME\n'; bytes "01 02 03 04 05 06 07 08 09 a1 a3 a6 a9 b1 b3 b6 b9"; } >expected
+same out.y4m expected
+
 # The lone last row of an odd height keeps its chroma.
 bytes "01 a0 02 b0  05 a1 06 b1  09 a6 0a b6" >odd.yuy2
 works convert odd.yuy2 out.i420 --size 2x3
@@ -81,6 +92,12 @@ same out.y4m expected
 works convert in.y4m out.y4m --flip --rate 24
 [ "$(head -1 out.y4m)" = "YUV4MPEG2 W4 H2 F24:1 It A4:3 C420mpeg2 XYSCSS=420MPEG2 XCOLORRANGE=FULL" ] || fail "flipped: $(head -1 out.y4m)"
 refuses 1 "in.y4m: is interlaced (Ib), and a quarter turn" convert in.y4m x.y4m --rotate 90
+# Where each frame tells its own fields, they go with it, and it cannot be turned upside down.
+sed 's/ Ib / Im /' in.y4m >mixed.y4m
+works convert mixed.y4m out.y4m --mirror
+[ "$(grep -ac 'FRAME Ippp XZ$' out.y4m)" -eq 1 ] || fail "the fields of a frame are lost"
+refuses 1 "mixed.y4m: is interlaced from frame to frame (Im), and upside down" convert mixed.y4m x.y4m --flip
+refuses 1 "mixed.y4m: is interlaced (Im), and a quarter turn" convert mixed.y4m x.y4m --rotate 270
 sed 's/ Ib / Ip /' in.y4m >progressive.y4m
 works convert progressive.y4m out.y4m --rotate 270
 [ "$(head -1 out.y4m)" = "YUV4MPEG2 W2 H4 F30000:1001 Ip A3:4 C420mpeg2 XYSCSS=420MPEG2 XCOLORRANGE=FULL" ] || fail "turned: $(head -1 out.y4m)"

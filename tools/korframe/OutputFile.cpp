@@ -82,6 +82,8 @@ void RemoveTemporariesOnSignals() {
     }
     // A reader that goes away shows as a failed write, which leads past the destructors.
     std::signal(SIGPIPE, SIG_IGN);
+    // So does a file that grows beyond what the user may write.
+    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 OutputFile::OutputFile(const std::string& path)

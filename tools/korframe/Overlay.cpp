@@ -139,6 +139,8 @@ OverlayRequest ParseOverlay(const std::string& option, const std::string& text) 
     request.option = option + " " + text;
     const std::size_t colon = FindPlace(text);
     request.input.path = text.substr(0, colon);
+    request.input.sizeOption = nullptr;
+    request.input.fromOption = nullptr;
     request.input.pictureOrder = &FormatOf(Layout::Bgra);
     if (request.input.path.empty()) {
         FailUsage(request.option + ": the name of a picture or clip is wanted, and if need be its place, such as " +
@@ -158,7 +160,11 @@ OverlayRequest ParseOverlay(const std::string& option, const std::string& text) 
             request.alpha = request.ownAlpha ? std::uint8_t{255} : static_cast<std::uint8_t>(*value);
             place.resize(second);
         }
-        request.at = ParsePosition(request.option, place);
+        const std::optional<Position> at = ReadPosition(place);
+        if (!at) {
+            FailUsage(request.option + ": " + kPositionWanted);
+        }
+        request.at = *at;
     }
     request.input.keepAlpha = request.ownAlpha;
     return request;

@@ -77,11 +77,14 @@ class PictureSink : public FrameSink {
     Coded only_;
 };
 
+const char* const kSizeForm = " WIDTHxHEIGHT";
+const char* const kRawElsewhere = "overlays in raw frames are for korframe blend";
+
 std::unique_ptr<FrameSource> OpenRaw(std::unique_ptr<InputFile> input, const PixelFormat& format,
                                      const InputRequest& request) {
     if (request.width == 0) {
-        FailUsage(input->Name() + ": raw " + format.name + " frames do not tell their size; give " +
-                  request.sizeOption + " WIDTHxHEIGHT");
+        FailUsage(input->Name() + ": raw " + format.name + " frames do not tell their size; " +
+                  (request.sizeOption == nullptr ? kRawElsewhere : std::string("give ") + request.sizeOption + kSizeForm));
     }
     return std::make_unique<RawSource>(std::move(input), format, request.width, request.height);
 }
@@ -92,8 +95,6 @@ bool TellsItself(const std::string& signature) {
 
 std::unique_ptr<FrameSource> OpenAny(const InputRequest& request) {
     auto input = std::make_unique<InputFile>(request.path);
-    const std::string sizeOption = request.sizeOption;
-    const std::string fromOption = request.fromOption;
     const bool tellsItself = request.rawOnlyIfNeeded && TellsItself(input->Peek(kSignatureBytes));
     if (request.from != nullptr && !tellsItself) {
         return OpenRaw(std::move(input), *request.from, request);
@@ -107,8 +108,8 @@ std::unique_ptr<FrameSource> OpenAny(const InputRequest& request) {
     const bool y4m = IsY4m(signature);
     const bool picture = RecognisePicture(signature) != PictureKind::None;
     if ((y4m || picture) && request.width > 0 && !tellsItself) {
-        FailUsage(input->Name() + ": " + sizeOption + " is for raw frames, and this file tells its own; for raw frames " +
-                  "add " + fromOption + " LAYOUT");
+        FailUsage(input->Name() + ": " + request.sizeOption +
+                  " is for raw frames, and this file tells its own; for raw frames add " + request.fromOption + " LAYOUT");
     }
     if (y4m) {
         return std::make_unique<Y4mSource>(std::move(input));
@@ -122,9 +123,10 @@ std::unique_ptr<FrameSource> OpenAny(const InputRequest& request) {
     if (signature.empty()) {
         FailFile(input->Name(), "is empty; a PNG, JPEG, PPM or Y4M file or raw frames are wanted");
     }
-    FailFile(input->Name(),
-             "is no PNG, JPEG, PPM or Y4M file; for raw frames give " + fromOption + " LAYOUT and " + sizeOption +
-                 " WIDTHxHEIGHT");
+    FailFile(input->Name(), std::string("is no PNG, JPEG, PPM or Y4M file; ") +
+                                (request.sizeOption == nullptr ? kRawElsewhere
+                                                               : std::string("for raw frames give ") + request.fromOption +
+                                                                     " LAYOUT and " + request.sizeOption + kSizeForm));
 }
 
 }  // namespace

@@ -30,9 +30,9 @@ struct StreamInfo {
     std::size_t width = 0;
     std::size_t height = 0;
     const char* container = "raw frames";
-    bool tellsTags = false;  // the input itself says what is in the tags
-    bool picture = false;    // one frame, of which no progress need be told
-    std::optional<std::uint64_t> frames;
+    bool tellsTags = false;               // the input itself says what is in the tags
+    bool picture = false;                 // one frame, of which no progress need be told
+    std::optional<std::uint64_t> frames;  // an estimate, for the progress bar
     ClipTags tags;
 };
 
@@ -74,7 +74,7 @@ struct InputRequest {
     std::size_t width = 0;              // --size, of raw frames only
     std::size_t height = 0;
     bool rawOnlyIfNeeded = false;       // from and size are for raw frames, and other files are welcome as well
-    const char* sizeOption = "--size";  // as the options stand in messages
+    const char* sizeOption = "--size";  // as the options stand in messages; null where there are none
     const char* fromOption = "--from";
     const PixelFormat* pictureOrder = nullptr;  // the bytes in which the pixels of a picture are handed on
     bool pictureOnly = false;                   // the order was asked for, so anything but a picture is a mistake

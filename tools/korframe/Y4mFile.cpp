@@ -73,6 +73,11 @@ Y4mSource::Y4mSource(std::unique_ptr<InputFile> input)
     }
     ParseHeader(*header);
     CheckSize(info_.name, info_.width, info_.height);
+    if (input_->Size() && *input_->Size() > input_->Position()) {
+        // As many as there are if no frame has fields of its own, else not many fewer.
+        const std::size_t frame = std::string(kFrame).size() + 1 + info_.format->FrameBytes(info_.width, info_.height);
+        info_.frames = (*input_->Size() - input_->Position()) / frame;
+    }
 }
 
 void Y4mSource::ParseHeader(const std::string& header) {
@@ -130,6 +135,9 @@ bool Y4mSource::Read(Frame& frame) {
     const std::optional<std::string> line = input_->ReadLine(kLongestHeader);
     const std::string number = std::to_string(framesRead_ + 1);
     if (!line || (*line != kFrame && !StartsWith(*line, std::string(kFrame) + " "))) {
+        if (!line && StartsWith(std::string(kFrame) + " ", input_->Peek(std::string(kFrame).size() + 1))) {
+            throw BrokenStream(info_.name + ": frame " + number + " is truncated, the file ends inside its line FRAME");
+        }
         throw BrokenStream(info_.name + ": frame " + number + " does not begin with FRAME at byte " +
                            std::to_string(position) + "; the file is damaged or its header is wrong");
     }
