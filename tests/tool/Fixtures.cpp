@@ -65,6 +65,39 @@ void WritePng(const PngKind& kind, std::uint32_t width, const Bytes& row) {
     WriteFile(kind.name, file);
 }
 
+// 32 by 16 grey pixels, of another shade in each quarter: 240, 180 over 120, 60. An Exif field tells the orientation.
+void WriteTurnedJpeg(const std::string& name, std::uint8_t orientation) {
+    // Big-endian TIFF with one directory of one entry: tag 0x0112, a short, once.
+    const Bytes exif = {'E', 'x', 'i', 'f', 0, 0, 'M', 'M', 0, 42, 0, 0, 0, 8, 0, 1,
+                        1, 0x12, 0, 3, 0, 0, 0, 1, 0, orientation, 0, 0, 0, 0, 0, 0};
+    jpeg_compress_struct jpeg;
+    jpeg_error_mgr errors;
+    jpeg.err = jpeg_std_error(&errors);
+    jpeg_create_compress(&jpeg);
+    unsigned char* memory = nullptr;
+    unsigned long size = 0;
+    jpeg_mem_dest(&jpeg, &memory, &size);
+    jpeg.image_width = 32;
+    jpeg.image_height = 16;
+    jpeg.input_components = 1;
+    jpeg.in_color_space = JCS_GRAYSCALE;
+    jpeg_set_defaults(&jpeg);
+    jpeg_set_quality(&jpeg, 100, TRUE);
+    jpeg_start_compress(&jpeg, TRUE);
+    jpeg_write_marker(&jpeg, JPEG_APP0 + 1, exif.data(), static_cast<unsigned>(exif.size()));
+    while (jpeg.next_scanline < jpeg.image_height) {
+        const bool upper = jpeg.next_scanline < 8;
+        Bytes row(16, upper ? 240 : 120);
+        row.resize(32, upper ? 180 : 60);
+        JSAMPROW rows = row.data();
+        jpeg_write_scanlines(&jpeg, &rows, 1);
+    }
+    jpeg_finish_compress(&jpeg);
+    jpeg_destroy_compress(&jpeg);
+    WriteFile(name, Bytes(memory, memory + size));
+    std::free(memory);
+}
+
 // 16 by 16 pixels, all of the same components.
 void WriteJpeg(const std::string& name, J_COLOR_SPACE space, const Bytes& components, bool progressive) {
     jpeg_compress_struct jpeg;
@@ -119,5 +152,8 @@ int main(int argc, char** argv) {
     WriteJpeg("white.jpg", JCS_RGB, {255, 255, 255}, false);
     WriteJpeg("black-progressive.jpg", JCS_RGB, {0, 0, 0}, true);
     WriteJpeg("cmyk.jpg", JCS_CMYK, {0, 0, 0, 0}, false);
+    for (std::uint8_t orientation = 0; orientation <= 9; ++orientation) {
+        WriteTurnedJpeg("turned-" + std::to_string(orientation) + ".jpg", orientation);
+    }
     return EXIT_SUCCESS;
 }

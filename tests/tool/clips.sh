@@ -36,6 +36,17 @@ turned_to "08 07 06 05 04 03 02 01 a3 a1 b3 b1" --flip --mirror
 turned_to "$luma a1 a3 b1 b3" --rotate 90 --rotate 180 --rotate 90
 turned_to "$luma a1 a3 b1 b3" --flip --rotate 90 --mirror --rotate 270
 
+# Planar 4:2:2: each pair of chroma rows becomes its rounded mean, bottom row first if need be; a lone last row stays.
+bytes "01 02 03 04 05 06 07 08 09  a0 a2 a1 a4 a6 a9  b0 b2 b1 b4 b6 b9" >odd.i422
+works convert odd.i422 out.i420 --size 3x3
+holds out.i420 "01 02 03 04 05 06 07 08 09 a1 a3 a6 a9 b1 b3 b6 b9"
+works convert odd.i422 out.i420 --size 3x3 --flip
+holds out.i420 "07 08 09 04 05 06 01 02 03 a4 a7 a0 a2 b4 b7 b0 b2"
+{ printf 'YUV4MPEG2 W3 H3 F25:1 C422 XCOLORRANGE=LIMITED\nFRAME\n'; cat odd.i422; } >c422.y4m
+works convert c422.y4m out.y4m
+{ printf 'YUV4MPEG2 W3 H3 F25:1 I? A0:0 C420mpeg2 XCOLORRANGE=LIMITED\nFRAME\n'; bytes "01 02 03 04 05 06 07 08 09 a1 a3 a6 a9 b1 b3 b6 b9"; } >expected
+same out.y4m expected
+
 # The lone last row of an odd height keeps its chroma.
 bytes "01 a0 02 b0  05 a1 06 b1  09 a6 0a b6" >odd.yuy2
 works convert odd.yuy2 out.i420 --size 2x3
@@ -81,6 +92,12 @@ same out.y4m expected
 works convert in.y4m out.y4m --flip --rate 24
 [ "$(head -1 out.y4m)" = "YUV4MPEG2 W4 H2 F24:1 It A4:3 C420mpeg2 XYSCSS=420MPEG2 XCOLORRANGE=FULL" ] || fail "flipped: $(head -1 out.y4m)"
 refuses 1 "in.y4m: is interlaced (Ib), and a quarter turn" convert in.y4m x.y4m --rotate 90
+# Where each frame tells its own fields, they go with it, and it cannot be turned upside down.
+sed 's/ Ib / Im /' in.y4m >mixed.y4m
+works convert mixed.y4m out.y4m --mirror
+[ "$(grep -ac 'FRAME Ippp XZ$' out.y4m)" -eq 1 ] || fail "the fields of a frame are lost"
+refuses 1 "mixed.y4m: is interlaced from frame to frame (Im), and upside down" convert mixed.y4m x.y4m --flip
+refuses 1 "mixed.y4m: is interlaced (Im), and a quarter turn" convert mixed.y4m x.y4m --rotate 270
 sed 's/ Ib / Ip /' in.y4m >progressive.y4m
 works convert progressive.y4m out.y4m --rotate 270
 [ "$(head -1 out.y4m)" = "YUV4MPEG2 W2 H4 F30000:1001 Ip A3:4 C420mpeg2 XYSCSS=420MPEG2 XCOLORRANGE=FULL" ] || fail "turned: $(head -1 out.y4m)"
@@ -135,7 +152,7 @@ header "YUV4MPEG2 W-4 H2" "has the field W-4 in its Y4M header; a number of pixe
 header "YUV4MPEG2 W4 H2x" "has the field H2x in its Y4M header"
 header "YUV4MPEG2 W0 H2" "size 0x2 is empty"
 header "YUV4MPEG2 W99999999999999999 H99999999999999999" "size 99999999999999999x99999999999999999 is too large; the limit is 32768 on a side"
-header "YUV4MPEG2 W4 H2 C422" "has the field C422 in its Y4M header; C420jpeg, C420mpeg2, C420paldv, C420 or C444 (8 bits) can be read"
+header "YUV4MPEG2 W4 H2 C411" "has the field C411 in its Y4M header; C420jpeg, C420mpeg2, C420paldv, C420, C422 or C444 (8 bits) can be read"
 header "YUV4MPEG2 W4 H2 C420p10" "has the field C420p10"
 header "YUV4MPEG2 W4 H2 F25" "has the field F25 in its Y4M header; a ratio such as 25:1 is wanted after F"
 header "YUV4MPEG2 W4 H2 A1:x" "has the field A1:x"
@@ -148,7 +165,7 @@ refuses 1 "packed.yuy2: width 3 is odd; yuy2 holds pixels in pairs, so the width
 refuses 1 "signed.yuv2: width 1 is odd" convert signed.yuv2 none.i420 --size 1x2
 refuses 1 "blocks.m420: height 3 is odd; m420 holds rows in pairs, so the height must be even" convert blocks.m420 none.i420 --size 2x3
 refuses 1 "none.uyvy: width 3 is odd; uyvy holds pixels in pairs" convert odd.nv12 none.uyvy --size 3x3
-refuses 2 "--from yuv9: one of i420, i444, nv12" convert packed.yuy2 none.i420 --from yuv9 --size 4x2
+refuses 2 "--from yuv9: one of i420, i422, i444, nv12" convert packed.yuy2 none.i420 --from yuv9 --size 4x2
 refuses 2 "--size 4*2: width and height are wanted" convert packed.yuy2 none.i420 --size 4*2
 refuses 2 "--size is for raw frames, and this file tells its own" convert in.y4m none.i420 --size 4x2
 refuses 2 "--rotate 45: 0, 90, 180 or 270 degrees, clockwise, are wanted" convert packed.yuy2 none.i420 --size 4x2 --rotate 45

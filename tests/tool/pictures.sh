@@ -34,6 +34,31 @@ works convert pictures/black-progressive.jpg out.i420
 { repeat 256 10; repeat 128 80; } >expected
 same out.i420 expected
 
+# Cameras that were held in any way: the shades of the quarters, in the order of reading, and the size. What Exif does
+# not know is taken as upright.
+turned() {
+    works convert pictures/turned-"$1".jpg out.ppm
+    works convert pictures/turned-"$1".jpg out.i420
+    [ "$(sed -n 2p out.ppm)" = "$2" ] || fail "orientation $1: size $(sed -n 2p out.ppm)"
+    width=${2% *}
+    last=$((width * ${2#* }))
+    shades=""
+    for at in 0 $((width - 1)) $((last - width)) $((last - 1)); do
+        shades="$shades $(od -An -v -tu1 -j $at -N 1 out.i420 | tr -d ' ')"
+    done
+    [ "$shades" = " $3" ] || fail "orientation $1: '$shades', expected ' $3'"
+}
+turned 0 "32 16" "222 170 119 67"
+turned 1 "32 16" "222 170 119 67"
+turned 2 "32 16" "170 222 67 119"
+turned 3 "32 16" "67 119 170 222"
+turned 4 "32 16" "119 67 222 170"
+turned 5 "16 32" "222 119 170 67"
+turned 6 "16 32" "119 222 67 170"
+turned 7 "16 32" "67 170 119 222"
+turned 8 "16 32" "170 67 222 119"
+turned 9 "32 16" "222 170 119 67"
+
 # Kinds of PPM, recognised by content whatever the name.
 printf 'P3\n# red and more\n2 2 255\n255 0 0 255 0 0\n255 0 0 255 0 0\n' >plain.picture
 works convert plain.picture out.i420

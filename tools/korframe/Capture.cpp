@@ -63,6 +63,25 @@ Run CapturePlanar(Layout layout) {
     };
 }
 
+// ---- Planar 4:2:2: luma is copied, each pair of chroma rows averaged; the lone last row of an odd height stays ----
+
+void HalveRows(const SourceRows& from, Plane& to, std::size_t rows) {
+    CallLibrary(KorPlanarUV422To420_C_, from, to, to.width, rows / 2);
+    if (rows % 2 != 0) {
+        const KorDistanceT last = static_cast<KorDistanceT>(rows - 1) * from.pitch;
+        std::memcpy(to.Row(rows / 2), from.first + last, to.width);
+    }
+}
+
+Run CapturePlanar422(const OnTheWay& way) {
+    return [way](const Frame& frame, YuvImage& image) {
+        image.Reset(Layout::I420, frame.Width(), frame.Height());
+        CallLibrary(KorPlanarRotation_C_, RowsOf(frame, 0, way.flip), image.y, image.y.width, image.y.height, 0u);
+        HalveRows(RowsOf(frame, 1, way.flip), image.u, frame.Height());
+        HalveRows(RowsOf(frame, 2, way.flip), image.v, frame.Height());
+    };
+}
+
 // ---- Semi-planar: luma by itself, chroma split into two planes, both turned or mirrored in the same pass ----
 
 Run CaptureSemiPlanar(Layout layout, const OnTheWay& way) {
@@ -206,6 +225,13 @@ Run ReorderFirst(const PixelFormat& order, Run capture) {
 
 }  // namespace
 
+Layout PlanesFor(const PixelFormat& source, const PixelFormat* asked) {
+    if (source.IsPlanarYuv()) {
+        return source.layout;
+    }
+    return asked != nullptr && asked->IsPlanarYuv() && source.IsRgb() ? asked->layout : Layout::I420;
+}
+
 Capture::Capture(const StreamInfo& source, Layout target, const Matrix& matrix, std::vector<Step>& steps) {
     const Layout layout = source.format->layout;
     if (source.format->IsRgb()) {
@@ -226,6 +252,8 @@ Capture::Capture(const StreamInfo& source, Layout target, const Matrix& matrix, 
     const bool semiPlanar = layout == Layout::Nv12 || layout == Layout::Nv21;
     if (layout == target) {
         run_ = CapturePlanar(layout);
+    } else if (layout == Layout::I422 && target == Layout::I420) {
+        run_ = CapturePlanar422(TakeFlip(steps));
     } else if (semiPlanar && target == Layout::I420) {
         OnTheWay way = TakeFlip(steps);
         way.mirror = TakeFront(steps, StepKind::Mirror);
@@ -244,6 +272,13 @@ Capture::Capture(const StreamInfo& source, Layout target, const Matrix& matrix, 
         FailUsage(source.name + ": there is no conversion from " + source.format->name + " to " +
                   FormatOf(target).name);
     }
+}
+
+bool Capture::Reaches(Layout source, Layout target) {
+    if (FormatOf(source).IsRgb()) {
+        return FindRgbRoad(Layout::Bgra, MatrixKind::Bt601, target) != nullptr;
+    }
+    return source == target || (target == Layout::I420 && source != Layout::I444);
 }
 
 }  // namespace korframe

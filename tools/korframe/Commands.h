@@ -8,7 +8,10 @@ namespace korframe {
 
 void AddConvert(CLI::App& app);
 void AddBlend(CLI::App& app);
+void AddCompare(CLI::App& app);
 void AddDemo(CLI::App& app);
+void AddFormats(CLI::App& app);
+void AddInfo(CLI::App& app);
 void AddTestCard(CLI::App& app);
 void AddVerify(CLI::App& app);
 void AddBench(CLI::App& app);

@@ -1,9 +1,19 @@
 #include "Errors.h"
 
 #include <cctype>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 
 namespace korframe {
+
+const char* const kOutOfMemory = "not enough memory for frames of this size; smaller ones are wanted";
+
+void FlushStandardOutput() {
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+        FailFile("standard output", std::string("cannot be written: ") + std::strerror(errno));
+    }
+}
 
 void SayLine(const std::string& message) {
     std::string line = "korframe: " + message;

@@ -9,8 +9,8 @@ namespace korframe {
 
 enum class ExitStatus : int {
     Success = 0,
-    Failure = 1,  // bad input, or reading or writing failed
-    Usage = 2     // the command line asks for something that cannot be
+    Failure = 1,  // bad input, or reading or writing failed; of a comparison: the files differ
+    Usage = 2     // the command line asks for something that cannot be; of a comparison: any trouble
 };
 
 class Error : public std::runtime_error {
@@ -22,6 +22,13 @@ class Error : public std::runtime_error {
   private:
     ExitStatus status_;
 };
+
+// Ends the program with a status when all has been said.
+struct Verdict {
+    ExitStatus status;
+};
+
+extern const char* const kOutOfMemory;
 
 // A stream that breaks off: the frames before the break are good, and a writer keeps them before it reports.
 class BrokenStream : public Error {
@@ -37,6 +44,9 @@ class BrokenStream : public Error {
 [[noreturn]] inline void FailUsage(const std::string& what) {
     throw Error(ExitStatus::Usage, what);
 }
+
+// What was printed may still have to be written, and a full disk or a closed pipe shows only then.
+void FlushStandardOutput();
 
 // Says one line on standard error, after the program's name; control characters of file names become question marks.
 void SayLine(const std::string& message);

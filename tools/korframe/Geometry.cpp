@@ -10,7 +10,7 @@ namespace korframe {
 
 namespace {
 
-void TakePlaneStep(const Step& step, const Plane& from, Plane& to) {
+void TurnPlane(const Step& step, const Plane& from, Plane& to) {
     switch (step.kind) {
         case StepKind::Flip:
             CallLibrary(KorPlanarRotation_C_, RowsOf(from, true), to, from.width, from.height, 0u);
@@ -21,6 +21,10 @@ void TakePlaneStep(const Step& step, const Plane& from, Plane& to) {
         case StepKind::Turn:
             CallLibrary(KorPlanarRotation_C_, RowsOf(from), to, from.width, from.height, step.angle);
             break;
+        case StepKind::Dither:
+        case StepKind::Blend:
+        case StepKind::Render:
+            break;  // none of them moves a sample
     }
 }
 
@@ -44,33 +48,39 @@ std::string SwapFields(const std::string& interlacing, std::size_t height) {
 
 }  // namespace
 
-StreamInfo AfterSteps(StreamInfo info, const std::vector<Step>& steps) {
+StreamInfo AfterTurning(StreamInfo info, const Step& step) {
     ClipTags& tags = info.tags;
-    for (const Step& step : steps) {
-        if (step.IsQuarterTurn()) {
-            if (tags.interlacing == "t" || tags.interlacing == "b" || tags.interlacing == "m") {
-                FailFile(info.name, "is interlaced (I" + tags.interlacing +
-                                        "), and a quarter turn would make columns of its fields; deinterlace it first");
-            }
-            std::swap(info.width, info.height);
-            tags.aspect = SwapSides(tags.aspect);
-        } else if (step.kind == StepKind::Flip || step.kind == StepKind::Turn) {
-            tags.interlacing = SwapFields(tags.interlacing, info.height);
-        }
+    const bool quarter = step.IsQuarterTurn();
+    const bool half = step.kind == StepKind::Flip || (step.kind == StepKind::Turn && step.angle == 180);
+    const bool fields = tags.interlacing == "t" || tags.interlacing == "b" || tags.interlacing == "m";
+    if (quarter && fields) {
+        FailFile(info.name, "is interlaced (I" + tags.interlacing +
+                                "), and a quarter turn would make columns of its fields; deinterlace it first");
+    }
+    if (half && tags.interlacing == "m") {
+        FailFile(info.name,
+                 "is interlaced from frame to frame (Im), and upside down the fields of each would change places; "
+                 "deinterlace it first");
+    }
+    if (quarter) {
+        std::swap(info.width, info.height);
+        tags.aspect = SwapSides(tags.aspect);
+    } else if (half) {
+        tags.interlacing = SwapFields(tags.interlacing, info.height);
     }
     return info;
 }
 
-void TakeStep(const Step& step, YuvImage& image, YuvImage& spare) {
+void TurnImage(const Step& step, YuvImage& image, YuvImage& spare) {
     if (step.kind == StepKind::Flip && CanFlipInPlace(image)) {
         CallLibrary(KorI420FlipVertical_C_, image, image.Width(), image.Height());
         return;
     }
     const bool across = step.IsQuarterTurn();
     spare.Reset(image.GetLayout(), across ? image.Height() : image.Width(), across ? image.Width() : image.Height());
-    TakePlaneStep(step, image.y, spare.y);
-    TakePlaneStep(step, image.u, spare.u);
-    TakePlaneStep(step, image.v, spare.v);
+    TurnPlane(step, image.y, spare.y);
+    TurnPlane(step, image.u, spare.u);
+    TurnPlane(step, image.v, spare.v);
     std::swap(image, spare);
 }
 

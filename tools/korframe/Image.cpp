@@ -15,12 +15,6 @@ void ResetPlane(Plane& plane, std::size_t width, std::size_t height, std::size_t
     plane.pitch = pitch;
 }
 
-void CopyPlane(const Plane& from, Plane& to) {
-    for (std::size_t row = 0; row < from.height; ++row) {
-        std::memcpy(to.Row(row), from.Row(row), from.width);
-    }
-}
-
 }  // namespace
 
 void Frame::Reset(const PixelFormat& format, std::size_t width, std::size_t height) {
@@ -39,6 +33,11 @@ std::size_t Frame::Offset(std::size_t plane) const {
         offset += format_->PlaneBytes(before, width_, height_);
     }
     return offset;
+}
+
+void CopyFrame(const Frame& from, Frame& to) {
+    to.Reset(from.Format(), from.Width(), from.Height());
+    std::memcpy(to.Data(), from.Data(), from.Size());
 }
 
 void Reorder(const Frame& from, const PixelFormat& format, Frame& to) {
@@ -84,13 +83,6 @@ void YuvImage::Reset(Layout layout, std::size_t width, std::size_t height) {
     ResetPlane(y, width, height, EvenWidth(), EvenHeight());
     ResetPlane(u, widthC, heightC, widthC, heightC);
     ResetPlane(v, widthC, heightC, widthC, heightC);
-}
-
-void YuvImage::CopyFrom(const YuvImage& other) {
-    Reset(other.layout_, other.width_, other.height_);
-    CopyPlane(other.y, y);
-    CopyPlane(other.u, u);
-    CopyPlane(other.v, v);
 }
 
 void YuvImage::EvenOut() {

@@ -45,6 +45,8 @@ class Frame {
     Buffer bytes_;
 };
 
+void CopyFrame(const Frame& from, Frame& to);
+
 // The same RGB picture in another order of bytes. Alpha is carried where both have it, else it is 255.
 void Reorder(const Frame& from, const PixelFormat& format, Frame& to);
 
@@ -71,8 +73,6 @@ class YuvImage {
     YuvImage(Layout layout, std::size_t width, std::size_t height) { Reset(layout, width, height); }
 
     void Reset(Layout layout, std::size_t width, std::size_t height);
-    // Makes this a copy; only the visible samples are copied.
-    void CopyFrom(const YuvImage& other);
     // Repeats the last column and row of luma into the spare ones, so that width and height may be taken as even.
     void EvenOut();
 

@@ -107,8 +107,11 @@ std::optional<std::string> InputFile::ReadLine(std::size_t limit) {
     }
 }
 
-std::vector<std::uint8_t> InputFile::ReadAll() {
+std::vector<std::uint8_t> InputFile::ReadAll(std::size_t limit, const std::string& wanted) {
     while (Fill()) {
+        if (ahead_.size() > limit) {
+            FailFile(name_, "has more than " + std::to_string(limit) + " bytes; " + wanted);
+        }
     }
     std::vector<std::uint8_t> all(ahead_.begin() + static_cast<std::ptrdiff_t>(aheadBegin_), ahead_.end());
     ahead_.clear();

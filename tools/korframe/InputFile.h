@@ -10,6 +10,9 @@
 
 namespace korframe {
 
+// Most bytes of a file that is read as a whole, such as a picture.
+constexpr std::size_t kLargestWhole = std::size_t{1} << 31;
+
 class InputFile {
   public:
     explicit InputFile(const std::string& path);
@@ -30,7 +33,9 @@ class InputFile {
     std::size_t Read(std::uint8_t* bytes, std::size_t count);
     // Reads a line without its line feed. Empty optional when the end or `limit` bytes come before a line feed.
     std::optional<std::string> ReadLine(std::size_t limit);
-    std::vector<std::uint8_t> ReadAll();
+    // Reads to the end. Where more than `limit` bytes come it fails and says `wanted`: an input may have no end.
+    std::vector<std::uint8_t> ReadAll(std::size_t limit = kLargestWhole,
+                                      const std::string& wanted = "a smaller file is wanted");
 
   private:
     bool Fill();

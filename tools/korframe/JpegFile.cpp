@@ -1,4 +1,6 @@
-// JPEG through libjpeg-turbo. Its errors leave by longjmp, which must not pass over a destructor: the functions that
+// JPEG through libjpeg-turbo, and the way in which the camera was held through libexif.
+//
+// libjpeg-turbo's errors leave by longjmp, which must not pass over a destructor: the functions that
 // call setjmp, and everything below them, hold nothing but plain data, and the C++ side reads the outcome from Decoder.
 #include <cstdio>  // jpeglib.h uses FILE and size_t without including them
 
@@ -6,8 +8,14 @@
 // After jpeglib.h:
 #include <jerror.h>
 
+#include <libexif/exif-data.h>
+
+#include <algorithm>
+#include <climits>
 #include <csetjmp>
 #include <cstring>
+#include <memory>
+#include <utility>
 
 #include "Errors.h"
 #include "PictureFile.h"
@@ -82,6 +90,59 @@ class DecoderCloser {
     Decoder& decoder_;
 };
 
+struct Unref {
+    void operator()(ExifData* data) const { exif_data_unref(data); }
+};
+
+// 1 to 8 as Exif numbers them, 1 where the file says nothing or nothing that is known.
+unsigned OrientationOf(const std::vector<std::uint8_t>& file) {
+    const auto size = static_cast<unsigned>(std::min<std::size_t>(file.size(), UINT_MAX));
+    const std::unique_ptr<ExifData, Unref> data(exif_data_new_from_data(file.data(), size));
+    ExifEntry* entry = data ? exif_content_get_entry(data->ifd[EXIF_IFD_0], EXIF_TAG_ORIENTATION) : nullptr;
+    if (entry == nullptr || entry->format != EXIF_FORMAT_SHORT || entry->components < 1) {
+        return 1;
+    }
+    const unsigned orientation = exif_get_short(entry->data, exif_data_get_byte_order(data.get()));
+    return orientation >= 1 && orientation <= 8 ? orientation : 1;
+}
+
+// What makes a picture upright: rows and columns exchanged, then left and right, then top and bottom.
+struct Turn {
+    bool exchange;
+    bool mirror;
+    bool flip;
+};
+
+constexpr Turn kTurns[] = {
+    {false, false, false},  // 1: upright
+    {false, true, false},   // 2: mirrored
+    {false, true, true},    // 3: upside down
+    {false, false, true},   // 4: mirrored and upside down
+    {true, false, false},   // 5: row 0 is the left side
+    {true, true, false},    // 6: row 0 is the right side, so that it wants a quarter turn clockwise
+    {true, true, true},     // 7: row 0 is the right side, from below
+    {true, false, true},    // 8: row 0 is the left side, from below
+};
+
+Frame TurnUpright(Frame picture, unsigned orientation) {
+    if (orientation == 1) {
+        return picture;
+    }
+    const Turn turn = kTurns[orientation - 1];
+    Frame upright(picture.Format(), turn.exchange ? picture.Height() : picture.Width(),
+                  turn.exchange ? picture.Width() : picture.Height());
+    for (std::size_t row = 0; row < picture.Height(); ++row) {
+        for (std::size_t column = 0; column < picture.Width(); ++column) {
+            const std::size_t x = turn.exchange ? row : column;
+            const std::size_t y = turn.exchange ? column : row;
+            std::memcpy(upright.Pixel(turn.mirror ? upright.Width() - 1 - x : x,
+                                      turn.flip ? upright.Height() - 1 - y : y),
+                        picture.Pixel(column, row), picture.Format().rgb.bytes);
+        }
+    }
+    return upright;
+}
+
 [[noreturn]] void FailDamaged(const std::string& name, const Decoder& decoder) {
     FailFile(name, std::string("is a JPEG file that cannot be read (") + decoder.message +
                        "); a complete 8-bit one is wanted");
@@ -104,7 +165,7 @@ Frame DecodeJpeg(const std::string& name, const std::vector<std::uint8_t>& file)
     if (!ReadRows(decoder, picture.Data(), picture.Pitch())) {
         FailDamaged(name, decoder);
     }
-    return picture;
+    return TurnUpright(std::move(picture), OrientationOf(file));
 }
 
 }  // namespace korframe

@@ -1,5 +1,6 @@
 // korframe: raw video frames on the command line, through the Kor library.
 #include <exception>
+#include <iostream>
 #include <string>
 
 #include "Commands.h"
@@ -11,7 +12,17 @@ namespace korframe {
 
 namespace {
 
-constexpr void (*kCommands[])(CLI::App&) = {AddConvert, AddBlend, AddDemo, AddTestCard, AddVerify, AddBench};
+constexpr void (*kCommands[])(CLI::App&) = {
+    AddConvert,
+    AddBlend,
+    AddInfo,
+    AddCompare,
+    AddFormats,
+    AddTestCard,
+    AddDemo,
+    AddVerify,
+    AddBench,
+};
 
 std::string Version() {
     return "korframe " + std::to_string(KOR_VERSION_MAJOR) + "." + std::to_string(KOR_VERSION_MINOR) + "." +
@@ -32,8 +43,12 @@ int Run(int argc, char** argv) {
     }
     try {
         app.parse(argc, argv);  // runs the subcommand that is named
+        FlushStandardOutput();
     } catch (const CLI::Success& wish) {
-        return app.exit(wish);  // --help, --version
+        app.exit(wish);  // --help, --version
+        std::cout.flush();
+        FlushStandardOutput();
+        return static_cast<int>(ExitStatus::Success);
     } catch (const CLI::ParseError& error) {
         const std::string command =
             app.get_subcommands().empty() ? "" : " " + app.get_subcommands().front()->get_name();
@@ -52,11 +67,12 @@ int main(int argc, char** argv) {
     try {
         korframe::RemoveTemporariesOnSignals();
         return korframe::Run(argc, argv);
+    } catch (const korframe::Verdict& verdict) {
+        return static_cast<int>(verdict.status);
     } catch (const korframe::Error& error) {
         return korframe::Report(error.what(), error.Status());
     } catch (const std::bad_alloc&) {
-        return korframe::Report("not enough memory for frames of this size; smaller ones are wanted",
-                                ExitStatus::Failure);
+        return korframe::Report(korframe::kOutOfMemory, ExitStatus::Failure);
     } catch (const std::exception& error) {
         return korframe::Report(error.what(), ExitStatus::Failure);
     }

@@ -15,6 +15,7 @@ namespace {
 // A weight of 256.0: beyond any colour space, and small enough that no sum of the library's wraps.
 constexpr unsigned long long kLargest = 65536;
 
+constexpr std::size_t kLargestFile = 65536;
 constexpr std::size_t kRows = 3;
 constexpr std::size_t kColumns = 3;
 
@@ -128,7 +129,7 @@ Matrix ParseMatrix(const std::string& text) {
 Matrix ReadMatrix(InputFile& input) {
     MatrixReader reader(input.Name());
     std::string line;
-    for (const std::uint8_t byte : input.ReadAll()) {
+    for (const std::uint8_t byte : input.ReadAll(kLargestFile, "a matrix has three lines of three numbers")) {
         if (byte == '\n') {
             reader.Line(line);
             line.clear();

@@ -1,5 +1,8 @@
 #include "Options.h"
 
+#include <algorithm>
+#include <thread>
+
 #include "Errors.h"
 #include "Parse.h"
 
@@ -13,10 +16,18 @@ bool IsRgb(const PixelFormat& format) {
 
 }  // namespace
 
-void InputOptions::Add(CLI::App& command) {
-    command.add_option("--from", from, "layout of raw frames (listed below); by default as the file is named")
+const char* const kDitherHelp =
+    "noise: off (default), 0 (weakest), 1 or 2 (strongest), added while rendering or packing, or by the filter if planes "
+    "are written";
+
+void AddRawOptions(CLI::App& command, std::string& from, std::string& size) {
+    command.add_option("--from", from, "layout of raw frames (korframe formats lists them); by default as the file is named")
         ->type_name("LAYOUT");
     command.add_option("--size", size, "width and height of raw frames, such as 1280x720")->type_name("WxH");
+}
+
+void InputOptions::Add(CLI::App& command) {
+    AddRawOptions(command, from, size);
     command
         .add_option("--order", order,
                     "order of the bytes in which pixels of a picture go to the library: bgra (default), rgba, argb, "
@@ -51,28 +62,26 @@ InputRequest InputOptions::Request(const std::string& path) const {
 void OutputOptions::Add(CLI::App& command) {
     command
         .add_option("--to", to,
-                    "y4m, y4m:i444, png, ppm or a raw layout (listed below); by default as OUTPUT is named, y4m for -")
+                    "y4m, y4m:i444, png, ppm or a raw layout (see korframe formats); by default as OUTPUT is named, y4m for -")
         ->type_name("KIND");
-    command
-        .add_option("--dither", dither,
-                    "noise: off (default), 0 (weakest), 1 or 2 (strongest), added while rendering or packing, or by "
-                    "the filter if planes are written")
-        ->type_name("LEVEL");
     command.add_option("--seed", seed, "a number that makes the noise the same in every run")->type_name("N");
+    command
+        .add_option("--jobs", jobs,
+                    "frames that are made at the same time: 1 (default) to " + std::to_string(kMostJobs) +
+                        ", 0 for one a processor; the output is the same")
+        ->type_name("N");
 }
 
-WriterRequest OutputOptions::Request(const std::string& path) const {
-    WriterRequest request;
-    request.path = path;
-    request.kind = DecideOutput(path, to);
-    request.ditherLevel = ParseDitherLevel("--dither", dither);
+void OutputOptions::Fill(ChainRequest& request, const std::string& output) const {
+    request.output = output;
+    request.to = to;
     if (!seed.empty()) {
         request.seed = ParseUnsigned("--seed", seed, 999999999999999999u);
-        if (request.ditherLevel == KOR_VIDEOFRAMEDITHERLEVEL_Off) {
-            FailUsage("--seed " + seed + ": there is no noise to repeat; add --dither 0, 1 or 2");
-        }
     }
-    return request;
+    request.jobs = static_cast<std::size_t>(ParseUnsigned("--jobs", jobs, kMostJobs));
+    if (request.jobs == 0) {
+        request.jobs = std::clamp<std::size_t>(std::thread::hardware_concurrency(), 1, kMostJobs);
+    }
 }
 
 void AddOutputArgument(CLI::App& command, std::string& output) {

@@ -22,18 +22,21 @@ struct InputOptions {
     InputRequest Request(const std::string& path) const;
 };
 
-// What to write, and with which noise.
+extern const char* const kDitherHelp;
+
+// What to write, and how to work.
 struct OutputOptions {
     std::string to;
-    std::string dither = "off";
     std::string seed;
+    std::string jobs = "1";
 
     void Add(CLI::App& command);
-    // Without the matrix, which belongs to both sides.
-    WriterRequest Request(const std::string& path) const;
+    void Fill(ChainRequest& request, const std::string& output) const;
 };
 
 void AddOutputArgument(CLI::App& command, std::string& output);
+// What raw frames need and other files tell themselves.
+void AddRawOptions(CLI::App& command, std::string& from, std::string& size);
 void AddMatrixOption(CLI::App& command, std::string& matrix);
 // Refuses a matrix that nothing would use, or a file that would have to serve in both directions. The source is RGB or
 // not, and so is the target.

@@ -31,21 +31,6 @@ sigset_t HandledSignals() {
     return set;
 }
 
-// Holds the handled signals off, so that a file and its entry in pendingTemporary change as one.
-class SignalsHeldOff {
-  public:
-    SignalsHeldOff() {
-        const sigset_t set = HandledSignals();
-        sigprocmask(SIG_BLOCK, &set, &before_);
-    }
-    ~SignalsHeldOff() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
-    SignalsHeldOff(const SignalsHeldOff&) = delete;
-    SignalsHeldOff& operator=(const SignalsHeldOff&) = delete;
-
-  private:
-    sigset_t before_;
-};
-
 extern "C" void RemoveTemporaryAndDie(int signal) {
     if (pendingTemporary[0] != '\0') {
         unlink(pendingTemporary);
@@ -73,6 +58,15 @@ std::string DirectoryOf(const std::string& path) {
 
 }  // namespace
 
+SignalsHeldOff::SignalsHeldOff() {
+    const sigset_t set = HandledSignals();
+    pthread_sigmask(SIG_BLOCK, &set, &before_);
+}
+
+SignalsHeldOff::~SignalsHeldOff() {
+    pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+}
+
 void RemoveTemporariesOnSignals() {
     for (const int signal : kSignals) {
         struct sigaction action = {};
@@ -88,6 +82,8 @@ void RemoveTemporariesOnSignals() {
     }
     // A reader that goes away shows as a failed write, which leads past the destructors.
     std::signal(SIGPIPE, SIG_IGN);
+    // So does a file that grows beyond what the user may write.
+    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 OutputFile::OutputFile(const std::string& path)

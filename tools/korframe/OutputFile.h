@@ -7,6 +7,7 @@
 #ifndef KORFRAME_OUTPUTFILE_H
 #define KORFRAME_OUTPUTFILE_H
 
+#include <csignal>
 #include <cstddef>
 #include <string>
 
@@ -31,6 +32,19 @@ class OutputFile {
     std::string path_;       // symbolic links followed, so that the link stays and its target is replaced
     std::string temporary_;  // empty when written directly
     int descriptor_ = -1;
+};
+
+// Holds off the signals that end the program, for this thread and for those that it starts, so that a file and what the
+// handler knows of it change as one.
+class SignalsHeldOff {
+  public:
+    SignalsHeldOff();
+    ~SignalsHeldOff();
+    SignalsHeldOff(const SignalsHeldOff&) = delete;
+    SignalsHeldOff& operator=(const SignalsHeldOff&) = delete;
+
+  private:
+    sigset_t before_;
 };
 
 // Sets up the removal of temporary files on signals. To be called once, before the first OutputFile.

@@ -7,6 +7,8 @@
 
 namespace korframe {
 
+const char* const kPositionWanted = "column and row are wanted, such as 16,-8";
+
 namespace {
 
 [[noreturn]] void FailValue(const std::string& option, const std::string& text, const std::string& right) {
@@ -53,14 +55,19 @@ Size ParseSize(const std::string& option, const std::string& text) {
     return {static_cast<std::size_t>(*width), static_cast<std::size_t>(*height)};
 }
 
-Position ParsePosition(const std::string& option, const std::string& text) {
+std::optional<Position> ReadPosition(const std::string& text) {
     const std::size_t comma = text.find(',');
     const std::optional<long> x = ParseSigned(text.substr(0, comma));
     const std::optional<long> y = comma == std::string::npos ? std::nullopt : ParseSigned(text.substr(comma + 1));
-    if (!x || !y) {
-        FailValue(option, text, "column and row are wanted, such as 16,-8");
+    return x && y ? std::optional<Position>({*x, *y}) : std::nullopt;
+}
+
+Position ParsePosition(const std::string& option, const std::string& text) {
+    const std::optional<Position> position = ReadPosition(text);
+    if (!position) {
+        FailValue(option, text, kPositionWanted);
     }
-    return {*x, *y};
+    return *position;
 }
 
 std::string ParseRate(const std::string& option, const std::string& text) {

@@ -25,6 +25,9 @@ struct Position {
 std::optional<unsigned long long> ParseNumber(const std::string& text);
 // "25:1"; both may be 0, as Y4M has it for unknown.
 bool IsRatio(const std::string& text);
+// "16,-8"
+std::optional<Position> ReadPosition(const std::string& text);
+extern const char* const kPositionWanted;
 
 // These take the name of the option for the message and throw a usage error for what they cannot read.
 Size ParseSize(const std::string& option, const std::string& text);

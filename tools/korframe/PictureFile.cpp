@@ -32,6 +32,20 @@ PictureKind RecognisePicture(const std::string& signature) {
     return IsPpmSignature(signature) ? PictureKind::Ppm : PictureKind::None;
 }
 
+const char* NameOfKind(PictureKind kind) {
+    switch (kind) {
+        case PictureKind::Png:
+            return "PNG picture";
+        case PictureKind::Jpeg:
+            return "JPEG picture";
+        case PictureKind::Ppm:
+            return "PPM picture";
+        case PictureKind::None:
+            break;
+    }
+    return "no picture";
+}
+
 PictureKind PictureKindOfName(const std::string& fileName) {
     const std::string suffix = Suffix(fileName);
     if (suffix == "png") {
@@ -60,13 +74,20 @@ Frame ReadPicture(InputFile& input) {
                                         : "is no picture; PNG, JPEG and PPM (P2, P3, P5, P6) can be read");
 }
 
-void WritePicture(const std::string& path, PictureKind kind, const Frame& picture) {
-    OutputFile output(path);
+std::vector<std::uint8_t> EncodePicture(const std::string& name, PictureKind kind, const Frame& picture) {
     Frame rgb24;
     Reorder(picture, FormatOf(Layout::Rgb24), rgb24);
-    const std::vector<std::uint8_t> file = kind == PictureKind::Png ? EncodePng(path, rgb24) : EncodePpm(rgb24);
+    return kind == PictureKind::Png ? EncodePng(name, rgb24) : EncodePpm(rgb24);
+}
+
+void WriteWholeFile(const std::string& path, const std::vector<std::uint8_t>& file) {
+    OutputFile output(path);
     output.Write(file.data(), file.size());
     output.Commit();
+}
+
+void WritePicture(const std::string& path, PictureKind kind, const Frame& picture) {
+    WriteWholeFile(path, EncodePicture(path, kind, picture));
 }
 
 }  // namespace korframe

@@ -21,13 +21,16 @@ enum class PictureKind {
 // Enough bytes of a file to tell what it is.
 constexpr std::size_t kSignatureBytes = 16;
 PictureKind RecognisePicture(const std::string& signature);
+const char* NameOfKind(PictureKind kind);
 // By the suffix of a name: what an output is to become.
 PictureKind PictureKindOfName(const std::string& fileName);
 
 // Reads the rest of the input as one picture of RGBA bytes. Alpha is that of the file, 255 where it has none.
 Frame ReadPicture(InputFile& input);
 
-// Writes an RGB picture in any order of bytes; alpha is not written.
+// The file of an RGB picture in any order of bytes, without alpha; `name` stands in messages.
+std::vector<std::uint8_t> EncodePicture(const std::string& name, PictureKind kind, const Frame& picture);
+void WriteWholeFile(const std::string& path, const std::vector<std::uint8_t>& file);
 void WritePicture(const std::string& path, PictureKind kind, const Frame& picture);
 
 // The coders, one file each. `file` holds the whole file, `name` stands in messages.

@@ -1,89 +1,267 @@
 #include "Pipeline.h"
 
 #include <algorithm>
+#include <functional>
+#include <future>
+#include <memory>
+#include <system_error>
+#include <utility>
 
+#include "Chain.h"
 #include "Errors.h"
+#include "Options.h"
+#include "OutputFile.h"
+#include "Progress.h"
 #include "Random.h"
 
 namespace korframe {
 
 namespace {
 
-// What is rendered or packed goes to a file in this layout.
-const PixelFormat& TargetOf(const OutputKind& kind, const StreamInfo& planes) {
-    if (kind.container == Container::Pictures) {
-        return FormatOf(Layout::Bgr24);
-    }
-    return kind.layout != nullptr ? *kind.layout : *planes.format;
+// ---- What the request comes to ----
+
+const PixelFormat* LastRendered(const std::vector<Step>& steps) {
+    return !steps.empty() && steps.back().kind == StepKind::Render ? steps.back().layout : nullptr;
 }
 
-// The renderers expand limited range; full range comes out with too much contrast.
-void WarnOfFullRange(const StreamInfo& planes) {
-    const std::vector<std::string>& extensions = planes.tags.extensions;
-    if (std::find(extensions.begin(), extensions.end(), "COLORRANGE=FULL") != extensions.end()) {
-        SayLine(
-            "warning: " + planes.name +
-            ": is full range (XCOLORRANGE=FULL), and rendering takes it as limited range; contrast will be too strong");
+// A picture may be made of RGB bytes in any order; everything else is to be as the output says.
+ChainEnd EndOf(const ChainRequest& request, const OutputKind& kind) {
+    ChainEnd end;
+    end.name = NameOfOutput(request.output);
+    end.target = kind.layout;
+    if (kind.container == Container::Pictures) {
+        const PixelFormat* rendered = LastRendered(request.steps);
+        end.target = rendered != nullptr && rendered->IsRgb() ? rendered : &FormatOf(Layout::Bgr24);
     }
+    return end;
+}
+
+// Whether RGB is captured, and whether planes are rendered to RGB, anywhere on the way.
+Matrix ChooseMatrix(const ChainRequest& request, const StreamInfo& source,
+                    const std::vector<std::unique_ptr<FrameSource>>& overlays, const OutputKind& kind) {
+    bool fromRgb = source.format->IsRgb();
+    for (const auto& overlay : overlays) {
+        fromRgb = fromRgb || overlay->Info().format->IsRgb();
+    }
+    bool toRgb = WritesRgb(kind);
+    for (const Step& step : request.steps) {
+        if (step.kind == StepKind::Render && step.layout->IsRgb()) {
+            toRgb = true;
+            fromRgb = fromRgb || &step != &request.steps.back() || !WritesRgb(kind);
+        }
+    }
+    return RequestMatrix(request.matrix, fromRgb, toRgb);
+}
+
+void CheckStandardInput(const ChainRequest& request) {
+    const auto isStandard = [](const OverlayRequest& overlay) { return overlay.input.path == "-"; };
+    const auto count = std::count_if(request.overlays.begin(), request.overlays.end(), isStandard) +
+                       (request.input.path == "-" ? 1 : 0);
+    if (count > 1) {
+        FailUsage("-: background and overlay cannot both come from standard input");
+    }
+}
+
+void CheckSeed(const ChainRequest& request) {
+    const auto isNoise = [](const Step& step) { return step.level != KOR_VIDEOFRAMEDITHERLEVEL_Off; };
+    if (request.seed && std::none_of(request.steps.begin(), request.steps.end(), isNoise)) {
+        FailUsage("--seed " + std::to_string(*request.seed) +
+                  ": there is no noise to repeat; add --dither 0, 1 or 2");
+    }
+}
+
+// ---- Reading ----
+
+// The source and what is laid over it, frame by frame. A picture under clips lasts as long as the longest of them.
+class Feed {
+  public:
+    Feed(std::unique_ptr<FrameSource> source, std::vector<std::unique_ptr<Overlay>> overlays)
+        : source_(std::move(source)), overlays_(std::move(overlays)) {
+        const auto isClip = [](const auto& overlay) { return !overlay->Info().picture; };
+        const auto clip = std::find_if(overlays_.begin(), overlays_.end(), isClip);
+        repeats_ = source_->Info().picture && clip != overlays_.end();
+        info_ = source_->Info();
+        if (repeats_) {
+            info_.picture = false;
+            info_.frames = (*clip)->Info().frames;
+            info_.tags.rate = (*clip)->Info().tags.rate;
+        }
+    }
+
+    const StreamInfo& Info() const { return info_; }
+
+    void PlaceOverlays(const std::vector<StreamInfo>& backgrounds) {
+        for (std::size_t i = 0; i < overlays_.size(); ++i) {
+            overlays_[i]->PlaceOn(backgrounds[i]);
+        }
+    }
+
+    // What the next frame is made of; false at the end.
+    bool Next(Frame& frame, std::string& fields, std::vector<std::shared_ptr<OverlayFrame>>& laidOn) {
+        if (repeats_) {
+            if (picture_.Width() == 0) {
+                source_->Read(picture_);
+            }
+            CopyFrame(picture_, frame);
+        } else {
+            if (!source_->Read(frame)) {
+                return false;
+            }
+            fields = source_->FrameFields();
+        }
+        const bool moreOverlays = AdvanceOverlays();
+        laidOn.clear();
+        for (const auto& overlay : overlays_) {
+            laidOn.push_back(overlay->Current());
+        }
+        return moreOverlays || !repeats_;
+    }
+
+  private:
+    // False when all are at their last frames.
+    bool AdvanceOverlays() {
+        bool more = false;
+        for (const auto& overlay : overlays_) {
+            more = overlay->Advance() || more;
+        }
+        return more;
+    }
+
+    std::unique_ptr<FrameSource> source_;
+    std::vector<std::unique_ptr<Overlay>> overlays_;
+    StreamInfo info_;
+    bool repeats_ = false;
+    Frame picture_;
+};
+
+// ---- Making ----
+
+// A frame on its way. The future comes last, so that it goes first and waits for what still uses the others.
+struct Job {
+    explicit Job(Chain made)
+        : chain(std::move(made)) {}
+
+    Chain chain;
+    Frame frame;
+    std::string fields;
+    std::vector<std::shared_ptr<OverlayFrame>> overlays;
+    Coded coded;
+    std::future<void> done;
+};
+
+std::future<void> Launch(bool alone, std::function<void()> work) {
+    if (alone) {
+        return std::async(std::launch::deferred, std::move(work));
+    }
+    const SignalsHeldOff heldOff;  // a thread inherits this, so that signals come to the first thread, which writes
+    try {
+        return std::async(std::launch::async, std::move(work));
+    } catch (const std::system_error& error) {
+        throw Error(ExitStatus::Failure,
+                    std::string("--jobs: a thread cannot be started (") + error.what() + "); fewer are wanted");
+    }
+}
+
+// Keeps every job busy; the frames come back in the order in which they were read.
+class Works {
+  public:
+    Works(std::vector<Job> jobs, FrameSink& sink, Progress& progress, std::optional<unsigned long long> seed)
+        : jobs_(std::move(jobs)), sink_(sink), progress_(progress), seed_(seed) {}
+
+    void Run(Feed& feed) {
+        try {
+            for (;; ++read_) {
+                Job& job = JobOf(read_);
+                if (read_ - written_ == jobs_.size()) {
+                    WriteNext();
+                }
+                if (!feed.Next(job.frame, job.fields, job.overlays)) {
+                    break;
+                }
+                job.done = Launch(jobs_.size() == 1, [this, &job, number = read_] { Make(job, number); });
+            }
+        } catch (const BrokenStream&) {
+            WriteRest();
+            if (written_ > 0) {
+                sink_.Finish();
+            }
+            throw;
+        }
+        WriteRest();
+        sink_.Finish();
+        progress_.Finish(written_);
+    }
+
+  private:
+    Job& JobOf(std::uint64_t number) { return jobs_[static_cast<std::size_t>(number % jobs_.size())]; }
+
+    // The noise of a frame depends on its number, not on the thread that makes it.
+    void Make(Job& job, std::uint64_t number) {
+        if (seed_) {
+            SeedRandom(*seed_, number);
+        }
+        job.chain.Run(job.frame, job.overlays);
+        sink_.Encode(job.frame, job.coded);
+    }
+
+    void WriteNext() {
+        Job& job = JobOf(written_);
+        job.done.get();
+        sink_.Write(job.frame, job.fields, job.coded);
+        ++written_;
+        progress_.Show(written_);
+    }
+
+    void WriteRest() {
+        while (written_ < read_) {
+            WriteNext();
+        }
+    }
+
+    std::vector<Job> jobs_;
+    FrameSink& sink_;
+    Progress& progress_;
+    std::optional<unsigned long long> seed_;
+    std::uint64_t read_ = 0;
+    std::uint64_t written_ = 0;
+};
+
+// The renderers expand limited range; full range comes out with too much contrast.
+void WarnOfFullRange(const StreamInfo& source) {
+    SayLine("warning: " + source.name +
+            ": is full range (XCOLORRANGE=FULL), and rendering takes it as limited range; contrast will be too strong");
 }
 
 }  // namespace
 
-Layout PlanesFor(const PixelFormat& source, const PixelFormat* asked) {
-    if (source.IsPlanarYuv()) {
-        return source.layout;
+void RunChain(const ChainRequest& request) {
+    CheckSeed(request);
+    CheckStandardInput(request);
+    const OutputKind kind = DecideOutput(request.output, request.to, LastRendered(request.steps));
+    std::unique_ptr<FrameSource> source = OpenSource(request.input);
+    std::vector<std::unique_ptr<FrameSource>> overlaySources;
+    for (const OverlayRequest& overlay : request.overlays) {
+        overlaySources.push_back(OpenOverlay(overlay));
     }
-    return asked != nullptr && asked->IsPlanarYuv() && source.IsRgb() ? asked->layout : Layout::I420;
-}
+    const Matrix matrix = ChooseMatrix(request, source->Info(), overlaySources, kind);
+    std::vector<std::unique_ptr<Overlay>> overlays;
+    for (std::size_t i = 0; i < overlaySources.size(); ++i) {
+        overlays.push_back(std::make_unique<Overlay>(request.overlays[i], std::move(overlaySources[i]), matrix));
+    }
 
-Reader::Reader(std::unique_ptr<FrameSource> source, const PixelFormat* asked, const Matrix& matrix,
-               std::vector<Step> steps)
-    : source_(std::move(source)), steps_(std::move(steps)) {
-    info_ = AfterSteps(source_->Info(), steps_);
-    const Layout planes = PlanesFor(*source_->Info().format, asked);
-    capture_.emplace(source_->Info(), planes, matrix, steps_);
-    if (planes == Layout::I420 && info_.tags.siting.empty()) {
-        info_.tags.siting = source_->Info().format->siting;
+    Feed feed(std::move(source), std::move(overlays));
+    std::vector<Job> jobs;
+    for (std::size_t i = 0; i < request.jobs; ++i) {
+        jobs.emplace_back(Chain(feed.Info(), request.steps, EndOf(request, kind), matrix));
     }
-    info_.format = &FormatOf(planes);
-}
-
-bool Reader::Read(YuvImage& image) {
-    if (!source_->Read(frame_)) {
-        return false;
+    const Chain& chain = jobs.front().chain;
+    feed.PlaceOverlays(chain.Backgrounds());
+    if (chain.RendersFullRange()) {
+        WarnOfFullRange(feed.Info());
     }
-    (*capture_)(frame_, image);
-    for (const Step& step : steps_) {
-        TakeStep(step, image, spare_);
-    }
-    return true;
-}
-
-Writer::Writer(const WriterRequest& request, StreamInfo planes)
-    : seed_(request.seed), progress_(planes) {
-    const PixelFormat& target = TargetOf(request.kind, planes);
-    const std::string output = request.path == "-" ? "standard output" : request.path;
-    render_.emplace(planes, output, target, request.matrix, request.ditherLevel);
-    if (target.IsRgb()) {
-        WarnOfFullRange(planes);
-    }
-    planes.format = &target;
-    sink_ = OpenSink(request.path, request.kind, planes);
-}
-
-void Writer::Write(YuvImage& image) {
-    if (seed_) {
-        SeedRandom(*seed_, frames_);
-    }
-    (*render_)(image, frame_);
-    sink_->Write(frame_);
-    ++frames_;
-    progress_.Show(frames_);
-}
-
-void Writer::Finish() {
-    sink_->Finish();
-    progress_.Finish(frames_);
+    const std::unique_ptr<FrameSink> sink = OpenSink(request.output, kind, chain.Info());
+    Progress progress(feed.Info());
+    Works(std::move(jobs), *sink, progress, request.seed).Run(feed);
 }
 
 }  // namespace korframe

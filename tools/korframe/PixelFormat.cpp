@@ -20,6 +20,7 @@ constexpr Channels kYuv = {0, 0, 0, 0, 0};
 // Planes: samples for every pixel, samples or pairs of samples for two by two of them, and packed groups.
 constexpr PlaneShape kNone = {0, 0, 0};
 constexpr PlaneShape kFull = {1, 0, 0};
+constexpr PlaneShape kHalfWidth = {1, 1, 0};
 constexpr PlaneShape kHalf = {1, 1, 1};
 constexpr PlaneShape kPairs = {2, 1, 1};
 constexpr PlaneShape kGroups = {4, 1, 0};
@@ -29,6 +30,7 @@ constexpr PlaneShape kBytes3 = {3, 0, 0};
 
 using Planes = std::array<PlaneShape, 3>;
 constexpr Planes kPlanar420 = {{kFull, kHalf, kHalf}};
+constexpr Planes kPlanar422 = {{kFull, kHalfWidth, kHalfWidth}};
 constexpr Planes kPlanar444 = {{kFull, kFull, kFull}};
 constexpr Planes kSemiPlanar = {{kFull, kPairs, kNone}};
 constexpr Planes kPacked422 = {{kGroups, kNone, kNone}};
@@ -40,6 +42,7 @@ constexpr Planes kPixels3 = {{kBytes3, kNone, kNone}};
 constexpr PixelFormat kFormats[] = {
     // Even sizes only: width, height. Bytes of a pixel, and in it red, green, blue, alpha.
     {Layout::I420,  "i420",  "i420 yuv",  "planar 4:2:0: luma, U, V",                    false, false, kCentre, kYuv, 3, kPlanar420},
+    {Layout::I422,  "i422",  "i422",      "planar 4:2:2: luma, U, V; read only",         false, false, kLeft,   kYuv, 3, kPlanar422},
     {Layout::I444,  "i444",  "i444",      "planar 4:4:4: luma, U, V",                    false, false, kCentre, kYuv, 3, kPlanar444},
     {Layout::Nv12,  "nv12",  "nv12",      "luma plane, then pairs U V for 2x2 pixels",   false, false, kCentre, kYuv, 2, kSemiPlanar},
     {Layout::Nv21,  "nv21",  "nv21",      "luma plane, then pairs V U for 2x2 pixels",   false, false, kCentre, kYuv, 2, kSemiPlanar},
@@ -56,10 +59,6 @@ constexpr PixelFormat kFormats[] = {
 };
 // clang-format on
 
-std::string SizeText(std::size_t width, std::size_t height) {
-    return std::to_string(width) + "x" + std::to_string(height);
-}
-
 }  // namespace
 
 std::size_t PixelFormat::PlaneBytes(std::size_t plane, std::size_t width, std::size_t height) const {
@@ -72,6 +71,49 @@ std::size_t PixelFormat::FrameBytes(std::size_t width, std::size_t height) const
         bytes += PlaneBytes(plane, width, height);
     }
     return bytes;
+}
+
+std::vector<Component> PixelFormat::Components() const {
+    if (IsRgb()) {
+        std::vector<Component> components = {
+            {'R', 0, rgb.red, rgb.bytes, 0, 0}, {'G', 0, rgb.green, rgb.bytes, 0, 0}, {'B', 0, rgb.blue, rgb.bytes, 0, 0}};
+        if (HasAlpha()) {
+            components.push_back({'A', 0, rgb.alpha, rgb.bytes, 0, 0});
+        }
+        return components;
+    }
+    switch (layout) {
+        case Layout::Nv12:
+            return {{'Y', 0, 0, 1, 0, 0}, {'U', 1, 0, 2, 1, 1}, {'V', 1, 1, 2, 1, 1}};
+        case Layout::Nv21:
+            return {{'Y', 0, 0, 1, 0, 0}, {'U', 1, 1, 2, 1, 1}, {'V', 1, 0, 2, 1, 1}};
+        case Layout::Yuy2:
+        case Layout::Yuv2:
+            return {{'Y', 0, 0, 2, 0, 0}, {'U', 0, 1, 4, 1, 0}, {'V', 0, 3, 4, 1, 0}};
+        case Layout::Uyvy:
+            return {{'Y', 0, 1, 2, 0, 0}, {'U', 0, 0, 4, 1, 0}, {'V', 0, 2, 4, 1, 0}};
+        case Layout::M420:
+            return {{'Y', 0, 0, 1, 0, 0}, {'U', 0, 0, 2, 1, 1}, {'V', 0, 1, 2, 1, 1}};
+        default:
+            return {{'Y', 0, 0, 1, 0, 0},
+                    {'U', 1, 0, 1, planes[1].widthShift, planes[1].heightShift},
+                    {'V', 2, 0, 1, planes[2].widthShift, planes[2].heightShift}};
+    }
+}
+
+std::size_t PixelFormat::OffsetOf(const Component& component, std::size_t column, std::size_t row, std::size_t width,
+                                  std::size_t height) const {
+    if (layout == Layout::M420) {
+        // A block of three rows serves two rows of luma and, behind them, one of chroma.
+        const std::size_t block = component.name == 'Y' ? row / 2 : row;
+        const std::size_t rowOfBlock = component.name == 'Y' ? row % 2 : 2;
+        return block * planes[0].Pitch(width) + rowOfBlock * width + component.first + column * component.step;
+    }
+    std::size_t offset = 0;
+    for (std::size_t before = 0; before < component.plane; ++before) {
+        offset += PlaneBytes(before, width, height);
+    }
+    return offset + row * planes[component.plane].Pitch(width) + component.first + column * component.step;
 }
 
 const PixelFormat& FormatOf(Layout layout) {
@@ -101,7 +143,18 @@ const PixelFormat* FindFormatBySuffix(const std::string& fileName) {
     return nullptr;
 }
 
-std::string FormatNames(bool (*pick)(const PixelFormat&)) {
+const std::vector<const PixelFormat*>& AllFormats() {
+    static const std::vector<const PixelFormat*> all = [] {
+        std::vector<const PixelFormat*> pointers;
+        for (const PixelFormat& format : kFormats) {
+            pointers.push_back(&format);
+        }
+        return pointers;
+    }();
+    return all;
+}
+
+std::string FormatNames(FormatTest pick) {
     std::string names;
     for (const PixelFormat& format : kFormats) {
         if (pick == nullptr || pick(format)) {
@@ -130,6 +183,10 @@ std::string Suffix(const std::string& fileName) {
     std::transform(suffix.begin(), suffix.end(), suffix.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     return suffix;
+}
+
+std::string SizeText(std::size_t width, std::size_t height) {
+    return std::to_string(width) + "x" + std::to_string(height);
 }
 
 void CheckSize(const std::string& file, std::size_t width, std::size_t height) {

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstddef>
 #include <string>
+#include <vector>
 
 namespace korframe {
 
@@ -15,6 +16,7 @@ constexpr std::size_t kMaxSide = 32768;
 constexpr std::size_t kMaxPixels = std::size_t{1} << 28;
 
 enum class Layout { I420,
+                    I422,
                     I444,
                     Nv12,
                     Nv21,
@@ -53,6 +55,20 @@ struct Channels {
     std::size_t alpha;
 };
 
+// One kind of sample inside a frame, such as luma or red: the first lies at byte `first` of its plane, the next in a row
+// `step` bytes on, and each stands for 2^widthShift by 2^heightShift pixels.
+struct Component {
+    char name;
+    std::size_t plane;
+    std::size_t first;
+    std::size_t step;
+    unsigned widthShift;
+    unsigned heightShift;
+
+    std::size_t Columns(std::size_t width) const { return PlaneShape{1, widthShift, 0}.Pitch(width); }
+    std::size_t Rows(std::size_t height) const { return PlaneShape{1, 0, heightShift}.Rows(height); }
+};
+
 struct PixelFormat {
     Layout layout;
     const char* name;
@@ -70,15 +86,26 @@ struct PixelFormat {
     bool HasAlpha() const { return rgb.alpha < rgb.bytes; }
     std::size_t PlaneBytes(std::size_t plane, std::size_t width, std::size_t height) const;
     std::size_t FrameBytes(std::size_t width, std::size_t height) const;
+
+    std::vector<Component> Components() const;
+    // Where the sample of a component in the given column and row of its own grid lies, in bytes from the frame's first.
+    std::size_t OffsetOf(const Component& component, std::size_t column, std::size_t row, std::size_t width,
+                         std::size_t height) const;
 };
+
+using FormatTest = bool (*)(const PixelFormat&);
 
 const PixelFormat& FormatOf(Layout layout);
 const PixelFormat* FindFormat(const std::string& name);
 const PixelFormat* FindFormatBySuffix(const std::string& fileName);
 
+const std::vector<const PixelFormat*>& AllFormats();
 // The names of all layouts, or of those that a predicate picks, for messages and for --help.
-std::string FormatNames(bool (*pick)(const PixelFormat&) = nullptr);
+std::string FormatNames(FormatTest pick = nullptr);
 std::string FormatTable();
+
+// "1280x720"
+std::string SizeText(std::size_t width, std::size_t height);
 
 // The part of a file name after its last dot, in lower case; empty where there is none.
 std::string Suffix(const std::string& fileName);

@@ -1,6 +1,7 @@
 // PNG through libpng's simplified interface: it reports errors as return values, so no jump can pass over a
 // destructor, and it turns palettes, grey, 16-bit samples and transparency of every kind into the bytes asked for.
 #include <png.h>
+#include <zlib.h>
 
 #include <cstring>
 
@@ -24,6 +25,37 @@ class PngImage {
     png_image image;
 };
 
+std::uint32_t BigEndian(const std::uint8_t* bytes) {
+    std::uint32_t value = 0;
+    for (int i = 0; i < 4; ++i) {
+        value = value << 8 | bytes[i];
+    }
+    return value;
+}
+
+// The simplified interface stops at the last pixel. Whether what follows is there, and whether the data was what its
+// writer wrote, the chunks tell: each has its length, its kind and at its end a checksum of all but the length.
+void CheckChunks(const std::string& name, const std::vector<std::uint8_t>& file) {
+    constexpr std::size_t kSignature = 8;
+    constexpr std::size_t kAround = 12;
+    std::size_t at = kSignature;
+    for (bool end = false; !end;) {
+        const std::size_t left = file.size() - at;
+        if (left < kAround || left - kAround < BigEndian(&file[at])) {
+            FailFile(name, "is a truncated PNG file, its end (IEND) is missing; a complete one is wanted");
+        }
+        const std::size_t length = BigEndian(&file[at]);
+        const std::uint8_t* kind = &file[at + 4];
+        const bool critical = (kind[0] & 0x20) == 0;
+        if (critical && crc32(0, kind, static_cast<uInt>(length + 4)) != BigEndian(kind + 4 + length)) {
+            FailFile(name, "is a damaged PNG file (the checksum at byte " + std::to_string(at + 8 + length) +
+                               " does not fit its chunk); a complete one is wanted");
+        }
+        end = std::memcmp(kind, "IEND", 4) == 0;
+        at += kAround + length;
+    }
+}
+
 }  // namespace
 
 Frame DecodePng(const std::string& name, const std::vector<std::uint8_t>& file) {
@@ -38,6 +70,7 @@ Frame DecodePng(const std::string& name, const std::vector<std::uint8_t>& file) 
     if (png_image_finish_read(&png.image, nullptr, picture.Data(), 0, nullptr) == 0) {
         FailFile(name, std::string("is a damaged PNG file (") + png.image.message + "); a complete one is wanted");
     }
+    CheckChunks(name, file);
     return picture;
 }
 

@@ -1,7 +1,9 @@
-// How far a clip has come, on standard error if that is a terminal; else nothing is said. Pictures need none.
+// How far a clip has come, on standard error if that is a terminal and the work is long; else nothing is said. A bar
+// where the number of frames is known, else their count.
 #ifndef KORFRAME_PROGRESS_H
 #define KORFRAME_PROGRESS_H
 
+#include <boost/timer/progress_display.hpp>
 #include <chrono>
 #include <cstdint>
 #include <optional>
@@ -24,11 +26,15 @@ class Progress {
   private:
     using Clock = std::chrono::steady_clock;
 
+    void ShowBar(std::uint64_t frames);
+    void ShowCount(std::uint64_t frames);
+
     bool enabled_;
-    bool lineBegun_ = false;
     std::optional<std::uint64_t> total_;
     Clock::time_point begin_;
     Clock::time_point shown_;
+    std::optional<boost::timer::progress_display> bar_;
+    bool counting_ = false;
 };
 
 }  // namespace korframe

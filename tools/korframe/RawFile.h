@@ -25,7 +25,9 @@ class RawSink : public FrameSink {
   public:
     explicit RawSink(const std::string& path)
         : output_(path) {}
-    void Write(const Frame& frame) override { output_.Write(frame.Data(), frame.Size()); }
+    void Write(const Frame& frame, const std::string& /*fields*/, const Coded& /*coded*/) override {
+        output_.Write(frame.Data(), frame.Size());
+    }
     void Finish() override { output_.Commit(); }
 
   private:

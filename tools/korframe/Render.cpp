@@ -117,16 +117,27 @@ void CopyPlanes(YuvImage& image, Frame& frame) {
     CopyPlane(image.v, frame.Plane(2));
 }
 
-// For targets without noise of their own: the filter works on the planes, and leaves odd edges to be made even first.
+// For targets without noise of their own.
 Run DitherBefore(Run next, KorVideoFrameDitherLevel ditherLevel) {
     return [next = std::move(next), ditherLevel](YuvImage& image, Frame& frame) {
-        image.EvenOut();
-        CallLibrary(KorI420Dither_C_, image, image, image.EvenWidth(), image.EvenHeight(), ditherLevel, true);
+        DitherImage(image, ditherLevel);
         next(image, frame);
     };
 }
 
 }  // namespace
+
+void CheckDither(const StreamInfo& planes) {
+    if (planes.format->layout != Layout::I420) {
+        FailUsage("--dither: the filter works on i420, and the frames are " + std::string(planes.format->name));
+    }
+}
+
+// The filter leaves odd edges alone, so they are made even first.
+void DitherImage(YuvImage& image, KorVideoFrameDitherLevel ditherLevel) {
+    image.EvenOut();
+    CallLibrary(KorI420Dither_C_, image, image, image.EvenWidth(), image.EvenHeight(), ditherLevel, true);
+}
 
 Render::Render(const StreamInfo& source, const std::string& output, const PixelFormat& target, const Matrix& matrix,
                KorVideoFrameDitherLevel ditherLevel) {
@@ -157,11 +168,17 @@ Render::Render(const StreamInfo& source, const std::string& output, const PixelF
         FailUsage(output + ": there is no conversion from " + source.format->name + " to " + target.name);
     }
     if (ditherLevel != KOR_VIDEOFRAMEDITHERLEVEL_Off) {
-        if (planes != Layout::I420) {
-            FailUsage("--dither: the filter works on i420, and the frames are " + std::string(source.format->name));
-        }
+        CheckDither(source);
         run_ = DitherBefore(std::move(run_), ditherLevel);
     }
+}
+
+bool Render::Reaches(Layout planes, Layout target) {
+    if (FormatOf(target).IsRgb()) {
+        return FindRoad(kRgbRoads, planes, MatrixKind::Bt601, Layout::Bgra) != nullptr;
+    }
+    return target == planes || FindRoad(kPackedRoads, planes, MatrixKind::Bt601, target) != nullptr ||
+           (target == Layout::Yuv2 && planes == Layout::I420);
 }
 
 }  // namespace korframe

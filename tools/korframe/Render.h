@@ -19,9 +19,16 @@ class Render {
     // Uses the image up: noise and the repetition of edges may be written into it.
     void operator()(YuvImage& image, Frame& frame) const { run_(image, frame); }
 
+    // Whether a road leads from planes of a layout to a target, by some matrix.
+    static bool Reaches(Layout planes, Layout target);
+
   private:
     std::function<void(YuvImage&, Frame&)> run_;
 };
+
+// Adds noise to planes in place; I420 only, which CheckDither sees to.
+void DitherImage(YuvImage& image, KorVideoFrameDitherLevel ditherLevel);
+void CheckDither(const StreamInfo& planes);
 
 }  // namespace korframe
 

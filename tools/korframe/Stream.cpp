@@ -1,5 +1,7 @@
 #include "Stream.h"
 
+#include <algorithm>
+
 #include "Errors.h"
 #include "NumberedName.h"
 #include "RawFile.h"
@@ -12,6 +14,7 @@ namespace {
 class PictureSource : public FrameSource {
   public:
     PictureSource(InputFile& input, const InputRequest& request) {
+        info_.container = NameOfKind(RecognisePicture(input.Peek(kSignatureBytes)));
         Frame picture = ReadPicture(input);
         if (!request.keepAlpha) {
             LayOverBlack(picture);
@@ -45,9 +48,11 @@ class PictureSink : public FrameSink {
     PictureSink(const std::string& path, PictureKind kind)
         : path_(path), name_(path), kind_(kind) {}
 
-    void Write(const Frame& frame) override {
+    void Encode(const Frame& frame, Coded& coded) const override { coded = EncodePicture(path_, kind_, frame); }
+
+    void Write(const Frame& /*frame*/, const std::string& /*fields*/, const Coded& coded) override {
         if (name_.IsNumbered()) {
-            WritePicture(name_.For(++frames_), kind_, frame);
+            WriteWholeFile(name_.For(++frames_), coded);
             return;
         }
         if (++frames_ > 1) {
@@ -55,12 +60,12 @@ class PictureSink : public FrameSink {
                 path_,
                 "is one picture, but there are more frames; a number in the name, such as %04d, gives each its own");
         }
-        Reorder(frame, frame.Format(), only_);
+        only_ = coded;
     }
 
     void Finish() override {
         if (!name_.IsNumbered()) {
-            WritePicture(path_, kind_, only_);
+            WriteWholeFile(path_, only_);
         }
     }
 
@@ -69,33 +74,42 @@ class PictureSink : public FrameSink {
     NumberedName name_;
     PictureKind kind_;
     std::uint64_t frames_ = 0;
-    Frame only_;
+    Coded only_;
 };
+
+const char* const kSizeForm = " WIDTHxHEIGHT";
+const char* const kRawElsewhere = "overlays in raw frames are for korframe blend";
 
 std::unique_ptr<FrameSource> OpenRaw(std::unique_ptr<InputFile> input, const PixelFormat& format,
                                      const InputRequest& request) {
     if (request.width == 0) {
-        FailUsage(input->Name() + ": raw " + format.name + " frames do not tell their size; give --size WIDTHxHEIGHT");
+        FailUsage(input->Name() + ": raw " + format.name + " frames do not tell their size; " +
+                  (request.sizeOption == nullptr ? kRawElsewhere : std::string("give ") + request.sizeOption + kSizeForm));
     }
     return std::make_unique<RawSource>(std::move(input), format, request.width, request.height);
 }
 
+bool TellsItself(const std::string& signature) {
+    return IsY4m(signature) || RecognisePicture(signature) != PictureKind::None;
+}
+
 std::unique_ptr<FrameSource> OpenAny(const InputRequest& request) {
     auto input = std::make_unique<InputFile>(request.path);
-    if (request.from != nullptr) {
+    const bool tellsItself = request.rawOnlyIfNeeded && TellsItself(input->Peek(kSignatureBytes));
+    if (request.from != nullptr && !tellsItself) {
         return OpenRaw(std::move(input), *request.from, request);
     }
     // A size on the command line speaks for raw frames, and first bytes of those may look like anything.
     const PixelFormat* bySuffix = FindFormatBySuffix(request.path);
-    if (bySuffix != nullptr && request.width > 0) {
+    if (bySuffix != nullptr && request.width > 0 && !tellsItself) {
         return OpenRaw(std::move(input), *bySuffix, request);
     }
     const std::string signature = input->Peek(kSignatureBytes);
     const bool y4m = IsY4m(signature);
     const bool picture = RecognisePicture(signature) != PictureKind::None;
-    if ((y4m || picture) && request.width > 0) {
-        FailUsage(input->Name() +
-                  ": --size is for raw frames, and this file tells its own; for raw frames add --from LAYOUT");
+    if ((y4m || picture) && request.width > 0 && !tellsItself) {
+        FailUsage(input->Name() + ": " + request.sizeOption +
+                  " is for raw frames, and this file tells its own; for raw frames add " + request.fromOption + " LAYOUT");
     }
     if (y4m) {
         return std::make_unique<Y4mSource>(std::move(input));
@@ -109,8 +123,10 @@ std::unique_ptr<FrameSource> OpenAny(const InputRequest& request) {
     if (signature.empty()) {
         FailFile(input->Name(), "is empty; a PNG, JPEG, PPM or Y4M file or raw frames are wanted");
     }
-    FailFile(input->Name(),
-             "is no PNG, JPEG, PPM or Y4M file; for raw frames give --from LAYOUT and --size WIDTHxHEIGHT");
+    FailFile(input->Name(), std::string("is no PNG, JPEG, PPM or Y4M file; ") +
+                                (request.sizeOption == nullptr ? kRawElsewhere
+                                                               : std::string("for raw frames give ") + request.fromOption +
+                                                                     " LAYOUT and " + request.sizeOption + kSizeForm));
 }
 
 }  // namespace
@@ -127,7 +143,32 @@ std::unique_ptr<FrameSource> OpenSource(const InputRequest& request) {
     return source;
 }
 
-OutputKind DecideOutput(const std::string& path, const std::string& to) {
+namespace {
+
+const char* const kColourRange = "COLORRANGE=";
+
+bool IsRangeField(const std::string& extension) {
+    return extension.compare(0, std::string(kColourRange).size(), kColourRange) == 0;
+}
+
+}  // namespace
+
+bool IsFullRange(const ClipTags& tags) {
+    const std::string full = std::string(kColourRange) + "FULL";
+    return std::find(tags.extensions.begin(), tags.extensions.end(), full) != tags.extensions.end();
+}
+
+void SetLimitedRange(ClipTags& tags) {
+    auto& extensions = tags.extensions;
+    extensions.erase(std::remove_if(extensions.begin(), extensions.end(), IsRangeField), extensions.end());
+    extensions.push_back(std::string(kColourRange) + "LIMITED");
+}
+
+std::string NameOfOutput(const std::string& path) {
+    return path == "-" ? "standard output" : path;
+}
+
+OutputKind DecideOutput(const std::string& path, const std::string& to, const PixelFormat* rendered) {
     const std::string suffix = Suffix(path);
     const PictureKind picture = PictureKindOfName(path);
     OutputKind kind;
@@ -144,7 +185,7 @@ OutputKind DecideOutput(const std::string& path, const std::string& to) {
             FailUsage("--to " + to + ": one of y4m, y4m:i444, png, ppm, " + FormatNames() + " is wanted");
         }
     }
-    if (y4mAsked || suffix == "y4m" || (path == "-" && to.empty())) {
+    if (y4mAsked || suffix == "y4m" || (path == "-" && to.empty() && rendered == nullptr)) {
         kind.container = Container::Y4m;
         if (kind.layout != nullptr && !kind.layout->IsPlanarYuv()) {
             FailUsage("--to " + to + ": a Y4M file holds i420 or i444");
@@ -161,6 +202,9 @@ OutputKind DecideOutput(const std::string& path, const std::string& to) {
         }
     } else if (kind.layout == nullptr) {
         kind.layout = FindFormatBySuffix(path);
+        if (kind.layout == nullptr) {
+            kind.layout = rendered;
+        }
         if (kind.layout == nullptr) {
             FailUsage(path +
                       ": the name does not tell what to write; give --to, or end it in y4m, png, ppm or the name of a "

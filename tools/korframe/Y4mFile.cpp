@@ -40,16 +40,19 @@ bool StartsWith(const std::string& text, const std::string& start) {
     return text.compare(0, start.size(), start) == 0;
 }
 
-// 4:2:0 of any siting, and 4:4:4 without alpha, of 8 bits: 420p10 and the like are something else.
+// 4:2:0 of any siting, 4:2:2, and 4:4:4 without alpha, of 8 bits: 420p10 and the like are something else.
 const PixelFormat& ParseChroma(const std::string& name, const std::string& field) {
     const std::string chroma = field.substr(1);
     if (chroma == "420" || chroma == "420jpeg" || chroma == "420mpeg2" || chroma == "420paldv") {
         return FormatOf(Layout::I420);
     }
+    if (chroma == "422") {
+        return FormatOf(Layout::I422);
+    }
     if (chroma == "444") {
         return FormatOf(Layout::I444);
     }
-    FailField(name, field, "C420jpeg, C420mpeg2, C420paldv, C420 or C444 (8 bits) can be read");
+    FailField(name, field, "C420jpeg, C420mpeg2, C420paldv, C420, C422 or C444 (8 bits) can be read");
 }
 
 }  // namespace
@@ -61,6 +64,8 @@ bool IsY4m(const std::string& signature) {
 Y4mSource::Y4mSource(std::unique_ptr<InputFile> input)
     : input_(std::move(input)) {
     info_.name = input_->Name();
+    info_.container = "Y4M";
+    info_.tellsTags = true;
     const std::optional<std::string> header = input_->ReadLine(kLongestHeader);
     if (!header) {
         FailFile(info_.name, "has a Y4M header without an end; a line of up to " + std::to_string(kLongestHeader) +
@@ -68,6 +73,11 @@ Y4mSource::Y4mSource(std::unique_ptr<InputFile> input)
     }
     ParseHeader(*header);
     CheckSize(info_.name, info_.width, info_.height);
+    if (input_->Size() && *input_->Size() > input_->Position()) {
+        // As many as there are if no frame has fields of its own, else not many fewer.
+        const std::size_t frame = std::string(kFrame).size() + 1 + info_.format->FrameBytes(info_.width, info_.height);
+        info_.frames = (*input_->Size() - input_->Position()) / frame;
+    }
 }
 
 void Y4mSource::ParseHeader(const std::string& header) {
@@ -125,9 +135,13 @@ bool Y4mSource::Read(Frame& frame) {
     const std::optional<std::string> line = input_->ReadLine(kLongestHeader);
     const std::string number = std::to_string(framesRead_ + 1);
     if (!line || (*line != kFrame && !StartsWith(*line, std::string(kFrame) + " "))) {
+        if (!line && StartsWith(std::string(kFrame) + " ", input_->Peek(std::string(kFrame).size() + 1))) {
+            throw BrokenStream(info_.name + ": frame " + number + " is truncated, the file ends inside its line FRAME");
+        }
         throw BrokenStream(info_.name + ": frame " + number + " does not begin with FRAME at byte " +
                            std::to_string(position) + "; the file is damaged or its header is wrong");
     }
+    frameFields_ = line->substr(std::string(kFrame).size());
     frame.Reset(*info_.format, info_.width, info_.height);
     ReadWholeFrame(*input_, frame, framesRead_ + 1);
     ++framesRead_;
@@ -135,7 +149,7 @@ bool Y4mSource::Read(Frame& frame) {
 }
 
 Y4mSink::Y4mSink(const std::string& path, const StreamInfo& info)
-    : output_(path) {
+    : output_(path), keepsFields_(info.tags.interlacing == "m") {
     const ClipTags& tags = info.tags;
     std::string chroma = "444";
     if (info.format->layout == Layout::I420) {
@@ -151,8 +165,8 @@ Y4mSink::Y4mSink(const std::string& path, const StreamInfo& info)
     output_.Write(header.str().data(), header.str().size());
 }
 
-void Y4mSink::Write(const Frame& frame) {
-    const std::string line = std::string(kFrame) + "\n";
+void Y4mSink::Write(const Frame& frame, const std::string& fields, const Coded& /*coded*/) {
+    const std::string line = std::string(kFrame) + (keepsFields_ ? fields : "") + "\n";
     output_.Write(line.data(), line.size());
     output_.Write(frame.Data(), frame.Size());
 }

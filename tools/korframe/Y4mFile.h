@@ -25,11 +25,12 @@ class Y4mSource : public FrameSource {
 class Y4mSink : public FrameSink {
   public:
     Y4mSink(const std::string& path, const StreamInfo& info);
-    void Write(const Frame& frame) override;
+    void Write(const Frame& frame, const std::string& fields, const Coded& coded) override;
     void Finish() override;
 
   private:
     OutputFile output_;
+    bool keepsFields_;
 };
 
 }  // namespace korframe

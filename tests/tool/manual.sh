@@ -1,0 +1,73 @@
+# The man page and the completions name what the program has, and nothing else.
+. "$(dirname "$0")/kit.sh"
+sources=$3/tools/korframe
+
+# The words of the man page without its markup.
+sed 's/\\-/-/g; s/\\f[BIRP]//g; s/"//g' "$sources/man/korframe.1" >page.txt
+
+subcommands=$("$korframe" --help | awk 'list && NF > 1 { print $1 } /^Subcommands:/ { list = 1 }')
+[ "$(echo "$subcommands" | wc -l)" -ge 7 ] || fail "--help lists only: $subcommands"
+options_of() {
+    # shellcheck disable=SC2086
+    "$korframe" $1 --help | grep -oE '^ +(-[a-z],)?--[a-z0-9-]+' | grep -oE -- '--.*'
+}
+# The section of a subcommand, from its heading to the next.
+section() {
+    awk -v heading=".SS $1" '$0 == heading { on = 1; next } /^\.S[SH]/ { on = 0 } on' page.txt
+}
+
+for option in $(options_of ""); do
+    grep -qE -- "$option( |\$)" page.txt || fail "the man page does not name $option"
+done
+for subcommand in $subcommands; do
+    section "$subcommand" >section.txt
+    [ -s section.txt ] || fail "the man page has no section on $subcommand"
+    options_of "$subcommand" >options.txt
+    for option in $(cat options.txt); do
+        [ "$option" = --help ] || grep -qE -- "(^|[ |[])$option(\$|[] |])" section.txt || fail "the man page does not name $option of $subcommand"
+    done
+    # And the other way round.
+    for option in $(section "$subcommand" | sed "s/convert --blend//" | grep -oE -- '--[a-z][a-z0-9-]*' | sort -u); do
+        grep -qFx -- "$option" options.txt || fail "the man page names $option of $subcommand, which does not exist"
+    done
+done
+# One line each.
+"$korframe" --help | awk 'list && NF > 0 && !/^  [a-z]/ { bad = 1 } /^Subcommands:/ { list = 1 } END { exit bad }' || fail "a subcommand takes more than a line in --help"
+
+if command -v groff >/dev/null; then
+    groff -man -ww -z "$sources/man/korframe.1" >groff.txt 2>&1
+    [ ! -s groff.txt ] || fail "groff says: $(cat groff.txt)"
+fi
+
+# Completion of bash: complete WORDS... gives what the last may become. Needs a bash, and the name to lead to the program.
+mkdir bin
+ln -s "$korframe" bin/korframe
+PATH=$PWD/bin:$PATH
+if command -v bash >/dev/null; then
+    complete() {
+        # shellcheck disable=SC2016
+        bash -c '. "$0"; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1))
+            _korframe "$1" "${COMP_WORDS[COMP_CWORD]}" "${COMP_WORDS[COMP_CWORD - 1]}"
+            [ ${#COMPREPLY[@]} -eq 0 ] || printf "%s\n" "${COMPREPLY[@]}"' "$sources/completion/korframe.bash" "$@" | tr '\n' ' '
+    }
+    completes() {
+        wanted=$1
+        shift
+        given=$(complete "$@")
+        [ "$given" = "$wanted" ] || fail "completion of '$*' gives '$given', expected '$wanted'"
+    }
+    completes "$(echo "$subcommands" | tr '\n' ' ')" korframe ""
+    completes "convert compare " korframe co
+    completes "--help --version " korframe -
+    completes "$(options_of convert | tr '\n' ' ')" korframe convert --
+    completes "--overlay-from --overlay-size " korframe blend a.png --ov
+    completes "0 90 180 270 " korframe convert --rotate ""
+    completes "rgba rgb24 " korframe convert --flip --to r
+    completes "uyvy " korframe info --from u
+    completes "" korframe convert some
+fi
+if command -v zsh >/dev/null; then
+    zsh -n "$sources/completion/_korframe" || fail "the completion of zsh"
+fi
+
+finish

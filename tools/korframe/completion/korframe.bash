@@ -1,0 +1,38 @@
+# Completion of korframe for bash. It asks the program itself, so it knows every subcommand, option and layout of it.
+
+_korframe_layouts() {
+    "$1" formats 2>/dev/null | awk '/^[a-z]/ { print $1 } /^$/ { exit }'
+}
+
+# What may stand after an option; empty where that is a file or a value of the user's own.
+_korframe_values() {
+    case $2 in
+        --from | --overlay-from | --order | --render) _korframe_layouts "$1" ;;
+        --to) printf '%s\n' y4m y4m:i444 png ppm && _korframe_layouts "$1" ;;
+        --rotate) printf '%s\n' 0 90 180 270 ;;
+        --dither) printf '%s\n' off 0 1 2 ;;
+        --matrix) printf '%s\n' 601 709 ;;
+    esac
+}
+
+_korframe() {
+    local program=$1 word=$2 before=$3 subcommand='' choices='' i
+    for ((i = 1; i < COMP_CWORD; ++i)); do
+        if [[ ${COMP_WORDS[i]} != -* ]]; then
+            subcommand=${COMP_WORDS[i]}
+            break
+        fi
+    done
+    COMPREPLY=()
+    if [[ -z $subcommand && $word != -* ]]; then
+        choices=$("$program" --help 2>/dev/null | awk 'list && NF > 1 { print $1 } /^Subcommands:/ { list = 1 }')
+    elif [[ $word == -* ]]; then
+        # shellcheck disable=SC2086  # without a subcommand there is no word
+        choices=$("$program" $subcommand --help 2>/dev/null | grep -oE '^ +(-[a-z],)?--[a-z0-9-]+' | grep -oE -- '--.*')
+    else
+        choices=$(_korframe_values "$program" "$before")
+    fi
+    mapfile -t COMPREPLY < <(compgen -W "$choices" -- "$word")
+}
+
+complete -o bashdefault -o default -F _korframe korframe
