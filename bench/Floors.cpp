@@ -21,7 +21,7 @@ Floors::Floors(const std::string& path) {
             continue;
         }
         if (!(words >> floor) || !std::getline(words >> std::ws, pattern)) {
-            throw std::runtime_error(path + ": '" + line + "' is not a ratio and a pattern");
+            throw std::runtime_error(path + ": not a ratio and a pattern: " + line);
         }
         floors_.emplace_back(pattern, floor);
     }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstring>
 #include <functional>
 
@@ -47,7 +48,7 @@ int CallsPerBurst(const std::function<void()>& call) {
 }
 
 double Quantile(std::vector<double> values, double part) {
-    const auto nth = values.begin() + static_cast<std::ptrdiff_t>(part * static_cast<double>(values.size() - 1) + 0.5);
+    const auto nth = values.begin() + std::lround(part * static_cast<double>(values.size() - 1));
     std::nth_element(values.begin(), nth, values.end());
     return *nth;
 }
