@@ -42,7 +42,7 @@ works convert odd.i422 out.i420 --size 3x3
 holds out.i420 "01 02 03 04 05 06 07 08 09 a1 a3 a6 a9 b1 b3 b6 b9"
 works convert odd.i422 out.i420 --size 3x3 --flip
 holds out.i420 "07 08 09 04 05 06 01 02 03 a4 a7 a0 a2 b4 b7 b0 b2"
-{ printf 'YUV4MPEG2 W3 H3 F25:1 C422 XCOLORRANGE=LIMITED\nFRAME\n'; cat odd.i422; } >c422.y4m
+{ printf 'YUV4MPEG2 W3 H3 F25:1 C422 XYSCSS=422 XCOLORRANGE=LIMITED\nFRAME\n'; cat odd.i422; } >c422.y4m
 works convert c422.y4m out.y4m
 { printf 'YUV4MPEG2 W3 H3 F25:1 I? A0:0 C420mpeg2 XCOLORRANGE=LIMITED\nFRAME\n'; bytes "01 02 03 04 05 06 07 08 09 a1 a3 a6 a9 b1 b3 b6 b9"; } >expected
 same out.y4m expected

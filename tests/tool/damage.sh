@@ -11,8 +11,8 @@ cp clip.y4m kept.y4m
 cut_everywhere() {
     size=$(wc -c <"$1")
     for length in $(seq 0 "$2" $((size - 1))); do
-        head -c "$length" "$1" >cut
-        "$korframe" convert cut kept.y4m >stdout.txt 2>stderr.txt
+        head -c "$length" "$1" >"cut"
+        "$korframe" convert "cut" kept.y4m >stdout.txt 2>stderr.txt
         status=$?
         [ $status -eq 1 ] || fail "$1 cut to $length bytes ended with $status: $(cat stderr.txt)"
         [ "$(grep -c '^korframe: cut: ' stderr.txt)" -eq 1 ] || fail "$1 cut to $length bytes: $(cat stderr.txt)"

@@ -44,7 +44,7 @@ mkdir bin
 ln -s "$korframe" bin/korframe
 PATH=$PWD/bin:$PATH
 if command -v bash >/dev/null; then
-    complete() {
+    offer() {
         # shellcheck disable=SC2016
         bash -c '. "$0"; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1))
             _korframe "$1" "${COMP_WORDS[COMP_CWORD]}" "${COMP_WORDS[COMP_CWORD - 1]}"
@@ -53,7 +53,7 @@ if command -v bash >/dev/null; then
     completes() {
         wanted=$1
         shift
-        given=$(complete "$@")
+        given=$(offer "$@")
         [ "$given" = "$wanted" ] || fail "completion of '$*' gives '$given', expected '$wanted'"
     }
     completes "$(echo "$subcommands" | tr '\n' ' ')" korframe ""

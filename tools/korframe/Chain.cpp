@@ -45,6 +45,9 @@ void Chain::AddLink(std::vector<Step> steps, const ChainEnd& end, const Matrix& 
     if (layout == Layout::I420 && planes.tags.siting.empty()) {
         planes.tags.siting = from.format->siting;
     }
+    if (layout != from.format->layout) {
+        DropChromaField(planes.tags);
+    }
     if (from.format->IsRgb()) {
         SetLimitedRange(planes.tags);
     }

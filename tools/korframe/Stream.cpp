@@ -147,8 +147,12 @@ namespace {
 
 const char* const kColourRange = "COLORRANGE=";
 
-bool IsRangeField(const std::string& extension) {
-    return extension.compare(0, std::string(kColourRange).size(), kColourRange) == 0;
+const char* const kChroma = "YSCSS=";
+
+void DropField(ClipTags& tags, const std::string& name) {
+    const auto isNamed = [&](const std::string& extension) { return extension.compare(0, name.size(), name) == 0; };
+    auto& extensions = tags.extensions;
+    extensions.erase(std::remove_if(extensions.begin(), extensions.end(), isNamed), extensions.end());
 }
 
 }  // namespace
@@ -159,9 +163,12 @@ bool IsFullRange(const ClipTags& tags) {
 }
 
 void SetLimitedRange(ClipTags& tags) {
-    auto& extensions = tags.extensions;
-    extensions.erase(std::remove_if(extensions.begin(), extensions.end(), IsRangeField), extensions.end());
-    extensions.push_back(std::string(kColourRange) + "LIMITED");
+    DropField(tags, kColourRange);
+    tags.extensions.push_back(std::string(kColourRange) + "LIMITED");
+}
+
+void DropChromaField(ClipTags& tags) {
+    DropField(tags, kChroma);
 }
 
 std::string NameOfOutput(const std::string& path) {

@@ -38,6 +38,8 @@ struct StreamInfo {
 
 bool IsFullRange(const ClipTags& tags);
 void SetLimitedRange(ClipTags& tags);
+// Takes away the X field that some programs add to tell the chroma layout once more, when that becomes another.
+void DropChromaField(ClipTags& tags);
 
 // A frame as it stands in a file, where that is another form than its bytes.
 using Coded = std::vector<std::uint8_t>;
