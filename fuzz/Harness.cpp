@@ -11,7 +11,6 @@
 #include "conformance/core/Catalogue.h"
 #include "conformance/core/Functions.h"
 #include "conformance/core/ScriptedRandom.h"
-#include "conformance/kit/CrashNote.h"
 #include "conformance/kit/Plane.h"
 #include "conformance/KorConformance.h"
 #include "fuzz/Input.h"
@@ -209,7 +208,6 @@ void TryOne(const char* const* functions, std::size_t count, const std::uint8_t*
     Input bytes(input, size);
     Call call;
     TakeCall(bytes, functions, count, call);
-    const kit::CrashNote note(call.entry->name, call.options);
     arena.Lay(call, bytes);
     arena.MakeExpected(call);
     arena.Compare(call);

@@ -4,6 +4,7 @@
 //   FUZZER --random COUNT [SEED]       so many random inputs
 #include <dirent.h>
 #include <fcntl.h>
+#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -21,12 +22,21 @@ namespace {
 // Long enough for every decision and a good many pixels.
 constexpr std::size_t kLongest = 512;
 
+// What is being tried, for the handler of a signal.
+const char* current = "a random input";
+
+void TellInput(int number) {
+    std::fprintf(stderr, "\nfuzz: ended by signal %d at %s\n", number, current);
+    signal(number, SIG_DFL);
+    raise(number);
+}
+
 void Try(const std::vector<std::uint8_t>& input) {
-    // A copy of exactly this size, so that a sanitizer sees a byte too many.
     LLVMFuzzerTestOneInput(input.data(), input.size());
 }
 
 bool TryFile(const char* path) {
+    current = path;
     const int file = open(path, O_RDONLY | O_CLOEXEC);
     struct stat status = {};
     if (file < 0 || fstat(file, &status) != 0) {
@@ -82,6 +92,12 @@ int TryRandom(unsigned long count, std::uint64_t seed) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    for (const int number : {SIGSEGV, SIGBUS, SIGABRT}) {
+        struct sigaction former = {};
+        if (sigaction(number, nullptr, &former) == 0 && former.sa_handler == SIG_DFL) {  // a sanitizer has its own
+            signal(number, TellInput);
+        }
+    }
     if (argc >= 3 && std::strcmp(argv[1], "--random") == 0) {
         return TryRandom(std::strtoul(argv[2], nullptr, 10), argc > 3 ? std::strtoull(argv[3], nullptr, 10) : 420);
     }

@@ -218,21 +218,32 @@ SANITIZED = ["-O1", "-fsanitize=address,undefined", "-fno-sanitize-recover=all"]
 
 
 def stages(build, sanitized):
+    """The quickest first; what survives them all has survived."""
     brief = ["--gtest_brief=1", "--gtest_fail_fast"]
-    unit, properties = "tests/KorUnitTests", "tests/KorPropertyTests"
+    families = ["RgbToYuv", "YuvToRgb", "PackedYuv", "PlaneGeometry", "Compositing"]
+
+    def fuzzers(*arguments):
+        calls = [f"fuzz/KorFuzz{name} " + " ".join(arguments).format(corpus=TOP / "fuzz/corpus" / name)
+                 for name in families]
+        return ["sh", "-c", " && ".join(calls)]
+
+    unit = ["tests/KorUnitTests", "--gtest_filter=-*Kit*:*MatricesOf*:SharedMemory*", *brief]
     listed = [
-        Stage("unit tests", build, QUICK, [f"./{unit}", "--gtest_filter=-*AgainstReference*:Kit*:*Kit*", *brief]),
-        Stage("property tests", build, QUICK, [f"./{properties}", *brief]),
-        Stage("reference, small sizes", build, FAST, [f"./{unit}", "--gtest_filter=*AgainstReference.AllSmall*", *brief]),
-        Stage("reference, awkward sizes", build, FAST, [f"./{unit}", "--gtest_filter=*AgainstReference.Large*", *brief]),
-        Stage("exhaustive tests", build, FAST, ["./tests/KorExhaustiveTests", *brief]),
+        Stage("stored inputs of the fuzzers", build, QUICK, fuzzers("{corpus}")),
+        Stage("unit tests", build, QUICK, unit),
+        Stage("property tests", build, QUICK, ["tests/KorPropertyTests", *brief]),
+        Stage("random inputs of the fuzzers", build, QUICK, fuzzers("--random", "1000")),
+        Stage("unit tests of matrices", build, FAST,
+              ["tests/KorUnitTests", "--gtest_filter=*MatricesOf*:SharedMemory*", *brief]),
+        Stage("conformance run", build, FAST, ["tests/conformance/KorConformanceTest"]),
+        Stage("exhaustive tests", build, FAST, ["tests/KorExhaustiveTests", *brief]),
     ]
     if sanitized:
         listed += [
-            Stage("unit tests, sanitized", sanitized, SANITIZED,
-                  [f"./{unit}", "--gtest_filter=-*AgainstReference*:Kit*:*Kit*", *brief]),
-            Stage("reference, sanitized", sanitized, SANITIZED,
-                  [f"./{unit}", "--gtest_filter=*AgainstReference*", *brief]),
+            Stage("stored inputs, sanitized", sanitized, SANITIZED, fuzzers("{corpus}")),
+            Stage("unit tests, sanitized", sanitized, SANITIZED, unit),
+            Stage("conformance run, sanitized", sanitized, SANITIZED,
+                  ["tests/conformance/KorConformanceTest", "--quick"]),
         ]
     return listed
 
