@@ -1,0 +1,41 @@
+// The tool's reader of Y4M clips: any bytes at all either make frames or are refused with an error that says why.
+#include <algorithm>
+#include <memory>
+#include <utility>
+
+#include "Errors.h"
+#include "fuzz/Harness.h"
+#include "fuzz/MemoryFile.h"
+#include "Y4mFile.h"
+
+namespace {
+
+// A header may promise the largest picture there is. Reading it then only takes time.
+constexpr std::size_t kMostPixels = std::size_t{1} << 20;
+
+void ReadClip(const fuzz::MemoryFile& file) {
+    auto input = std::make_unique<korframe::InputFile>(file.Path());
+    if (!korframe::IsY4m(input->Peek(10))) {
+        return;  // some other kind of file
+    }
+    korframe::Y4mSource source(std::move(input));
+    const korframe::StreamInfo& info = source.Info();
+    if (info.width > kMostPixels / std::max<std::size_t>(info.height, 1)) {
+        return;
+    }
+    korframe::Frame frame;
+    while (source.Read(frame)) {
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* input, std::size_t size) {
+    const fuzz::MemoryFile file(input, size);
+    try {
+        ReadClip(file);
+    } catch (const korframe::Error&) {
+        // What the user would read as one line.
+    }
+    return 0;
+}

@@ -1,0 +1,397 @@
+#!/usr/bin/env python3
+"""Mutation run over the library's source: are the tests able to fail?
+
+Makes one small change at a time, compiles the changed library as a shared object and lets the test programs load it,
+the quickest first, until one of them fails. A change that no test notices has survived: it needs a new test, or a
+line in equivalent.txt that says why no result can depend on it.
+
+usage: mutate.py --build DIR [--sanitized DIR] [--results FILE] [--sample N] [--only REGEX] [--list] [--jobs N]
+"""
+import argparse
+import collections
+import concurrent.futures
+import hashlib
+import math
+import os
+import pathlib
+import random
+import re
+import resource
+import subprocess
+import sys
+import threading
+import time
+
+HERE = pathlib.Path(__file__).resolve().parent
+TOP = HERE.parent.parent
+SOURCE = TOP / "Kor/Video/Common/C/KorYuv420_C_.cpp"
+EQUIVALENT = HERE / "equivalent.txt"
+
+# One line of the source before and after, and the definition that it stands in.
+Mutant = collections.namedtuple("Mutant", "line place before after kind")
+
+
+# ---- Reading the source ---------------------------------------------------------------------------------------------
+
+def code_of(line):
+    """The line without its comment; the source has no comments inside lines and no // inside strings."""
+    at = line.find("//")
+    return line if at < 0 else line[:at]
+
+
+def is_code(line):
+    text = line.strip()
+    return text and not text.startswith(("//", "#", "static_assert", "namespace", "template", "using"))
+
+
+def definitions(lines):
+    """For each line the name of the definition at the left margin that it belongs to."""
+    names, name = [], ""
+    for line in lines:
+        if line and line[0].isalpha() and is_code(line) and not line.startswith("}"):
+            found = (re.match(r"struct (\w+)", line) or re.match(r"constexpr \w+ (\w+) =", line)
+                     or re.search(r"(\w+)\(", line))
+            name = found.group(1) if found else name
+        names.append(name)
+    return names
+
+
+# ---- Changes to a line ----------------------------------------------------------------------------------------------
+
+BINARY = {
+    "+": ["-"], "-": ["+"], "*": ["+"], "/": ["*"], "%": ["/"],
+    "<<": [">>"], ">>": ["<<"], "&": ["|"], "|": ["&"], "^": ["&"],
+    "<": ["<=", ">="], ">": [">=", "<="], "<=": ["<", ">"], ">=": [">", "<"], "==": ["!="], "!=": ["=="],
+    "&&": ["||"], "||": ["&&"], "+=": ["-=", "="], "-=": ["+=", "="],
+}
+
+
+def closing(text, at):
+    """The index of the parenthesis that closes the one at `at`, or -1."""
+    depth = 0
+    for i in range(at, len(text)):
+        depth += (text[i] in "([{") - (text[i] in ")]}")
+        if depth == 0:
+            return i
+    return -1
+
+
+def top_level_split(text, separator):
+    parts, depth, start = [], 0, 0
+    for i, c in enumerate(text):
+        depth += (c in "([{") - (c in ")]}")
+        if c == separator and depth == 0:
+            parts.append(text[start:i])
+            start = i + 1
+    return parts + [text[start:]]
+
+
+def constants(code):
+    for m in re.finditer(r"(?<![\w.])(0x[0-9a-fA-F]+|\d+)(u?)(?![\w.])", code):
+        hexadecimal = m.group(1).startswith("0x")
+        value = int(m.group(1), 0)
+        for other in (value + 1, value - 1):
+            if other >= 0:
+                text = hex(other) if hexadecimal else str(other)
+                yield "constant", code[:m.start()] + text + m.group(2) + code[m.end():]
+    for word, other in (("true", "false"), ("false", "true")):
+        for m in re.finditer(rf"\b{word}\b", code):
+            yield "constant", code[:m.start()] + other + code[m.end():]
+
+
+def operators(code):
+    kinds = {"<<": "shift", ">>": "shift", "&": "mask", "|": "mask", "^": "mask", "&&": "condition", "||": "condition"}
+    # The formatter puts blanks around binary operators and nowhere else.
+    for m in re.finditer(r"(?<= )(\+=|-=|<<|>>|<=|>=|==|!=|&&|\|\||[-+*/%<>&|^])(?= )", code):
+        kind = kinds.get(m.group(1)) or ("comparison" if m.group(1)[0] in "<>=!" else "arithmetic")
+        for other in BINARY[m.group(1)]:
+            yield kind, code[:m.start()] + other + code[m.end():]
+    for m in re.finditer(r"\+\+(?=\w)", code):
+        yield "arithmetic", code[:m.start()] + "--" + code[m.end():]
+    for m in re.finditer(r"(?<=[ (\[{,])[-~!](?=[\w(])", code):
+        yield "sign", code[:m.start()] + code[m.end():]
+
+
+def bounds(code):
+    for m in re.finditer(r"\bMin\(", code):
+        end = closing(code, m.end() - 1)
+        parts = top_level_split(code[m.end():end], ",") if end > 0 else []
+        if len(parts) == 2 and "KorSizeT a" not in parts[0]:
+            for part in parts:
+                yield "bound", code[:m.start()] + part.strip() + code[end + 1:]
+
+
+def choices(code):
+    for m in re.finditer(r" \? ", code):
+        rest = code[m.end():]
+        parts = top_level_split(rest, ":")
+        end = re.search(r"[,;)]*\s*$", rest).start()
+        if len(parts) == 2 and "::" not in rest:
+            yield "condition", code[:m.end()] + parts[1].strip()[:end - len(parts[0]) - 2 or None].rstrip(",;) ") \
+                + " : " + parts[0].strip() + rest[end:]
+    m = re.match(r"(\s*(?:\} else )?if) \(", code)
+    if m:
+        start = m.end() - 1
+        end = closing(code, start)
+        if end > 0:
+            for value in ("true", "false"):
+                yield "condition", code[:start] + f"({value})" + code[end + 1:]
+
+
+def deletions(code):
+    text = code.strip()
+    indent = code[:len(code) - len(code.lstrip())]
+    if not indent or not text.endswith(";"):
+        return
+    statement = re.match(r"[\w.\[\]*>()+ -]+? [-+]?= ", text) and not re.match(r"(const|constexpr|return)\b", text)
+    declaration = re.match(r"(const |constexpr )?[\w:<>]+[&*]* (const )?\w+(\[.*\])*( = .*| = \{.*)?;$", text) \
+        and not text.startswith(("return", "break"))
+    call = re.match(r"\w+(<[\w, ]+>)?\(.*\);$", text)
+    if (statement and not declaration) or call or text in ("return;", "break;"):
+        yield "deletion", indent + ";"
+
+
+def mutants_of(lines):
+    places = definitions(lines)
+    made = []
+    for number, line in enumerate(lines, 1):
+        if not is_code(line):
+            continue
+        code = code_of(line)
+        seen = {code}
+        for make in (constants, operators, bounds, choices, deletions):
+            for kind, after in make(code):
+                if after not in seen:
+                    seen.add(after)
+                    made.append(Mutant(number, places[number - 1], code.strip(), after.rstrip(), kind))
+    return made
+
+
+# ---- What is known to be equivalent ---------------------------------------------------------------------------------
+
+class Equivalents:
+    """Lines of the form `PLACE: BEFORE ==> AFTER`, each with its reason in the comment above; AFTER may be *."""
+
+    def __init__(self, path):
+        self.known = {}
+        self.used = set()
+        for line in path.read_text().splitlines() if path.exists() else []:
+            if line.strip() and not line.startswith("#"):
+                place, rest = line.split(": ", 1)
+                before, after = rest.split(" ==> ", 1)
+                self.known[(place.strip(), before.strip(), after.strip())] = line
+
+    def explains(self, mutant):
+        for after in (mutant.after.strip(), "*"):
+            key = (mutant.place, mutant.before, after)
+            if key in self.known:
+                self.used.add(key)
+                return True
+        return False
+
+    def stale(self):
+        return [line for key, line in self.known.items() if key not in self.used]
+
+
+# ---- Running the tests ----------------------------------------------------------------------------------------------
+
+class Stage:
+    def __init__(self, name, build, flags, command):
+        self.name = name
+        self.build = build
+        self.flags = flags
+        self.command = command
+        self.cpu_seconds = 300
+
+    def run(self, library):
+        environment = dict(os.environ, LD_LIBRARY_PATH=str(library.parent), UBSAN_OPTIONS="print_stacktrace=0",
+                           ASAN_OPTIONS="detect_leaks=0")
+        # Time is counted in what the program uses, so that a busy machine makes no mutant look hung.
+        done = subprocess.run(["prlimit", f"--cpu={self.cpu_seconds}", "--core=0", *self.command], cwd=self.build,
+                              env=environment, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        return done.returncode == 0
+
+
+QUICK = ["-O0"]
+FAST = ["-O1"]
+SANITIZED = ["-O1", "-fsanitize=address,undefined", "-fno-sanitize-recover=all"]
+
+
+def stages(build, sanitized):
+    """The quickest first; what survives them all has survived."""
+    brief = ["--gtest_brief=1", "--gtest_fail_fast"]
+    families = ["RgbToYuv", "YuvToRgb", "PackedYuv", "PlaneGeometry", "Compositing"]
+
+    def fuzzers(*arguments):
+        calls = [f"fuzz/KorFuzz{name} " + " ".join(arguments).format(corpus=TOP / "fuzz/corpus" / name)
+                 for name in families]
+        return ["sh", "-c", " && ".join(calls)]
+
+    unit = ["tests/KorUnitTests", "--gtest_filter=-*Kit*:*MatricesOf*:SharedMemory*", *brief]
+    listed = [
+        Stage("stored inputs of the fuzzers", build, QUICK, fuzzers("{corpus}")),
+        Stage("unit tests", build, QUICK, unit),
+        Stage("property tests", build, QUICK, ["tests/KorPropertyTests", *brief]),
+        Stage("random inputs of the fuzzers", build, QUICK, fuzzers("--random", "1000")),
+        Stage("unit tests of matrices", build, FAST,
+              ["tests/KorUnitTests", "--gtest_filter=*MatricesOf*:SharedMemory*", *brief]),
+        Stage("conformance run", build, FAST, ["tests/conformance/KorConformanceTest"]),
+        Stage("exhaustive tests", build, FAST, ["tests/KorExhaustiveTests", *brief]),
+    ]
+    if sanitized:
+        listed += [
+            Stage("stored inputs, sanitized", sanitized, SANITIZED, fuzzers("{corpus}")),
+            Stage("unit tests, sanitized", sanitized, SANITIZED, unit),
+            Stage("conformance run, sanitized", sanitized, SANITIZED,
+                  ["tests/conformance/KorConformanceTest", "--quick"]),
+        ]
+    return listed
+
+
+def cpu_time_of_children():
+    usage = resource.getrusage(resource.RUSAGE_CHILDREN)
+    return usage.ru_utime + usage.ru_stime
+
+
+class Workshop:
+    """Compiles and tests mutants, each worker in a directory of its own."""
+
+    def __init__(self, lines, listed, soname, directory):
+        self.lines = lines
+        self.stages = listed
+        self.soname = soname
+        self.directory = directory
+
+    def compile(self, text, flags, where):
+        where.mkdir(parents=True, exist_ok=True)
+        source = where / "library.cpp"
+        source.write_text(text)
+        return subprocess.run(
+            ["g++", "-std=c++17", *flags, "-w", "-fPIC", "-shared", "-fvisibility=hidden", "-DKOR_SHARED",
+             "-DKOR_BUILDING", f"-I{TOP}", source, "-o", where / self.soname, f"-Wl,-soname,{self.soname}"],
+            capture_output=True, text=True)
+
+    def judge(self, text):
+        """Names the stage that the text fails; "" when it passes all."""
+        where = self.directory / threading.current_thread().name
+        compiled = None
+        for stage in self.stages:
+            if stage.flags != compiled:
+                done = self.compile(text, stage.flags, where)
+                compiled = stage.flags
+                if done.returncode != 0:
+                    return "static assertion" if "static assertion failed" in done.stderr else "does not compile"
+            if not stage.run(where / self.soname):
+                return stage.name
+        return ""
+
+    def mutated(self, mutant):
+        lines = list(self.lines)
+        lines[mutant.line - 1] = mutant.after
+        return "\n".join(lines) + "\n"
+
+    def calibrate(self):
+        """The source as it is must pass; what it takes sets the time after which a mutant counts as hung."""
+        text = "\n".join(self.lines) + "\n"
+        where = self.directory / "calibration"
+        for stage in self.stages:
+            done = self.compile(text, stage.flags, where)
+            if done.returncode != 0:
+                sys.exit(f"mutate: the source does not compile:\n{done.stderr}")
+            start = cpu_time_of_children()
+            if not stage.run(where / self.soname):
+                sys.exit(f"mutate: the source as it is fails: {stage.name}: {' '.join(map(str, stage.command))}")
+            took = cpu_time_of_children() - start
+            stage.cpu_seconds = math.ceil(2 + 3 * took)
+            print(f"{stage.name}: {took:.1f} s", flush=True)
+            # A library without its functions must not pass, or the programs load another one.
+            self.compile("", stage.flags, where)
+            if stage.run(where / self.soname):
+                sys.exit(f"mutate: {stage.name} does not load the library that it is given")
+
+
+def describe(mutant):
+    return f"{SOURCE.name}:{mutant.line}: {mutant.place}: {mutant.before} ==> {mutant.after.strip()}"
+
+
+def read_results(path, lines):
+    """What an earlier run over the same source found; a file about another source is begun anew."""
+    if not path:
+        return {}
+    header = "source\t" + hashlib.sha256("\n".join(lines).encode()).hexdigest()
+    found = path.read_text().splitlines() if path.exists() else []
+    if not found or found[0] != header:
+        path.write_text(header + "\n")
+        return {}
+    return {text: verdict for verdict, text in (line.split("\t", 1) for line in found[1:])}
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--build", type=pathlib.Path, help="build directory with the test programs, shared library")
+    parser.add_argument("--sanitized", type=pathlib.Path, help="the same under address and undefined sanitizers")
+    parser.add_argument("--results", type=pathlib.Path, help="one line a mutant is written here, and read to go on")
+    parser.add_argument("--sample", type=int, help="take so many mutants at random")
+    parser.add_argument("--only", help="take the mutants whose description matches this expression")
+    parser.add_argument("--list", action="store_true", help="print the mutants and do nothing")
+    parser.add_argument("--jobs", type=int, default=os.cpu_count())
+    options = parser.parse_args()
+
+    options.build = options.build and options.build.resolve()
+    options.sanitized = options.sanitized and options.sanitized.resolve()
+    lines = SOURCE.read_text().splitlines()
+    made = mutants_of(lines)
+    if options.only:
+        made = [m for m in made if re.search(options.only, describe(m))]
+    if options.sample and options.sample < len(made):
+        made = sorted(random.Random(420).sample(made, options.sample))
+    if options.list:
+        for mutant in made:
+            print(describe(mutant))
+        print(len(made), "mutants")
+        return 0
+
+    equivalents = Equivalents(EQUIVALENT)
+    results = read_results(options.results, lines)
+    explained = [m for m in made if equivalents.explains(m)]
+    pending = [m for m in made if m not in set(explained) and describe(m) not in results]
+    soname = next(options.build.glob("Kor/libKorYuv420.so.*.*")).resolve().name
+    soname = ".".join(soname.split(".")[:4])
+    workshop = Workshop(lines, stages(options.build, options.sanitized), soname, options.build / "mutants")
+    started = time.monotonic()
+    if pending:
+        workshop.calibrate()
+    print(f"{len(made)} mutants, {len(explained)} explained as equivalent, {len(pending)} to try", flush=True)
+    log = open(options.results, "a", buffering=1) if options.results else None
+    with concurrent.futures.ThreadPoolExecutor(options.jobs, "worker") as workers:
+        futures = {workers.submit(workshop.judge, workshop.mutated(m)): m for m in pending}
+        for count, future in enumerate(concurrent.futures.as_completed(futures), 1):
+            mutant = futures[future]
+            verdict = future.result() or "survived"
+            results[describe(mutant)] = verdict
+            if log:
+                log.write(f"{verdict}\t{describe(mutant)}\n")
+            if verdict == "survived":
+                print("survived", describe(mutant), flush=True)
+            if count % 100 == 0:
+                print(f"{count} of {len(pending)}, {time.monotonic() - started:.0f} s", flush=True)
+
+    tried = [m for m in made if m not in set(explained)]
+    verdicts = collections.Counter(results[describe(m)] for m in tried)
+    rejected = verdicts.pop("does not compile", 0)
+    survivors = [m for m in tried if results[describe(m)] == "survived"]
+    verdicts.pop("survived", 0)
+    print(f"\n{len(made)} mutants made in {time.monotonic() - started:.0f} s: {rejected} do not compile, "
+          f"{sum(verdicts.values())} killed, {len(explained)} explained as equivalent, {len(survivors)} survived")
+    for name, count in verdicts.most_common():
+        print(f"  killed by {name}: {count}")
+    for mutant in survivors:
+        print("survived", describe(mutant))
+    if not options.sample and not options.only:
+        for line in equivalents.stale():
+            print("matches no mutant any more:", line)
+    return 1 if survivors else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

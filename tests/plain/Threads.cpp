@@ -1,0 +1,284 @@
+// All functions on several threads at the same time: on frames of their own, and on parts of one frame. What they write
+// equals what one thread writes alone. Under ThreadSanitizer a byte that is not the call's own business shows as a race.
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "conformance/core/Catalogue.h"
+#include "conformance/core/Pattern.h"
+#include "conformance/KorConformance.h"
+#include "Kor/Os/KorRandom.h"
+#include "Kor/Video/Common/C/KorYuv420_C_.h"
+
+namespace {
+
+thread_local std::uint64_t drawSeed = 0;
+
+}  // namespace
+
+// Draws that follow from a seed of the thread, so that results can be foretold.
+KorBool KorRandomGetBytes(char* buffer, KorSizeT count) {
+    const std::uint64_t value = kit::MixSeed(drawSeed++, 0);
+    std::memcpy(buffer, &value, count);
+    return 1;
+}
+
+namespace {
+
+constexpr unsigned kThreads = 4;
+using Bytes = std::vector<std::uint8_t>;
+
+void OnThreads(unsigned count, void (*work)(unsigned, const void*), const void* data) {
+    std::vector<std::thread> threads;
+    for (unsigned number = 0; number < count; ++number) {
+        threads.emplace_back(work, number, data);
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+}
+
+template <class Work>
+void OnThreads(unsigned count, const Work& work) {
+    OnThreads(
+        count, [](unsigned number, const void* data) { (*static_cast<const Work*>(data))(number); }, &work);
+}
+
+// ---- Frames of their own --------------------------------------------------------------------------------------------
+
+// One call with planes of its own; returns all their bytes.
+Bytes MakeCall(const kit::Entry& entry, const kit::Case& options) {
+    const kit::Layout layout = kit::LayOut(entry, options);
+    std::array<Bytes, kit::kMaximumPlanes> memory;
+    std::array<kit::PlaneView, kit::kMaximumPlanes> views;
+    for (std::size_t i = 0; i < layout.count; ++i) {
+        const kit::PlaneShape& shape = layout.planes[i].shape;
+        memory[i].resize(shape.Front() + shape.Span() + 1);
+        kit::FillNoise(kit::MixSeed(options.seed, i), memory[i].data(), memory[i].size());
+        views[i] = {memory[i].data() + shape.Front(), shape.pitch, shape.rows};
+    }
+    drawSeed = options.seed;
+    kit::Call(entry.of(*KorConformancePortable()), views.data(), options);
+    Bytes all;
+    for (std::size_t i = 0; i < layout.count; ++i) {
+        all.insert(all.end(), memory[i].begin(), memory[i].end());
+    }
+    return all;
+}
+
+// Each thread makes all calls of a function, starting at another place, so that different ones meet.
+std::size_t TryFramesOfTheirOwn(const kit::Entry& entry) {
+    std::vector<kit::Case> cases;
+    kit::Sweep sweep = entry.options();
+    sweep.sizes = {{0, 0}, {1, 1}, {2, 2}, {33, 5}, {130, 6}, {259, 18}};
+    sweep.pitches = {kit::Pitches::Odd};
+    sweep.placements = {kit::Placement::Rear};
+    kit::ForEachCase(sweep, 420, [&](const kit::Case& options) {
+        cases.push_back(options);
+        return true;
+    });
+    std::vector<Bytes> expected;
+    for (const kit::Case& options : cases) {
+        expected.push_back(MakeCall(entry, options));
+    }
+    OnThreads(kThreads, [&](unsigned number) {
+        for (std::size_t i = 0; i < cases.size(); ++i) {
+            const std::size_t which = (i + number * cases.size() / kThreads) % cases.size();
+            if (MakeCall(entry, cases[which]) != expected[which]) {
+                std::fprintf(stderr, "%s on a thread differs with %s\n", entry.name, kit::Describe(cases[which]).c_str());
+                std::exit(EXIT_FAILURE);
+            }
+        }
+    });
+    return kThreads * cases.size();
+}
+
+// ---- Parts of one frame ---------------------------------------------------------------------------------------------
+
+// Frames large enough for all; every plane has this pitch. Rows of neighbouring parts lie next to each other.
+constexpr std::size_t kPitch = 1024;
+constexpr std::size_t kWidth = 240;
+constexpr std::size_t kHeight = 48;
+
+struct Frame {
+    std::array<Bytes, 9> planes;
+
+    Frame() {
+        for (std::size_t i = 0; i < planes.size(); ++i) {
+            planes[i].resize(kPitch * (kHeight + 1));
+            kit::FillNoise(i, planes[i].data(), planes[i].size());
+        }
+    }
+    KorUint8* At(std::size_t plane, std::size_t column, std::size_t row) {
+        return planes[plane].data() + row * kPitch + column;
+    }
+};
+
+// Converts the part of a frame from (x, y) on; sizes and positions are even.
+using Part = void (*)(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height);
+
+template <decltype(&KorRGBAToI420_C_) capture, std::size_t pixelBytes>
+void CaptureI420(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
+    capture(f.At(0, x, y), kPitch, f.At(1, x / 2, y / 2), kPitch, f.At(2, x / 2, y / 2), kPitch,
+            f.At(3, pixelBytes * x, y), kPitch, width, height, 0);
+}
+
+template <decltype(&KorRGBAToI420_C_) capture>
+void CaptureI444(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
+    capture(f.At(0, x, y), kPitch, f.At(1, x, y), kPitch, f.At(2, x, y), kPitch, f.At(3, 4 * x, y), kPitch, width,
+            height, 0);
+}
+
+template <decltype(&KorI420ToRGBA_C_) render, std::size_t pixelBytes>
+void RenderI420(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
+    render(f.At(0, x, y), kPitch, f.At(1, x / 2, y / 2), kPitch, f.At(2, x / 2, y / 2), kPitch,
+           f.At(3, pixelBytes * x, y), kPitch, width, height, KOR_VIDEOFRAMEDITHERLEVEL_Off);
+}
+
+template <decltype(&KorI420ToRGBA_C_) render>
+void RenderI444(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
+    render(f.At(0, x, y), kPitch, f.At(1, x, y), kPitch, f.At(2, x, y), kPitch, f.At(3, 4 * x, y), kPitch, width,
+           height, KOR_VIDEOFRAMEDITHERLEVEL_Off);
+}
+
+constexpr KorInt kMatrix[3][3] = {{47, 157, 16}, {-26, -87, 112}, {112, -102, -10}};
+
+void CaptureGeneral(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
+    KorBGRAToI420General_C_(f.At(0, x, y), kPitch, f.At(1, x / 2, y / 2), kPitch, f.At(2, x / 2, y / 2), kPitch,
+                            f.At(3, 4 * x, y), kPitch, width, height, 0, kMatrix);
+}
+
+void RenderGeneral(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
+    KorI420ToBGRAGeneral_C_(f.At(0, x, y), kPitch, f.At(1, x / 2, y / 2), kPitch, f.At(2, x / 2, y / 2), kPitch,
+                            f.At(3, 4 * x, y), kPitch, width, height, kMatrix, KOR_VIDEOFRAMEDITHERLEVEL_Off);
+}
+
+void PackYuv2(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
+    KorI420toYuv2_C_(f.At(0, x, y), kPitch, f.At(1, x / 2, y / 2), kPitch, f.At(2, x / 2, y / 2), kPitch,
+                     f.At(3, 2 * x, y), kPitch, width, height);
+}
+
+void Mirror(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
+    KorPlanarMirror_C_(f.At(0, x, y), kPitch, f.At(1, x, y), kPitch, width, height);
+}
+
+void Halve(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
+    KorPlanarUV422To420_C_(f.At(0, x, y), kPitch, f.At(1, x, y / 2), kPitch, width, height / 2);
+}
+
+template <decltype(&KorPlanarUVDeinterlace_C_) split>
+void Split(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
+    split(f.At(0, 2 * x, y), kPitch, f.At(1, x, y), kPitch, f.At(2, x, y), kPitch, width, height);
+}
+
+// Quarter turns trade places: a part's destination is as far down as the part is to the right.
+template <KorImageRotationDegree angle>
+void Turn(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
+    Bytes& turned = f.planes[1];
+    KorPlanarRotation_C_(f.At(0, x, y), kPitch, turned.data() + (angle == 180 ? y * kPitch + x : x * 64 + y),
+                         angle == 180 ? kPitch : 64, width, height, angle);
+}
+
+void FlipInPlace(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
+    KorI420FlipVertical_C_(f.At(0, x, y), kPitch, f.At(1, x / 2, y / 2), kPitch, f.At(2, x / 2, y / 2), kPitch, width,
+                           height);
+}
+
+void DitherInPlace(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
+    KorI420Dither_C_(f.At(0, x, y), kPitch, f.At(1, x / 2, y / 2), kPitch, f.At(2, x / 2, y / 2), kPitch, f.At(0, x, y),
+                     kPitch, f.At(1, x / 2, y / 2), kPitch, f.At(2, x / 2, y / 2), kPitch, width, height,
+                     KOR_VIDEOFRAMEDITHERLEVEL_1, 0);
+}
+
+void Blend(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
+    KorI420AlphaBlend_C_(f.At(0, 0, 0), kPitch, f.At(1, 0, 0), kPitch, f.At(2, 0, 0), kPitch, f.At(3, x, y), kPitch,
+                         f.At(4, x / 2, y / 2), kPitch, f.At(5, x / 2, y / 2), kPitch, width, height, x, y, 99);
+}
+
+void BlendArray(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
+    KorI420AlphaArrayBlend_C_(f.At(0, 0, 0), kPitch, f.At(1, 0, 0), kPitch, f.At(2, 0, 0), kPitch, f.At(3, x, y), kPitch,
+                              f.At(4, x / 2, y / 2), kPitch, f.At(5, x / 2, y / 2), kPitch, width, height, x, y,
+                              f.At(6, x, y), kPitch, f.At(7, x / 2, y / 2), kPitch, f.At(8, x / 2, y / 2), kPitch);
+}
+
+struct NamedPart {
+    const char* name;
+    Part convert;
+};
+
+constexpr NamedPart kParts[] = {
+    {"KorRGBAToI420_C_", CaptureI420<&KorRGBAToI420_C_, 4>},
+    {"KorBGRAToI420_C_", CaptureI420<&KorBGRAToI420_C_, 4>},
+    {"KorARGBToI420_C_", CaptureI420<&KorARGBToI420_C_, 4>},
+    {"KorABGRToI420_C_", CaptureI420<&KorABGRToI420_C_, 4>},
+    {"KorBGRAToI420UsingBT709_C_", CaptureI420<&KorBGRAToI420UsingBT709_C_, 4>},
+    {"KorBGRAToI420General_C_", CaptureGeneral},
+    {"KorBGRAToI444_C_", CaptureI444<&KorBGRAToI444_C_>},
+    {"KorBGRAToI444UsingBT709_C_", CaptureI444<&KorBGRAToI444UsingBT709_C_>},
+    {"KorRawToI420_C_", CaptureI420<&KorRawToI420_C_, 3>},
+    {"Kor24BGToI420_C_", CaptureI420<&Kor24BGToI420_C_, 3>},
+    {"KorYUY2ToI420_C_", CaptureI420<&KorYUY2ToI420_C_, 2>},
+    {"KorUYVYToI420_C_", CaptureI420<&KorUYVYToI420_C_, 2>},
+    {"KorYuv2ToI420_C_", CaptureI420<&KorYuv2ToI420_C_, 2>},
+    {"KorI420ToRGBA_C_", RenderI420<&KorI420ToRGBA_C_, 4>},
+    {"KorI420ToBGRA_C_", RenderI420<&KorI420ToBGRA_C_, 4>},
+    {"KorI420ToARGB_C_", RenderI420<&KorI420ToARGB_C_, 4>},
+    {"KorI420ToABGR_C_", RenderI420<&KorI420ToABGR_C_, 4>},
+    {"KorI420ToBGRAUsingBT709_C_", RenderI420<&KorI420ToBGRAUsingBT709_C_, 4>},
+    {"KorI420ToBGRAGeneral_C_", RenderGeneral},
+    {"KorI420To24BG_C_", RenderI420<&KorI420To24BG_C_, 3>},
+    {"KorI444ToBGRA_C_", RenderI444<&KorI444ToBGRA_C_>},
+    {"KorI444ToBGRAUsingBT709_C_", RenderI444<&KorI444ToBGRAUsingBT709_C_>},
+    {"KorI420ToYUY2_C_", RenderI420<&KorI420ToYUY2_C_, 2>},
+    {"KorI420ToUYVY_C_", RenderI420<&KorI420ToUYVY_C_, 2>},
+    {"KorI420toYuv2_C_", PackYuv2},
+    {"KorPlanarMirror_C_", Mirror},
+    {"KorPlanarUV422To420_C_", Halve},
+    {"KorPlanarUVDeinterlace_C_", Split<&KorPlanarUVDeinterlace_C_>},
+    {"KorPlanarUVDeinterlaceMirror_C_", Split<&KorPlanarUVDeinterlaceMirror_C_>},
+    {"KorPlanarRotation_C_, 90", Turn<90>},
+    {"KorPlanarRotation_C_, 180", Turn<180>},
+    {"KorPlanarRotation_C_, 270", Turn<270>},
+    {"KorI420FlipVertical_C_", FlipInPlace},
+    {"KorI420Dither_C_", DitherInPlace},
+    {"KorI420AlphaBlend_C_", Blend},
+    {"KorI420AlphaArrayBlend_C_", BlendArray},
+};
+
+// The parts are columns or bands of rows, one a thread.
+void TryPartsOfOneFrame(const NamedPart& part, bool columns) {
+    const std::size_t width = columns ? kWidth / kThreads : kWidth;
+    const std::size_t height = columns ? kHeight : kHeight / kThreads;
+    const auto convert = [&](Frame& frame, unsigned number) {
+        part.convert(frame, columns ? number * width : 0, columns ? 0 : number * height, width, height);
+    };
+    Frame alone, shared;
+    for (unsigned number = 0; number < kThreads; ++number) {
+        convert(alone, number);
+    }
+    OnThreads(kThreads, [&](unsigned number) { convert(shared, number); });
+    if (alone.planes != shared.planes) {
+        std::fprintf(stderr, "%s on %s of one frame differs\n", part.name, columns ? "columns" : "bands");
+        std::exit(EXIT_FAILURE);
+    }
+}
+
+}  // namespace
+
+int main() {
+    std::size_t calls = 0;
+    for (const kit::Entry& entry : kit::Catalogue()) {
+        calls += TryFramesOfTheirOwn(entry);
+    }
+    for (const NamedPart& part : kParts) {
+        TryPartsOfOneFrame(part, false);
+        TryPartsOfOneFrame(part, true);
+    }
+    std::printf("%zu functions, %zu calls on %u threads; %zu walks over bands and columns of one frame\n",
+                kit::Catalogue().size(), calls, kThreads, 2 * (sizeof kParts / sizeof *kParts));
+    return EXIT_SUCCESS;
+}
