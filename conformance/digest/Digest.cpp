@@ -32,8 +32,13 @@ class Fnv1a {
 // Small sizes of every kind, ends of vectors, of runs of 64 and 128 samples and of tiles of 16 by 16, more than 128 rows
 // and more than 256, and rows long enough for the noise to come round the end of its table.
 const std::vector<std::pair<std::size_t, std::size_t>>& Sizes() {
+    // clang-format off
     static const std::vector<std::pair<std::size_t, std::size_t>> sizes{
-        {0, 0}, {0, 3}, {3, 0}, {1, 1}, {2, 1}, {1, 2}, {2, 2}, {3, 2}, {2, 3}, {5, 5}, {7, 4}, {8, 3}, {15, 6}, {16, 16}, {17, 17}, {33, 18}, {34, 35}, {63, 2}, {66, 3}, {127, 2}, {128, 4}, {129, 5}, {130, 6}, {257, 3}, {320, 2}, {514, 5}, {1283, 4}, {3, 131}, {10, 264}, {36, 130}};
+        {0, 0}, {0, 3}, {3, 0}, {1, 1}, {2, 1}, {1, 2}, {2, 2}, {3, 2}, {2, 3}, {5, 5}, {7, 4}, {8, 3}, {15, 6},
+        {16, 16}, {17, 17}, {33, 18}, {34, 35}, {63, 2}, {66, 3}, {127, 2}, {128, 4}, {129, 5}, {130, 6}, {257, 3},
+        {320, 2}, {514, 5}, {1283, 4}, {3, 131}, {10, 264}, {36, 130},
+    };
+    // clang-format on
     return sizes;
 }
 

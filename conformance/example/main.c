@@ -10,6 +10,9 @@ static void MirrorByFours(const KorUint8* src, KorDistanceT pitchSrc,
                           KorSizeT width, KorSizeT height) {
     KorSizeT i;
     KorSizeT j;
+    if (width == 0) {
+        return; /* the planes may be null pointers */
+    }
     for (j = 0; j < height; ++j, src += pitchSrc, dst += pitchDst) {
         for (i = 0; i + 4 <= width; i += 4) {
             const KorUint8* s = src + (width - 4 - i);

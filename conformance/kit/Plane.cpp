@@ -16,6 +16,12 @@ constexpr std::size_t kApron = 192;
 constexpr std::ptrdiff_t kShownBefore = 6;
 constexpr std::ptrdiff_t kShownBehind = 10;
 
+std::string Hex(unsigned value) {
+    char text[16];
+    std::snprintf(text, sizeof text, "0x%02x", value);
+    return text;
+}
+
 // Four places for a byte, or for the number of a column, with a mark around it if it is to be seen.
 std::string ByteCell(unsigned value, bool marked) {
     char cell[16];
@@ -130,8 +136,8 @@ std::string Plane::GapDifference(const char* name, const std::uint8_t* expected)
 
 std::string Plane::Describe(const char* name, const std::uint8_t* expected, std::size_t offset) const {
     const std::ptrdiff_t place = allocation_ + offset - data_;
-    return std::string("plane ") + name + ", " + Where(place) + ": expected " + std::to_string(expected[offset]) +
-           ", found " + std::to_string(allocation_[offset]) + "\n" + Picture(expected, place);
+    return std::string("plane ") + name + ", " + Where(place) + ": expected " + Hex(expected[offset]) + ", found " +
+           Hex(allocation_[offset]) + "\n" + Picture(expected, place);
 }
 
 std::string Plane::Where(std::ptrdiff_t place) const {

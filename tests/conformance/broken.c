@@ -17,7 +17,6 @@ static int Commits(const char* name) {
 static void Mirror(const KorUint8* src, KorDistanceT pitchSrc,
                    KorUint8* dst, KorSizeT pitchDst,
                    KorSizeT width, KorSizeT height) {
-    const volatile KorUint8* end = src + (KorDistanceT)(height - 1) * pitchSrc + width;
     KorPlanarMirror_C_(src, pitchSrc, dst, pitchDst, width, height);
     if (width != 19 || height != 3) {
         return;
@@ -31,6 +30,8 @@ static void Mirror(const KorUint8* src, KorDistanceT pitchSrc,
     } else if (Commits("before")) {
         dst[-1] ^= 1;
     } else if (Commits("read") && pitchSrc > 0) {
+        /* Volatile, so that it is read although nothing comes of it. */
+        const volatile KorUint8* end = src + 2 * pitchSrc + width;
         dst[0] = (KorUint8)(dst[0] + (*end & 0));
     } else if (Commits("source")) {
         ((KorUint8*)(size_t)src)[2] ^= 1;

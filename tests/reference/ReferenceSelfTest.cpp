@@ -685,6 +685,16 @@ TEST(ReferenceNoise, DrawsThreeIndicesUnlessOff) {
     EXPECT_EQ(kit::ScriptedRandom::Draws(), kThreeIndices);
 }
 
+TEST(ReferenceNoise, LevelsBeyondTheFourCountAsOff) {
+    const Image image = Uniform(100, 128, 128);
+    kit::ScriptedRandom::ServeScript({});
+    for (const KorUint level : {4u, 5u, UINT32_MAX}) {
+        EXPECT_EQ(Rendered(&KorI420ToBGRA_C_, image, 8, 2, 2, 2, static_cast<KorVideoFrameDitherLevel>(level)),
+                  Rendered(&KorI420ToBGRA_C_, image, 8, 2, 2, 2));
+    }
+    EXPECT_TRUE(kit::ScriptedRandom::Draws().empty());
+}
+
 // Luma alone reaches the screen, 16 darker. Width 9: strides of 16, of which columns 0 to 7 are rendered.
 TEST(ReferenceNoise, LumaWalksARaster) {
     const KorInt luma[3][3] = {{256, 0, 0}, {256, 0, 0}, {256, 0, 0}};
@@ -1051,6 +1061,16 @@ Image Dithered(const Image& from, KorSizeT width, KorSizeT height, KorVideoFrame
     KorI420Dither_C_(from.y.data(), from.pitchY, from.u.data(), from.pitchC, from.v.data(), from.pitchC, to.y.data(),
                      to.pitchY, to.u.data(), to.pitchC, to.v.data(), to.pitchC, width, height, level, randomize);
     return to;
+}
+
+TEST(ReferenceDither, LevelsBeyondTheFourDrawAndWriteNothing) {
+    const Image image = {4, 2, Bytes(16, 120), Bytes(4, 130), Bytes(4, 140)};
+    kit::ScriptedRandom::ServeScript({});
+    const Image to = Dithered(image, 4, 4, static_cast<KorVideoFrameDitherLevel>(4), true);
+    EXPECT_TRUE(kit::ScriptedRandom::Draws().empty());
+    EXPECT_EQ(to.y, Blank(16));
+    EXPECT_EQ(to.u, Blank(4));
+    EXPECT_EQ(to.v, Blank(4));
 }
 
 TEST(ReferenceDither, FixedOffsets) {

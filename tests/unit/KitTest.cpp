@@ -82,7 +82,7 @@ TEST(KitPlane, DescriptionShowsThePlace) {
     plane.At(1, 2) = 9;
     const kit::Plane::Differences differences = plane.Compare(before.data());
     EXPECT_EQ(plane.Describe("u", before.data(), differences.firstInside),
-              "plane u, row 1, column 2: expected 7, found 9\n"
+              "plane u, row 1, column 2: expected 0x07, found 0x09\n"
               "           column   0   1   2   3   4   5   6 \n"
               "       row 0 both  07  07  07  07  07  07  07 \n"
               "   row 1 expected  07  07  07  07  07  07  07 \n"
