@@ -3,7 +3,7 @@
 #   libkorX.Y     runtime      both shared libraries. They have one version and one SONAME version, are released together
 #                              and are small, so one package serves both. A program with services of its own does not
 #                              link the second one; its file then lies unused.
-#   libkor-dev    development  headers, static libraries, CMake package, pkg-config files, examples
+#   libkor-dev    development  headers, static libraries, conformance kit, CMake package, pkg-config files, examples
 #   korframe      tools        the command-line tool
 if(NOT BUILD_SHARED_LIBS)
   message(FATAL_ERROR "KOR_DEBIAN_PACKAGES needs the shared libraries: set BUILD_SHARED_LIBS to ON.")
@@ -96,7 +96,8 @@ set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
 ${korAboutTheLibrary}
 .
 This package holds what programs are built with: headers, static libraries,
-the CMake package, pkg-config files, and examples.")
+the CMake package, pkg-config files, and examples; and the kit that holds a
+faster variant of a conversion against the portable one.")
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME ${korToolsPackage})
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION video)
