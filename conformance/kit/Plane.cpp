@@ -195,7 +195,8 @@ std::string Plane::Picture(const std::uint8_t* expected, std::ptrdiff_t place) c
         }
         if (any) {
             const std::string title = "row " + std::to_string(r);
-            picture += Padded(title + (same ? " both" : " expected"), titleWidth) + wanted + "\n";
+            picture += Padded(title + (same ? " both" : " expected"), titleWidth);
+            picture += wanted + "\n";
             picture += same ? "" : Padded("found", titleWidth) + found + "\n";
         }
     }
