@@ -6,7 +6,7 @@
 "$korframe" --help | grep -q 'convert' || fail "--help"
 "$korframe" convert --help | grep -q 'OUTPUT' || fail "convert --help"
 refuses 2 "subcommand is required"
-refuses 2 "korframe --help tells the usage" paint
+refuses 2 "paint is no subcommand; korframe --help tells the usage" paint
 refuses 2 "INPUT is required" convert
 refuses 2 "korframe convert --help tells the usage" convert a b --colour
 

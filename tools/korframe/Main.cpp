@@ -41,6 +41,10 @@ int Run(int argc, char** argv) {
     for (const auto add : kCommands) {
         add(app);
     }
+    const auto isNamed = [argv](const CLI::App* command) { return command->get_name() == argv[1]; };
+    if (argc > 1 && argv[1][0] != '-' && argv[1][0] != 0 && app.get_subcommands(isNamed).empty()) {
+        return Report(std::string(argv[1]) + " is no subcommand; korframe --help tells the usage", ExitStatus::Usage);
+    }
     try {
         app.parse(argc, argv);  // runs the subcommand that is named
         FlushStandardOutput();
