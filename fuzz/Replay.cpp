@@ -23,7 +23,7 @@ namespace {
 constexpr std::size_t kLongest = 512;
 
 // What is being tried, for the handler of a signal.
-const char* current = "a random input";
+char current[4096] = "a random input";
 
 void TellInput(int number) {
     std::fprintf(stderr, "\nfuzz: ended by signal %d at %s\n", number, current);
@@ -36,7 +36,7 @@ void Try(const std::vector<std::uint8_t>& input) {
 }
 
 bool TryFile(const char* path) {
-    current = path;
+    std::snprintf(current, sizeof current, "%s", path);
     const int file = open(path, O_RDONLY | O_CLOEXEC);
     struct stat status = {};
     if (file < 0 || fstat(file, &status) != 0) {
