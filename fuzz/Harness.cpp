@@ -94,7 +94,7 @@ void TakeCall(Input& input, const char* const* functions, std::size_t count, Cal
     const std::uint32_t places = input.Word();
     const std::uint8_t spread = input.Byte();
     for (std::size_t i = 0; i < kit::kMaximumPlanes; ++i) {
-        call.padding[i] = spread == 0 ? 0 : kit::MixSeed(places, i) % spread;
+        call.padding[i] = spread == 0 ? 0 : static_cast<std::size_t>(kit::MixSeed(places, i) % spread);
         call.placement[i] = places >> i & 1 ? kit::Placement::Front : kit::Placement::Rear;
     }
 }

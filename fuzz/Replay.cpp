@@ -8,6 +8,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cinttypes>
 #include <cstdio>
 #include <cstdlib>
@@ -23,7 +24,7 @@ namespace {
 constexpr std::size_t kLongest = 512;
 
 // What is being tried, for the handler of a signal.
-const char* current = "a random input";
+char current[4096] = "a random input";
 
 void TellInput(int number) {
     std::fprintf(stderr, "\nfuzz: ended by signal %d at %s\n", number, current);
@@ -36,7 +37,7 @@ void Try(const std::vector<std::uint8_t>& input) {
 }
 
 bool TryFile(const char* path) {
-    current = path;
+    std::snprintf(current, sizeof current, "%s", path);
     const int file = open(path, O_RDONLY | O_CLOEXEC);
     struct stat status = {};
     if (file < 0 || fstat(file, &status) != 0) {
@@ -54,6 +55,12 @@ bool TryFile(const char* path) {
     return true;
 }
 
+// The next entry; without one, errno tells the end (0) from a failure.
+const dirent* NextEntry(DIR* directory) {
+    errno = 0;
+    return readdir(directory);
+}
+
 // The number of files tried; -1 after a failure.
 long TryPath(const char* path) {
     DIR* const directory = opendir(path);
@@ -61,20 +68,21 @@ long TryPath(const char* path) {
         return TryFile(path) ? 1 : -1;
     }
     long tried = 0;
-    while (const dirent* entry = readdir(directory)) {
-        if (entry->d_name[0] == '.') {
-            continue;
-        }
+    bool good = true;
+    while (const dirent* entry = NextEntry(directory)) {
         char name[4096];
         std::snprintf(name, sizeof name, "%s/%s", path, entry->d_name);
-        if (!TryFile(name)) {
-            closedir(directory);
-            return -1;
+        if (entry->d_name[0] != '.') {
+            good = good && TryFile(name);
+            ++tried;
         }
-        ++tried;
+    }
+    if (errno != 0) {
+        std::perror(path);
+        good = false;
     }
     closedir(directory);
-    return tried;
+    return good ? tried : -1;
 }
 
 int TryRandom(unsigned long count, std::uint64_t seed) {

@@ -217,7 +217,7 @@ std::optional<int> RunCommandLine(int argc, char** argv, const KorConformanceTab
                 options.seed = ParseSeed(optarg);
                 break;
             case 'c':
-                options.caseNumber = ParseNumber("--case", optarg);
+                options.caseNumber = static_cast<size_t>(ParseNumber("--case", optarg));
                 break;
             case 'j':
                 options.junitPath = optarg;
