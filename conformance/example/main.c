@@ -1,6 +1,6 @@
 /*
- * How a vendor holds his own variant of one function against the portable one. His function stands here; usually it is
- * linked from his library.
+ * How a variant of one function is held against the portable one. The function stands here; usually it comes from a
+ * library.
  */
 #include "KorConformance.h"
 

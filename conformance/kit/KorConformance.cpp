@@ -147,7 +147,7 @@ std::string Usage(const std::string& program, const std::string& name) {
            " [OPTION]...\n"
            "Holds \"" +
            name +
-           "\" against the portable conversions: every byte of every plane, and every random draw.\n"
+           "\" against what is expected: every byte of every plane, and every random draw.\n"
            "\n"
            "  --function NAME   try this function only, named with or without its suffix; may be repeated\n"
            "  --quick           fewer sizes, about a tenth of the time\n"

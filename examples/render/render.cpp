@@ -1,6 +1,6 @@
 // Render: an I420 picture to BGRA, once as it is and once dithered, and written as a picture that any viewer opens.
 //
-// The picture is a soft dark ramp, which is where eight bits show: rendered as it is, it falls into upright stripes, each
+// The picture is a soft dark ramp, which is where eight bits show: rendered as it is, it falls into vertical stripes, each
 // of one shade. Dithering adds a little noise before the conversion, and the eye sees no stripe any more.
 //
 //   render [FILE.ppm]       upper half as it is, lower half dithered; render.ppm, if no name is given

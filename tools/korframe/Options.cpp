@@ -68,7 +68,7 @@ void OutputOptions::Add(CLI::App& command) {
     command
         .add_option("--jobs", jobs,
                     "frames that are made at the same time: 1 (default) to " + std::to_string(kMostJobs) +
-                        ", 0 for one a processor; the output is the same")
+                        ", 0 for one a processor; the same output, if noise has a seed")
         ->type_name("N");
 }
 

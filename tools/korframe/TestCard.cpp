@@ -128,8 +128,8 @@ void RunTestCard(const TestCardOptions& options) {
 void AddTestCard(CLI::App& app) {
     const auto options = std::make_shared<TestCardOptions>();
     CLI::App* command = app.add_subcommand("testcard", "Draws a picture for trying conversions out");
-    command->add_option("OUTPUT", options->output, "PNG or PPM file to write")->required();
-    command->add_option("--size", options->size, "width and height; 1280x720 by default");
+    command->add_option("OUTPUT", options->output, "PNG or PPM file to write")->required()->type_name("");
+    command->add_option("--size", options->size, "width and height; 1280x720 by default")->type_name("WxH");
     command->callback([options] { RunTestCard(*options); });
 }
 

@@ -7,12 +7,15 @@
  *
  * What holds for all of them
  *
+ * - Words: A capture makes planes of RGB or packed frames, a renderer makes RGB of planes, a packer packed YUV. To turn
+ *   is to rotate clockwise.
  * - Results: The bytes that these functions write are a contract, to the bit. Every faster variant of a function has
  *   the same signature and writes the same bytes.
  * - Images: An image is one or more planes, each a pointer to the first byte of its top row and a pitch: the distance
  *   in bytes from one row to the next. Bytes between the end of a row and the next row are neither read nor written.
  *   Widths, heights and positions count pixels of the full-resolution (luma) grid, unless a function says otherwise.
- * - Samples: Unsigned bytes. YUV is limited range: luma 16 to 235, chroma 16 to 240, centred on 128.
+ *   Planes need no alignment. A pitch is at least as long as its row, and all of an image lies within KorDistanceT.
+ * - Samples: Unsigned bytes. YUV is limited range: luma 16 to 235, chroma 16 to 240, centred on 128. Yuv2 differs.
  * - Order: Byte orders are the orders in memory, at increasing addresses: BGRA is B, G, R, A on every machine.
  * - Spare: Some captures write one luma row below, or one luma column to the right of, a picture of odd size. Each
  *   function that does says so, and its caller provides that room.
@@ -22,7 +25,8 @@
  * - Failure: Nothing is checked and nothing is reported. Sizes of zero are legal, write nothing, and leave even null
  *   plane pointers alone.
  * - Threads: No function keeps state or allocates memory. All may run on any thread, and at the same time where their
- *   destinations are disjoint. Dithering calls KorRandomGetBytes(), which must allow the same.
+ *   destinations are disjoint. Dithering calls KorRandomGetBytes(), which must allow the same. A frame may be split
+ *   into bands at even rows; examples/threads tells which functions allow it.
  *
  * Layouts
  *
@@ -37,7 +41,8 @@
  * - M420: Blocks of two luma rows and the row of interleaved chroma that they share; see KorM420ToI420_C_().
  *
  * Flip. Captures with a flip argument read their source bottom row first when it is true: row 0 of the destination
- * comes from the row at x + (height - 1) * pitchX. Destinations are always written from their first row downwards.
+ * comes from the row at x + (height - 1) * pitchX; KorBGRAToI444UsingBT709_C_() and KorM420ToI420_C_() differ, and say
+ * how. Destinations are always written from their first row downwards.
  */
 #ifndef KOR_VIDEO_COMMON_C_KORYUV420_C_H
 #define KOR_VIDEO_COMMON_C_KORYUV420_C_H
@@ -131,9 +136,9 @@ KOR_API void KorPlanarUVDeinterlaceRotation_C_(const KorUint8* src, KorDistanceT
 /**
  * Turns an I420 picture upside down in its own planes, row by row, without another picture.
  *
- * Chroma is taken as width / 2 by height / 2 samples, rounded down: with an odd width the last chroma column stays as it
- * is, with an odd height the last chroma row stays where it is. Luma below a height of 2, and chroma below a height of 4
- * or a width of 2, is left alone.
+ * Chroma is taken as width / 2 by height / 2 samples, rounded down: with an odd width the last chroma column stays as
+ * it is, with an odd height the last chroma row stays where it is. Luma below a height of 2, and chroma below a height
+ * of 4 or a width of 2, is left alone.
  */
 KOR_API void KorI420FlipVertical_C_(KorUint8* srcY, KorSizeT srcPitchY,
                                     KorUint8* srcU, KorSizeT srcPitchU,
@@ -244,8 +249,8 @@ KOR_API void KorBGRAToI444UsingBT709_C_(KorUint8* y, KorSizeT pitchY,
 /** @name BGRA to I420 with the caller's matrix
  * @{ */
 /**
- * BGRA to I420 with the caller's matrix: three rows Y, U, V of weights for red, green and blue, in units of 1/256. BT.709
- * is {{47, 157, 16}, {-26, -87, 112}, {112, -102, -10}}.
+ * BGRA to I420 with the caller's matrix: three rows Y, U, V of weights for red, green and blue, in units of 1/256.
+ * BT.709 is {{47, 157, 16}, {-26, -87, 112}, {112, -102, -10}}.
  *
  *     Y = low byte of ((sum >> 8) +  16)        U, V = low byte of ((sum >> 8) + 128)
  *
@@ -284,12 +289,12 @@ KOR_API void KorBGRAToI420General_C_(KorUint8* y, KorSizeT pitchY,
  *     Kor24BGToI420_C_     B  G  R
  *
  * Odd sizes: one spare luma column to the right, one spare luma row below. With an odd width, the luma of the last
- * column of each row pair is written twice, with the second copy just right of the picture. With an odd height, the luma
- * of the last row is written again in the row below. With both, the corner pixel is not converted: its luma repeats the
- * sample above, and its chroma is (above + left + 1) >> 1 of the chroma samples next to it; the spare places next to
- * the corner are not written. Where the picture is one row high there is no sample above: the corner's luma is then
- * converted from its pixel, and its chroma is that to its left. Where it is one column wide, chroma is that above. A
- * picture of one pixel is converted from that pixel.
+ * column of each row pair is written twice, with the second copy just right of the picture. With an odd height, the
+ * luma of the last row is written again in the row below. With both, the corner pixel is not converted: its luma
+ * repeats the sample above, and its chroma is (above + left + 1) >> 1 of the chroma samples next to it; the spare
+ * places next to the corner are not written. Where the picture is one row high there is no sample above: the corner's
+ * luma is then converted from its pixel, and its chroma is that to its left. Where it is one column wide, chroma is
+ * that above. A picture of one pixel is converted from that pixel.
  *
  * Pitches must stay below 2^31. A zero width or height writes nothing.
  */
@@ -315,16 +320,16 @@ KOR_API void Kor24BGToI420_C_(KorUint8* y, KorSizeT pitchY,
  *
  * Dither: renderers and packers take a ditherLevel. At KOR_VIDEOFRAMEDITHERLEVEL_Off they convert the samples as they
  * are and draw nothing; values beyond the four levels count as Off. At every other level they first draw three starts
- * into the noise table, for Y, U and V in this order, each sizeof(KorSizeT) bytes from KorRandomGetBytes - even if the
- * size then turns out to write nothing - and convert
+ * into the noise table, for Y, U and V in this order, each sizeof(KorSizeT) bytes from KorRandomGetBytes, taken as
+ * a KorSizeT in the order of the machine - even if the size then turns out to write nothing - and convert
  *
  *     KorByteClip(sample + ((KorTblDitherStd4[index & 0x3fff] + round) >> shift))
  *
- * in place of each sample. The shift is 3 - level for luma and 4 - level for chroma, and round is half of its step. Luma
- * starts at a multiple of 8 and walks rows that lie width, rounded up to a multiple of 8, apart in the table. Chroma of
- * the I420 renderers starts anywhere and runs on from row to row; chroma of the I444 renderers starts anywhere and walks
- * rows like luma; chroma of the packers starts at a multiple of 8 and walks rows of width / 2, rounded up to a multiple
- * of 8.
+ * in place of each sample. The shift is 3 - ditherLevel for luma and 4 - ditherLevel for chroma, where
+ * KOR_VIDEOFRAMEDITHERLEVEL_0 has the value 1, and round is half of its step. Luma starts at a multiple of 8 and walks
+ * rows that lie width, rounded up to a multiple of 8, apart in the table. Chroma of the I420 renderers starts anywhere
+ * and runs on from row to row; chroma of the I444 renderers starts anywhere and walks rows like luma; chroma of the
+ * packers starts at a multiple of 8 and walks rows of width / 2, rounded up to a multiple of 8.
  *
  * @{
  */
@@ -484,9 +489,9 @@ KOR_API void KorUYVYToI420_C_(KorUint8* y, KorSizeT pitchY,
  * and the pitches are those of the turned planes. Any other angle turns by 270. A width below 2 or a zero height writes
  * nothing.
  *
- * The width must be even. With an odd width every row pair is read two bytes and its luma written one sample earlier than
- * the pair before it would have it. At 90 that leads up to H / 2 - 1 rows in front of the luma plane, at 270 as many
- * behind it; with flip, the source is read up to H - 2 bytes in front of x.
+ * The width must be even. With an odd width every row pair is read two bytes and its luma written one sample earlier
+ * than the pair before it would have it. At 90 that leads up to H / 2 - 1 rows in front of the luma plane, at 270 as
+ * many behind it; with flip, the source is read up to H - 2 bytes in front of x.
  */
 KOR_API void KorYUY2ToI420WithRotation_C_(KorUint8* y, KorSizeT pitchY,
                                           KorUint8* u, KorSizeT pitchU,
@@ -583,13 +588,14 @@ KOR_API void KorM420ToI420_C_(KorUint8* y, KorSizeT pitchY,
  *
  * The planes of In and Out may be the same, with the same pitches.
  *
- * With randomizeNoiseOffsets, the starts in the table of Y, U and V are two random bytes each, drawn in this order even
- * if the size writes nothing. Without, nothing is drawn, and the starts are 0, height * width, and that plus the chroma
- * size, as if one stream of noise ran through the planes. Rows of a pair lie width apart in the table; the next pair's
- * upper row has the noise of this pair's lower row. Chroma rows lie width apart, too.
+ * With randomizeNoiseOffsets, the starts in the table of Y, U and V are two random bytes each, taken as a KorUint16 in
+ * the order of the machine, and drawn in this order even if the size writes nothing. Without, nothing is drawn, and
+ * the starts are 0, height * width, and that plus the chroma size, as if one stream of noise ran through the planes.
+ * Rows of a pair lie width apart in the table; the next pair's upper row has the noise of this pair's lower row.
+ * Chroma rows lie width apart, too.
  *
- * Of luma, 2 * (width / 2) by 2 * (height / 2) samples are written, of chroma width / 2 by height / 2. A width or height
- * below 2 writes nothing.
+ * Of luma, 2 * (width / 2) by 2 * (height / 2) samples are written, of chroma width / 2 by height / 2. A width or
+ * height below 2 writes nothing.
  */
 KOR_API void KorI420Dither_C_(const KorUint8* yIn, KorSizeT yInPitch,
                               const KorUint8* uIn, KorSizeT uInPitch,
@@ -605,15 +611,15 @@ KOR_API void KorI420Dither_C_(const KorUint8* yIn, KorSizeT yInPitch,
 /**
  * Lays an I420 foreground of width by height over a background, in place, with its first sample at column xPosition and
  * row yPosition. alpha is the weight of the foreground, 0 to 255: one for all, or one for each sample from three planes
- * that are aligned with the foreground's and only read.
+ * that are aligned with the foreground's and only read, though their type does not say so.
  *
  *     s = background * (255 - alpha) + foreground * alpha        result = (s + (s >> 8) + 1) >> 8
  *
- * which is exact at 0 and 255 and for equal samples, and elsewhere not always rounded to nearest.
+ * which is s / 255, rounded down.
  *
  * Chroma covers (width + 1) / 2 by (height + 1) / 2 samples from (xPosition / 2, yPosition / 2) on: an odd position
- * moves it up and left by half a sample. Nothing is clipped: the caller sees to it that the foreground lies inside the
- * background. A zero width or height changes nothing.
+ * moves it up and left by half a chroma sample. Nothing is clipped: the caller sees to it that the foreground lies
+ * inside the background. A zero width or height changes nothing.
  */
 KOR_API void KorI420AlphaBlend_C_(KorUint8* yBackground, KorSizeT yBackgroundPitch,
                                   KorUint8* uBackground, KorSizeT uBackgroundPitch,
