@@ -21,7 +21,7 @@ Floors::Floors(const std::string& path) {
             continue;
         }
         if (!(words >> floor) || !std::getline(words >> std::ws, pattern)) {
-            throw std::runtime_error(path + ": not a ratio and a pattern: " + line);
+            throw std::runtime_error(std::string(path).append(": not a ratio and a pattern: ").append(line));
         }
         floors_.emplace_back(pattern, floor);
     }

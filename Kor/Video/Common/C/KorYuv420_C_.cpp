@@ -117,13 +117,14 @@ constexpr bool kReadsWords = false;
 // The byte at a position in group i, where a group has the size of Word.
 template <class Word, KorSizeT position>
 KOR_INLINE inline KorUint8 ByteOf(const KorUint8* x, KorSizeT i) {
-    static_assert(position < sizeof(Word), "inside the group");
+    constexpr KorSizeT size = sizeof(Word);
+    static_assert(position < size, "inside the group");
     if constexpr (kReadsWords) {
         Word word;
-        KorMemCpy(&word, x + sizeof(Word) * i, sizeof word);
-        return LowByte(word >> 8 * (kBigEndian ? sizeof(Word) - 1 - position : position));
+        KorMemCpy(&word, x + size * i, size);
+        return LowByte(word >> 8 * (kBigEndian ? size - 1 - position : position));
     } else {
-        return x[sizeof(Word) * i + position];
+        return x[size * i + position];
     }
 }
 
