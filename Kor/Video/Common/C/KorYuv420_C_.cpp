@@ -2,11 +2,12 @@
 //
 // Rules that hold for the whole file:
 //   - An exported function settles the sizes that write nothing, names the layout and the matrix, and calls a driver. The
-//     arithmetic on samples stands in the kernels (KOR_KERNEL): one counted loop over contiguous runs, destinations
-//     first, count last, no branch that depends on data.
-//   - A kernel's pointers are restrict-qualified. Work in place goes through a run on the stack.
+//     arithmetic on samples stands in the kernels (KOR_KERNEL): counted loops over contiguous runs, whole blocks first
+//     where there are any, then the rest; destinations first, count last, no branch that depends on data.
+//   - A kernel's pointers are restrict-qualified. Where source and destination may be the same plane, a run on the stack
+//     lies between them.
 //   - Plane, SourceRows, SourcePlane and TurnedPlane resolve pitches. The address of a row is formed only for a row that
-//     exists; two walks of odd widths that leave their planes by contract say so.
+//     exists; two walks of odd widths and a flipped one that leave their planes by contract say so.
 //   - Stores: KorByteClip and ClipLane saturate, LowByte wraps, a plain cast means that the value fits.
 //   - What looks odd and is wanted is marked "Deliberate:".
 //
@@ -31,10 +32,14 @@
 // Kernels stay functions of their own: inlined into a driver, their loops would be widened once for every caller, and
 // some compilers forget what restrict promised. KOR_INLINE is for bodies that need their arguments as constants.
 // KOR_PREFETCH asks for a cache line that is soon read; it changes no result.
-#if defined(__GNUC__)
+#if defined(__GNUC__) || defined(__clang__)
 #define KOR_KERNEL __attribute__((noinline))
 #define KOR_INLINE __attribute__((always_inline))
 #define KOR_PREFETCH(address) __builtin_prefetch(address)
+#elif defined(_MSC_VER)
+#define KOR_KERNEL __declspec(noinline)
+#define KOR_INLINE
+#define KOR_PREFETCH(address) static_cast<void>(address)
 #else
 #define KOR_KERNEL
 #define KOR_INLINE
@@ -86,20 +91,28 @@ struct SourceRows {
     const KorUint8* Row(KorSizeT row) const { return first + static_cast<KorDistanceT>(row) * pitch; }
 };
 
-SourceRows TopDown(const KorUint8* samples, KorSizeT pitch) {
-    return {samples, static_cast<KorDistanceT>(pitch)};
+// A plane that is only read, as callers describe it.
+struct ReadPlane {
+    const KorUint8* samples;
+    KorSizeT pitch;
+};
+
+SourceRows TopDown(ReadPlane plane) {
+    return {plane.samples, static_cast<KorDistanceT>(plane.pitch)};
 }
 
 // The flip convention of the captures: bottom row first when flip is set. The height must not be 0.
 SourceRows ReadingOrder(const KorUint8* x, KorSizeT pitchX, KorSizeT height, KorBool flip) {
-    const SourceRows rows = TopDown(x, pitchX);
+    const SourceRows rows = TopDown({x, pitchX});
     return flip ? SourceRows{rows.Row(height - 1), -rows.pitch} : rows;
 }
 
-#if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
-constexpr bool kBigEndian = true;
-#else
+#if defined(__BYTE_ORDER__)
+constexpr bool kBigEndian = __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__;
+#elif defined(_MSC_VER)
 constexpr bool kBigEndian = false;
+#else
+#error "This compiler does not tell its byte order; define kBigEndian for it."
 #endif
 
 // Two neighbouring bytes as the 16-bit word that holds them in memory.
@@ -133,7 +146,8 @@ constexpr KorUint8 Average(KorUint8 a, KorUint8 b) {
 }
 
 // The rounded-up average of two rows, sample by sample.
-KOR_KERNEL void AverageRow(KorUint8* KOR_RESTRICT dst, const KorUint8* KOR_RESTRICT a, const KorUint8* KOR_RESTRICT b, KorSizeT n) {
+KOR_KERNEL void AverageRow(KorUint8* KOR_RESTRICT dst,
+                           const KorUint8* KOR_RESTRICT a, const KorUint8* KOR_RESTRICT b, KorSizeT n) {
     for (KorSizeT i = 0; i < n; ++i) {
         dst[i] = Average(a[i], b[i]);
     }
@@ -156,7 +170,8 @@ void ReducePairs(KorUint8* dst, const KorUint8* a, KorSizeT n) {
 }
 
 // n pairs of bytes taken apart.
-KOR_KERNEL void SplitRow(KorUint8* KOR_RESTRICT first, KorUint8* KOR_RESTRICT second, const KorUint8* KOR_RESTRICT src, KorSizeT n) {
+KOR_KERNEL void SplitRow(KorUint8* KOR_RESTRICT first, KorUint8* KOR_RESTRICT second,
+                         const KorUint8* KOR_RESTRICT src, KorSizeT n) {
     KOR_BYTE_LANES
     for (KorSizeT i = 0; i < n; ++i) {
         first[i] = src[2 * i];
@@ -165,7 +180,8 @@ KOR_KERNEL void SplitRow(KorUint8* KOR_RESTRICT first, KorUint8* KOR_RESTRICT se
 }
 
 // n pairs of bytes put together.
-KOR_KERNEL void JoinRow(KorUint8* KOR_RESTRICT dst, const KorUint8* KOR_RESTRICT first, const KorUint8* KOR_RESTRICT second, KorSizeT n) {
+KOR_KERNEL void JoinRow(KorUint8* KOR_RESTRICT dst,
+                        const KorUint8* KOR_RESTRICT first, const KorUint8* KOR_RESTRICT second, KorSizeT n) {
     KOR_BYTE_LANES
     for (KorSizeT i = 0; i < n; ++i) {
         dst[2 * i] = first[i];
@@ -199,7 +215,9 @@ struct TurnedPlane {
     KorDistanceT column;
     KorDistanceT row;
 
-    KorUint8* At(KorSizeT i, KorSizeT j) const { return origin + (static_cast<KorDistanceT>(i) * column + static_cast<KorDistanceT>(j) * row); }
+    KorUint8* At(KorSizeT i, KorSizeT j) const {
+        return origin + (static_cast<KorDistanceT>(i) * column + static_cast<KorDistanceT>(j) * row);
+    }
     TurnedPlane From(KorSizeT j) const { return {At(0, j), column, row}; }
 };
 
@@ -253,7 +271,8 @@ KOR_INLINE inline void ReverseRun(KorUint8* KOR_RESTRICT dst, const Run& run) {
 }
 
 // n pairs of bytes taken apart, in reverse order.
-KOR_KERNEL void SplitRowReversed(KorUint8* KOR_RESTRICT first, KorUint8* KOR_RESTRICT second, const KorUint8* KOR_RESTRICT src, KorSizeT n) {
+KOR_KERNEL void SplitRowReversed(KorUint8* KOR_RESTRICT first, KorUint8* KOR_RESTRICT second,
+                                 const KorUint8* KOR_RESTRICT src, KorSizeT n) {
     Run run1, run2;
     KorSizeT left = n;
     for (; left >= kRun; left -= kRun, src += 2 * kRun) {
@@ -350,7 +369,8 @@ struct TransposedTile {
 };
 
 // Writes n columns of h samples that lie stride bytes apart, for the source samples from (i, j) on.
-KOR_INLINE inline void StoreColumns(const TurnedPlane& dst, KorSizeT i, KorSizeT j, const KorUint8* columns, KorSizeT stride, KorSizeT n, KorSizeT h) {
+KOR_INLINE inline void StoreColumns(const TurnedPlane& dst, KorSizeT i, KorSizeT j,
+                                    const KorUint8* columns, KorSizeT stride, KorSizeT n, KorSizeT h) {
     KorUint8* const first = dst.At(i, dst.row > 0 ? j : j + h - 1);
     for (KorSizeT k = 0; k < n; ++k) {
         KorMemCpy(first + static_cast<KorDistanceT>(k) * dst.column, columns + stride * k, h);
@@ -570,12 +590,14 @@ constexpr KorUint8 kChromaOffset = 128;
 
 // One sample: the weighted sum in units of 1/256, rounded down, plus the offset, of which the low byte is kept.
 constexpr KorUint8 Weigh(const RgbToYuvRow& weights, KorUint8 offset, KorUint8 r, KorUint8 g, KorUint8 b) {
-    const KorUint sum = static_cast<KorUint>(weights[0]) * r + static_cast<KorUint>(weights[1]) * g + static_cast<KorUint>(weights[2]) * b;
+    const KorUint sum = static_cast<KorUint>(weights[0]) * r + static_cast<KorUint>(weights[1]) * g +
+                        static_cast<KorUint>(weights[2]) * b;
     return LowByte((sum >> 8) + offset);
 }
 
 constexpr bool MapsGreyTo(const RgbToYuvMatrix& matrix, KorUint8 grey, KorUint8 y, KorUint8 u, KorUint8 v) {
-    return Weigh(matrix.y, kLumaOffset, grey, grey, grey) == y && Weigh(matrix.u, kChromaOffset, grey, grey, grey) == u && Weigh(matrix.v, kChromaOffset, grey, grey, grey) == v;
+    return Weigh(matrix.y, kLumaOffset, grey, grey, grey) == y && Weigh(matrix.u, kChromaOffset, grey, grey, grey) == u &&
+           Weigh(matrix.v, kChromaOffset, grey, grey, grey) == v;
 }
 
 static_assert(MapsGreyTo(kBt601, 0, 16, 128, 128) && MapsGreyTo(kBt601, 255, 235, 128, 128));
@@ -584,10 +606,11 @@ static_assert(MapsGreyTo(kBt601Of24Bit, 0, 16, 128, 128) && MapsGreyTo(kBt601Of2
 static_assert(MapsGreyTo(kBt709, 0, 16, 128, 128) && MapsGreyTo(kBt709, 255, 235, 127, 128));
 static_assert(Weigh(kBt601.u, kChromaOffset, 0, 0, 255) == 239 && Weigh(kBt601.v, kChromaOffset, 255, 0, 0) == 239);
 
-// Takes n pixels apart, at least one. Where pixels are read as words their alpha comes along and is dropped; the pixel whose
-// alpha begins or ends the run is then taken by its bytes, so that nothing outside the colours is touched.
+// Takes n pixels apart, at least one. Where pixels are read as words, the alpha between them comes along and is dropped.
+// The pixel whose alpha begins or ends the run is taken by its bytes: that alpha may lie outside the caller's memory.
 template <const RgbLayout& layout>
-KOR_KERNEL void SplitPixels(KorUint8* KOR_RESTRICT r, KorUint8* KOR_RESTRICT g, KorUint8* KOR_RESTRICT b, const KorUint8* KOR_RESTRICT x, KorSizeT n) {
+KOR_KERNEL void SplitPixels(KorUint8* KOR_RESTRICT r, KorUint8* KOR_RESTRICT g, KorUint8* KOR_RESTRICT b,
+                            const KorUint8* KOR_RESTRICT x, KorSizeT n) {
     constexpr bool alphaFirst = layout.ao == 0;
     const KorSizeT begin = kReadsWords && alphaFirst ? 1 : 0;
     const KorSizeT end = kReadsWords && !alphaFirst ? n - 1 : n;
@@ -597,7 +620,7 @@ KOR_KERNEL void SplitPixels(KorUint8* KOR_RESTRICT r, KorUint8* KOR_RESTRICT g, 
         g[i] = ByteOf<KorUint, layout.go>(x, i);
         b[i] = ByteOf<KorUint, layout.bo>(x, i);
     }
-    if (kReadsWords) {
+    if constexpr (kReadsWords) {
         const KorSizeT edge = alphaFirst ? 0 : n - 1;
         r[edge] = x[4 * edge + layout.ro];
         g[edge] = x[4 * edge + layout.go];
@@ -607,15 +630,20 @@ KOR_KERNEL void SplitPixels(KorUint8* KOR_RESTRICT r, KorUint8* KOR_RESTRICT g, 
 
 // Weigh for n pixels. Only bits 8 to 15 of the sum reach the result, so it is formed modulo 2^16, in lanes half as wide
 // as the sum itself would need.
-KOR_KERNEL void WeighLanes(KorUint8* KOR_RESTRICT dst, const KorUint8* KOR_RESTRICT r, const KorUint8* KOR_RESTRICT g, const KorUint8* KOR_RESTRICT b, KorUint16 wr, KorUint16 wg, KorUint16 wb, KorUint8 offset, KorSizeT n) {
+KOR_KERNEL void WeighLanes(KorUint8* KOR_RESTRICT dst,
+                           const KorUint8* KOR_RESTRICT r, const KorUint8* KOR_RESTRICT g, const KorUint8* KOR_RESTRICT b,
+                           KorUint16 wr, KorUint16 wg, KorUint16 wb, KorUint8 offset, KorSizeT n) {
     for (KorSizeT i = 0; i < n; ++i) {
         const KorUint16 sum = static_cast<KorUint16>(wr * r[i] + wg * g[i] + wb * b[i]);
         dst[i] = LowByte(KorUint{sum} / 256 + offset);
     }
 }
 
-void WeighRow(KorUint8* dst, const KorUint8* r, const KorUint8* g, const KorUint8* b, const RgbToYuvRow& weights, KorUint8 offset, KorSizeT n) {
-    WeighLanes(dst, r, g, b, static_cast<KorUint16>(weights[0]), static_cast<KorUint16>(weights[1]), static_cast<KorUint16>(weights[2]), offset, n);
+void WeighRow(KorUint8* dst, const RgbRun& x, const RgbToYuvRow& weights, KorUint8 offset, KorSizeT n) {
+    const KorUint16 wr = static_cast<KorUint16>(weights[0]);
+    const KorUint16 wg = static_cast<KorUint16>(weights[1]);
+    const KorUint16 wb = static_cast<KorUint16>(weights[2]);
+    WeighLanes(dst, x.r, x.g, x.b, wr, wg, wb, offset, n);
 }
 
 // The chroma of the blocks that n columns make, where each column is already the average of its rows.
@@ -624,19 +652,20 @@ void WriteBlockChroma(KorUint8* u, KorUint8* v, const RgbRun& columns, const Rgb
     ReducePairs(blocks.r, columns.r, n);
     ReducePairs(blocks.g, columns.g, n);
     ReducePairs(blocks.b, columns.b, n);
-    WeighRow(u, blocks.r, blocks.g, blocks.b, matrix.u, kChromaOffset, (n + 1) / 2);
-    WeighRow(v, blocks.r, blocks.g, blocks.b, matrix.v, kChromaOffset, (n + 1) / 2);
+    WeighRow(u, blocks, matrix.u, kChromaOffset, (n + 1) / 2);
+    WeighRow(v, blocks, matrix.v, kChromaOffset, (n + 1) / 2);
 }
 
 template <const RgbLayout& layout>
-void CaptureRowPair(KorUint8* y0, KorUint8* y1, KorUint8* u, KorUint8* v, const KorUint8* x0, const KorUint8* x1, KorSizeT width, const RgbToYuvMatrix& matrix) {
+void CaptureRowPair(KorUint8* y0, KorUint8* y1, KorUint8* u, KorUint8* v,
+                    const KorUint8* x0, const KorUint8* x1, KorSizeT width, const RgbToYuvMatrix& matrix) {
     for (KorSizeT start = 0; start < width; start += kRun) {
         const KorSizeT n = Min(kRun, width - start);
         RgbRun upper, lower, columns;
         SplitPixels<layout>(upper.r, upper.g, upper.b, x0 + 4 * start, n);
         SplitPixels<layout>(lower.r, lower.g, lower.b, x1 + 4 * start, n);
-        WeighRow(y0 + start, upper.r, upper.g, upper.b, matrix.y, kLumaOffset, n);
-        WeighRow(y1 + start, lower.r, lower.g, lower.b, matrix.y, kLumaOffset, n);
+        WeighRow(y0 + start, upper, matrix.y, kLumaOffset, n);
+        WeighRow(y1 + start, lower, matrix.y, kLumaOffset, n);
         AverageRow(columns.r, upper.r, lower.r, n);
         AverageRow(columns.g, upper.g, lower.g, n);
         AverageRow(columns.b, upper.b, lower.b, n);
@@ -651,7 +680,7 @@ void CaptureLoneRow(KorUint8* y, KorUint8* u, KorUint8* v, const KorUint8* x, Ko
         const KorSizeT n = Min(kRun, width - start);
         RgbRun row;
         SplitPixels<layout>(row.r, row.g, row.b, x + 4 * start, n);
-        WeighRow(y + start, row.r, row.g, row.b, matrix.y, kLumaOffset, n);
+        WeighRow(y + start, row, matrix.y, kLumaOffset, n);
         WriteBlockChroma(u + start / 2, v + start / 2, row, matrix, n);
     }
 }
@@ -660,7 +689,8 @@ template <const RgbLayout& layout>
 void XXXXToI420_C_(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorSizeT height, const RgbToYuvMatrix& matrix) {
     const KorSizeT heightDiv2 = height / 2;
     for (KorSizeT h = 0; h < heightDiv2; ++h) {
-        CaptureRowPair<layout>(y.Row(2 * h), y.Row(2 * h + 1), u.Row(h), v.Row(h), rows.Row(2 * h), rows.Row(2 * h + 1), width, matrix);
+        CaptureRowPair<layout>(y.Row(2 * h), y.Row(2 * h + 1), u.Row(h), v.Row(h),
+                               rows.Row(2 * h), rows.Row(2 * h + 1), width, matrix);
     }
     if (IsOdd(height)) {
         CaptureLoneRow<layout>(y.Row(height - 1), u.Row(heightDiv2), v.Row(heightDiv2), rows.Row(height - 1), width, matrix);
@@ -674,9 +704,9 @@ void XXXXToI444_C_(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, K
             const KorSizeT n = Min(kRun, width - start);
             RgbRun row;
             SplitPixels<layout>(row.r, row.g, row.b, rows.Row(h) + 4 * start, n);
-            WeighRow(y.Row(h) + start, row.r, row.g, row.b, matrix.y, kLumaOffset, n);
-            WeighRow(u.Row(h) + start, row.r, row.g, row.b, matrix.u, kChromaOffset, n);
-            WeighRow(v.Row(h) + start, row.r, row.g, row.b, matrix.v, kChromaOffset, n);
+            WeighRow(y.Row(h) + start, row, matrix.y, kLumaOffset, n);
+            WeighRow(u.Row(h) + start, row, matrix.u, kChromaOffset, n);
+            WeighRow(v.Row(h) + start, row, matrix.v, kChromaOffset, n);
         }
     }
 }
@@ -742,7 +772,8 @@ void CaptureGeneral(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, 
 
 // The same, one sample at a time and in the order of the passes, for coefficients that lie inside a destination plane:
 // every sample takes them as the samples before it left them.
-void CaptureGeneralOverlapping(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorSizeT height, const KorInt (*coeffs)[3]) {
+void CaptureGeneralOverlapping(Plane y, Plane u, Plane v, SourceRows rows,
+                               KorSizeT width, KorSizeT height, const KorInt (*coeffs)[3]) {
     const CallerMatrix matrix = {coeffs};
     const KorSizeT widthC = width / 2;
     const KorSizeT width2 = 2 * widthC;
@@ -804,7 +835,8 @@ bool Overlap(const KorInt (*coeffs)[3], Plane plane, KorSizeT width, KorSizeT he
 
 // Takes n pixels of three bytes apart, 32 at a time. Their 96 bytes have places from 0 to 95, and interleaving halves
 // doubles a place modulo 95. Byte 3 * i + c of the pixels belongs to place i + 32 * c, 32 times as far modulo 95: five steps.
-KOR_KERNEL void SplitTriples(KorUint8* KOR_RESTRICT first, KorUint8* KOR_RESTRICT second, KorUint8* KOR_RESTRICT third, const KorUint8* KOR_RESTRICT x, KorSizeT n) {
+KOR_KERNEL void SplitTriples(KorUint8* KOR_RESTRICT first, KorUint8* KOR_RESTRICT second, KorUint8* KOR_RESTRICT third,
+                             const KorUint8* KOR_RESTRICT x, KorSizeT n) {
     constexpr KorSizeT block = 32;
     static_assert(32 * (3 * 5 + 2) % 95 == 5 + 32 * 2, "32 is the inverse of 3 modulo 95");
     const KorSizeT whole = n - n % block;
@@ -828,7 +860,8 @@ KOR_KERNEL void SplitTriples(KorUint8* KOR_RESTRICT first, KorUint8* KOR_RESTRIC
 }
 
 // The rounded average of the four samples of n blocks.
-KOR_KERNEL void AverageBlocks(KorUint8* KOR_RESTRICT dst, const KorUint8* KOR_RESTRICT a, const KorUint8* KOR_RESTRICT b, KorSizeT n) {
+KOR_KERNEL void AverageBlocks(KorUint8* KOR_RESTRICT dst,
+                              const KorUint8* KOR_RESTRICT a, const KorUint8* KOR_RESTRICT b, KorSizeT n) {
     KOR_BYTE_LANES
     for (KorSizeT i = 0; i < n; ++i) {
         dst[i] = static_cast<KorUint8>((a[2 * i] + a[2 * i + 1] + b[2 * i] + b[2 * i + 1] + 2) >> 2);
@@ -846,9 +879,9 @@ void Convert24Bit(KorUint8* y, KorUint8* u, KorUint8* v, const KorUint8* rgb, Or
     RgbRun row;
     const bool redFirst = order == Order24::Rgb;
     SplitTriples(redFirst ? row.r : row.b, row.g, redFirst ? row.b : row.r, rgb, n);
-    WeighRow(y, row.r, row.g, row.b, kBt601Of24Bit.y, kLumaOffset, n);
-    WeighRow(u, row.r, row.g, row.b, kBt601Of24Bit.u, kChromaOffset, n);
-    WeighRow(v, row.r, row.g, row.b, kBt601Of24Bit.v, kChromaOffset, n);
+    WeighRow(y, row, kBt601Of24Bit.y, kLumaOffset, n);
+    WeighRow(u, row, kBt601Of24Bit.u, kChromaOffset, n);
+    WeighRow(v, row, kBt601Of24Bit.v, kChromaOffset, n);
 }
 
 // The chroma of n columns of a row pair. An odd last column has blocks one column wide.
@@ -874,7 +907,8 @@ void WriteCornerChroma(Plane plane, KorSizeT widthC, KorSizeT heightC, KorUint8 
     }
 }
 
-void Capture24Bit(Plane y, Plane u, Plane v, const KorUint8* rgb, KorSizeT pitchRgb, Order24 order, KorSizeT width, KorSizeT height, KorBool flip) {
+void Capture24Bit(Plane y, Plane u, Plane v, const KorUint8* rgb, KorSizeT pitchRgb, Order24 order,
+                  KorSizeT width, KorSizeT height, KorBool flip) {
     if (width == 0 || height == 0) {
         return;
     }
@@ -1023,7 +1057,8 @@ void KorBGRAToI420General_C_(KorUint8* y, KorSizeT pitchY,
     const KorSizeT widthC = (width + 1) / 2;
     const KorSizeT heightC = (height + 1) / 2;
     // The luma that is written includes the spare column and row of odd sizes.
-    if (Overlap(coeffs, planeY, 2 * widthC, 2 * heightC) || Overlap(coeffs, planeU, widthC, heightC) || Overlap(coeffs, planeV, widthC, heightC)) {
+    if (Overlap(coeffs, planeY, 2 * widthC, 2 * heightC) || Overlap(coeffs, planeU, widthC, heightC) ||
+        Overlap(coeffs, planeV, widthC, heightC)) {
         CaptureGeneralOverlapping(planeY, planeU, planeV, rows, width, height, coeffs);
     } else {
         CaptureGeneral(planeY, planeU, planeV, rows, width, height, coeffs);
@@ -1050,7 +1085,8 @@ void Kor24BGToI420_C_(KorUint8* y, KorSizeT pitchY,
 // 4  YUV to RGB
 //
 // Noise is a stage of its own: it turns a run of samples into a run of noisy samples, and the plain kernels behind it
-// do not know of it. Colour works in 16-bit lanes; the bounds stand with the kernels.
+// do not know of it. Colour works in 16-bit lanes, unless a caller's coefficients are too large; the bounds stand with the
+// kernels.
 // ---------------------------------------------------------------------------------------------------------------------
 
 namespace {
@@ -1111,7 +1147,9 @@ constexpr KorInt16 ClipLane(KorInt16 value) {
     return MinLane(MaxLane(value, 0), 255);
 }
 
-static_assert(ClipLane(-32768) == 0 && ClipLane(-1) == 0 && ClipLane(0) == 0 && ClipLane(255) == 255 && ClipLane(256) == 255 && ClipLane(32767) == 255, "saturates at both ends");
+static_assert(ClipLane(-32768) == 0 && ClipLane(-1) == 0 && ClipLane(0) == 0 &&
+                  ClipLane(255) == 255 && ClipLane(256) == 255 && ClipLane(32767) == 255,
+              "saturates at both ends");
 
 // A sample with noise. Limiting the entry to 13 bits first keeps every step within 16 bits and changes no result: at
 // the largest shift, 4, the limits still scale to -256 and 256, which saturate any sample.
@@ -1124,11 +1162,14 @@ constexpr KorUint8 NoisySample(KorUint8 sample, KorInt16 entry) {
     return static_cast<KorUint8>(ClipLane(static_cast<KorInt16>(sample + noise)));
 }
 
-static_assert(NoisySample<2>(100, -3) == 99 && NoisySample<2>(100, -2) == 100 && NoisySample<2>(100, 1) == 100, "noise is rounded, then floored");
-static_assert(NoisySample<0>(255, -32768) == 0 && NoisySample<4>(0, 32767) == 255 && NoisySample<4>(255, -32768) == 0, "extreme entries saturate");
+static_assert(NoisySample<2>(100, -3) == 99 && NoisySample<2>(100, -2) == 100 && NoisySample<2>(100, 1) == 100,
+              "noise is rounded, then floored");
+static_assert(NoisySample<0>(255, -32768) == 0 && NoisySample<4>(0, 32767) == 255 && NoisySample<4>(255, -32768) == 0,
+              "extreme entries saturate");
 
 template <KorUint rsBits>
-KOR_KERNEL void AddNoiseRow(KorUint8* KOR_RESTRICT dst, const KorUint8* KOR_RESTRICT src, const KorInt16* KOR_RESTRICT tbl, KorSizeT n) {
+KOR_KERNEL void AddNoiseRow(KorUint8* KOR_RESTRICT dst,
+                            const KorUint8* KOR_RESTRICT src, const KorInt16* KOR_RESTRICT tbl, KorSizeT n) {
     for (KorSizeT i = 0; i < n; ++i) {
         dst[i] = NoisySample<rsBits>(src[i], tbl[i]);
     }
@@ -1204,8 +1245,8 @@ constexpr NoiseWalk PackedWalk(KorSizeT width) {
 }
 
 // The source of a renderer. When it dithers, the start of each plane's noise is drawn here, in the order Y, U, V.
-SourcePlanes Source(SourceRows y, SourceRows u, SourceRows v, KorUint ditherLevel, NoiseWalk walk) {
-    SourcePlanes planes = {{y, {}}, {u, {}}, {v, {}}};
+SourcePlanes Source(ReadPlane y, ReadPlane u, ReadPlane v, KorUint ditherLevel, NoiseWalk walk) {
+    SourcePlanes planes = {{TopDown(y), {}}, {TopDown(u), {}}, {TopDown(v), {}}};
     if (IsDithering(ditherLevel)) {
         planes.y.noise = {true, DrawIndex(kAlignedStart), walk.strideY, LumaShift(ditherLevel)};
         planes.u.noise = {true, DrawIndex(walk.chromaStart), walk.strideC, ChromaShift(ditherLevel)};
@@ -1242,7 +1283,7 @@ struct TermRun {
 };
 
 // A fixed matrix: rR = ((V * rV) >> 7) - rBias, gG = gBias - ((U * gU + V * gV) >> 6), bB = ((U * bU) >> 6) - bBias.
-// The biases hold the offsets of luma and chroma. All products stay below 2^16.
+// The biases hold the offsets of luma and chroma. All products, and the sum of the two for green, stay below 2^16.
 struct YuvToRgbMatrix {
     KorUint16 rV, gU, gV, bU;
     KorInt16 rBias, gBias, bBias;
@@ -1261,7 +1302,8 @@ struct RenderCoefficients {
     KorInt rows[3][3];
 };
 
-KOR_KERNEL void WriteTerms(KorInt16* KOR_RESTRICT rR, KorInt16* KOR_RESTRICT gG, KorInt16* KOR_RESTRICT bB, const KorUint8* KOR_RESTRICT u, const KorUint8* KOR_RESTRICT v, const YuvToRgbMatrix& matrix, KorSizeT n) {
+KOR_KERNEL void WriteTerms(KorInt16* KOR_RESTRICT rR, KorInt16* KOR_RESTRICT gG, KorInt16* KOR_RESTRICT bB,
+                           const KorUint8* KOR_RESTRICT u, const KorUint8* KOR_RESTRICT v, const YuvToRgbMatrix& matrix, KorSizeT n) {
     const YuvToRgbMatrix m = matrix;
     for (KorSizeT i = 0; i < n; ++i) {
         rR[i] = static_cast<KorInt16>((static_cast<KorUint16>(v[i] * m.rV) >> 7) - m.rBias);
@@ -1286,17 +1328,21 @@ void RepeatTerms(TermRun& pixels, const TermRun& pairs, KorSizeT n) {
 
 // The chroma term of one channel with a caller's coefficients. The sum wraps modulo 2^32 by contract.
 constexpr KorInt CallerTerm(const KorInt (&row)[3], KorUint8 u, KorUint8 v) {
-    const KorUint sum = static_cast<KorUint>(u - 128) * static_cast<KorUint>(row[1]) + static_cast<KorUint>(v - 128) * static_cast<KorUint>(row[2]) - 16u * static_cast<KorUint>(row[0]) + 128u;
+    const KorUint sum = static_cast<KorUint>(u - 128) * static_cast<KorUint>(row[1]) +
+                        static_cast<KorUint>(v - 128) * static_cast<KorUint>(row[2]) - 16u * static_cast<KorUint>(row[0]) + 128u;
     return static_cast<KorInt>(sum) >> 8;
 }
 
-static_assert(CallerTerm({256, 0, 0}, 0, 0) == -16 && CallerTerm({0, 0, 0}, 9, 9) == 0, "chroma terms are rounded, then floored");
+static_assert(CallerTerm({256, 0, 0}, 0, 0) == -16 && CallerTerm({0, 0, 0}, 9, 9) == 0,
+              "chroma terms are rounded, then floored");
 static_assert(CallerTerm({0, 1, 0}, 0, 128) == 0 && CallerTerm({0, 129, 0}, 127, 128) == -1, "rounded toward minus infinity");
 
 // Coefficients of at most 32 in magnitude leave every luma and every term, and their sums, in a 16-bit lane.
 constexpr KorInt kLaneCoefficient = 8191;
-static_assert((255 * kLaneCoefficient >> 8) + CallerTerm({-kLaneCoefficient, -kLaneCoefficient, -kLaneCoefficient}, 0, 0) <= 32767, "sums fit at the upper end");
-static_assert((-255 * kLaneCoefficient >> 8) + CallerTerm({kLaneCoefficient, kLaneCoefficient, kLaneCoefficient}, 0, 0) >= -32768, "and at the lower end");
+static_assert((255 * kLaneCoefficient >> 8) + CallerTerm({-kLaneCoefficient, -kLaneCoefficient, -kLaneCoefficient}, 0, 0) <= 32767,
+              "sums fit at the upper end");
+static_assert((-255 * kLaneCoefficient >> 8) + CallerTerm({kLaneCoefficient, kLaneCoefficient, kLaneCoefficient}, 0, 0) >= -32768,
+              "and at the lower end");
 
 bool FitsLanes(const RenderCoefficients& coeffs) {
     bool fits = true;
@@ -1309,7 +1355,8 @@ bool FitsLanes(const RenderCoefficients& coeffs) {
 }
 
 // CallerTerm for n samples. Products of 16-bit factors are widened in far fewer operations than those of wider ones.
-KOR_KERNEL void WriteCallerTerms(KorInt16* KOR_RESTRICT terms, const KorUint8* KOR_RESTRICT u, const KorUint8* KOR_RESTRICT v, const KorInt (&row)[3], KorSizeT n) {
+KOR_KERNEL void WriteCallerTerms(KorInt16* KOR_RESTRICT terms,
+                                 const KorUint8* KOR_RESTRICT u, const KorUint8* KOR_RESTRICT v, const KorInt (&row)[3], KorSizeT n) {
     const KorInt offset = 128 - 16 * row[0];
     const KorInt16 uMultiplier = static_cast<KorInt16>(row[1]);
     const KorInt16 vMultiplier = static_cast<KorInt16>(row[2]);
@@ -1339,7 +1386,10 @@ KOR_INLINE inline void WritePixel(KorUint8* x, KorInt16 yY, KorInt16 rR, KorInt1
 }
 
 template <const RgbLayout& layout>
-KOR_KERNEL void RenderRow(KorUint8* KOR_RESTRICT x, const KorUint8* KOR_RESTRICT y, const KorInt16* KOR_RESTRICT rR, const KorInt16* KOR_RESTRICT gG, const KorInt16* KOR_RESTRICT bB, KorInt lumaMultiplier, KorSizeT n) {
+KOR_KERNEL void RenderRow(KorUint8* KOR_RESTRICT x,
+                          const KorUint8* KOR_RESTRICT y, const KorInt16* KOR_RESTRICT rR,
+                          const KorInt16* KOR_RESTRICT gG, const KorInt16* KOR_RESTRICT bB,
+                          KorInt lumaMultiplier, KorSizeT n) {
     const KorInt16 whole = static_cast<KorInt16>(lumaMultiplier >> 8);
     const KorUint16 fraction = LowByte(static_cast<KorUint>(lumaMultiplier));
     for (KorSizeT i = 0; i < n; ++i) {
@@ -1348,7 +1398,9 @@ KOR_KERNEL void RenderRow(KorUint8* KOR_RESTRICT x, const KorUint8* KOR_RESTRICT
 }
 
 // A row of pairs of BGRA pixels in 32-bit arithmetic, for coefficients that do not fit the lanes.
-KOR_KERNEL void RenderPairsWide(KorUint8* KOR_RESTRICT x, const KorUint8* KOR_RESTRICT y, const KorUint8* KOR_RESTRICT u, const KorUint8* KOR_RESTRICT v, const RenderCoefficients& coeffs, KorSizeT n) {
+KOR_KERNEL void RenderPairsWide(KorUint8* KOR_RESTRICT x,
+                                const KorUint8* KOR_RESTRICT y, const KorUint8* KOR_RESTRICT u, const KorUint8* KOR_RESTRICT v,
+                                const RenderCoefficients& coeffs, KorSizeT n) {
     for (KorSizeT i = 0; i < 2 * n; ++i) {
         const KorInt yY = static_cast<KorInt>(y[i] * static_cast<KorUint>(coeffs.rows[0][0])) >> 8;
         x[4 * i + kBgra.ro] = KorByteClip(yY + CallerTerm(coeffs.rows[0], u[i / 2], v[i / 2]));
@@ -1438,7 +1490,8 @@ void KorI420ToRGBA_C_(const KorUint8* y, KorSizeT pitchY,
                       const KorUint8* v, KorSizeT pitchV,
                       KorUint8* x, KorSizeT pitchX,
                       KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
-    I420ToXXXX_C_<kRgba>(Source(TopDown(y, pitchY), TopDown(u, pitchU), TopDown(v, pitchV), ditherLevel, I420Walk(width)), {x, pitchX}, width, height, kRenderBt601);
+    const SourcePlanes planes = Source({y, pitchY}, {u, pitchU}, {v, pitchV}, ditherLevel, I420Walk(width));
+    I420ToXXXX_C_<kRgba>(planes, {x, pitchX}, width, height, kRenderBt601);
 }
 
 void KorI420ToBGRA_C_(const KorUint8* y, KorSizeT pitchY,
@@ -1446,7 +1499,8 @@ void KorI420ToBGRA_C_(const KorUint8* y, KorSizeT pitchY,
                       const KorUint8* v, KorSizeT pitchV,
                       KorUint8* x, KorSizeT pitchX,
                       KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
-    I420ToXXXX_C_<kBgra>(Source(TopDown(y, pitchY), TopDown(u, pitchU), TopDown(v, pitchV), ditherLevel, I420Walk(width)), {x, pitchX}, width, height, kRenderBt601);
+    const SourcePlanes planes = Source({y, pitchY}, {u, pitchU}, {v, pitchV}, ditherLevel, I420Walk(width));
+    I420ToXXXX_C_<kBgra>(planes, {x, pitchX}, width, height, kRenderBt601);
 }
 
 void KorI420ToARGB_C_(const KorUint8* y, KorSizeT pitchY,
@@ -1454,7 +1508,8 @@ void KorI420ToARGB_C_(const KorUint8* y, KorSizeT pitchY,
                       const KorUint8* v, KorSizeT pitchV,
                       KorUint8* x, KorSizeT pitchX,
                       KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
-    I420ToXXXX_C_<kArgb>(Source(TopDown(y, pitchY), TopDown(u, pitchU), TopDown(v, pitchV), ditherLevel, I420Walk(width)), {x, pitchX}, width, height, kRenderBt601);
+    const SourcePlanes planes = Source({y, pitchY}, {u, pitchU}, {v, pitchV}, ditherLevel, I420Walk(width));
+    I420ToXXXX_C_<kArgb>(planes, {x, pitchX}, width, height, kRenderBt601);
 }
 
 void KorI420ToABGR_C_(const KorUint8* y, KorSizeT pitchY,
@@ -1462,7 +1517,8 @@ void KorI420ToABGR_C_(const KorUint8* y, KorSizeT pitchY,
                       const KorUint8* v, KorSizeT pitchV,
                       KorUint8* x, KorSizeT pitchX,
                       KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
-    I420ToXXXX_C_<kAbgr>(Source(TopDown(y, pitchY), TopDown(u, pitchU), TopDown(v, pitchV), ditherLevel, I420Walk(width)), {x, pitchX}, width, height, kRenderBt601);
+    const SourcePlanes planes = Source({y, pitchY}, {u, pitchU}, {v, pitchV}, ditherLevel, I420Walk(width));
+    I420ToXXXX_C_<kAbgr>(planes, {x, pitchX}, width, height, kRenderBt601);
 }
 
 void KorI444ToBGRA_C_(const KorUint8* y, KorSizeT pitchY,
@@ -1470,7 +1526,8 @@ void KorI444ToBGRA_C_(const KorUint8* y, KorSizeT pitchY,
                       const KorUint8* v, KorSizeT pitchV,
                       KorUint8* x, KorSizeT pitchX,
                       KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
-    I444ToBgra(Source(TopDown(y, pitchY), TopDown(u, pitchU), TopDown(v, pitchV), ditherLevel, I444Walk(width)), {x, pitchX}, width, height, kRenderBt601);
+    const SourcePlanes planes = Source({y, pitchY}, {u, pitchU}, {v, pitchV}, ditherLevel, I444Walk(width));
+    I444ToBgra(planes, {x, pitchX}, width, height, kRenderBt601);
 }
 
 void KorI444ToBGRAUsingBT709_C_(const KorUint8* y, KorSizeT pitchY,
@@ -1478,7 +1535,8 @@ void KorI444ToBGRAUsingBT709_C_(const KorUint8* y, KorSizeT pitchY,
                                 const KorUint8* v, KorSizeT pitchV,
                                 KorUint8* x, KorSizeT pitchX,
                                 KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
-    I444ToBgra(Source(TopDown(y, pitchY), TopDown(u, pitchU), TopDown(v, pitchV), ditherLevel, I444Walk(width)), {x, pitchX}, width, height, kRenderBt709);
+    const SourcePlanes planes = Source({y, pitchY}, {u, pitchU}, {v, pitchV}, ditherLevel, I444Walk(width));
+    I444ToBgra(planes, {x, pitchX}, width, height, kRenderBt709);
 }
 
 void KorI420ToBGRAUsingBT709_C_(const KorUint8* y, KorSizeT pitchY,
@@ -1486,7 +1544,8 @@ void KorI420ToBGRAUsingBT709_C_(const KorUint8* y, KorSizeT pitchY,
                                 const KorUint8* v, KorSizeT pitchV,
                                 KorUint8* x, KorSizeT pitchX,
                                 KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
-    I420ToXXXX_C_<kBgra>(Source(TopDown(y, pitchY), TopDown(u, pitchU), TopDown(v, pitchV), ditherLevel, I420Walk(width)), {x, pitchX}, width, height, kRenderBt709);
+    const SourcePlanes planes = Source({y, pitchY}, {u, pitchU}, {v, pitchV}, ditherLevel, I420Walk(width));
+    I420ToXXXX_C_<kBgra>(planes, {x, pitchX}, width, height, kRenderBt709);
 }
 
 void KorI420ToBGRAGeneral_C_(const KorUint8* y, KorSizeT pitchY,
@@ -1494,7 +1553,7 @@ void KorI420ToBGRAGeneral_C_(const KorUint8* y, KorSizeT pitchY,
                              const KorUint8* v, KorSizeT pitchV,
                              KorUint8* x, KorSizeT pitchX,
                              KorSizeT width, KorSizeT height, const KorInt (*coeffs)[3], KorVideoFrameDitherLevel ditherLevel) {
-    const SourcePlanes planes = Source(TopDown(y, pitchY), TopDown(u, pitchU), TopDown(v, pitchV), ditherLevel, I420Walk(width));
+    const SourcePlanes planes = Source({y, pitchY}, {u, pitchU}, {v, pitchV}, ditherLevel, I420Walk(width));
     if (width < 2 || height < 2) {
         return;
     }
@@ -1508,7 +1567,8 @@ void KorI420To24BG_C_(const KorUint8* y, KorSizeT pitchY,
                       const KorUint8* v, KorSizeT pitchV,
                       KorUint8* x, KorSizeT pitchX,
                       KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
-    I420To24Bit(Source(TopDown(y, pitchY), TopDown(u, pitchU), TopDown(v, pitchV), ditherLevel, I420Walk(width)), {x, pitchX}, width, height);
+    const SourcePlanes planes = Source({y, pitchY}, {u, pitchU}, {v, pitchV}, ditherLevel, I420Walk(width));
+    I420To24Bit(planes, {x, pitchX}, width, height);
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -1535,7 +1595,8 @@ KOR_KERNEL void TakeLuma(KorUint8* KOR_RESTRICT y, const KorUint8* KOR_RESTRICT 
 
 // The chroma of n groups of a row pair.
 template <const PackedLayout& layout>
-KOR_KERNEL void AverageChroma(KorUint8* KOR_RESTRICT u, KorUint8* KOR_RESTRICT v, const KorUint8* KOR_RESTRICT x0, const KorUint8* KOR_RESTRICT x1, KorSizeT n) {
+KOR_KERNEL void AverageChroma(KorUint8* KOR_RESTRICT u, KorUint8* KOR_RESTRICT v,
+                              const KorUint8* KOR_RESTRICT x0, const KorUint8* KOR_RESTRICT x1, KorSizeT n) {
     KOR_BYTE_LANES
     for (KorSizeT i = 0; i < n; ++i) {
         u[i] = Average(ByteOf<KorUint, layout.u>(x0, i), ByteOf<KorUint, layout.u>(x1, i));
@@ -1579,7 +1640,8 @@ KOR_KERNEL void TakeLumaReversed(KorUint8* KOR_RESTRICT y, const KorUint8* KOR_R
 
 // The chroma of n pixels of a row pair, U and V still in turn.
 template <const PackedLayout& layout>
-KOR_KERNEL void AverageChromaPairs(KorUint8* KOR_RESTRICT c, const KorUint8* KOR_RESTRICT x0, const KorUint8* KOR_RESTRICT x1, KorSizeT n) {
+KOR_KERNEL void AverageChromaPairs(KorUint8* KOR_RESTRICT c,
+                                   const KorUint8* KOR_RESTRICT x0, const KorUint8* KOR_RESTRICT x1, KorSizeT n) {
     static_assert(layout.v == layout.u + 2, "every other byte is chroma");
     KOR_BYTE_LANES
     for (KorSizeT i = 0; i < n; ++i) {
@@ -1660,7 +1722,8 @@ void TurnPackedOddWidth(TurnedPlane y, TurnedPlane u, TurnedPlane v, SourceRows 
 }
 
 template <const PackedLayout& layout>
-void PackedToI420WithRotation(Plane y, Plane u, Plane v, const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip, KorImageRotationDegree rotationDegree) {
+void PackedToI420WithRotation(Plane y, Plane u, Plane v, const KorUint8* x, KorSizeT pitchX,
+                              KorSizeT width, KorSizeT height, KorBool flip, KorImageRotationDegree rotationDegree) {
     if (width < 2 || height == 0) {
         return;
     }
@@ -1731,7 +1794,8 @@ constexpr KorUint8 AverageSigned(KorUint8 upper, KorUint8 lower) {
     return static_cast<KorUint8>(static_cast<KorInt16>(LimitChroma(upper) + LimitChroma(lower) + 257) >> 1);
 }
 
-KOR_KERNEL void AverageYuv2Chroma(KorUint8* KOR_RESTRICT u, KorUint8* KOR_RESTRICT v, const KorUint8* KOR_RESTRICT x0, const KorUint8* KOR_RESTRICT x1, KorSizeT n) {
+KOR_KERNEL void AverageYuv2Chroma(KorUint8* KOR_RESTRICT u, KorUint8* KOR_RESTRICT v,
+                                  const KorUint8* KOR_RESTRICT x0, const KorUint8* KOR_RESTRICT x1, KorSizeT n) {
     KOR_BYTE_LANES
     for (KorSizeT i = 0; i < n; ++i) {
         u[i] = AverageSigned(ByteOf<KorUint, kYuy2.u>(x0, i), ByteOf<KorUint, kYuy2.u>(x1, i));
@@ -1841,7 +1905,8 @@ void KorI420ToYUY2_C_(const KorUint8* y, KorSizeT pitchY,
                       const KorUint8* v, KorSizeT pitchV,
                       KorUint8* x, KorSizeT pitchX,
                       KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
-    I420ToPacked(Source(TopDown(y, pitchY), TopDown(u, pitchU), TopDown(v, pitchV), ditherLevel, PackedWalk(width)), {x, pitchX}, width, height,
+    const SourcePlanes planes = Source({y, pitchY}, {u, pitchU}, {v, pitchV}, ditherLevel, PackedWalk(width));
+    I420ToPacked(planes, {x, pitchX}, width, height,
                  [](KorUint8* row, const KorUint8* luma, const KorUint8* chroma, KorSizeT n) { JoinRow(row, luma, chroma, n); });
 }
 
@@ -1850,7 +1915,8 @@ void KorI420ToUYVY_C_(const KorUint8* y, KorSizeT pitchY,
                       const KorUint8* v, KorSizeT pitchV,
                       KorUint8* x, KorSizeT pitchX,
                       KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
-    I420ToPacked(Source(TopDown(y, pitchY), TopDown(u, pitchU), TopDown(v, pitchV), ditherLevel, PackedWalk(width)), {x, pitchX}, width, height,
+    const SourcePlanes planes = Source({y, pitchY}, {u, pitchU}, {v, pitchV}, ditherLevel, PackedWalk(width));
+    I420ToPacked(planes, {x, pitchX}, width, height,
                  [](KorUint8* row, const KorUint8* luma, const KorUint8* chroma, KorSizeT n) { JoinRow(row, chroma, luma, n); });
 }
 
@@ -1873,7 +1939,7 @@ void KorI420toYuv2_C_(const KorUint8* y, KorSizeT pitchY,
     if (width < 2 || height < 2) {
         return;
     }
-    I420ToYuv2(TopDown(y, pitchY), TopDown(u, pitchU), TopDown(v, pitchV), {yuy2, pitchYuy2}, width, height);
+    I420ToYuv2(TopDown({y, pitchY}), TopDown({u, pitchU}), TopDown({v, pitchV}), {yuy2, pitchYuy2}, width, height);
 }
 
 void KorM420ToI420_C_(KorUint8* y, KorSizeT pitchY,
@@ -1928,24 +1994,27 @@ void DitherChroma(Plane out, SourceRows in, KorSizeT noiseIndex, KorUint rsBits,
 // Two samples by weights that sum to 255, in 16-bit lanes: the sum is at most 65025. Up to there the quotient by 255 is
 // (result + (result >> 8) + 1) >> 8, and compilers have a multiplication for it that is cheaper still. Deliberate: it is
 // rounded down, not to nearest; weights of 0 and 255 return one side unchanged.
-constexpr KorUint16 Blend(KorUint16 background, KorUint16 foreground, KorUint16 alpha, KorUint16 oneMinusAlpha) {
+constexpr KorUint8 Blend(KorUint16 background, KorUint16 foreground, KorUint16 alpha, KorUint16 oneMinusAlpha) {
     const KorUint16 result = static_cast<KorUint16>(background * oneMinusAlpha + foreground * alpha);
-    return static_cast<KorUint16>(result / 255);
+    return static_cast<KorUint8>(result / 255);
 }
 
 static_assert(Blend(255, 0, 0, 255) == 255 && Blend(0, 255, 255, 0) == 255, "the ends are exact");
-static_assert(Blend(0, 255, 128, 127) == 128 && Blend(255, 0, 128, 127) == 127 && Blend(100, 200, 128, 127) == 150, "the middle");
+static_assert(Blend(0, 255, 128, 127) == 128 && Blend(255, 0, 128, 127) == 127 && Blend(100, 200, 128, 127) == 150,
+              "the middle");
 static_assert(Blend(128, 0, 254, 1) == 0, "not rounded to nearest");
 
-KOR_KERNEL void BlendRow(KorUint8* KOR_RESTRICT background, const KorUint8* KOR_RESTRICT foreground, KorUint16 alpha, KorUint16 oneMinusAlpha, KorSizeT n) {
+KOR_KERNEL void BlendRow(KorUint8* KOR_RESTRICT background,
+                         const KorUint8* KOR_RESTRICT foreground, KorUint16 alpha, KorUint16 oneMinusAlpha, KorSizeT n) {
     for (KorSizeT i = 0; i < n; ++i) {
-        background[i] = static_cast<KorUint8>(Blend(background[i], foreground[i], alpha, oneMinusAlpha));
+        background[i] = Blend(background[i], foreground[i], alpha, oneMinusAlpha);
     }
 }
 
-KOR_KERNEL void BlendRowAlphaArray(KorUint8* KOR_RESTRICT background, const KorUint8* KOR_RESTRICT foreground, const KorUint8* KOR_RESTRICT alpha, KorSizeT n) {
+KOR_KERNEL void BlendRowAlphaArray(KorUint8* KOR_RESTRICT background,
+                                   const KorUint8* KOR_RESTRICT foreground, const KorUint8* KOR_RESTRICT alpha, KorSizeT n) {
     for (KorSizeT i = 0; i < n; ++i) {
-        background[i] = static_cast<KorUint8>(Blend(background[i], foreground[i], alpha[i], static_cast<KorUint16>(255 - alpha[i])));
+        background[i] = Blend(background[i], foreground[i], alpha[i], static_cast<KorUint16>(255 - alpha[i]));
     }
 }
 
@@ -1992,9 +2061,9 @@ void KorI420Dither_C_(const KorUint8* yIn, KorSizeT yInPitch,
     if (width < 2 || height < 2) {
         return;
     }
-    DitherLuma({yOut, yOutPitch}, TopDown(yIn, yInPitch), yNoiseIndex, LumaShift(ditherLevel), width, height);
-    DitherChroma({uOut, uOutPitch}, TopDown(uIn, uInPitch), uNoiseIndex, ChromaShift(ditherLevel), width, height);
-    DitherChroma({vOut, vOutPitch}, TopDown(vIn, vInPitch), vNoiseIndex, ChromaShift(ditherLevel), width, height);
+    DitherLuma({yOut, yOutPitch}, TopDown({yIn, yInPitch}), yNoiseIndex, LumaShift(ditherLevel), width, height);
+    DitherChroma({uOut, uOutPitch}, TopDown({uIn, uInPitch}), uNoiseIndex, ChromaShift(ditherLevel), width, height);
+    DitherChroma({vOut, vOutPitch}, TopDown({vIn, vInPitch}), vNoiseIndex, ChromaShift(ditherLevel), width, height);
 }
 
 void KorI420AlphaBlend_C_(KorUint8* yBackground, KorSizeT yBackgroundPitch,
@@ -2012,9 +2081,12 @@ void KorI420AlphaBlend_C_(KorUint8* yBackground, KorSizeT yBackgroundPitch,
     const KorSizeT heightChroma = (height + 1) / 2;
     const KorSizeT xPositionChroma = xPosition / 2;
     const KorSizeT yPositionChroma = yPosition / 2;
-    BlendBuffer(Region({yBackground, yBackgroundPitch}, xPosition, yPosition), TopDown(yForeground, yForegroundPitch), width, height, alpha);
-    BlendBuffer(Region({uBackground, uBackgroundPitch}, xPositionChroma, yPositionChroma), TopDown(uForeground, uForegroundPitch), widthChroma, heightChroma, alpha);
-    BlendBuffer(Region({vBackground, vBackgroundPitch}, xPositionChroma, yPositionChroma), TopDown(vForeground, vForegroundPitch), widthChroma, heightChroma, alpha);
+    BlendBuffer(Region({yBackground, yBackgroundPitch}, xPosition, yPosition),
+                TopDown({yForeground, yForegroundPitch}), width, height, alpha);
+    BlendBuffer(Region({uBackground, uBackgroundPitch}, xPositionChroma, yPositionChroma),
+                TopDown({uForeground, uForegroundPitch}), widthChroma, heightChroma, alpha);
+    BlendBuffer(Region({vBackground, vBackgroundPitch}, xPositionChroma, yPositionChroma),
+                TopDown({vForeground, vForegroundPitch}), widthChroma, heightChroma, alpha);
 }
 
 void KorI420AlphaArrayBlend_C_(KorUint8* yBackground, KorSizeT yBackgroundPitch,
@@ -2035,7 +2107,10 @@ void KorI420AlphaArrayBlend_C_(KorUint8* yBackground, KorSizeT yBackgroundPitch,
     const KorSizeT heightChroma = (height + 1) / 2;
     const KorSizeT xPositionChroma = xPosition / 2;
     const KorSizeT yPositionChroma = yPosition / 2;
-    BlendBufferAlphaArray(Region({yBackground, yBackgroundPitch}, xPosition, yPosition), TopDown(yForeground, yForegroundPitch), TopDown(yAlpha, yAlphaPitch), width, height);
-    BlendBufferAlphaArray(Region({uBackground, uBackgroundPitch}, xPositionChroma, yPositionChroma), TopDown(uForeground, uForegroundPitch), TopDown(uAlpha, uAlphaPitch), widthChroma, heightChroma);
-    BlendBufferAlphaArray(Region({vBackground, vBackgroundPitch}, xPositionChroma, yPositionChroma), TopDown(vForeground, vForegroundPitch), TopDown(vAlpha, vAlphaPitch), widthChroma, heightChroma);
+    BlendBufferAlphaArray(Region({yBackground, yBackgroundPitch}, xPosition, yPosition),
+                          TopDown({yForeground, yForegroundPitch}), TopDown({yAlpha, yAlphaPitch}), width, height);
+    BlendBufferAlphaArray(Region({uBackground, uBackgroundPitch}, xPositionChroma, yPositionChroma),
+                          TopDown({uForeground, uForegroundPitch}), TopDown({uAlpha, uAlphaPitch}), widthChroma, heightChroma);
+    BlendBufferAlphaArray(Region({vBackground, vBackgroundPitch}, xPositionChroma, yPositionChroma),
+                          TopDown({vForeground, vForegroundPitch}), TopDown({vAlpha, vAlphaPitch}), widthChroma, heightChroma);
 }

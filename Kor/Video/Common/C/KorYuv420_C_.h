@@ -175,7 +175,8 @@ KOR_API void KorI420FlipVertical_C_(KorUint8* srcY, KorSizeT srcPitchY,
  * Chroma is converted from the averaged RGB of each block of two by two pixels: first each column's vertical pair, then
  * the two columns, each rounded up. The blocks of an odd last column or row are one pixel wide or high.
  *
- * Reads width pixels of height rows of x, never their alpha. Writes width by height luma samples and (width + 1) / 2 by
+ * Reads width pixels of height rows of x. Alpha never counts: the image may begin behind its first alpha (ARGB, ABGR)
+ * or end before its last (RGBA, BGRA). Writes width by height luma samples and (width + 1) / 2 by
  * (height + 1) / 2 chroma samples. A zero width or height writes nothing.
  */
 KOR_API void KorRGBAToI420_C_(KorUint8* y, KorSizeT pitchY,
