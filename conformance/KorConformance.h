@@ -19,8 +19,8 @@
  *   Sizes      Every width from 0 to 40 by every height from 0 to 12; then widths and heights around 16, 32, 48, 64,
  *              128, 192, 256 and 512, very wide and very high ones.
  *   Arguments  At each size all combinations of flips, levels, angles (legal ones and others), directions of the source,
- *              positions, weights, matrices (six, up to sums that wrap; also one that lies in a plane which is written),
- *              work in place where it is allowed.
+ *              positions, weights, matrices (six, up to sums that wrap; also one that lies in the luma plane
+ *              which is written), work in place where it is allowed.
  *   Memory     Tight pitches, pitches of whole 16 bytes, and odd ones that put every row on another alignment; planes
  *              that end right before an unmapped page, and planes that begin right behind one. At sizes of zero also
  *              null pointers.
@@ -197,11 +197,11 @@ typedef enum KorConformanceStatus {
 typedef struct KorConformanceOptions {
     const char* name;                 /* of the variant, for the reports; null: "variant" */
     const KorConformanceTable* model; /* what is expected; null: the portable functions */
-    const char* const* functions;     /* names of the functions to try, with or without their suffix; null: all */
+    const char* const* functions;     /* names of the functions to try, with or without their suffix, all in the table; null: all */
     size_t functionCount;
     uint64_t seed;           /* zero: the usual one */
     KorBool quick;           /* fewer sizes: a tenth of the time, for a first look and for emulators */
-    size_t caseNumber;       /* try only this case of each function, as a report numbers it; zero: all */
+    size_t caseNumber;       /* try only this case of each function that has it, as a report numbers it; zero: all */
     FILE* text;              /* where to report; null: nowhere */
     const char* junitPath;   /* also write JUnit XML to this file; null: do not */
     const char* programName; /* for the command that repeats a failure; null: "PROGRAM" */

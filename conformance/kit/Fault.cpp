@@ -3,6 +3,7 @@
 #include <setjmp.h>
 
 #include <cstddef>
+#include <iterator>
 
 namespace kit {
 
@@ -13,7 +14,9 @@ struct Caught {
     const char* name;
 };
 
-constexpr Caught kCaught[] = {{SIGSEGV, "SIGSEGV"}, {SIGBUS, "SIGBUS"}, {SIGILL, "SIGILL"}, {SIGFPE, "SIGFPE"}};
+// A trap that a compiler put in raises SIGILL on x86 and SIGTRAP on AArch64.
+constexpr Caught kCaught[] = {
+    {SIGSEGV, "SIGSEGV"}, {SIGBUS, "SIGBUS"}, {SIGILL, "SIGILL"}, {SIGTRAP, "SIGTRAP"}, {SIGFPE, "SIGFPE"}};
 
 sigjmp_buf wayOut;
 volatile sig_atomic_t calling = 0;
@@ -36,7 +39,7 @@ void LeaveCall(int number, siginfo_t* info, void*) {
 }  // namespace
 
 FaultCatcher::FaultCatcher()
-    : former_() {
+    : former_(std::size(kCaught)) {
     struct sigaction action = {};
     action.sa_sigaction = LeaveCall;
     // The handler does not return, so that the signal must not stay blocked.

@@ -5,9 +5,9 @@
 
 #include <signal.h>
 
-#include <array>
 #include <cstdint>
 #include <optional>
+#include <vector>
 
 #include "conformance/core/Functions.h"
 
@@ -31,7 +31,7 @@ class FaultCatcher {
     std::optional<Fault> Call(const AnyFunction& function, const PlaneView* planes, const Case& options) const;
 
   private:
-    std::array<struct sigaction, 4> former_;
+    std::vector<struct sigaction> former_;
 };
 
 }  // namespace kit

@@ -102,6 +102,9 @@ Request MakeRequest(const KorConformanceTable& table, const KorConformanceOption
     std::size_t offered = 0;
     for (const Entry* entry : request.entries) {
         const bool inTable = !IsNull(entry->of(table));
+        if (!inTable && options.functions != nullptr) {
+            throw UsageError(std::string("the table has no ") + entry->name);
+        }
         if (inTable && IsNull(entry->of(*request.model))) {
             throw UsageError(std::string("the model has no ") + entry->name);
         }
@@ -125,17 +128,17 @@ KorConformanceStatus Run(const KorConformanceTable& table, const KorConformanceO
         outcomes.push_back(TryFunction(request, *entry));
         same = same && outcomes.back().verdict.Same();
         cases += outcomes.back().verdict.cases;
-        if (outcomes.back().offered || options.functions != nullptr) {
+        if (outcomes.back().offered) {
             Say(options.text, TextLine(request, outcomes.back()));
         }
+    }
+    if (cases == 0) {
+        throw UsageError("there is no case " + std::to_string(request.onlyCase));
     }
     Say(options.text, TextSummary(request, outcomes));
     Say(junit.get(), JUnitXml(request, outcomes));
     if (junit != nullptr && std::ferror(junit.get()) != 0) {
         throw UsageError(std::string("cannot write ") + options.junitPath);
-    }
-    if (cases == 0) {
-        throw UsageError("there is no case " + std::to_string(request.onlyCase));
     }
     return same ? KOR_CONFORMANCE_SAME : KOR_CONFORMANCE_DIFFERS;
 }

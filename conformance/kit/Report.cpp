@@ -57,10 +57,15 @@ std::string Attribute(const char* name, const std::string& value) {
     return std::string(" ") + name + "=\"" + Escaped(value) + "\"";
 }
 
+// Why a function was not tried.
+const char* WhyUntried(const Outcome& outcome) {
+    return outcome.offered ? "no such case" : "not in the table";
+}
+
 struct Totals {
     std::size_t same = 0;
     std::size_t differ = 0;
-    std::size_t missing = 0;
+    std::size_t untried = 0;
     std::size_t cases = 0;
     double seconds = 0;
 
@@ -68,7 +73,7 @@ struct Totals {
         for (const Outcome& outcome : outcomes) {
             cases += outcome.verdict.cases;
             seconds += outcome.seconds;
-            ++(!outcome.offered ? missing : outcome.verdict.Same() ? same
+            ++(!outcome.Tried() ? untried : outcome.verdict.Same() ? same
                                                                    : differ);
         }
     }
@@ -78,8 +83,8 @@ struct Totals {
 
 std::string TextLine(const Request& request, const Outcome& outcome) {
     char line[128];
-    if (!outcome.offered) {
-        std::snprintf(line, sizeof line, "%-34s not in the table\n", outcome.entry->name);
+    if (!outcome.Tried()) {
+        std::snprintf(line, sizeof line, "%-34s %s\n", outcome.entry->name, WhyUntried(outcome));
         return line;
     }
     const Verdict& verdict = outcome.verdict;
@@ -91,7 +96,7 @@ std::string TextLine(const Request& request, const Outcome& outcome) {
 std::string TextSummary(const Request& request, const std::vector<Outcome>& outcomes) {
     const Totals totals(outcomes);
     return request.name + ": " + std::to_string(totals.same) + " same, " + std::to_string(totals.differ) +
-           " different, " + std::to_string(totals.missing) + " not in the table; " + std::to_string(totals.cases) +
+           " different, " + std::to_string(totals.untried) + " not tried; " + std::to_string(totals.cases) +
            " cases in " + Seconds(totals.seconds) + " s, seed " + std::to_string(request.seed) + "\n";
 }
 
@@ -100,14 +105,14 @@ std::string JUnitXml(const Request& request, const std::vector<Outcome>& outcome
     std::string xml = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites>\n  <testsuite";
     xml += Attribute("name", request.name) + Attribute("tests", std::to_string(outcomes.size())) +
            Attribute("failures", std::to_string(totals.differ)) + Attribute("errors", "0") +
-           Attribute("skipped", std::to_string(totals.missing)) + Attribute("time", Seconds(totals.seconds)) + ">\n";
+           Attribute("skipped", std::to_string(totals.untried)) + Attribute("time", Seconds(totals.seconds)) + ">\n";
     xml += "    <properties>\n      <property name=\"seed\"" + Attribute("value", std::to_string(request.seed)) +
            "/>\n    </properties>\n";
     for (const Outcome& outcome : outcomes) {
         xml += "    <testcase" + Attribute("classname", request.name) + Attribute("name", outcome.entry->name) +
                Attribute("time", Seconds(outcome.seconds));
-        if (!outcome.offered) {
-            xml += ">\n      <skipped message=\"not in the table\"/>\n    </testcase>\n";
+        if (!outcome.Tried()) {
+            xml += ">\n      <skipped" + Attribute("message", WhyUntried(outcome)) + "/>\n    </testcase>\n";
         } else if (outcome.verdict.Same()) {
             xml += "/>\n";
         } else {

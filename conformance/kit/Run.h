@@ -28,6 +28,9 @@ struct Outcome {
     bool offered = false;
     Verdict verdict;
     double seconds = 0;
+
+    // A function without a case is neither the same nor different.
+    bool Tried() const { return offered && verdict.cases > 0; }
 };
 
 // All sizes, options, pitches, placements and patterns of a function.

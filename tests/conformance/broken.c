@@ -2,6 +2,7 @@
  * broken CRIME [OPTION]...: a vendor's program whose mirror and whose renderer are right but for one crime, at one size.
  * The kit has to see each.
  */
+#include <signal.h>
 #include <stdio.h>
 #include <string.h>
 
@@ -37,6 +38,8 @@ static void Mirror(const KorUint8* src, KorDistanceT pitchSrc,
         ((KorUint8*)(size_t)src)[2] ^= 1;
     } else if (Commits("abroad")) {
         *(volatile KorUint8*)(size_t)((size_t)1 << 20) = 1;
+    } else if (Commits("trap")) {
+        (void)raise(SIGTRAP);
     }
 }
 
@@ -65,7 +68,9 @@ int main(int argc, char** argv) {
     }
     crime = argv[1];
     argv[1] = argv[0];
-    table.KorPlanarMirror = &Mirror;
-    table.KorI420ToBGRA = &Render;
+    if (!Commits("absence")) {
+        table.KorPlanarMirror = &Mirror;
+        table.KorI420ToBGRA = &Render;
+    }
     return KorConformanceMain(argc - 1, argv + 1, "broken <by \"design\">", &table, NULL);
 }

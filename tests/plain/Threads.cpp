@@ -175,12 +175,38 @@ void Split(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_
     split(f.At(0, 2 * x, y), kPitch, f.At(1, x, y), kPitch, f.At(2, x, y), kPitch, width, height);
 }
 
+// Blocks of M420 cannot be cut into columns: each column has narrow blocks of its own, next to the others'.
+void CaptureM420(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
+    KorM420ToI420_C_(f.At(0, x, y), kPitch, f.At(1, x / 2, y / 2), kPitch, f.At(2, x / 2, y / 2), kPitch,
+                     f.At(3, 3 * x, y / 2), kPitch, width, height, 0);
+}
+
 // Quarter turns trade places: a part's destination is as far down as the part is to the right.
 template <KorImageRotationDegree angle>
+constexpr std::size_t kTurnedPitch = angle == 90 || angle == 270 ? 64 : kPitch;
+
+template <KorImageRotationDegree angle>
+KorUint8* Turned(Bytes& plane, std::size_t x, std::size_t y) {
+    return plane.data() + (kTurnedPitch<angle> == kPitch ? y * kPitch + x : x * kTurnedPitch<angle> + y);
+}
+
+template <KorImageRotationDegree angle>
 void Turn(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
-    Bytes& turned = f.planes[1];
-    KorPlanarRotation_C_(f.At(0, x, y), kPitch, turned.data() + (angle == 180 ? y * kPitch + x : x * 64 + y),
-                         angle == 180 ? kPitch : 64, width, height, angle);
+    KorPlanarRotation_C_(f.At(0, x, y), kPitch, Turned<angle>(f.planes[1], x, y), kTurnedPitch<angle>, width, height,
+                         angle);
+}
+
+template <KorImageRotationDegree angle>
+void SplitTurned(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
+    KorPlanarUVDeinterlaceRotation_C_(f.At(0, 2 * x, y), kPitch, Turned<angle>(f.planes[1], x, y), kTurnedPitch<angle>,
+                                      Turned<angle>(f.planes[2], x, y), kTurnedPitch<angle>, width, height, angle);
+}
+
+template <decltype(&KorYUY2ToI420WithRotation_C_) capture, KorImageRotationDegree angle>
+void CaptureTurned(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
+    capture(Turned<angle>(f.planes[0], x, y), kTurnedPitch<angle>, Turned<angle>(f.planes[1], x / 2, y / 2),
+            kTurnedPitch<angle>, Turned<angle>(f.planes[2], x / 2, y / 2), kTurnedPitch<angle>, f.At(3, 2 * x, y), kPitch,
+            width, height, 0, angle);
 }
 
 void FlipInPlace(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
@@ -223,7 +249,16 @@ constexpr NamedPart kParts[] = {
     {"Kor24BGToI420_C_", CaptureI420<&Kor24BGToI420_C_, 3>},
     {"KorYUY2ToI420_C_", CaptureI420<&KorYUY2ToI420_C_, 2>},
     {"KorUYVYToI420_C_", CaptureI420<&KorUYVYToI420_C_, 2>},
+    {"KorYUY2ToI420WithRotation_C_, 0", CaptureTurned<&KorYUY2ToI420WithRotation_C_, 0>},
+    {"KorYUY2ToI420WithRotation_C_, 90", CaptureTurned<&KorYUY2ToI420WithRotation_C_, 90>},
+    {"KorYUY2ToI420WithRotation_C_, 180", CaptureTurned<&KorYUY2ToI420WithRotation_C_, 180>},
+    {"KorYUY2ToI420WithRotation_C_, 270", CaptureTurned<&KorYUY2ToI420WithRotation_C_, 270>},
+    {"KorUYVYToI420WithRotation_C_, 0", CaptureTurned<&KorUYVYToI420WithRotation_C_, 0>},
+    {"KorUYVYToI420WithRotation_C_, 90", CaptureTurned<&KorUYVYToI420WithRotation_C_, 90>},
+    {"KorUYVYToI420WithRotation_C_, 180", CaptureTurned<&KorUYVYToI420WithRotation_C_, 180>},
+    {"KorUYVYToI420WithRotation_C_, 270", CaptureTurned<&KorUYVYToI420WithRotation_C_, 270>},
     {"KorYuv2ToI420_C_", CaptureI420<&KorYuv2ToI420_C_, 2>},
+    {"KorM420ToI420_C_", CaptureM420},
     {"KorI420ToRGBA_C_", RenderI420<&KorI420ToRGBA_C_, 4>},
     {"KorI420ToBGRA_C_", RenderI420<&KorI420ToBGRA_C_, 4>},
     {"KorI420ToARGB_C_", RenderI420<&KorI420ToARGB_C_, 4>},
@@ -243,11 +278,25 @@ constexpr NamedPart kParts[] = {
     {"KorPlanarRotation_C_, 90", Turn<90>},
     {"KorPlanarRotation_C_, 180", Turn<180>},
     {"KorPlanarRotation_C_, 270", Turn<270>},
+    {"KorPlanarUVDeinterlaceRotation_C_, 90", SplitTurned<90>},
+    {"KorPlanarUVDeinterlaceRotation_C_, 180", SplitTurned<180>},
+    {"KorPlanarUVDeinterlaceRotation_C_, 270", SplitTurned<270>},
     {"KorI420FlipVertical_C_", FlipInPlace},
     {"KorI420Dither_C_", DitherInPlace},
     {"KorI420AlphaBlend_C_", Blend},
     {"KorI420AlphaArrayBlend_C_", BlendArray},
 };
+
+// A function that is added to the catalogue and not to the parts would go untried.
+void RequireParts(const kit::Entry& entry) {
+    for (const NamedPart& part : kParts) {
+        if (std::strncmp(part.name, entry.name, std::strlen(entry.name)) == 0) {
+            return;
+        }
+    }
+    std::fprintf(stderr, "%s has no parts\n", entry.name);
+    std::exit(EXIT_FAILURE);
+}
 
 // The parts are columns or bands of rows, one a thread.
 void TryPartsOfOneFrame(const NamedPart& part, bool columns) {
@@ -272,6 +321,7 @@ void TryPartsOfOneFrame(const NamedPart& part, bool columns) {
 int main() {
     std::size_t calls = 0;
     for (const kit::Entry& entry : kit::Catalogue()) {
+        RequireParts(entry);
         calls += TryFramesOfTheirOwn(entry);
     }
     for (const NamedPart& part : kParts) {
