@@ -140,10 +140,22 @@ done
 grep -qF "standard input: is empty; a PNG, JPEG, PPM or Y4M file or raw frames are wanted" stderr.txt || fail "an empty standard input: $(cat stderr.txt)"
 "$korframe" convert - none.y4m <&- 2>stderr.txt
 [ $? -eq 1 ] || fail "a closed standard input was taken"
-grep -qF "standard input: cannot be opened: Bad file descriptor" stderr.txt || fail "a closed standard input: $(cat stderr.txt)"
+grep -qF "standard input: cannot be read: Bad file descriptor" stderr.txt || fail "a closed standard input: $(cat stderr.txt)"
 "$korframe" convert card.png - >&- 2>stderr.txt
 [ $? -eq 1 ] || fail "a closed standard output was taken"
 grep -qF "standard output: cannot be written: Bad file descriptor" stderr.txt || fail "a closed standard output: $(cat stderr.txt)"
+# A file that is opened where a standard stream was closed is not taken for that stream.
+"$korframe" testcard no-output.png --size 64x64 >&- 2>stderr.txt || fail "without standard output: $(cat stderr.txt)"
+"$korframe" testcard no-input.png --size 64x64 <&- 2>stderr.txt || fail "without standard input: $(cat stderr.txt)"
+"$korframe" testcard no-error.png --size 64x64 2>&- || fail "without standard error"
+"$korframe" testcard no-stream.png --size 64x64 <&- >&- 2>&- || fail "without standard streams"
+for output in no-output.png no-input.png no-error.png no-stream.png; do
+    same $output card.png
+done
+"$korframe" info card.png >&- 2>stderr.txt
+[ $? -eq 1 ] || fail "info took a closed standard output"
+grep -qF "standard output: cannot be written: Bad file descriptor" stderr.txt || fail "info on a closed standard output: $(cat stderr.txt)"
+leaves_nothing
 
 # Matrix files that are none.
 bytes "00 ff 00 ff" >zeros.txt

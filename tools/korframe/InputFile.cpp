@@ -20,7 +20,8 @@ constexpr std::size_t kChunk = 65536;
 
 InputFile::InputFile(const std::string& path)
     : name_(path == "-" ? "standard input" : path),
-      descriptor_(path == "-" ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
+      isStandardInput_(path == "-"),
+      descriptor_(isStandardInput_ ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
     struct stat status = {};
     if (descriptor_ < 0 || fstat(descriptor_, &status) != 0) {
         FailFile(name_, std::string("cannot be opened: ") + std::strerror(errno));
@@ -34,7 +35,7 @@ InputFile::InputFile(const std::string& path)
 }
 
 InputFile::~InputFile() {
-    if (descriptor_ > STDIN_FILENO) {
+    if (!isStandardInput_) {
         close(descriptor_);
     }
 }

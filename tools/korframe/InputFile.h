@@ -42,6 +42,7 @@ class InputFile {
     std::size_t ReadSome(std::uint8_t* bytes, std::size_t count);
 
     std::string name_;
+    bool isStandardInput_;
     int descriptor_;
     std::optional<std::uint64_t> size_;
     std::uint64_t position_ = 0;

@@ -1,4 +1,9 @@
 // korframe: raw video frames on the command line, through the Kor library.
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
 #include <exception>
 #include <iostream>
 #include <string>
@@ -27,6 +32,17 @@ constexpr void (*kCommands[])(CLI::App&) = {
 std::string Version() {
     return "korframe " + std::to_string(KOR_VERSION_MAJOR) + "." + std::to_string(KOR_VERSION_MINOR) + "." +
            std::to_string(KOR_VERSION_PATCH);
+}
+
+// A descriptor that was closed before the start would go to the next file opened, which then passes for a standard
+// stream. Each is held by one on which its use fails.
+void OccupyStandardDescriptors() {
+    for (const int number : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(number, F_GETFD) < 0 && errno == EBADF &&
+            open("/dev/null", number == STDIN_FILENO ? O_WRONLY : O_RDONLY) != number) {
+            FailFile("/dev/null", std::string("cannot be opened: ") + std::strerror(errno));
+        }
+    }
 }
 
 int Report(const std::string& message, ExitStatus status) {
@@ -69,6 +85,7 @@ int Run(int argc, char** argv) {
 int main(int argc, char** argv) {
     using korframe::ExitStatus;
     try {
+        korframe::OccupyStandardDescriptors();
         korframe::RemoveTemporariesOnSignals();
         return korframe::Run(argc, argv);
     } catch (const korframe::Verdict& verdict) {

@@ -87,8 +87,8 @@ void RemoveTemporariesOnSignals() {
 }
 
 OutputFile::OutputFile(const std::string& path)
-    : name_(path == "-" ? "standard output" : path), path_(path) {
-    if (path == "-") {
+    : name_(path == "-" ? "standard output" : path), path_(path), isStandardOutput_(path == "-") {
+    if (isStandardOutput_) {
         descriptor_ = STDOUT_FILENO;
         return;
     }
@@ -110,7 +110,7 @@ OutputFile::OutputFile(const std::string& path)
 }
 
 OutputFile::~OutputFile() {
-    if (descriptor_ > STDOUT_FILENO) {
+    if (descriptor_ >= 0 && !isStandardOutput_) {
         close(descriptor_);
     }
     RemoveTemporary();
@@ -159,7 +159,7 @@ void OutputFile::Write(const void* bytes, std::size_t count) {
 }
 
 void OutputFile::Commit() {
-    if (descriptor_ <= STDOUT_FILENO) {
+    if (descriptor_ < 0 || isStandardOutput_) {
         return;
     }
     const int closing = descriptor_;

@@ -31,6 +31,7 @@ class OutputFile {
     std::string name_;       // as it stands in messages
     std::string path_;       // symbolic links followed, so that the link stays and its target is replaced
     std::string temporary_;  // empty when written directly
+    bool isStandardOutput_;
     int descriptor_ = -1;
 };
 
