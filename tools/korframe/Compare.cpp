@@ -2,8 +2,10 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
+#include <exception>
 #include <limits>
 #include <memory>
+#include <new>
 #include <optional>
 #include <string>
 #include <vector>
@@ -146,7 +148,7 @@ void Compare(const CompareOptions& options) {
     }
     const std::vector<Pair> pairs = PairUp(*a.format, *b.format);
     if (pairs.empty()) {
-        std::printf("%s %s differ: %s and %s have no samples in common\n", a.name.c_str(), b.name.c_str(),
+        std::printf("%s %s differ: %s and %s cannot be compared sample by sample\n", a.name.c_str(), b.name.c_str(),
                     a.format->name, b.format->name);
         EndDifferent();
     }
@@ -184,6 +186,8 @@ void RunCompare(const CompareOptions& options) {
         throw Error(ExitStatus::Usage, error.what());
     } catch (const std::bad_alloc&) {
         throw Error(ExitStatus::Usage, kOutOfMemory);
+    } catch (const std::exception& error) {
+        throw Error(ExitStatus::Usage, error.what());
     }
 }
 
