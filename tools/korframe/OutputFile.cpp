@@ -158,9 +158,21 @@ void OutputFile::Write(const void* bytes, std::size_t count) {
     }
 }
 
+void OutputFile::Synchronize() const {
+    const bool done = fsync(descriptor_) == 0;
+    const bool isUnsupported = errno == EINVAL || errno == EROFS || errno == ENOSYS || errno == ENOTSUP;
+    if (!done && !isUnsupported) {
+        Fail("cannot be written");
+    }
+}
+
 void OutputFile::Commit() {
     if (descriptor_ < 0 || isStandardOutput_) {
         return;
+    }
+    // After a crash of the system the name must not lead to a file whose bytes never reached the disk.
+    if (!temporary_.empty()) {
+        Synchronize();
     }
     const int closing = descriptor_;
     descriptor_ = -1;

@@ -26,6 +26,7 @@ class OutputFile {
   private:
     [[noreturn]] void Fail(const std::string& action) const;
     void OpenTemporary();
+    void Synchronize() const;
     void RemoveTemporary();
 
     std::string name_;       // as it stands in messages
