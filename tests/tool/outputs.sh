@@ -8,6 +8,8 @@
 refuses 2 "subcommand is required"
 refuses 2 "paint is no subcommand; korframe --help tells the usage" paint
 refuses 2 "INPUT is required" convert
+refuses 2 "INPUT is required" convert --
+refuses 2 "--foo is no option; korframe convert --help tells the usage" convert --foo
 refuses 2 "korframe convert --help tells the usage" convert a b --colour
 
 # The test card.

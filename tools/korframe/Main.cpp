@@ -2,11 +2,13 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <exception>
 #include <iostream>
 #include <string>
+#include <vector>
 
 #include "Commands.h"
 #include "Errors.h"
@@ -50,6 +52,15 @@ int Report(const std::string& message, ExitStatus status) {
     return static_cast<int>(status);
 }
 
+// The first option that nobody knows. It is the likelier mistake where a positional is missing, too.
+std::string UnknownOption(const CLI::App& app) {
+    const std::vector<std::string> unknown = app.remaining(true);
+    const auto found = std::find_if(unknown.begin(), unknown.end(), [](const std::string& argument) {
+        return argument.size() > 1 && argument[0] == '-' && argument != "--";
+    });
+    return found == unknown.end() ? "" : *found;
+}
+
 int Run(int argc, char** argv) {
     CLI::App app("Converts, turns, renders and blends raw video frames.", "korframe");
     app.set_version_flag("--version", Version());
@@ -72,8 +83,9 @@ int Run(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         const std::string command =
             app.get_subcommands().empty() ? "" : " " + app.get_subcommands().front()->get_name();
-        return Report(std::string(error.what()) + "; korframe" + command + " --help tells the usage",
-                      ExitStatus::Usage);
+        const std::string unknown = UnknownOption(app);
+        const std::string problem = unknown.empty() ? error.what() : unknown + " is no option";
+        return Report(problem + "; korframe" + command + " --help tells the usage", ExitStatus::Usage);
     }
     return static_cast<int>(ExitStatus::Success);
 }
