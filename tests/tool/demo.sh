@@ -10,6 +10,7 @@ done
 [ "$(sed -n 2p 1-scene.ppm)" = "1280 720" ] || fail "the size of the scene"
 [ "$(sed -n 2p 2-camera.ppm)" = "720 1280" ] || fail "the camera does not lie on its side"
 [ "$(sed -n 2p 5-rendered.ppm)" = "1280 720" ] || fail "the size of the last stage"
+[ "$(sed -n 2p contact-sheet.ppm)" = "1280 753" ] || fail "the rows of the contact sheet: $(sed -n 2p contact-sheet.ppm)"
 cmp -s 4-composed.ppm 5-rendered.ppm && fail "there is no noise"
 leaves_nothing
 

@@ -117,26 +117,43 @@ Frame DrawSelfView(std::size_t width, std::size_t height) {
     return EvenBgra(view);
 }
 
+struct TileSize {
+    std::size_t width;
+    std::size_t height;
+};
+
+// The picture in its shape, its longer side as long as the side of the tile.
+TileSize FitTile(const Frame& picture, std::size_t side) {
+    const std::size_t longest = std::max(picture.Width(), picture.Height());
+    return {std::max<std::size_t>(picture.Width() * side / longest, 1),
+            std::max<std::size_t>(picture.Height() * side / longest, 1)};
+}
+
 Frame DrawContactSheet(const std::vector<Stage>& stages) {
     constexpr std::size_t kTile = 400;
     constexpr std::size_t kMargin = 20;
     constexpr std::size_t kCaption = 34;
     constexpr std::size_t kColumns = 3;
     constexpr std::size_t kScale = 2;
-    const std::size_t rows = (stages.size() + kColumns - 1) / kColumns;
-    Frame sheet(FormatOf(Layout::Rgba), kColumns * (kTile + kMargin) + kMargin,
-                rows * (kTile + kCaption + kMargin) + kMargin);
+    // Each row is as high as its tallest picture.
+    std::vector<std::size_t> tops = {kMargin};
+    for (std::size_t first = 0; first < stages.size(); first += kColumns) {
+        std::size_t tallest = 0;
+        for (std::size_t i = first; i < std::min(first + kColumns, stages.size()); ++i) {
+            tallest = std::max(tallest, FitTile(stages[i].picture, kTile).height);
+        }
+        tops.push_back(tops.back() + kCaption + tallest + kMargin);
+    }
+    Frame sheet(FormatOf(Layout::Rgba), kColumns * (kTile + kMargin) + kMargin, tops.back());
     Canvas canvas(sheet);
     canvas.Fill({0, 0, sheet.Width(), sheet.Height()}, Grey(32));
     for (std::size_t i = 0; i < stages.size(); ++i) {
         const Frame& picture = stages[i].picture;
-        const std::size_t longest = std::max(picture.Width(), picture.Height());
-        const std::size_t width = std::max<std::size_t>(picture.Width() * kTile / longest, 1);
-        const std::size_t height = std::max<std::size_t>(picture.Height() * kTile / longest, 1);
+        const TileSize tile = FitTile(picture, kTile);
         const std::size_t x = kMargin + i % kColumns * (kTile + kMargin);
-        const std::size_t y = kMargin + i / kColumns * (kTile + kCaption + kMargin);
+        const std::size_t y = tops[i / kColumns];
         canvas.Text(x, y, kScale, Grey(255), stages[i].caption);
-        canvas.Picture({x, y + kCaption, width, height}, picture);
+        canvas.Picture({x, y + kCaption, tile.width, tile.height}, picture);
     }
     return sheet;
 }
