@@ -14,7 +14,7 @@ namespace {
 
 // Function and memcpy take turns in bursts this short, or of one call where that takes longer: a disturbance then meets
 // both, and few of the bursts.
-constexpr double kBurstSeconds = 0.0005;
+constexpr double kBurstSeconds = 50e-6;
 
 // The time that this thread was at work. Unlike that of a clock on the wall, it does not count what other programs took
 // from the processor in between.
