@@ -23,7 +23,7 @@ SizeList FewSizes() {
             sizes.emplace_back(width, height);
         }
     }
-    const SizeList larger{{33, 17}, {17, 33}, {34, 2}, {64, 3}, {129, 4}, {258, 2}, {641, 3}, {3, 301}};
+    const SizeList larger{{33, 17}, {17, 33}, {34, 2}, {64, 3}, {128, 3}, {129, 4}, {258, 2}, {641, 3}, {3, 301}};
     sizes.insert(sizes.end(), larger.begin(), larger.end());
     return sizes;
 }

@@ -3,6 +3,7 @@
 #define KOR_TESTS_SUPPORT_FRAMES_H
 
 #include <cstddef>
+#include <cstdint>
 #include <initializer_list>
 
 #include "conformance/kit/Plane.h"
@@ -30,6 +31,12 @@ inline PlaneShape ShapeWithSpares(std::size_t rowBytes, std::size_t rows, std::s
     shape.spareColumns = spareColumns;
     shape.spareRows = spareRows;
     return shape;
+}
+
+// A plane at the very end of all addresses. No byte of it can be touched, and as a second row would lie beyond,
+// UndefinedBehaviorSanitizer reports whoever asks for its address.
+inline PlaneView OutOfReach() {
+    return {reinterpret_cast<KorUint8*>(~std::uintptr_t{0} - 7), 16, 0};
 }
 
 // The three planes of an image of width by height, chroma rounded up.

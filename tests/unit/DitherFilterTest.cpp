@@ -187,6 +187,10 @@ TEST(DitherFilter, FailingServiceIsIgnored) {
     Filter(Grey(9, 5), out, 9, 5, KOR_VIDEOFRAMEDITHERLEVEL_2, 1);
     EXPECT_EQ(ScriptedRandom::Draws().size(), 3u);
     EXPECT_EQ(out.y.GapDifference("y", before.data()), "");
+    // A service that leaves the index alone leaves it at the table's start.
+    EXPECT_EQ(out.y.At(0, 0), GreyLuma(0, KOR_VIDEOFRAMEDITHERLEVEL_2));
+    EXPECT_EQ(out.u.At(0, 0), GreyChroma(0, KOR_VIDEOFRAMEDITHERLEVEL_2));
+    EXPECT_EQ(out.v.At(0, 0), GreyChroma(0, KOR_VIDEOFRAMEDITHERLEVEL_2));
 }
 
 TEST(DitherFilter, InPlaceEqualsOutOfPlace) {
