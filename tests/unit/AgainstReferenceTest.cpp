@@ -67,15 +67,15 @@ TEST(MatricesOfEveryMagnitude, Render) {
 
 // Converts into three planes of planeBytes each, with a matrix somewhere in, between or around them; returns all bytes.
 kit::Bytes CaptureOntoMatrix(kit::CaptureGeneralFunction convert, std::size_t planeBytes, std::size_t matrixAt,
-                             std::size_t width, std::size_t height, std::uint64_t seed) {
+                             std::size_t width, std::size_t height, std::uint64_t seed, std::size_t pitchU, std::size_t pitchV) {
     kit::Bytes memory(sizeof(kit::Matrix) + 3 * planeBytes + sizeof(kit::Matrix));
     kit::FillNoise(seed, memory.data(), memory.size());
     const kit::Plane x(kit::Shape(4 * width, height));
     x.Fill(kit::Pattern::Noise, seed + 1);
     KorUint8* const y = memory.data() + sizeof(kit::Matrix);
     const void* const matrix = memory.data() + matrixAt;
-    convert(y, width + 1, y + planeBytes, width / 2 + 2, y + 2 * planeBytes, width / 2 + 5, x.data(), x.pitch(), width,
-            height, static_cast<KorBool>(seed % 2), static_cast<const KorInt(*)[3]>(matrix));
+    convert(y, width + 1, y + planeBytes, pitchU, y + 2 * planeBytes, pitchV, x.data(), x.pitch(), width, height,
+            static_cast<KorBool>(seed % 2), static_cast<const KorInt(*)[3]>(matrix));
     return memory;
 }
 
@@ -85,8 +85,10 @@ void CompareOntoMatrix(std::size_t planeBytes, std::size_t step, const kit::Size
         for (const std::size_t height : heights) {
             for (std::size_t at = 0; at <= sizeof(kit::Matrix) + 3 * planeBytes; at += step) {
                 ++seed;
-                ASSERT_EQ(CaptureOntoMatrix(&::KorBGRAToI420General_C_, planeBytes, at, width, height, seed),
-                          CaptureOntoMatrix(&::reference::KorBGRAToI420General_C_, planeBytes, at, width, height, seed))
+                const auto capture = [&](kit::CaptureGeneralFunction convert) {
+                    return CaptureOntoMatrix(convert, planeBytes, at, width, height, seed, width / 2 + 2, width / 2 + 5);
+                };
+                ASSERT_EQ(capture(&::KorBGRAToI420General_C_), capture(&::reference::KorBGRAToI420General_C_))
                     << width << "x" << height << ", matrix at " << at;
             }
         }
@@ -96,6 +98,19 @@ void CompareOntoMatrix(std::size_t planeBytes, std::size_t step, const kit::Size
 TEST(SharedMemory, MatrixInsideADestinationIsReadAfreshForEverySample) {
     CompareOntoMatrix(64, 4, {1, 2, 3, 6, 7}, {1, 2, 3, 4, 5, 6});
     CompareOntoMatrix(1024, 20, {17, 40}, {9, 20});
+}
+
+TEST(SharedMemory, PitchOfASingleRowOfChromaDoesNotCount) {
+    constexpr std::size_t kWidth = 100, kHeight = 2, kPlaneBytes = 2048, kAll = ~std::size_t{0};
+    for (const std::size_t pitch : {kAll - 59, kAll / 2 - 59, kAll / 4 - 19, kAll / 5 - 19}) {
+        for (std::size_t at = 0; at <= sizeof(kit::Matrix) + 3 * kPlaneBytes; at += 20) {
+            const auto capture = [at, pitch](kit::CaptureGeneralFunction convert) {
+                return CaptureOntoMatrix(convert, kPlaneBytes, at, kWidth, kHeight, 1, pitch, pitch);
+            };
+            ASSERT_EQ(capture(&::KorBGRAToI420General_C_), capture(&::reference::KorBGRAToI420General_C_))
+                << "pitch " << pitch << ", matrix at " << at;
+        }
+    }
 }
 
 }  // namespace
