@@ -5,7 +5,8 @@ Makes one small change at a time, compiles the changed library as a shared objec
 the quickest first, until one of them fails. A change that no test notices has survived: it needs a new test, or a
 line in equivalent.txt that says why no result can depend on it.
 
-usage: mutate.py --build DIR [--sanitized DIR] [--results FILE] [--sample N] [--only REGEX] [--list] [--jobs N]
+usage: mutate.py --build DIR [--sanitized DIR] [--results FILE] [--sample N] [--only REGEX] [--jobs N]
+       mutate.py --list | --check
 """
 import argparse
 import collections
@@ -351,6 +352,7 @@ def main():
     parser.add_argument("--sample", type=int, help="take so many mutants at random")
     parser.add_argument("--only", help="take the mutants whose description matches this expression")
     parser.add_argument("--list", action="store_true", help="print the mutants and do nothing")
+    parser.add_argument("--check", action="store_true", help="only tell whether equivalent.txt still fits the source")
     parser.add_argument("--jobs", type=int, default=os.cpu_count())
     options = parser.parse_args()
 
@@ -369,8 +371,12 @@ def main():
         return 0
 
     equivalents = Equivalents(EQUIVALENT)
-    results = read_results(options.results, lines)
     explained = [m for m in made if equivalents.explains(m)]
+    if options.check:
+        for line in equivalents.stale():
+            print("matches no mutant any more:", line)
+        return 1 if equivalents.stale() else 0
+    results = read_results(options.results, lines)
     pending = [m for m in made if m not in set(explained) and describe(m) not in results]
     soname = next(options.build.glob("Kor/libKorYuv420.so.*.*")).resolve().name
     soname = ".".join(soname.split(".")[:4])
