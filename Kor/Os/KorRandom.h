@@ -12,7 +12,12 @@
 
 KOR_EXTERN_C_BEGIN
 
-/** Fills count bytes at buffer with random bytes. Returns whether it could; on false the buffer's content is open. */
+/**
+ * Fills count bytes at buffer with random bytes. Returns whether it could; on false the buffer's content is open.
+ *
+ * The library does not look at the answer: noise then starts where the buffer's content says, at the first entry of the
+ * table if the buffer was left alone.
+ */
 KOR_SERVICE KorBool KorRandomGetBytes(char* buffer, KorSizeT count);
 
 KOR_EXTERN_C_END

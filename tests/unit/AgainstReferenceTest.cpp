@@ -101,6 +101,7 @@ TEST(SharedMemory, MatrixInsideADestinationIsReadAfreshForEverySample) {
 }
 
 TEST(SharedMemory, PitchOfASingleRowOfChromaDoesNotCount) {
+    // One, two, four and five times these come to a little less than all addresses.
     constexpr std::size_t kWidth = 100, kHeight = 2, kPlaneBytes = 2048, kAll = ~std::size_t{0};
     for (const std::size_t pitch : {kAll - 59, kAll / 2 - 59, kAll / 4 - 19, kAll / 5 - 19}) {
         for (std::size_t at = 0; at <= sizeof(kit::Matrix) + 3 * kPlaneBytes; at += 20) {
