@@ -1,0 +1,198 @@
+// The dispatched conversions: 38 functions of one line, which call what a table names, and the choice of the table.
+//
+//   - There is one table a target, made when the library is compiled. A table names the target's own functions and, where
+//     it has none, the portable ones.
+//   - The first call chooses a table, unless KorYuv420SelectTarget() has done so before. Nothing runs before main(),
+//     nothing is allocated, and nothing waits: the choice is one pointer, and all that is kept.
+//   - Without Highway, or compiled by hand, the portable table is the only one. The build defines KOR_WITH_AVX2 and so on
+//     for each target that it adds.
+
+#include "Kor/Video/Common/KorYuv420.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <cstring>
+
+#include "Kor/Video/Common/C/KorYuv420_C_.h"
+#include "Kor/Video/Common/KorYuv420Shapes_.h"
+
+namespace kor {
+
+struct Functions {
+#define KOR_FUNCTION(name, shape, family, frames) decltype(&name##_C_) name;
+#include "Kor/Video/Common/KorYuv420Functions_.inc"
+};
+
+// The portable functions under their names without suffix: what a target uses where it has nothing of its own.
+namespace portable {
+
+#define KOR_FUNCTION(name, shape, family, frames) constexpr decltype(&name##_C_) name = &name##_C_;
+#include "Kor/Video/Common/KorYuv420Functions_.inc"
+
+constexpr Functions kFunctions = {
+#define KOR_FUNCTION(name, shape, family, frames) name,
+#include "Kor/Video/Common/KorYuv420Functions_.inc"
+};
+
+}  // namespace portable
+}  // namespace kor
+
+#if defined(KOR_WITH_SSSE3)
+#define KOR_TARGET_NAMESPACE ssse3
+#include "Kor/Video/Common/Vector/Target_.inc"
+#endif
+#if defined(KOR_WITH_SSE4)
+#define KOR_TARGET_NAMESPACE sse4
+#include "Kor/Video/Common/Vector/Target_.inc"
+#endif
+#if defined(KOR_WITH_AVX2)
+#define KOR_TARGET_NAMESPACE avx2
+#include "Kor/Video/Common/Vector/Target_.inc"
+#endif
+#if defined(KOR_WITH_AVX512)
+#define KOR_TARGET_NAMESPACE avx512
+#include "Kor/Video/Common/Vector/Target_.inc"
+#endif
+
+namespace {
+
+using kor::Functions;
+
+// Whether this processor, and its operating system, can run a target: one test for every flag that the target's units are
+// compiled with, and for what the compilers add to these of their own accord.
+bool RunsAlways() {
+    return true;
+}
+
+#if defined(__x86_64__) || defined(__i386__)
+#define KOR_CPU_HAS(feature) (__builtin_cpu_supports(feature) != 0)
+
+[[maybe_unused]] bool RunsSsse3() {
+    __builtin_cpu_init();
+    return KOR_CPU_HAS("sse3") && KOR_CPU_HAS("ssse3");
+}
+
+[[maybe_unused]] bool RunsSse4() {
+    return RunsSsse3() && KOR_CPU_HAS("sse4.1") && KOR_CPU_HAS("sse4.2") && KOR_CPU_HAS("popcnt");
+}
+
+[[maybe_unused]] bool RunsAvx2() {
+    return RunsSse4() && KOR_CPU_HAS("avx") && KOR_CPU_HAS("avx2");
+}
+
+[[maybe_unused]] bool RunsAvx512() {
+    return RunsAvx2() && KOR_CPU_HAS("avx512f") && KOR_CPU_HAS("avx512bw") && KOR_CPU_HAS("avx512dq") && KOR_CPU_HAS("avx512vl") &&
+           KOR_CPU_HAS("avx512vbmi") && KOR_CPU_HAS("avx512vnni");
+}
+#endif
+
+// A target: a name, its table, and the table of the automatic choice on a machine whose best target this is. The two differ
+// where measurement found another target's function faster.
+struct Target {
+    const char* name;
+    bool (*runs)();
+    Functions strict;
+    Functions automatic;
+};
+
+// Best first.
+constexpr Target kTargets[] = {
+#if defined(KOR_WITH_AVX512)
+    {"avx512", &RunsAvx512, kor::avx512::kFunctions, kor::avx512::kFunctions},
+#endif
+#if defined(KOR_WITH_AVX2)
+    {"avx2", &RunsAvx2, kor::avx2::kFunctions, kor::avx2::kFunctions},
+#endif
+#if defined(KOR_WITH_SSE4)
+    {"sse4", &RunsSse4, kor::sse4::kFunctions, kor::sse4::kFunctions},
+#endif
+#if defined(KOR_WITH_SSSE3)
+    {"ssse3", &RunsSsse3, kor::ssse3::kFunctions, kor::ssse3::kFunctions},
+#endif
+    {"portable", &RunsAlways, kor::portable::kFunctions, kor::portable::kFunctions},
+};
+
+// The chosen table; null until the first call. Tables are constants, so that no order of memory needs to be kept.
+std::atomic<const Functions*> chosen = {nullptr};
+
+const Functions* AutomaticChoice() {
+    const Target* target = kTargets;
+    while (!target->runs()) {
+        ++target;
+    }
+    return &target->automatic;
+}
+
+// Null if the name is unknown or this machine cannot run the target.
+const Functions* NamedChoice(const char* name) {
+    for (const Target& target : kTargets) {
+        if (std::strcmp(target.name, name) == 0) {
+            return target.runs() ? &target.strict : nullptr;
+        }
+    }
+    return nullptr;
+}
+
+// What the environment names or, if that is nothing that can run, the automatic choice.
+const Functions* FirstChoice() {
+    const char* name = std::getenv("KOR_TARGET");
+    const Functions* named = name != nullptr ? NamedChoice(name) : nullptr;
+    return named != nullptr ? named : AutomaticChoice();
+}
+
+// Threads that come here at once choose the same. A selection that another thread has made in the meantime stands.
+[[gnu::noinline, gnu::cold]] const Functions* ChooseFirst() {
+    const Functions* current = nullptr;
+    const Functions* first = FirstChoice();
+    return chosen.compare_exchange_strong(current, first, std::memory_order_relaxed) ? first : current;
+}
+
+inline const Functions* Chosen() {
+    const Functions* functions = chosen.load(std::memory_order_relaxed);
+    return functions != nullptr ? functions : ChooseFirst();
+}
+
+}  // namespace
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Targets
+// ---------------------------------------------------------------------------------------------------------------------
+
+const char* KorYuv420Target(void) {
+    const Functions* functions = Chosen();
+    const Target* target = kTargets;
+    while (functions != &target->strict && functions != &target->automatic) {
+        ++target;
+    }
+    return target->name;
+}
+
+KorSizeT KorYuv420Targets(const char** names, KorSizeT count) {
+    KorSizeT all = 0;
+    for (const Target& target : kTargets) {
+        if (all < count) {
+            names[all] = target.name;
+        }
+        ++all;
+    }
+    return all;
+}
+
+KorBool KorYuv420SelectTarget(const char* name) {
+    const Functions* functions = name != nullptr ? NamedChoice(name) : AutomaticChoice();
+    if (functions == nullptr) {
+        return 0;
+    }
+    chosen.store(functions, std::memory_order_relaxed);
+    return 1;
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// The 38 functions
+// ---------------------------------------------------------------------------------------------------------------------
+
+#define KOR_FUNCTION(name, shape, family, frames) \
+    void name KOR_PARAMETERS_##shape {            \
+        Chosen()->name KOR_ARGUMENTS_##shape;     \
+    }
+#include "Kor/Video/Common/KorYuv420Functions_.inc"

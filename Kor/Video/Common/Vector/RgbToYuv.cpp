@@ -1,0 +1,2 @@
+// RGB to YUV.
+#include "Kor/Video/Common/Vector/Target.h"
