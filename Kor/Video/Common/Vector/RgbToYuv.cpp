@@ -1,2 +1,262 @@
-// RGB to YUV.
+// RGB to YUV: 32-bit and 24-bit pixels to I420 and I444.
+//
+// A kernel takes whole vectors of pixels, whatever their layout: the weights of a matrix lie in groups of bytes that are
+// ordered as the pixels are, with 0 for alpha. Results are bits 8 to 15 of a weighted sum.
+#include "Kor/Video/Common/Vector/Ops.h"
 #include "Kor/Video/Common/Vector/Target.h"
+
+namespace kor {
+namespace KOR_TARGET_NAMESPACE {
+namespace {
+
+// The bytes of a 32-bit pixel that hold red, green, blue and alpha.
+struct RgbLayout {
+    KorUint ro, go, bo, ao;
+};
+
+constexpr RgbLayout kRgba = {0, 1, 2, 3};
+constexpr RgbLayout kBgra = {2, 1, 0, 3};
+constexpr RgbLayout kArgb = {1, 2, 3, 0};
+constexpr RgbLayout kAbgr = {3, 2, 1, 0};
+
+// Rows Y, U, V; columns red, green, blue; units of 1/256.
+struct RgbToYuvMatrix {
+    KorInt y[3], u[3], v[3];
+};
+
+// ITU-R BT.601 with its seven fraction bits doubled, and BT.709.
+constexpr RgbToYuvMatrix kBt601 = {{66, 128, 26}, {-38, -74, 112}, {112, -94, -18}};
+constexpr RgbToYuvMatrix kBt709 = {{47, 157, 16}, {-26, -87, 112}, {112, -102, -10}};
+
+constexpr KorUint8 kLumaOffset = 16;
+constexpr KorUint8 kChromaOffset = 128;
+
+// The low bytes of three weights, each in the place of its channel.
+constexpr KorUint WeightGroup(const KorInt (&weights)[3], const RgbLayout& layout) {
+    return (static_cast<KorUint>(weights[0]) & 0xff) << 8 * layout.ro | (static_cast<KorUint>(weights[1]) & 0xff) << 8 * layout.go |
+           (static_cast<KorUint>(weights[2]) & 0xff) << 8 * layout.bo;
+}
+
+// A matrix of bytes. Luma has unsigned weights with a sum of at most 255; they meet samples that are made signed, and the
+// offset holds what that takes away. Two products lie in 255 * -128 to 255 * 127. Chroma has signed weights; those above
+// zero sum to at most 128 and those below to at least -128, so that products of unsigned samples stay within 128 * 255.
+struct ByteWeights {
+    KorUint y, u, v;
+    KorUint16 yOffset;
+
+    constexpr ByteWeights(const RgbToYuvMatrix& matrix, const RgbLayout& layout)
+        : y(WeightGroup(matrix.y, layout)), u(WeightGroup(matrix.u, layout)), v(WeightGroup(matrix.v, layout)), yOffset(static_cast<KorUint16>(256 * kLumaOffset + 128 * (matrix.y[0] + matrix.y[1] + matrix.y[2]))) {}
+
+    KOR_INLINE inline V8 Y(V8 a, V8 b, V8 c, V8 d) const {
+        const V8 weights = SetGroups(y);
+        return WeighGroups(weights, Signed(a), weights, Signed(b), weights, Signed(c), weights, Signed(d), yOffset);
+    }
+    KOR_INLINE inline V8 U(V8 a, V8 b, V8 c, V8 d) const { return Chroma(a, b, c, d, u, u); }
+    KOR_INLINE inline V8 V(V8 a, V8 b, V8 c, V8 d) const { return Chroma(a, b, c, d, v, v); }
+    // U of all pixels, then V of all.
+    KOR_INLINE inline V8 UV(V8 a, V8 b) const { return Chroma(a, b, a, b, u, v); }
+
+  private:
+    static KOR_INLINE inline VI8 Signed(V8 x) { return hn::BitCast(DI8(), hn::Xor(x, hn::Set(D8(), 0x80))); }
+    static KOR_INLINE inline V8 Chroma(V8 a, V8 b, V8 c, V8 d, KorUint ab, KorUint cd) {
+        const VI8 weightsAb = hn::BitCast(DI8(), SetGroups(ab));
+        const VI8 weightsCd = hn::BitCast(DI8(), SetGroups(cd));
+        return WeighGroups(a, weightsAb, b, weightsAb, c, weightsCd, d, weightsCd, 256 * kChromaOffset);
+    }
+};
+
+// A byte of a block of pixels that may not be read: the alpha that begins or ends an image may lie outside the caller's memory.
+enum class Unread {
+    None,
+    FirstByte,
+    LastByte,
+};
+
+constexpr KorSizeT kBlockBytes = 4 * HWY_MAX_BYTES;
+
+// A block of pixels that can be read whole: the caller's or, but for the byte that may not be read, a copy.
+KOR_INLINE inline const KorUint8* Readable(KorUint8 (&copy)[kBlockBytes], const KorUint8* x, KorSizeT bytes, Unread unread) {
+    if (HWY_LIKELY(unread == Unread::None)) {
+        return x;
+    }
+    const KorSizeT skip = unread == Unread::FirstByte ? 1 : 0;
+    KorMemCpy(copy + skip, x + skip, bytes - 1);
+    return copy;
+}
+
+// Two rows of n pixels, n at least a vector of bytes and even. y1 and x1 may be y0 and x0.
+template <class Weights>
+KOR_KERNEL void CaptureRowPair(KorUint8* y0, KorUint8* y1, KorUint8* u, KorUint8* v,
+                               const KorUint8* x0, const KorUint8* x1, KorSizeT n, Weights weights, Unread unread) {
+    const D8 d;
+    const hn::Half<D8> half;
+    const KorSizeT size = hn::Lanes(d);
+    KorUint8 copy0[kBlockBytes], copy1[kBlockBytes];
+    ForEachBlock(n, size, [&](KorSizeT start) KOR_INLINE {
+        const KorUint8* upper = Readable(copy0, x0 + 4 * start, 4 * size, unread);
+        const KorUint8* lower = Readable(copy1, x1 + 4 * start, 4 * size, unread);
+        const V8 a0 = hn::LoadU(d, upper), b0 = hn::LoadU(d, upper + size);
+        const V8 c0 = hn::LoadU(d, upper + 2 * size), d0 = hn::LoadU(d, upper + 3 * size);
+        const V8 a1 = hn::LoadU(d, lower), b1 = hn::LoadU(d, lower + size);
+        const V8 c1 = hn::LoadU(d, lower + 2 * size), d1 = hn::LoadU(d, lower + 3 * size);
+        hn::StoreU(weights.Y(a0, b0, c0, d0), d, y0 + start);
+        hn::StoreU(weights.Y(a1, b1, c1, d1), d, y1 + start);
+        // Columns after rows, as the order of the two roundings is part of the contract.
+        const V8 ab = AveragePixelPairs(hn::AverageRound(a0, a1), hn::AverageRound(b0, b1));
+        const V8 cd = AveragePixelPairs(hn::AverageRound(c0, c1), hn::AverageRound(d0, d1));
+        const V8 uv = OrderPairs(weights.UV(ab, cd));
+        hn::StoreU(hn::LowerHalf(half, uv), half, u + start / 2);
+        hn::StoreU(hn::UpperHalf(half, uv), half, v + start / 2);
+    });
+}
+
+// One row of n pixels, n at least a vector of bytes.
+template <class Weights>
+KOR_KERNEL void CaptureRow(KorUint8* y, KorUint8* u, KorUint8* v, const KorUint8* x, KorSizeT n, Weights weights, Unread unread) {
+    const D8 d;
+    const KorSizeT size = hn::Lanes(d);
+    KorUint8 copy[kBlockBytes];
+    ForEachBlock(n, size, [&](KorSizeT start) KOR_INLINE {
+        const KorUint8* pixels = Readable(copy, x + 4 * start, 4 * size, unread);
+        const V8 a = hn::LoadU(d, pixels), b = hn::LoadU(d, pixels + size);
+        const V8 c = hn::LoadU(d, pixels + 2 * size), e = hn::LoadU(d, pixels + 3 * size);
+        hn::StoreU(weights.Y(a, b, c, e), d, y + start);
+        hn::StoreU(weights.U(a, b, c, e), d, u + start);
+        hn::StoreU(weights.V(a, b, c, e), d, v + start);
+    });
+}
+
+struct Rgb {
+    KorUint8 r, g, b;
+};
+
+constexpr KorUint8 Average(KorUint8 a, KorUint8 b) {
+    return static_cast<KorUint8>((a + b + 1) >> 1);
+}
+
+constexpr Rgb Average(Rgb a, Rgb b) {
+    return {Average(a.r, b.r), Average(a.g, b.g), Average(a.b, b.b)};
+}
+
+Rgb PixelAt(const KorUint8* row, KorSizeT column, const RgbLayout& layout) {
+    const KorUint8* x = row + 4 * column;
+    return {x[layout.ro], x[layout.go], x[layout.bo]};
+}
+
+// One sample of one pixel.
+constexpr KorUint8 Weigh(const KorInt (&weights)[3], KorUint8 offset, Rgb c) {
+    const KorUint sum = static_cast<KorUint>(weights[0]) * c.r + static_cast<KorUint>(weights[1]) * c.g + static_cast<KorUint>(weights[2]) * c.b;
+    return static_cast<KorUint8>(((sum >> 8) + offset) & 0xff);
+}
+
+// Whether a picture has what the kernels need: at least one vector of pixels in even columns.
+bool IsWide(KorSizeT width, KorSizeT height) {
+    return (width & ~KorSizeT{1}) >= hn::Lanes(D8()) && height != 0;
+}
+
+// The row of an image, in reading order, that begins or ends with the alpha that may not be read.
+KorSizeT EdgeRow(SourceRows rows, KorSizeT height, Unread edge) {
+    const bool isLastInMemory = edge == Unread::LastByte;
+    return isLastInMemory == (rows.pitch >= 0) ? height - 1 : 0;
+}
+
+constexpr Unread EdgeOf(const RgbLayout& layout) {
+    return layout.ao == 0 ? Unread::FirstByte : Unread::LastByte;
+}
+
+// A lone last row is a pair with itself: averages of a sample with itself change nothing. An odd last column is converted on
+// its own.
+template <class Weights>
+void CaptureI420(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorSizeT height,
+                 const RgbLayout& layout, const RgbToYuvMatrix& matrix) {
+    const Weights weights(matrix, layout);
+    const KorSizeT width2 = width & ~KorSizeT{1};
+    const KorSizeT edgeRow = EdgeRow(rows, height, EdgeOf(layout));
+    for (KorSizeT row = 0; row < height; row += 2) {
+        const KorSizeT row1 = Min(row + 1, height - 1);
+        const KorUint8* x0 = rows.Row(row);
+        const KorUint8* x1 = rows.Row(row1);
+        const bool isEdge = edgeRow == row || edgeRow == row1;
+        CaptureRowPair(y.Row(row), y.Row(row1), u.Row(row / 2), v.Row(row / 2), x0, x1, width2, weights,
+                       isEdge ? EdgeOf(layout) : Unread::None);
+        if (IsOdd(width)) {
+            const Rgb upper = PixelAt(x0, width2, layout);
+            const Rgb lower = PixelAt(x1, width2, layout);
+            y.Row(row)[width2] = Weigh(matrix.y, kLumaOffset, upper);
+            y.Row(row1)[width2] = Weigh(matrix.y, kLumaOffset, lower);
+            u.Row(row / 2)[width2 / 2] = Weigh(matrix.u, kChromaOffset, Average(upper, lower));
+            v.Row(row / 2)[width2 / 2] = Weigh(matrix.v, kChromaOffset, Average(upper, lower));
+        }
+    }
+}
+
+template <class Weights>
+void CaptureI444(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorSizeT height,
+                 const RgbLayout& layout, const RgbToYuvMatrix& matrix) {
+    const Weights weights(matrix, layout);
+    const KorSizeT edgeRow = EdgeRow(rows, height, EdgeOf(layout));
+    for (KorSizeT row = 0; row < height; ++row) {
+        CaptureRow(y.Row(row), u.Row(row), v.Row(row), rows.Row(row), width, weights, row == edgeRow ? EdgeOf(layout) : Unread::None);
+    }
+}
+
+}  // namespace
+
+void KorRGBAToI420 KOR_PARAMETERS_Capture {
+    if (!IsWide(width, height)) {
+        return KorRGBAToI420_C_ KOR_ARGUMENTS_Capture;
+    }
+    CaptureI420<ByteWeights>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kRgba, kBt601);
+}
+
+void KorBGRAToI420 KOR_PARAMETERS_Capture {
+    if (!IsWide(width, height)) {
+        return KorBGRAToI420_C_ KOR_ARGUMENTS_Capture;
+    }
+    CaptureI420<ByteWeights>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kBgra, kBt601);
+}
+
+void KorARGBToI420 KOR_PARAMETERS_Capture {
+    if (!IsWide(width, height)) {
+        return KorARGBToI420_C_ KOR_ARGUMENTS_Capture;
+    }
+    CaptureI420<ByteWeights>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kArgb, kBt601);
+}
+
+void KorABGRToI420 KOR_PARAMETERS_Capture {
+    if (!IsWide(width, height)) {
+        return KorABGRToI420_C_ KOR_ARGUMENTS_Capture;
+    }
+    CaptureI420<ByteWeights>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kAbgr, kBt601);
+}
+
+void KorBGRAToI444 KOR_PARAMETERS_Capture {
+    if (!IsWide(width, height)) {
+        return KorBGRAToI444_C_ KOR_ARGUMENTS_Capture;
+    }
+    CaptureI444<ByteWeights>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kBgra, kBt601);
+}
+
+void KorBGRAToI420UsingBT709 KOR_PARAMETERS_Capture {
+    if (!IsWide(width, height)) {
+        return KorBGRAToI420UsingBT709_C_ KOR_ARGUMENTS_Capture;
+    }
+    const Plane luma = {y, pitchY};
+    CaptureI420<ByteWeights>(luma, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kBgra, kBt709);
+    if (IsOdd(height)) {
+        // Deliberate: the luma of an odd last row is repeated in the row below the picture, without an odd last column.
+        KorMemCpy(luma.Row(height), luma.Row(height - 1), width & ~KorSizeT{1});
+    }
+}
+
+void KorBGRAToI444UsingBT709 KOR_PARAMETERS_Capture {
+    if (!IsWide(width, height)) {
+        return KorBGRAToI444UsingBT709_C_ KOR_ARGUMENTS_Capture;
+    }
+    // Deliberate: a set flip chooses the first row and no more. From there the walk goes downwards, past the picture.
+    const SourceRows rows = TopDown(ReadingOrder(x, pitchX, height, flip).first, pitchX);
+    CaptureI444<ByteWeights>({y, pitchY}, {u, pitchU}, {v, pitchV}, rows, width, height, kBgra, kBt709);
+}
+
+}  // namespace KOR_TARGET_NAMESPACE
+}  // namespace kor

@@ -26,7 +26,7 @@
 
 // For the functions that a driver is to be specialised by, and for kernels, which stay functions of their own: a driver that
 // inlines several of them is compiled worse.
-#define KOR_INLINE __attribute__((always_inline)) inline
+#define KOR_INLINE __attribute__((always_inline))
 #define KOR_KERNEL __attribute__((noinline))
 
 namespace kor {
@@ -78,7 +78,7 @@ struct SourceRows {
 // some of the work of the one before again. n must be at least a block, and what a block reads must not have been written by
 // another.
 template <class Block>
-KOR_INLINE void ForEachBlock(KorSizeT n, KorSizeT size, Block block) {
+KOR_INLINE inline void ForEachBlock(KorSizeT n, KorSizeT size, Block block) {
     KorSizeT start = 0;
     for (; start + size <= n; start += size) {
         block(start);

@@ -1,0 +1,165 @@
+// Operations that Highway does not have, each with the instruction of the processor and, for every other target, a form
+// made of Highway's. Both give the same lanes; results are in the order of memory unless an operation says otherwise.
+#ifndef KOR_VIDEO_COMMON_VECTOR_OPS_H
+#define KOR_VIDEO_COMMON_VECTOR_OPS_H
+
+#include "Kor/Video/Common/Vector/Target.h"
+
+// The processor forms are written for vectors of full length. KOR_X86(name) is the intrinsic for this target's.
+#if HWY_TARGET == HWY_AVX3
+#define KOR_X86(name) _mm512_##name
+#define KOR_X86_512 1
+#elif HWY_TARGET == HWY_AVX2
+#define KOR_X86(name) _mm256_##name
+#define KOR_X86_256 1
+#elif HWY_ARCH_X86
+#define KOR_X86(name) _mm_##name
+#endif
+#if HWY_TARGET == HWY_AVX3 && defined(__AVX512VNNI__) && defined(__AVX512VBMI__)
+#define KOR_VNNI 1
+#endif
+
+namespace kor {
+namespace KOR_TARGET_NAMESPACE {
+namespace {
+
+using D8 = hn::ScalableTag<KorUint8>;
+using D16 = hn::ScalableTag<KorUint16>;
+using D32 = hn::ScalableTag<KorUint>;
+using DI8 = hn::ScalableTag<KorInt8>;
+using DI16 = hn::ScalableTag<KorInt16>;
+using DI32 = hn::ScalableTag<KorInt>;
+using V8 = hn::Vec<D8>;
+using V16 = hn::Vec<D16>;
+using V32 = hn::Vec<D32>;
+using VI8 = hn::Vec<DI8>;
+using VI16 = hn::Vec<DI16>;
+using VI32 = hn::Vec<DI32>;
+
+// The same 32 bits in every group of four bytes.
+KOR_INLINE inline V8 SetGroups(KorUint group) {
+    return hn::BitCast(D8(), hn::Set(D32(), group));
+}
+
+// Sums of neighbouring products, unsigned times signed bytes. Sums saturate; callers show that theirs do not.
+KOR_INLINE inline VI16 MulAddBytes(V8 a, VI8 b) {
+#if HWY_ARCH_X86
+    return VI16{KOR_X86(maddubs_epi16)(a.raw, b.raw)};
+#else
+    const DI16 d;
+    const VI16 a16 = hn::BitCast(d, a);
+    const VI16 b16 = hn::BitCast(d, b);
+    const VI16 even = hn::MulLow(hn::And(a16, hn::Set(d, 0xff)), hn::ShiftRight<8>(hn::ShiftLeft<8>(b16)));
+    const VI16 odd = hn::MulLow(hn::BitCast(d, hn::ShiftRight<8>(hn::BitCast(D16(), a))), hn::ShiftRight<8>(b16));
+    return hn::SaturatedAdd(even, odd);
+#endif
+}
+
+// Sums of neighbouring products of signed words.
+KOR_INLINE inline VI32 MulAddWords(VI16 a, VI16 b) {
+#if HWY_ARCH_X86
+    return VI32{KOR_X86(madd_epi16)(a.raw, b.raw)};
+#else
+    const DI32 d;
+    const VI32 a32 = hn::BitCast(d, a);
+    const VI32 b32 = hn::BitCast(d, b);
+    const VI32 even = hn::MulLow(hn::ShiftRight<16>(hn::ShiftLeft<16>(a32)), hn::ShiftRight<16>(hn::ShiftLeft<16>(b32)));
+    return hn::Add(even, hn::MulLow(hn::ShiftRight<16>(a32), hn::ShiftRight<16>(b32)));
+#endif
+}
+
+// Instructions that join two vectors do so in every 128 bits. After two such steps this puts the parts in order.
+KOR_INLINE inline V8 OrderQuarters(V8 x) {
+#if HWY_TARGET == HWY_AVX3
+    const __m512i order = _mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
+    return V8{_mm512_permutexvar_epi32(order, x.raw)};
+#elif HWY_TARGET == HWY_AVX2
+    return V8{_mm256_permutevar8x32_epi32(x.raw, _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7))};
+#else
+    return x;
+#endif
+}
+
+#if HWY_ARCH_X86 && !defined(KOR_VNNI)
+// What packs as a number of 16 bits: the second byte of every 32-bit lane.
+KOR_INLINE inline VI32 SecondByte(VI32 x) {
+    return hn::And(hn::ShiftRight<8>(x), hn::Set(DI32(), 0xff));
+}
+#endif
+
+// The second byte of every 32-bit lane of four vectors.
+KOR_INLINE inline V8 SecondBytes(VI32 a, VI32 b, VI32 c, VI32 d) {
+#if defined(KOR_VNNI)
+    alignas(64) static constexpr KorUint8 kPlaces[64] = {
+        1, 5, 9, 13, 17, 21, 25, 29, 33, 37, 41, 45, 49, 53, 57, 61,
+        65, 69, 73, 77, 81, 85, 89, 93, 97, 101, 105, 109, 113, 117, 121, 125};
+    const __m512i places = _mm512_load_si512(kPlaces);
+    const __m512i ab = _mm512_permutex2var_epi8(a.raw, places, b.raw);
+    const __m512i cd = _mm512_permutex2var_epi8(c.raw, places, d.raw);
+    return V8{_mm512_inserti64x4(ab, _mm512_castsi512_si256(cd), 1)};
+#elif HWY_ARCH_X86
+    const auto ab = KOR_X86(packs_epi32)(SecondByte(a).raw, SecondByte(b).raw);
+    const auto cd = KOR_X86(packs_epi32)(SecondByte(c).raw, SecondByte(d).raw);
+    return OrderQuarters(V8{KOR_X86(packus_epi16)(ab, cd)});
+#else
+    const D8 d8;
+    const V8 ab = hn::ConcatOdd(d8, hn::BitCast(d8, b), hn::BitCast(d8, a));
+    const V8 cd = hn::ConcatOdd(d8, hn::BitCast(d8, d), hn::BitCast(d8, c));
+    return hn::ConcatEven(d8, cd, ab);
+#endif
+}
+
+// For four pairs of vectors: bits 8 to 15 of offset plus the sum of the four products, unsigned times signed bytes, of every
+// group of four bytes. The sums of the first two and of the last two products must fit 16 bits.
+KOR_INLINE inline V8 WeighGroups(V8 a0, VI8 b0, V8 a1, VI8 b1, V8 a2, VI8 b2, V8 a3, VI8 b3, KorUint16 offset) {
+#if defined(KOR_VNNI)
+    const __m512i from = _mm512_set1_epi32(offset);
+    return SecondBytes(VI32{_mm512_dpbusd_epi32(from, a0.raw, b0.raw)}, VI32{_mm512_dpbusd_epi32(from, a1.raw, b1.raw)},
+                       VI32{_mm512_dpbusd_epi32(from, a2.raw, b2.raw)}, VI32{_mm512_dpbusd_epi32(from, a3.raw, b3.raw)});
+#elif HWY_ARCH_X86
+    const V16 from = hn::Set(D16(), offset);
+    const V16 sums01 = V16{KOR_X86(hadd_epi16)(MulAddBytes(a0, b0).raw, MulAddBytes(a1, b1).raw)};
+    const V16 sums23 = V16{KOR_X86(hadd_epi16)(MulAddBytes(a2, b2).raw, MulAddBytes(a3, b3).raw)};
+    const V16 upper01 = hn::ShiftRight<8>(hn::Add(sums01, from));
+    const V16 upper23 = hn::ShiftRight<8>(hn::Add(sums23, from));
+    return OrderQuarters(V8{KOR_X86(packus_epi16)(upper01.raw, upper23.raw)});
+#else
+    return SecondBytes(SumGroups(a0, b0, offset), SumGroups(a1, b1, offset), SumGroups(a2, b2, offset), SumGroups(a3, b3, offset));
+#endif
+}
+
+// The rounded average of every pixel of four bytes and its right neighbour, in two vectors, in an order that OrderPairs
+// undoes.
+KOR_INLINE inline V8 AveragePixelPairs(V8 a, V8 b) {
+#if HWY_ARCH_X86
+    const auto floats = [](V8 x) KOR_INLINE { return hn::BitCast(hn::ScalableTag<float>(), x).raw; };
+    const auto even = KOR_X86(shuffle_ps)(floats(a), floats(b), 0x88);
+    const auto odd = KOR_X86(shuffle_ps)(floats(a), floats(b), 0xdd);
+    const D8 d8;
+    return hn::AverageRound(hn::BitCast(d8, hn::Vec<hn::ScalableTag<float>>{even}), hn::BitCast(d8, hn::Vec<hn::ScalableTag<float>>{odd}));
+#else
+    const D32 d;
+    const V32 a32 = hn::BitCast(d, a);
+    const V32 b32 = hn::BitCast(d, b);
+    return hn::AverageRound(hn::BitCast(D8(), hn::ConcatEven(d, b32, a32)), hn::BitCast(D8(), hn::ConcatOdd(d, b32, a32)));
+#endif
+}
+
+// Bytes that were made of AveragePixelPairs, one of every pixel, put in the order of the pixels.
+KOR_INLINE inline V8 OrderPairs(V8 x) {
+#if HWY_TARGET == HWY_AVX3
+    const __m128i order = _mm_setr_epi8(0, 1, 4, 5, 8, 9, 12, 13, 2, 3, 6, 7, 10, 11, 14, 15);
+    return V8{_mm512_shuffle_epi8(x.raw, _mm512_broadcast_i32x4(order))};
+#elif HWY_TARGET == HWY_AVX2
+    const __m128i order = _mm_setr_epi8(0, 1, 4, 5, 2, 3, 6, 7, 8, 9, 12, 13, 10, 11, 14, 15);
+    return V8{_mm256_shuffle_epi8(x.raw, _mm256_broadcastsi128_si256(order))};
+#else
+    return x;
+#endif
+}
+
+}  // namespace
+}  // namespace KOR_TARGET_NAMESPACE
+}  // namespace kor
+
+#endif
