@@ -68,6 +68,23 @@ KOR_INLINE inline VI32 MulAddWords(VI16 a, VI16 b) {
 #endif
 }
 
+// The lanes of a, then those of b, limited to 0..255, in every 128 bits.
+KOR_INLINE inline V8 PackBlocks(VI16 a, VI16 b) {
+#if HWY_ARCH_X86
+    return V8{KOR_X86(packus_epi16)(a.raw, b.raw)};
+#else
+    const D8 d;
+    const DI16 d16;
+    alignas(16) static constexpr KorUint8 kLower[16] = {0, 2, 4, 6, 8, 10, 12, 14, 128, 128, 128, 128, 128, 128, 128, 128};
+    alignas(16) static constexpr KorUint8 kUpper[16] = {128, 128, 128, 128, 128, 128, 128, 128, 0, 2, 4, 6, 8, 10, 12, 14};
+    const VI16 zero = hn::Zero(d16);
+    const VI16 limit = hn::Set(d16, 255);
+    const V8 lower = hn::BitCast(d, hn::Min(hn::Max(a, zero), limit));
+    const V8 upper = hn::BitCast(d, hn::Min(hn::Max(b, zero), limit));
+    return hn::Or(hn::TableLookupBytesOr0(lower, hn::LoadDup128(d, kLower)), hn::TableLookupBytesOr0(upper, hn::LoadDup128(d, kUpper)));
+#endif
+}
+
 // Instructions that join two vectors do so in every 128 bits. After two such steps this puts the parts in order.
 KOR_INLINE inline V8 OrderQuarters(V8 x) {
 #if HWY_TARGET == HWY_AVX3

@@ -1,0 +1,337 @@
+// YUV to RGB.
+//
+// Colour is computed in 16-bit lanes. A lane of chroma stands for two pixels of I420, and luma is split into its even and its
+// odd samples instead, so that chroma is never duplicated: a vector of bytes has as many pairs of luma as the lanes of chroma.
+// Factors are in the upper byte of their lanes, or in the multiplier, so that products are taken from the upper half.
+//
+// Red and blue are treated alike. A layout says which of them comes first in memory, and the rest is "first" and "last".
+#include "Kor/Video/Common/Vector/Noise.h"
+#include "Kor/Video/Common/Vector/Ops.h"
+#include "Kor/Video/Common/Vector/Target.h"
+
+namespace kor {
+namespace KOR_TARGET_NAMESPACE {
+namespace {
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Matrices
+// ---------------------------------------------------------------------------------------------------------------------
+
+// R = Y + ((V * rV) >> 8) - rBias, G = Y + gBias - ((U * gU + V * gV) >> 6), B = Y + ((U * bU) >> 8) - bBias, with luma as
+// (Y * 298) >> 8. Green's products sum to less than 2^15.
+struct YuvToRgbMatrix {
+    KorUint16 rV, bU;
+    KorInt8 gU, gV;
+    KorInt16 rBias, gBias, bBias;
+};
+
+constexpr YuvToRgbMatrix kBt601 = {2 * 204, 4 * 129, 25, 52, 223, 135, 277};
+constexpr YuvToRgbMatrix kBt709 = {2 * 229, 4 * 135, 14, 34, 248, 78, 289};
+
+// A fixed matrix for a layout: what the chroma of the first and of the last channel adds to luma.
+class FixedTerms {
+  public:
+    constexpr FixedTerms(const YuvToRgbMatrix& m, bool blueFirst)
+        : first_(blueFirst ? m.bU : m.rV),
+          last_(blueFirst ? m.rV : m.bU),
+          firstBias_(blueFirst ? m.bBias : m.rBias),
+          lastBias_(blueFirst ? m.rBias : m.bBias),
+          greenBias_(m.gBias),
+          green_(static_cast<KorUint16>(blueFirst ? m.gU | m.gV << 8 : m.gV | m.gU << 8)) {}
+
+    KorUint16 Luma() const { return 298; }
+
+    // c0 and c1 hold the chroma of the first and of the last channel in the upper bytes of their lanes.
+    KOR_INLINE inline void Get(V16 c0, V16 c1, VI16& first, VI16& green, VI16& last) const {
+        const D16 d;
+        const DI16 di;
+        const V8 pairs = hn::BitCast(D8(), hn::Or(hn::ShiftRight<8>(c0), c1));
+        const VI8 weights = hn::BitCast(DI8(), hn::Set(d, green_));
+        first = hn::Sub(hn::BitCast(di, hn::MulHigh(c0, hn::Set(d, first_))), hn::Set(di, firstBias_));
+        last = hn::Sub(hn::BitCast(di, hn::MulHigh(c1, hn::Set(d, last_))), hn::Set(di, lastBias_));
+        green = hn::Sub(hn::Set(di, greenBias_), hn::ShiftRight<6>(MulAddBytes(pairs, weights)));
+    }
+
+  private:
+    KorUint16 first_, last_;
+    KorInt16 firstBias_, lastBias_, greenBias_;
+    KorUint16 green_;
+};
+
+// The caller's matrix: rows R, G, B with the multipliers of luma, U - 128 and V - 128, in units of 1/256.
+struct CallerMatrix {
+    KorInt rows[3][3];
+
+    // Within these limits luma, terms and their sums stay in 16 bits. The multiplier of luma is taken as unsigned.
+    bool FitsLanes() const {
+        constexpr KorInt kLimit = 8191;
+        bool fits = rows[0][0] >= 0;
+        for (const auto& row : rows) {
+            for (const KorInt coefficient : row) {
+                fits = fits && coefficient >= -kLimit && coefficient <= kLimit;
+            }
+        }
+        return fits;
+    }
+};
+
+// The caller's matrix for BGRA.
+class CallerTerms {
+  public:
+    explicit CallerTerms(const CallerMatrix& m)
+        : luma_(static_cast<KorUint16>(m.rows[0][0])), blue_(m.rows[2]), green_(m.rows[1]), red_(m.rows[0]) {}
+
+    KorUint16 Luma() const { return luma_; }
+
+    KOR_INLINE inline void Get(V16 u, V16 v, VI16& blue, VI16& green, VI16& red) const {
+        // Chroma minus 128, in units of 1/256. Samples of even and of odd lanes make pairs of their own.
+        const DI16 d;
+        const DI32 d32;
+        const VI16 sign = hn::Set(d, -32768);
+        const VI16 u16 = hn::Xor(hn::BitCast(d, u), sign);
+        const VI16 v16 = hn::Xor(hn::BitCast(d, v), sign);
+        const VI16 vUp = hn::BitCast(d, hn::ShiftLeft<16>(hn::BitCast(d32, v16)));
+        const VI16 uDown = hn::BitCast(d, hn::ShiftRight<16>(hn::BitCast(d32, u16)));
+        const VI16 even = hn::OddEven(vUp, u16);
+        const VI16 odd = hn::OddEven(v16, uDown);
+        blue = blue_.Of(even, odd);
+        green = green_.Of(even, odd);
+        red = red_.Of(even, odd);
+    }
+
+  private:
+    // Sums are in units of 1/65536, so that they are rounded down by taking their upper halves. Their magnitude is at most
+    // 2 * 32768 * 8191 + 256 * 131184, less than 2^30.
+    struct Channel {
+        KorInt weights, offset;
+
+        explicit Channel(const KorInt (&row)[3])
+            : weights(static_cast<KorInt>((static_cast<KorUint>(row[1]) & 0xffff) | static_cast<KorUint>(row[2]) << 16)),
+              offset(256 * (128 - 16 * row[0])) {}
+
+        KOR_INLINE inline VI16 Of(VI16 even, VI16 odd) const {
+            const DI16 d;
+            const DI32 d32;
+            const VI16 pair = hn::BitCast(d, hn::Set(d32, weights));
+            const VI32 from = hn::Set(d32, offset);
+            const VI32 evenSum = hn::Add(MulAddWords(even, pair), from);
+            const VI32 oddSum = hn::Add(MulAddWords(odd, pair), from);
+            return hn::OddEven(hn::BitCast(d, oddSum), hn::BitCast(d, hn::ShiftRight<16>(evenSum)));
+        }
+    };
+
+    KorUint16 luma_;
+    Channel blue_, green_, red_;
+};
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Pixels
+// ---------------------------------------------------------------------------------------------------------------------
+
+// Both halves of a vector's luma, scaled, plus the term of one channel: even pixels, then odd ones, in every 128 bits.
+KOR_INLINE inline V8 Channel(VI16 evenLuma, VI16 oddLuma, VI16 evenTerm, VI16 oddTerm) {
+    return PackBlocks(hn::Add(evenLuma, evenTerm), hn::Add(oddLuma, oddTerm));
+}
+
+// 32-bit pixels. Their joints work in blocks of 128 bits, so the fours of pixels that end up in one block of the result must
+// be in one block before: Order() arranges samples, and lanes of chroma, so that all stores are in order.
+template <bool alphaFirst>
+struct Pixels32 {
+    static constexpr KorSizeT kBytes = 4;
+
+    template <class V>
+    static KOR_INLINE inline V Order(V x) {
+#if HWY_TARGET == HWY_AVX3
+        return V{_mm512_permutexvar_epi32(_mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15), x.raw)};
+#elif HWY_TARGET == HWY_AVX2
+        return V{_mm256_permutevar8x32_epi32(x.raw, _mm256_setr_epi32(0, 2, 4, 6, 1, 3, 5, 7))};
+#else
+        return x;
+#endif
+    }
+
+    static KOR_INLINE inline void Store(KorUint8* x, V8 first, V8 green, V8 last) {
+        const D16 d;
+        const V8 pair0 = alphaFirst ? green : first;
+        const V8 pair1 = alphaFirst ? last : green;
+        const V16 even = hn::BitCast(d, hn::InterleaveLower(D8(), pair0, pair1));
+        const V16 odd = hn::BitCast(d, hn::InterleaveUpper(D8(), pair0, pair1));
+        const V16 joined0 = hn::InterleaveLower(d, even, odd);
+        const V16 joined1 = hn::InterleaveUpper(d, even, odd);
+        const V16 alpha0 = WithAlpha(alphaFirst ? first : last, kLowerPixels);
+        const V16 alpha1 = WithAlpha(alphaFirst ? first : last, kUpperPixels);
+        StoreFour(x, alphaFirst ? alpha0 : joined0, alphaFirst ? joined0 : alpha0);
+        StoreFour(x + 2 * hn::Lanes(D8()), alphaFirst ? alpha1 : joined1, alphaFirst ? joined1 : alpha1);
+    }
+
+  private:
+    // The places of a channel's bytes beside an alpha, which comes of a zero: pixels 0 to 7 and 8 to 15.
+    alignas(16) static constexpr KorUint8 kLowerPixels[16] = {0, 128, 8, 128, 1, 128, 9, 128, 2, 128, 10, 128, 3, 128, 11, 128};
+    alignas(16) static constexpr KorUint8 kUpperPixels[16] = {4, 128, 12, 128, 5, 128, 13, 128, 6, 128, 14, 128, 7, 128, 15, 128};
+
+    static KOR_INLINE inline V16 WithAlpha(V8 channel, const KorUint8 (&places)[16]) {
+        const D8 d;
+        const V16 spread = hn::BitCast(D16(), hn::TableLookupBytesOr0(channel, hn::LoadDup128(d, places)));
+        if (alphaFirst) {
+            return hn::Or(hn::ShiftLeft<8>(spread), hn::Set(D16(), 0xff));
+        }
+        return hn::Or(spread, hn::Set(D16(), 0xff00));
+    }
+
+    // Pairs of bytes that make the first and the second half of pixels.
+    static KOR_INLINE inline void StoreFour(KorUint8* x, V16 front, V16 back) {
+        const D8 d;
+        hn::StoreU(hn::BitCast(d, hn::InterleaveLower(D16(), front, back)), d, x);
+        hn::StoreU(hn::BitCast(d, hn::InterleaveUpper(D16(), front, back)), d, x + hn::Lanes(d));
+    }
+};
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Kernels and drivers
+// ---------------------------------------------------------------------------------------------------------------------
+
+// A vector of pixels.
+template <class Pixels>
+KOR_INLINE inline void StorePixels(KorUint8* x, V8 y, KorUint16 luma, VI16 first0, VI16 green0, VI16 last0, VI16 first1, VI16 green1, VI16 last1) {
+    const D16 d;
+    const DI16 di;
+    const V16 scale = hn::Set(d, luma);
+    const V16 samples = hn::BitCast(d, y);
+    const VI16 even = hn::BitCast(di, hn::MulHigh(hn::ShiftLeft<8>(samples), scale));
+    const VI16 odd = hn::BitCast(di, hn::MulHigh(hn::And(samples, hn::Set(d, 0xff00)), scale));
+    Pixels::Store(x, Channel(even, odd, first0, first1), Channel(even, odd, green0, green1), Channel(even, odd, last0, last1));
+}
+
+// Two rows of n pixels and their chroma, c0 that of the first channel. n must be even, and at least a vector.
+template <class Pixels, class Row, class Terms>
+KOR_KERNEL void RenderRowPair(KorUint8* x0, KorUint8* x1, Row y0, Row y1, Row c0, Row c1, KorSizeT n, Terms terms) {
+    const D8 d;
+    const H8 half;
+    const Terms t = terms;
+    ForEachBlock(n, hn::Lanes(d), [&](KorSizeT start) KOR_INLINE {
+        const V16 chroma0 = hn::PromoteTo(D16(), c0.Load(half, start / 2));
+        const V16 chroma1 = hn::PromoteTo(D16(), c1.Load(half, start / 2));
+        VI16 first, green, last;
+        t.Get(hn::ShiftLeft<8>(Pixels::Order(chroma0)), hn::ShiftLeft<8>(Pixels::Order(chroma1)), first, green, last);
+        StorePixels<Pixels>(x0 + Pixels::kBytes * start, Pixels::Order(y0.Load(d, start)), t.Luma(), first, green, last, first, green, last);
+        StorePixels<Pixels>(x1 + Pixels::kBytes * start, Pixels::Order(y1.Load(d, start)), t.Luma(), first, green, last, first, green, last);
+    });
+}
+
+// A row of n pixels with chroma of their own, n at least a vector.
+template <class Pixels, class Row, class Terms>
+KOR_KERNEL void RenderRow(KorUint8* x, Row y, Row c0, Row c1, KorSizeT n, Terms terms) {
+    const D8 d;
+    const Terms t = terms;
+    ForEachBlock(n, hn::Lanes(d), [&](KorSizeT start) KOR_INLINE {
+        const D16 d16;
+        const V16 chroma0 = hn::BitCast(d16, Pixels::Order(c0.Load(d, start)));
+        const V16 chroma1 = hn::BitCast(d16, Pixels::Order(c1.Load(d, start)));
+        const V16 upper = hn::Set(d16, 0xff00);
+        VI16 first0, green0, last0, first1, green1, last1;
+        t.Get(hn::ShiftLeft<8>(chroma0), hn::ShiftLeft<8>(chroma1), first0, green0, last0);
+        t.Get(hn::And(chroma0, upper), hn::And(chroma1, upper), first1, green1, last1);
+        StorePixels<Pixels>(x + Pixels::kBytes * start, Pixels::Order(y.Load(d, start)), t.Luma(), first0, green0, last0, first1, green1, last1);
+    });
+}
+
+// The chroma planes of the first and of the last channel.
+template <class Samples>
+const Samples& FirstChroma(const Planes<Samples>& planes, bool blueFirst) {
+    return blueFirst ? planes.u : planes.v;
+}
+
+template <class Samples>
+const Samples& LastChroma(const Planes<Samples>& planes, bool blueFirst) {
+    return blueFirst ? planes.v : planes.u;
+}
+
+struct Picture {
+    Planes<SourceRows> planes;
+    KorSizeT width, height;
+    KorUint ditherLevel;
+};
+
+// False where kernels have not one vector to work on; nothing has been written, or drawn, then. An odd last column or row is not
+// rendered.
+template <class Pixels, class Terms>
+bool RenderI420(const Picture& picture, Plane x, bool blueFirst, const Terms& terms) {
+    const KorSizeT width2 = picture.width & ~KorSizeT{1};
+    if (width2 < hn::Lanes(D8()) || picture.height < 2) {
+        return false;
+    }
+    ConvertDithered(picture.planes, width2, picture.height & ~KorSizeT{1}, picture.ditherLevel, I420Family(picture.width), [&](const auto& planes, KorSizeT start, KorSizeT n) {
+        const auto& chroma0 = FirstChroma(planes, blueFirst);
+        const auto& chroma1 = LastChroma(planes, blueFirst);
+        for (KorSizeT row = 0; row + 2 <= picture.height; row += 2) {
+            RenderRowPair<Pixels>(x.Row(row) + Pixels::kBytes * start, x.Row(row + 1) + Pixels::kBytes * start,
+                                  planes.y.Row(row), planes.y.Row(row + 1), chroma0.Row(row / 2), chroma1.Row(row / 2), n, terms);
+        }
+    });
+    return true;
+}
+
+// BGRA with a chroma sample a pixel. False as above.
+bool RenderI444(const Picture& picture, Plane x, const YuvToRgbMatrix& matrix) {
+    using Pixels = Pixels32<false>;
+    if (picture.width < hn::Lanes(D8()) || picture.height == 0) {
+        return false;
+    }
+    const FixedTerms terms(matrix, true);
+    ConvertDithered(picture.planes, picture.width, picture.height, picture.ditherLevel, I444Family(picture.width), [&](const auto& planes, KorSizeT start, KorSizeT n) {
+        for (KorSizeT row = 0; row < picture.height; ++row) {
+            RenderRow<Pixels>(x.Row(row) + Pixels::kBytes * start, planes.y.Row(row), planes.u.Row(row), planes.v.Row(row), n, terms);
+        }
+    });
+    return true;
+}
+
+}  // namespace
+
+#define KOR_PICTURE \
+    { {TopDown(y, pitchY), TopDown(u, pitchU), TopDown(v, pitchV)}, width, height, ditherLevel }
+
+void KorI420ToRGBA KOR_PARAMETERS_Render {
+    if (!RenderI420<Pixels32<false>>(KOR_PICTURE, {x, pitchX}, false, FixedTerms(kBt601, false))) {
+        KorI420ToRGBA_C_ KOR_ARGUMENTS_Render;
+    }
+}
+
+void KorI420ToBGRA KOR_PARAMETERS_Render {
+    if (!RenderI420<Pixels32<false>>(KOR_PICTURE, {x, pitchX}, true, FixedTerms(kBt601, true))) {
+        KorI420ToBGRA_C_ KOR_ARGUMENTS_Render;
+    }
+}
+
+void KorI420ToARGB KOR_PARAMETERS_Render {
+    if (!RenderI420<Pixels32<true>>(KOR_PICTURE, {x, pitchX}, false, FixedTerms(kBt601, false))) {
+        KorI420ToARGB_C_ KOR_ARGUMENTS_Render;
+    }
+}
+
+void KorI420ToABGR KOR_PARAMETERS_Render {
+    if (!RenderI420<Pixels32<true>>(KOR_PICTURE, {x, pitchX}, true, FixedTerms(kBt601, true))) {
+        KorI420ToABGR_C_ KOR_ARGUMENTS_Render;
+    }
+}
+
+void KorI444ToBGRA KOR_PARAMETERS_Render {
+    if (!RenderI444(KOR_PICTURE, {x, pitchX}, kBt601)) {
+        KorI444ToBGRA_C_ KOR_ARGUMENTS_Render;
+    }
+}
+
+void KorI444ToBGRAUsingBT709 KOR_PARAMETERS_Render {
+    if (!RenderI444(KOR_PICTURE, {x, pitchX}, kBt709)) {
+        KorI444ToBGRAUsingBT709_C_ KOR_ARGUMENTS_Render;
+    }
+}
+
+void KorI420ToBGRAUsingBT709 KOR_PARAMETERS_Render {
+    if (!RenderI420<Pixels32<false>>(KOR_PICTURE, {x, pitchX}, true, FixedTerms(kBt709, true))) {
+        KorI420ToBGRAUsingBT709_C_ KOR_ARGUMENTS_Render;
+    }
+}
+
+}  // namespace KOR_TARGET_NAMESPACE
+}  // namespace kor
