@@ -17,10 +17,11 @@ namespace {
 
 using H8 = hn::Half<D8>;
 
+// Rows load as many samples from column i on as the tag has lanes. Signed ones are samples minus 128.
 struct PlainRow {
+    static constexpr bool kIsSigned = false;
     const KorUint8* samples;
 
-    // As many samples from column i on as the tag has lanes.
     template <class D>
     KOR_INLINE inline hn::Vec<D> Load(D d, KorSizeT i) const {
         return hn::LoadU(d, samples + i);
@@ -38,56 +39,64 @@ constexpr KorSizeT kNoiseEntries = 16384;
 // Every sample's noise as it is added. Behind the last entry the first ones are repeated, for vectors that begin before it.
 class NoiseTable {
   public:
-    // Takes in count entries from index on. Returns whether they fit bytes.
-    bool Fill(KorSizeT index, KorSizeT count, KorUint rsBits) {
-        const KorSizeT first = index / kBlock;
-        const KorSizeT blocks = Min((index + count + kBlock - 1) / kBlock - first, kNoiseEntries / kBlock);
-        const KorSizeT wrap = kNoiseEntries / kBlock - first % (kNoiseEntries / kBlock);
-        bool fits = FillBlocks(first % (kNoiseEntries / kBlock), Min(blocks, wrap), rsBits);
-        if (blocks > wrap) {
-            fits = FillBlocks(0, blocks - wrap, rsBits) && fits;
+    explicit NoiseTable(KorUint rsBits) : rsBits_(rsBits) {}
+
+    // Takes in count entries from index on.
+    void Fill(KorSizeT index, KorSizeT count) {
+        const KorSizeT first = index & (kNoiseEntries - 1) & ~(kBlock - 1);
+        const KorSizeT end = (index & (kNoiseEntries - 1)) + Min(count, kNoiseEntries);
+        if (!isWhole_) {
+            FillBlocks(first, Min(end, kNoiseEntries));
+            FillBlocks(0, end - Min(end, kNoiseEntries));
+            KorMemCpy(entries_ + kNoiseEntries, entries_, kBlock);
         }
-        KorMemCpy(entries_ + kNoiseEntries, entries_, kBlock);
-        return fits;
+        isWhole_ = isWhole_ || count >= kNoiseEntries;
     }
+
+    // Whether all noise that was taken in fits a byte.
+    bool Fits() const { return lowest_ >= -128 && highest_ <= 127; }
 
     const KorInt8* At(KorSizeT index) const { return entries_ + (index & (kNoiseEntries - 1)); }
 
   private:
     static constexpr KorSizeT kBlock = HWY_MAX_BYTES;
 
-    KOR_KERNEL bool FillBlocks(KorSizeT first, KorSizeT blocks, KorUint rsBits) {
-        // A rounded high product: (2^(15 - rsBits) * entry + 2^14) >> 15 is (entry + round) >> rsBits.
+    // A rounded high product: (entry * 2^(15 - rsBits) + 2^14) >> 15 is (entry + round) >> rsBits.
+    KOR_KERNEL void FillBlocks(KorSizeT begin, KorSizeT end) {
         const DI16 d;
         const hn::Rebind<KorInt8, DI16> half;
-        const VI16 factor = hn::Set(d, static_cast<KorInt16>(rsBits == 0 ? 0 : 1 << (15 - rsBits)));
+        const VI16 factor = hn::Set(d, static_cast<KorInt16>(rsBits_ == 0 ? 0 : 1 << (15 - rsBits_)));
         VI16 lowest = hn::Zero(d);
         VI16 highest = hn::Zero(d);
-        for (KorSizeT i = first * kBlock; i < (first + blocks) * kBlock; i += hn::Lanes(d)) {
+        for (KorSizeT i = begin; i < end; i += hn::Lanes(d)) {
             const VI16 entry = hn::LoadU(d, KorTblDitherStd4 + i);
-            const VI16 noise = rsBits == 0 ? entry : hn::MulFixedPoint15(entry, factor);
+            const VI16 noise = rsBits_ == 0 ? entry : hn::MulFixedPoint15(entry, factor);
             lowest = hn::Min(lowest, noise);
             highest = hn::Max(highest, noise);
             hn::StoreU(hn::DemoteTo(half, noise), half, entries_ + i);
         }
-        return hn::AllFalse(d, hn::Lt(lowest, hn::Set(d, -128))) && hn::AllFalse(d, hn::Gt(highest, hn::Set(d, 127)));
+        lowest_ = hn::GetLane(hn::MinOfLanes(d, hn::Min(lowest, hn::Set(d, lowest_))));
+        highest_ = hn::GetLane(hn::MaxOfLanes(d, hn::Max(highest, hn::Set(d, highest_))));
     }
 
+    KorUint rsBits_;
+    bool isWhole_ = false;
+    KorInt16 lowest_ = 0, highest_ = 0;
     alignas(HWY_MAX_BYTES) KorInt8 entries_[kNoiseEntries + kBlock];
 };
 
+// Signed bytes saturate where samples do, so that noise is added to those.
 struct NoisyRow {
+    static constexpr bool kIsSigned = true;
     const KorUint8* samples;
     const NoiseTable* noise;
     KorSizeT index;
 
     template <class D>
     KOR_INLINE inline hn::Vec<D> Load(D d, KorSizeT i) const {
-        // Signed bytes saturate where samples do.
         const hn::RebindToSigned<D> di;
-        const auto sign = hn::Set(d, 0x80);
-        const auto signedSamples = hn::BitCast(di, hn::Xor(hn::LoadU(d, samples + i), sign));
-        return hn::Xor(hn::BitCast(d, hn::SaturatedAdd(signedSamples, hn::LoadU(di, noise->At(index + i)))), sign);
+        const auto signedSamples = hn::BitCast(di, hn::Xor(hn::LoadU(d, samples + i), hn::Set(d, 0x80)));
+        return hn::BitCast(d, hn::SaturatedAdd(signedSamples, hn::LoadU(di, noise->At(index + i))));
     }
 };
 
@@ -208,11 +217,12 @@ KOR_KERNEL void ConvertWithNoise(const Planes<SourceRows>& source, KorSizeT widt
     const Walk u = {DrawIndex(family.chromaStart), family.chromaStride, chromaShift};
     const Walk v = {DrawIndex(family.chromaStart), family.chromaStride, chromaShift};
     const KorSizeT chromaCount = height / family.chromaSize * family.chromaStride;
-    NoiseTable luma, chroma;
-    bool fits = luma.Fill(y.index, height * y.stride, lumaShift);
-    fits = chroma.Fill(u.index, chromaCount, chromaShift) && fits;
-    fits = chroma.Fill(v.index, chromaCount, chromaShift) && fits;
-    if (fits) {
+    NoiseTable luma(lumaShift);
+    NoiseTable chroma(chromaShift);
+    luma.Fill(y.index, height * y.stride);
+    chroma.Fill(u.index, chromaCount);
+    chroma.Fill(v.index, chromaCount);
+    if (luma.Fits() && chroma.Fits()) {
         convert(Planes<NoisyPlane>{{source.y, &luma, y}, {source.u, &chroma, u}, {source.v, &chroma, v}}, 0, width);
         return;
     }

@@ -17,45 +17,65 @@ namespace {
 // Matrices
 // ---------------------------------------------------------------------------------------------------------------------
 
+// Noisy rows hold samples minus 128. Where that scales to a whole number it is part of the offset, and costs nothing.
+template <class Row>
+constexpr KorInt kCentre = Row::kIsSigned ? 128 : 0;
+
+// (sample * factor) >> 8 for samples in the upper bytes of their lanes.
+template <class Row>
+KOR_INLINE inline VI16 Scale(V16 samples, KorInt factor) {
+    const D16 d;
+    const DI16 di;
+    if constexpr (Row::kIsSigned) {
+        return hn::MulHigh(hn::BitCast(di, samples), hn::Set(di, static_cast<KorInt16>(factor)));
+    } else {
+        return hn::BitCast(di, hn::MulHigh(samples, hn::Set(d, static_cast<KorUint16>(factor))));
+    }
+}
+
 // R = Y + ((V * rV) >> 8) - rBias, G = Y + gBias - ((U * gU + V * gV) >> 6), B = Y + ((U * bU) >> 8) - bBias, with luma as
-// (Y * 298) >> 8. Green's products sum to less than 2^15.
+// (Y * 298) >> 8. All factors of 1/256 are even, and green's sum to less than 128.
 struct YuvToRgbMatrix {
-    KorUint16 rV, bU;
-    KorInt8 gU, gV;
-    KorInt16 rBias, gBias, bBias;
+    KorInt rV, bU, gU, gV, rBias, gBias, bBias;
 };
 
 constexpr YuvToRgbMatrix kBt601 = {2 * 204, 4 * 129, 25, 52, 223, 135, 277};
 constexpr YuvToRgbMatrix kBt709 = {2 * 229, 4 * 135, 14, 34, 248, 78, 289};
+constexpr KorInt kLuma = 298;
 
 // A fixed matrix for a layout: what the chroma of the first and of the last channel adds to luma.
-class FixedTerms {
-  public:
-    constexpr FixedTerms(const YuvToRgbMatrix& m, bool blueFirst)
-        : first_(blueFirst ? m.bU : m.rV),
-          last_(blueFirst ? m.rV : m.bU),
-          firstBias_(blueFirst ? m.bBias : m.rBias),
-          lastBias_(blueFirst ? m.rBias : m.bBias),
-          greenBias_(m.gBias),
-          green_(static_cast<KorUint16>(blueFirst ? m.gU | m.gV << 8 : m.gV | m.gU << 8)) {}
+struct FixedTerms {
+    KorInt first, last, green0, green1, firstBias, greenBias, lastBias;
 
-    KorUint16 Luma() const { return 298; }
+    constexpr FixedTerms(const YuvToRgbMatrix& m, bool blueFirst)
+        : first(blueFirst ? m.bU : m.rV),
+          last(blueFirst ? m.rV : m.bU),
+          green0(blueFirst ? m.gU : m.gV),
+          green1(blueFirst ? m.gV : m.gU),
+          firstBias(blueFirst ? m.bBias : m.rBias),
+          greenBias(m.gBias),
+          lastBias(blueFirst ? m.rBias : m.bBias) {}
+
+    template <class Row>
+    KOR_INLINE inline VI16 Luma(V16 y) const {
+        return Scale<Row>(y, kLuma);
+    }
 
     // c0 and c1 hold the chroma of the first and of the last channel in the upper bytes of their lanes.
-    KOR_INLINE inline void Get(V16 c0, V16 c1, VI16& first, VI16& green, VI16& last) const {
-        const D16 d;
-        const DI16 di;
+    template <class Row>
+    KOR_INLINE inline void Get(V16 c0, V16 c1, VI16& firstTerm, VI16& greenTerm, VI16& lastTerm) const {
+        constexpr KorInt lumaCentre = kCentre<Row> * kLuma / 256;
+        firstTerm = hn::Add(Scale<Row>(c0, first), Set(lumaCentre + kCentre<Row> * first / 256 - firstBias));
+        lastTerm = hn::Add(Scale<Row>(c1, last), Set(lumaCentre + kCentre<Row> * last / 256 - lastBias));
+        // The unsigned factor of a product of bytes is the sample or, where that is signed, the weight.
         const V8 pairs = hn::BitCast(D8(), hn::Or(hn::ShiftRight<8>(c0), c1));
-        const VI8 weights = hn::BitCast(DI8(), hn::Set(d, green_));
-        first = hn::Sub(hn::BitCast(di, hn::MulHigh(c0, hn::Set(d, first_))), hn::Set(di, firstBias_));
-        last = hn::Sub(hn::BitCast(di, hn::MulHigh(c1, hn::Set(d, last_))), hn::Set(di, lastBias_));
-        green = hn::Sub(hn::Set(di, greenBias_), hn::ShiftRight<6>(MulAddBytes(pairs, weights)));
+        const V8 weights = hn::BitCast(D8(), Set(green0 | green1 << 8));
+        const VI16 sums = Row::kIsSigned ? MulAddBytes(weights, hn::BitCast(DI8(), pairs)) : MulAddBytes(pairs, hn::BitCast(DI8(), weights));
+        greenTerm = hn::Sub(Set(lumaCentre + greenBias - kCentre<Row> * (green0 + green1) / 64), hn::ShiftRight<6>(sums));
     }
 
   private:
-    KorUint16 first_, last_;
-    KorInt16 firstBias_, lastBias_, greenBias_;
-    KorUint16 green_;
+    static KOR_INLINE inline VI16 Set(KorInt value) { return hn::Set(DI16(), static_cast<KorInt16>(value)); }
 };
 
 // The caller's matrix: rows R, G, B with the multipliers of luma, U - 128 and V - 128, in units of 1/256.
@@ -79,15 +99,19 @@ struct CallerMatrix {
 class CallerTerms {
   public:
     explicit CallerTerms(const CallerMatrix& m)
-        : luma_(static_cast<KorUint16>(m.rows[0][0])), blue_(m.rows[2]), green_(m.rows[1]), red_(m.rows[0]) {}
+        : luma_(m.rows[0][0]), blue_(m.rows[2]), green_(m.rows[1]), red_(m.rows[0]) {}
 
-    KorUint16 Luma() const { return luma_; }
+    template <class Row>
+    KOR_INLINE inline VI16 Luma(V16 y) const {
+        return Scale<PlainRow>(Row::kIsSigned ? hn::Xor(y, hn::Set(D16(), 0x8000)) : y, luma_);
+    }
 
+    template <class Row>
     KOR_INLINE inline void Get(V16 u, V16 v, VI16& blue, VI16& green, VI16& red) const {
         // Chroma minus 128, in units of 1/256. Samples of even and of odd lanes make pairs of their own.
         const DI16 d;
         const DI32 d32;
-        const VI16 sign = hn::Set(d, -32768);
+        const VI16 sign = hn::Set(d, Row::kIsSigned ? 0 : -32768);
         const VI16 u16 = hn::Xor(hn::BitCast(d, u), sign);
         const VI16 v16 = hn::Xor(hn::BitCast(d, v), sign);
         const VI16 vUp = hn::BitCast(d, hn::ShiftLeft<16>(hn::BitCast(d32, v16)));
@@ -120,7 +144,7 @@ class CallerTerms {
         }
     };
 
-    KorUint16 luma_;
+    KorInt luma_;
     Channel blue_, green_, red_;
 };
 
@@ -190,16 +214,19 @@ struct Pixels32 {
 // Kernels and drivers
 // ---------------------------------------------------------------------------------------------------------------------
 
-// A vector of pixels.
+// A vector of pixels of luma and of the terms of its even and of its odd pixels.
 template <class Pixels>
-KOR_INLINE inline void StorePixels(KorUint8* x, V8 y, KorUint16 luma, VI16 first0, VI16 green0, VI16 last0, VI16 first1, VI16 green1, VI16 last1) {
-    const D16 d;
-    const DI16 di;
-    const V16 scale = hn::Set(d, luma);
-    const V16 samples = hn::BitCast(d, y);
-    const VI16 even = hn::BitCast(di, hn::MulHigh(hn::ShiftLeft<8>(samples), scale));
-    const VI16 odd = hn::BitCast(di, hn::MulHigh(hn::And(samples, hn::Set(d, 0xff00)), scale));
-    Pixels::Store(x, Channel(even, odd, first0, first1), Channel(even, odd, green0, green1), Channel(even, odd, last0, last1));
+KOR_INLINE inline void StorePixels(KorUint8* x, VI16 evenLuma, VI16 oddLuma, VI16 first0, VI16 green0, VI16 last0, VI16 first1, VI16 green1, VI16 last1) {
+    Pixels::Store(x, Channel(evenLuma, oddLuma, first0, first1), Channel(evenLuma, oddLuma, green0, green1), Channel(evenLuma, oddLuma, last0, last1));
+}
+
+// Every other sample, from the first or from the second on, in the upper byte of a lane.
+KOR_INLINE inline V16 EvenSamples(V8 x) {
+    return hn::ShiftLeft<8>(hn::BitCast(D16(), x));
+}
+
+KOR_INLINE inline V16 OddSamples(V8 x) {
+    return hn::And(hn::BitCast(D16(), x), hn::Set(D16(), 0xff00));
 }
 
 // Two rows of n pixels and their chroma, c0 that of the first channel. n must be even, and at least a vector.
@@ -212,9 +239,11 @@ KOR_KERNEL void RenderRowPair(KorUint8* x0, KorUint8* x1, Row y0, Row y1, Row c0
         const V16 chroma0 = hn::PromoteTo(D16(), c0.Load(half, start / 2));
         const V16 chroma1 = hn::PromoteTo(D16(), c1.Load(half, start / 2));
         VI16 first, green, last;
-        t.Get(hn::ShiftLeft<8>(Pixels::Order(chroma0)), hn::ShiftLeft<8>(Pixels::Order(chroma1)), first, green, last);
-        StorePixels<Pixels>(x0 + Pixels::kBytes * start, Pixels::Order(y0.Load(d, start)), t.Luma(), first, green, last, first, green, last);
-        StorePixels<Pixels>(x1 + Pixels::kBytes * start, Pixels::Order(y1.Load(d, start)), t.Luma(), first, green, last, first, green, last);
+        t.template Get<Row>(hn::ShiftLeft<8>(Pixels::Order(chroma0)), hn::ShiftLeft<8>(Pixels::Order(chroma1)), first, green, last);
+        const V8 luma0 = Pixels::Order(y0.Load(d, start));
+        const V8 luma1 = Pixels::Order(y1.Load(d, start));
+        StorePixels<Pixels>(x0 + Pixels::kBytes * start, t.template Luma<Row>(EvenSamples(luma0)), t.template Luma<Row>(OddSamples(luma0)), first, green, last, first, green, last);
+        StorePixels<Pixels>(x1 + Pixels::kBytes * start, t.template Luma<Row>(EvenSamples(luma1)), t.template Luma<Row>(OddSamples(luma1)), first, green, last, first, green, last);
     });
 }
 
@@ -224,14 +253,13 @@ KOR_KERNEL void RenderRow(KorUint8* x, Row y, Row c0, Row c1, KorSizeT n, Terms 
     const D8 d;
     const Terms t = terms;
     ForEachBlock(n, hn::Lanes(d), [&](KorSizeT start) KOR_INLINE {
-        const D16 d16;
-        const V16 chroma0 = hn::BitCast(d16, Pixels::Order(c0.Load(d, start)));
-        const V16 chroma1 = hn::BitCast(d16, Pixels::Order(c1.Load(d, start)));
-        const V16 upper = hn::Set(d16, 0xff00);
+        const V8 chroma0 = Pixels::Order(c0.Load(d, start));
+        const V8 chroma1 = Pixels::Order(c1.Load(d, start));
+        const V8 luma = Pixels::Order(y.Load(d, start));
         VI16 first0, green0, last0, first1, green1, last1;
-        t.Get(hn::ShiftLeft<8>(chroma0), hn::ShiftLeft<8>(chroma1), first0, green0, last0);
-        t.Get(hn::And(chroma0, upper), hn::And(chroma1, upper), first1, green1, last1);
-        StorePixels<Pixels>(x + Pixels::kBytes * start, Pixels::Order(y.Load(d, start)), t.Luma(), first0, green0, last0, first1, green1, last1);
+        t.template Get<Row>(EvenSamples(chroma0), EvenSamples(chroma1), first0, green0, last0);
+        t.template Get<Row>(OddSamples(chroma0), OddSamples(chroma1), first1, green1, last1);
+        StorePixels<Pixels>(x + Pixels::kBytes * start, t.template Luma<Row>(EvenSamples(luma)), t.template Luma<Row>(OddSamples(luma)), first0, green0, last0, first1, green1, last1);
     });
 }
 
