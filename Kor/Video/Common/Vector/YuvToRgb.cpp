@@ -175,6 +175,7 @@ struct Pixels32 {
     }
 
     static KOR_INLINE inline void Store(KorUint8* x, V8 first, V8 green, V8 last) {
+        static constexpr Places kFrom0(0), kFrom8(8);
         const D16 d;
         const V8 pair0 = alphaFirst ? green : first;
         const V8 pair1 = alphaFirst ? last : green;
@@ -182,24 +183,30 @@ struct Pixels32 {
         const V16 odd = hn::BitCast(d, hn::InterleaveUpper(D8(), pair0, pair1));
         const V16 joined0 = hn::InterleaveLower(d, even, odd);
         const V16 joined1 = hn::InterleaveUpper(d, even, odd);
-        const V16 alpha0 = WithAlpha(alphaFirst ? first : last, kLowerPixels);
-        const V16 alpha1 = WithAlpha(alphaFirst ? first : last, kUpperPixels);
+        const V16 alpha0 = WithAlpha(alphaFirst ? first : last, kFrom0);
+        const V16 alpha1 = WithAlpha(alphaFirst ? first : last, kFrom8);
         StoreFour(x, alphaFirst ? alpha0 : joined0, alphaFirst ? joined0 : alpha0);
         StoreFour(x + 2 * hn::Lanes(D8()), alphaFirst ? alpha1 : joined1, alphaFirst ? joined1 : alpha1);
     }
 
   private:
-    // The places of a channel's bytes beside an alpha, which comes of a zero: pixels 0 to 7 and 8 to 15.
-    alignas(16) static constexpr KorUint8 kLowerPixels[16] = {0, 128, 8, 128, 1, 128, 9, 128, 2, 128, 10, 128, 3, 128, 11, 128};
-    alignas(16) static constexpr KorUint8 kUpperPixels[16] = {4, 128, 12, 128, 5, 128, 13, 128, 6, 128, 14, 128, 7, 128, 15, 128};
+    // The bytes of a channel from pixel 0 or 8 on, each beside a zero that becomes its alpha.
+    struct Places {
+        alignas(16) KorUint8 places[16] = {};
 
-    static KOR_INLINE inline V16 WithAlpha(V8 channel, const KorUint8 (&places)[16]) {
-        const D8 d;
-        const V16 spread = hn::BitCast(D16(), hn::TableLookupBytesOr0(channel, hn::LoadDup128(d, places)));
-        if (alphaFirst) {
-            return hn::Or(hn::ShiftLeft<8>(spread), hn::Set(D16(), 0xff));
+        explicit constexpr Places(KorUint first) {
+            for (KorUint k = 0; k < 16; ++k) {
+                const KorUint pixel = first + k / 2;
+                places[k] = k % 2 == (alphaFirst ? 0 : 1) ? 128 : static_cast<KorUint8>(pixel / 2 + pixel % 2 * 8);
+            }
         }
-        return hn::Or(spread, hn::Set(D16(), 0xff00));
+    };
+
+    static KOR_INLINE inline V16 WithAlpha(V8 channel, const Places& beside) {
+        const D8 d;
+        const D16 d16;
+        const V8 spread = hn::TableLookupBytesOr0(channel, hn::LoadDup128(d, beside.places));
+        return hn::Or(hn::BitCast(d16, spread), hn::Set(d16, alphaFirst ? 0xff : 0xff00));
     }
 
     // Pairs of bytes that make the first and the second half of pixels.
@@ -207,6 +214,90 @@ struct Pixels32 {
         const D8 d;
         hn::StoreU(hn::BitCast(d, hn::InterleaveLower(D16(), front, back)), d, x);
         hn::StoreU(hn::BitCast(d, hn::InterleaveUpper(D16(), front, back)), d, x + hn::Lanes(d));
+    }
+};
+
+// 24-bit pixels. In a group of 16 or 64 bytes pixel p's byte of channel c belongs at place 3 p + c of three groups of output.
+// Modulo the size of a group these places are all different, because 3 divides no power of 2. One permutation thus puts every
+// byte of a channel where it belongs in one group or another, and each group picks from the three channels.
+#if defined(KOR_VNNI)
+constexpr KorUint kGroup = 64;
+constexpr KorUint kInverseOf3 = 43;
+#else
+constexpr KorUint kGroup = 16;
+constexpr KorUint kInverseOf3 = 11;
+#endif
+static_assert(3 * kInverseOf3 % kGroup == 1, "modulo the size of a group");
+
+// For every place the byte of the channel that goes there. Channels are packed: even pixels, then odd ones, in every 128 bits.
+struct Places24 {
+    alignas(kGroup) KorUint8 channel[3][kGroup] = {};
+    alignas(kGroup) KorUint8 modulo3[kGroup] = {};
+
+    constexpr Places24() {
+        for (KorUint k = 0; k < kGroup; ++k) {
+            for (KorUint c = 0; c < 3; ++c) {
+                const KorUint pixel = (k + kGroup - c) * kInverseOf3 % kGroup;
+                channel[c][k] = static_cast<KorUint8>(pixel / 16 * 16 + pixel % 16 / 2 + pixel % 2 * 8);
+            }
+            modulo3[k] = static_cast<KorUint8>(k % 3);
+        }
+    }
+};
+
+constexpr Places24 kPlaces;
+
+struct Pixels24 {
+    static constexpr KorSizeT kBytes = 3;
+
+    template <class V>
+    static KOR_INLINE inline V Order(V x) {
+        return x;
+    }
+
+    static KOR_INLINE inline void Store(KorUint8* x, V8 first, V8 green, V8 last) {
+        const V8 c0 = Permute(first, kPlaces.channel[0]);
+        const V8 c1 = Permute(green, kPlaces.channel[1]);
+        const V8 c2 = Permute(last, kPlaces.channel[2]);
+        const auto at1 = IsAt(1);
+        const auto at2 = IsAt(2);
+        StoreGroups(x, Pick(c0, at1, c1, at2, c2), Pick(c1, at1, c2, at2, c0), Pick(c2, at1, c0, at2, c1));
+    }
+
+  private:
+    static KOR_INLINE inline V8 Permute(V8 x, const KorUint8 (&places)[kGroup]) {
+#if defined(KOR_VNNI)
+        return V8{_mm512_permutexvar_epi8(_mm512_load_si512(places), x.raw)};
+#else
+        return hn::TableLookupBytes(x, hn::LoadDup128(D8(), places));
+#endif
+    }
+
+    static KOR_INLINE inline hn::Mask<D8> IsAt(KorUint8 remainder) {
+        const D8 d;
+#if defined(KOR_VNNI)
+        return hn::Eq(hn::LoadU(d, kPlaces.modulo3), hn::Set(d, remainder));
+#else
+        return hn::Eq(hn::LoadDup128(d, kPlaces.modulo3), hn::Set(d, remainder));
+#endif
+    }
+
+    static KOR_INLINE inline V8 Pick(V8 a, hn::Mask<D8> at1, V8 b, hn::Mask<D8> at2, V8 c) {
+        return hn::IfThenElse(at2, c, hn::IfThenElse(at1, b, a));
+    }
+
+    static KOR_INLINE inline void StoreGroups(KorUint8* x, V8 a, V8 b, V8 c) {
+        const D8 d;
+#if HWY_TARGET == HWY_AVX2
+        // The groups of the lower halves, then those of the upper ones.
+        hn::StoreU(hn::ConcatLowerLower(d, b, a), d, x);
+        hn::StoreU(hn::ConcatUpperLower(d, a, c), d, x + 32);
+        hn::StoreU(hn::ConcatUpperUpper(d, c, b), d, x + 64);
+#else
+        hn::StoreU(a, d, x);
+        hn::StoreU(b, d, x + hn::Lanes(d));
+        hn::StoreU(c, d, x + 2 * hn::Lanes(d));
+#endif
     }
 };
 
@@ -358,6 +449,22 @@ void KorI444ToBGRAUsingBT709 KOR_PARAMETERS_Render {
 void KorI420ToBGRAUsingBT709 KOR_PARAMETERS_Render {
     if (!RenderI420<Pixels32<false>>(KOR_PICTURE, {x, pitchX}, true, FixedTerms(kBt709, true))) {
         KorI420ToBGRAUsingBT709_C_ KOR_ARGUMENTS_Render;
+    }
+}
+
+void KorI420ToBGRAGeneral KOR_PARAMETERS_RenderGeneral {
+    CallerMatrix matrix = {};
+    if (width >= 2 && height >= 2) {
+        KorMemCpy(&matrix, coeffs, sizeof matrix);
+    }
+    if (!matrix.FitsLanes() || !RenderI420<Pixels32<false>>(KOR_PICTURE, {x, pitchX}, true, CallerTerms(matrix))) {
+        KorI420ToBGRAGeneral_C_ KOR_ARGUMENTS_RenderGeneral;
+    }
+}
+
+void KorI420To24BG KOR_PARAMETERS_Render {
+    if (!RenderI420<Pixels24>(KOR_PICTURE, {x, pitchX}, true, FixedTerms(kBt601, true))) {
+        KorI420To24BG_C_ KOR_ARGUMENTS_Render;
     }
 }
 
