@@ -80,6 +80,16 @@ KOR_INLINE inline V8 OrderQuarters(V8 x) {
 #endif
 }
 
+#if !HWY_ARCH_X86
+// offset plus the sum of the products of every group of four bytes, modulo 2^16, in the lower half of its 32 bits.
+KOR_INLINE inline VI32 SumGroups(V8 a, VI8 b, KorUint16 offset) {
+    const D16 d16;
+    const V32 pairs = hn::BitCast(D32(), MulAddBytes(a, b));
+    const V16 sums = hn::Add(hn::BitCast(d16, pairs), hn::BitCast(d16, hn::ShiftRight<16>(pairs)));
+    return hn::BitCast(DI32(), hn::Add(sums, hn::BitCast(d16, hn::Set(D32(), offset))));
+}
+#endif
+
 #if HWY_ARCH_X86 && !defined(KOR_VNNI)
 // What packs as a number of 16 bits: the second byte of every 32-bit lane.
 KOR_INLINE inline VI32 SecondByte(VI32 x) {
@@ -109,9 +119,18 @@ KOR_INLINE inline V8 SecondBytes(VI32 a, VI32 b, VI32 c, VI32 d) {
 #endif
 }
 
-// For four pairs of vectors: bits 8 to 15 of offset plus the sum of the four products, unsigned times signed bytes, of every
-// group of four bytes. The sums of the first two and of the last two products must fit 16 bits.
+// For four pairs of vectors: offset plus the sum of the four products, unsigned times signed bytes, of every group of four
+// bytes, shifted right; the low byte of that. The sums of the first two and of the last two products must fit 16 bits. A shift
+// other than 8 is for targets that have it, and only for results that are bytes.
+#if HWY_ARCH_X86 && !defined(KOR_VNNI)
+constexpr bool kHasShiftedSums = true;
+#else
+constexpr bool kHasShiftedSums = false;
+#endif
+
+template <int shift = 8>
 KOR_INLINE inline V8 WeighGroups(V8 a0, VI8 b0, V8 a1, VI8 b1, V8 a2, VI8 b2, V8 a3, VI8 b3, KorUint16 offset) {
+    static_assert(shift == 8 || kHasShiftedSums, "this target takes whole bytes");
 #if defined(KOR_VNNI)
     const __m512i from = _mm512_set1_epi32(offset);
     return SecondBytes(VI32{_mm512_dpbusd_epi32(from, a0.raw, b0.raw)}, VI32{_mm512_dpbusd_epi32(from, a1.raw, b1.raw)},
@@ -120,9 +139,9 @@ KOR_INLINE inline V8 WeighGroups(V8 a0, VI8 b0, V8 a1, VI8 b1, V8 a2, VI8 b2, V8
     const V16 from = hn::Set(D16(), offset);
     const V16 sums01 = V16{KOR_X86(hadd_epi16)(MulAddBytes(a0, b0).raw, MulAddBytes(a1, b1).raw)};
     const V16 sums23 = V16{KOR_X86(hadd_epi16)(MulAddBytes(a2, b2).raw, MulAddBytes(a3, b3).raw)};
-    const V16 upper01 = hn::ShiftRight<8>(hn::Add(sums01, from));
-    const V16 upper23 = hn::ShiftRight<8>(hn::Add(sums23, from));
-    return OrderQuarters(V8{KOR_X86(packus_epi16)(upper01.raw, upper23.raw)});
+    const V16 bytes01 = hn::ShiftRight<shift>(hn::Add(sums01, from));
+    const V16 bytes23 = hn::ShiftRight<shift>(hn::Add(sums23, from));
+    return OrderQuarters(V8{KOR_X86(packus_epi16)(bytes01.raw, bytes23.raw)});
 #else
     return SecondBytes(SumGroups(a0, b0, offset), SumGroups(a1, b1, offset), SumGroups(a2, b2, offset), SumGroups(a3, b3, offset));
 #endif

@@ -37,33 +37,50 @@ constexpr KorUint WeightGroup(const KorInt (&weights)[3], const RgbLayout& layou
            (static_cast<KorUint>(weights[2]) & 0xff) << 8 * layout.bo;
 }
 
-// A matrix of bytes. Luma has unsigned weights with a sum of at most 255; they meet samples that are made signed, and the
-// offset holds what that takes away. Two products lie in 255 * -128 to 255 * 127. Chroma has signed weights; those above
-// zero sum to at most 128 and those below to at least -128, so that products of unsigned samples stay within 128 * 255.
+// A matrix of bytes, with luma weights in units of 1/256 or, where they are even, of 1/128.
+//
+// Units of 1/256: luma has unsigned weights with a sum of at most 255. They meet samples that are made signed, and the offset
+// holds what that takes away. Two products lie in 255 * -128 to 255 * 127. Units of 1/128: the weights are signed bytes, and
+// samples stay as they are; four products and the offset lie below 127 * 255 + 128 * 16.
+//
+// Chroma has signed weights; those above zero sum to at most 128 and those below to at least -128, so that products of
+// unsigned samples stay within 128 * 255.
+template <int lumaShift>
 struct ByteWeights {
     KorUint y, u, v;
     KorUint16 yOffset;
 
     constexpr ByteWeights(const RgbToYuvMatrix& matrix, const RgbLayout& layout)
-        : y(WeightGroup(matrix.y, layout)), u(WeightGroup(matrix.u, layout)), v(WeightGroup(matrix.v, layout)), yOffset(static_cast<KorUint16>(256 * kLumaOffset + 128 * (matrix.y[0] + matrix.y[1] + matrix.y[2]))) {}
+        : y(WeightGroup(matrix.y, layout) >> (8 - lumaShift)),
+          u(WeightGroup(matrix.u, layout)),
+          v(WeightGroup(matrix.v, layout)),
+          yOffset(static_cast<KorUint16>(256 * kLumaOffset + 128 * (matrix.y[0] + matrix.y[1] + matrix.y[2]))) {}
 
-    KOR_INLINE inline V8 Y(V8 a, V8 b, V8 c, V8 d) const {
+    KOR_INLINE V8 Y(V8 a, V8 b, V8 c, V8 d) const {
         const V8 weights = SetGroups(y);
-        return WeighGroups(weights, Signed(a), weights, Signed(b), weights, Signed(c), weights, Signed(d), yOffset);
+        if constexpr (lumaShift == 8) {
+            return WeighGroups(weights, Signed(a), weights, Signed(b), weights, Signed(c), weights, Signed(d), yOffset);
+        } else {
+            const VI8 s = hn::BitCast(DI8(), weights);
+            return WeighGroups<lumaShift>(a, s, b, s, c, s, d, s, kLumaOffset << lumaShift);
+        }
     }
-    KOR_INLINE inline V8 U(V8 a, V8 b, V8 c, V8 d) const { return Chroma(a, b, c, d, u, u); }
-    KOR_INLINE inline V8 V(V8 a, V8 b, V8 c, V8 d) const { return Chroma(a, b, c, d, v, v); }
+    KOR_INLINE V8 U(V8 a, V8 b, V8 c, V8 d) const { return Chroma(a, b, c, d, u, u); }
+    KOR_INLINE V8 V(V8 a, V8 b, V8 c, V8 d) const { return Chroma(a, b, c, d, v, v); }
     // U of all pixels, then V of all.
-    KOR_INLINE inline V8 UV(V8 a, V8 b) const { return Chroma(a, b, a, b, u, v); }
+    KOR_INLINE V8 UV(V8 a, V8 b) const { return Chroma(a, b, a, b, u, v); }
 
   private:
-    static KOR_INLINE inline VI8 Signed(V8 x) { return hn::BitCast(DI8(), hn::Xor(x, hn::Set(D8(), 0x80))); }
-    static KOR_INLINE inline V8 Chroma(V8 a, V8 b, V8 c, V8 d, KorUint ab, KorUint cd) {
+    static KOR_INLINE VI8 Signed(V8 x) { return hn::BitCast(DI8(), hn::Xor(x, hn::Set(D8(), 0x80))); }
+    static KOR_INLINE V8 Chroma(V8 a, V8 b, V8 c, V8 d, KorUint ab, KorUint cd) {
         const VI8 weightsAb = hn::BitCast(DI8(), SetGroups(ab));
         const VI8 weightsCd = hn::BitCast(DI8(), SetGroups(cd));
         return WeighGroups(a, weightsAb, b, weightsAb, c, weightsCd, d, weightsCd, 256 * kChromaOffset);
     }
 };
+
+using Bt601Weights = ByteWeights<kHasShiftedSums ? 7 : 8>;
+using Bt709Weights = ByteWeights<8>;
 
 // A byte of a block of pixels that may not be read: the alpha that begins or ends an image may lie outside the caller's memory.
 enum class Unread {
@@ -206,35 +223,35 @@ void KorRGBAToI420 KOR_PARAMETERS_Capture {
     if (!IsWide(width, height)) {
         return KorRGBAToI420_C_ KOR_ARGUMENTS_Capture;
     }
-    CaptureI420<ByteWeights>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kRgba, kBt601);
+    CaptureI420<Bt601Weights>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kRgba, kBt601);
 }
 
 void KorBGRAToI420 KOR_PARAMETERS_Capture {
     if (!IsWide(width, height)) {
         return KorBGRAToI420_C_ KOR_ARGUMENTS_Capture;
     }
-    CaptureI420<ByteWeights>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kBgra, kBt601);
+    CaptureI420<Bt601Weights>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kBgra, kBt601);
 }
 
 void KorARGBToI420 KOR_PARAMETERS_Capture {
     if (!IsWide(width, height)) {
         return KorARGBToI420_C_ KOR_ARGUMENTS_Capture;
     }
-    CaptureI420<ByteWeights>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kArgb, kBt601);
+    CaptureI420<Bt601Weights>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kArgb, kBt601);
 }
 
 void KorABGRToI420 KOR_PARAMETERS_Capture {
     if (!IsWide(width, height)) {
         return KorABGRToI420_C_ KOR_ARGUMENTS_Capture;
     }
-    CaptureI420<ByteWeights>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kAbgr, kBt601);
+    CaptureI420<Bt601Weights>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kAbgr, kBt601);
 }
 
 void KorBGRAToI444 KOR_PARAMETERS_Capture {
     if (!IsWide(width, height)) {
         return KorBGRAToI444_C_ KOR_ARGUMENTS_Capture;
     }
-    CaptureI444<ByteWeights>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kBgra, kBt601);
+    CaptureI444<Bt601Weights>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kBgra, kBt601);
 }
 
 void KorBGRAToI420UsingBT709 KOR_PARAMETERS_Capture {
@@ -242,7 +259,7 @@ void KorBGRAToI420UsingBT709 KOR_PARAMETERS_Capture {
         return KorBGRAToI420UsingBT709_C_ KOR_ARGUMENTS_Capture;
     }
     const Plane luma = {y, pitchY};
-    CaptureI420<ByteWeights>(luma, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kBgra, kBt709);
+    CaptureI420<Bt709Weights>(luma, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kBgra, kBt709);
     if (IsOdd(height)) {
         // Deliberate: the luma of an odd last row is repeated in the row below the picture, without an odd last column.
         KorMemCpy(luma.Row(height), luma.Row(height - 1), width & ~KorSizeT{1});
@@ -255,7 +272,7 @@ void KorBGRAToI444UsingBT709 KOR_PARAMETERS_Capture {
     }
     // Deliberate: a set flip chooses the first row and no more. From there the walk goes downwards, past the picture.
     const SourceRows rows = TopDown(ReadingOrder(x, pitchX, height, flip).first, pitchX);
-    CaptureI444<ByteWeights>({y, pitchY}, {u, pitchU}, {v, pitchV}, rows, width, height, kBgra, kBt709);
+    CaptureI444<Bt709Weights>({y, pitchY}, {u, pitchU}, {v, pitchV}, rows, width, height, kBgra, kBt709);
 }
 
 }  // namespace KOR_TARGET_NAMESPACE
