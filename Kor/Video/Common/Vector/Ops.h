@@ -55,16 +55,18 @@ KOR_INLINE inline VI16 MulAddBytes(V8 a, VI8 b) {
 #endif
 }
 
-// Sums of neighbouring products of signed words.
-KOR_INLINE inline VI32 MulAddWords(VI16 a, VI16 b) {
-#if HWY_ARCH_X86
-    return VI32{KOR_X86(madd_epi16)(a.raw, b.raw)};
+// Adds the sums of neighbouring products of signed words.
+KOR_INLINE inline VI32 AddDotWords(VI32 sum, VI16 a, VI16 b) {
+#if defined(KOR_VNNI)
+    return VI32{_mm512_dpwssd_epi32(sum.raw, a.raw, b.raw)};
+#elif HWY_ARCH_X86
+    return hn::Add(sum, VI32{KOR_X86(madd_epi16)(a.raw, b.raw)});
 #else
     const DI32 d;
     const VI32 a32 = hn::BitCast(d, a);
     const VI32 b32 = hn::BitCast(d, b);
     const VI32 even = hn::MulLow(hn::ShiftRight<16>(hn::ShiftLeft<16>(a32)), hn::ShiftRight<16>(hn::ShiftLeft<16>(b32)));
-    return hn::Add(even, hn::MulLow(hn::ShiftRight<16>(a32), hn::ShiftRight<16>(b32)));
+    return hn::Add(sum, hn::Add(even, hn::MulLow(hn::ShiftRight<16>(a32), hn::ShiftRight<16>(b32))));
 #endif
 }
 

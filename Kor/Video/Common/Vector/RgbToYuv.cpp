@@ -24,6 +24,8 @@ struct RgbToYuvMatrix {
     KorInt y[3], u[3], v[3];
 };
 
+static_assert(sizeof(RgbToYuvMatrix) == 9 * sizeof(KorInt), "laid out as callers lay out theirs");
+
 // ITU-R BT.601 with its seven fraction bits doubled, and BT.709.
 constexpr RgbToYuvMatrix kBt601 = {{66, 128, 26}, {-38, -74, 112}, {112, -94, -18}};
 constexpr RgbToYuvMatrix kBt709 = {{47, 157, 16}, {-26, -87, 112}, {112, -102, -10}};
@@ -81,6 +83,42 @@ struct ByteWeights {
 
 using Bt601Weights = ByteWeights<kHasShiftedSums ? 7 : 8>;
 using Bt709Weights = ByteWeights<8>;
+
+// Any matrix. The result is a byte of the sum, so that weights count modulo 2^16; no sum of four products leaves 32 bits.
+struct WordWeights {
+    // The weights of the first and third byte of a pixel, and of the second and fourth.
+    struct Row {
+        KorUint even, odd;
+    };
+    Row y, u, v;
+
+    constexpr WordWeights(const RgbToYuvMatrix& matrix, const RgbLayout& layout)
+        : y(Pairs(matrix.y, layout)), u(Pairs(matrix.u, layout)), v(Pairs(matrix.v, layout)) {}
+
+    KOR_INLINE V8 Y(V8 a, V8 b, V8 c, V8 d) const { return Weigh(a, b, c, d, y, y, kLumaOffset); }
+    KOR_INLINE V8 UV(V8 a, V8 b) const { return Weigh(a, b, a, b, u, v, kChromaOffset); }
+
+  private:
+    static constexpr KorUint Pair(KorUint first, KorUint second) { return (first & 0xffff) | second << 16; }
+    static constexpr Row Pairs(const KorInt (&weights)[3], const RgbLayout& layout) {
+        KorUint bytes[4] = {};
+        bytes[layout.ro] = static_cast<KorUint>(weights[0]);
+        bytes[layout.go] = static_cast<KorUint>(weights[1]);
+        bytes[layout.bo] = static_cast<KorUint>(weights[2]);
+        return {Pair(bytes[0], bytes[2]), Pair(bytes[1], bytes[3])};
+    }
+    static KOR_INLINE VI32 Sum(V8 pixels, const Row& row, KorUint8 offset) {
+        const DI16 d;
+        const D16 d16;
+        const VI16 even = hn::BitCast(d, hn::And(hn::BitCast(d16, pixels), hn::Set(d16, 0xff)));
+        const VI16 odd = hn::BitCast(d, hn::ShiftRight<8>(hn::BitCast(d16, pixels)));
+        const VI32 sum = AddDotWords(hn::Set(DI32(), 256 * offset), even, hn::BitCast(d, SetGroups(row.even)));
+        return AddDotWords(sum, odd, hn::BitCast(d, SetGroups(row.odd)));
+    }
+    static KOR_INLINE V8 Weigh(V8 a, V8 b, V8 c, V8 d, const Row& ab, const Row& cd, KorUint8 offset) {
+        return SecondBytes(Sum(a, ab, offset), Sum(b, ab, offset), Sum(c, cd, offset), Sum(d, cd, offset));
+    }
+};
 
 // A byte of a block of pixels that may not be read: the alpha that begins or ends an image may lie outside the caller's memory.
 enum class Unread {
@@ -217,6 +255,69 @@ void CaptureI444(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, Kor
     }
 }
 
+// Whether the weights of a matrix are as ByteWeights wants them.
+bool FitsBytes(const RgbToYuvMatrix& matrix) {
+    const auto isByte = [](KorInt weight, KorInt low) { return weight >= low && weight <= low + 255; };
+    KorInt luma = 0;
+    for (const KorInt weight : matrix.y) {
+        if (!isByte(weight, 0)) {
+            return false;
+        }
+        luma += weight;
+    }
+    for (const auto& row : {matrix.u, matrix.v}) {
+        KorInt above = 0, below = 0;
+        for (KorSizeT i = 0; i < 3; ++i) {
+            if (!isByte(row[i], -128)) {
+                return false;
+            }
+            (row[i] > 0 ? above : below) += row[i];
+        }
+        if (above > 128 || below < -128) {
+            return false;
+        }
+    }
+    return luma <= 255;
+}
+
+// Whether coefficients share a byte with the width by height samples of a plane.
+bool Overlap(const KorInt (*coeffs)[3], Plane plane, KorSizeT width, KorSizeT height) {
+    const uintptr_t coeffsBegin = reinterpret_cast<uintptr_t>(coeffs);
+    const uintptr_t planeBegin = reinterpret_cast<uintptr_t>(plane.samples);
+    const KorSizeT planeBytes = (height - 1) * plane.pitch + width;
+    return coeffsBegin < planeBegin + planeBytes && planeBegin < coeffsBegin + 3 * sizeof *coeffs;
+}
+
+// The even rows and columns, and the odd edges as the caller's matrix has them.
+template <class Weights>
+void CaptureGeneral(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorSizeT height, const RgbToYuvMatrix& matrix) {
+    // Deliberate: at the odd edges the luma weights meet the channels in the order red, blue, green.
+    RgbToYuvMatrix edge = matrix;
+    edge.y[1] = matrix.y[2];
+    edge.y[2] = matrix.y[1];
+    const KorSizeT width2 = width & ~KorSizeT{1};
+    const KorSizeT height2 = height & ~KorSizeT{1};
+    CaptureI420<Weights>(y, u, v, rows, width, height2, kBgra, matrix);
+    if (IsOdd(width)) {
+        for (KorSizeT row = 0; row < height2; ++row) {
+            KorUint8* last = y.Row(row) + width2;
+            last[0] = last[1] = Weigh(edge.y, kLumaOffset, PixelAt(rows.Row(row), width2, kBgra));
+        }
+    }
+    if (IsOdd(height)) {
+        CaptureI420<Weights>(y.From(height2), u.From(height2 / 2), v.From(height2 / 2), rows.From(height2), width, 1, kBgra, edge);
+        KorMemCpy(y.Row(height), y.Row(height2), width2);
+    }
+    if (IsOdd(width) && IsOdd(height)) {
+        // Deliberate: the corner stands in four places, with the weights in their normal order.
+        const KorUint8 corner = Weigh(matrix.y, kLumaOffset, PixelAt(rows.Row(height2), width2, kBgra));
+        for (KorSizeT row = height2; row <= height; ++row) {
+            y.Row(row)[width2] = corner;
+            y.Row(row)[width] = corner;
+        }
+    }
+}
+
 }  // namespace
 
 void KorRGBAToI420 KOR_PARAMETERS_Capture {
@@ -273,6 +374,29 @@ void KorBGRAToI444UsingBT709 KOR_PARAMETERS_Capture {
     // Deliberate: a set flip chooses the first row and no more. From there the walk goes downwards, past the picture.
     const SourceRows rows = TopDown(ReadingOrder(x, pitchX, height, flip).first, pitchX);
     CaptureI444<Bt709Weights>({y, pitchY}, {u, pitchU}, {v, pitchV}, rows, width, height, kBgra, kBt709);
+}
+
+void KorBGRAToI420General KOR_PARAMETERS_CaptureGeneral {
+    if (!IsWide(width, height)) {
+        return KorBGRAToI420General_C_ KOR_ARGUMENTS_CaptureGeneral;
+    }
+    const Plane planeY = {y, pitchY};
+    const Plane planeU = {u, pitchU};
+    const Plane planeV = {v, pitchV};
+    const KorSizeT widthC = (width + 1) / 2;
+    const KorSizeT heightC = (height + 1) / 2;
+    // The luma that is written includes the spare column and row of odd sizes.
+    if (Overlap(coeffs, planeY, 2 * widthC, 2 * heightC) || Overlap(coeffs, planeU, widthC, heightC) || Overlap(coeffs, planeV, widthC, heightC)) {
+        return KorBGRAToI420General_C_ KOR_ARGUMENTS_CaptureGeneral;
+    }
+    RgbToYuvMatrix matrix;
+    KorMemCpy(&matrix, coeffs, sizeof matrix);
+    const SourceRows rows = ReadingOrder(x, pitchX, height, flip);
+    if (FitsBytes(matrix)) {
+        CaptureGeneral<ByteWeights<8>>(planeY, planeU, planeV, rows, width, height, matrix);
+    } else {
+        CaptureGeneral<WordWeights>(planeY, planeU, planeV, rows, width, height, matrix);
+    }
 }
 
 }  // namespace KOR_TARGET_NAMESPACE
