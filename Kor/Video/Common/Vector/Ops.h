@@ -179,6 +179,74 @@ KOR_INLINE inline V8 OrderPairs(V8 x) {
 #endif
 }
 
+// Loads as many pixels of three bytes as a vector has bytes, and no byte more, into groups of their first, second, third and
+// second byte.
+KOR_INLINE inline void LoadTriples(const KorUint8* x, V8& a, V8& b, V8& c, V8& d) {
+#if defined(KOR_VNNI)
+    alignas(64) static constexpr KorUint8 kPlaces[64] = {
+        0, 1, 2, 1, 3, 4, 5, 4, 6, 7, 8, 7, 9, 10, 11, 10, 12, 13, 14, 13, 15, 16, 17, 16,
+        18, 19, 20, 19, 21, 22, 23, 22, 24, 25, 26, 25, 27, 28, 29, 28, 30, 31, 32, 31,
+        33, 34, 35, 34, 36, 37, 38, 37, 39, 40, 41, 40, 42, 43, 44, 43, 45, 46, 47, 46};
+    const __m512i places = _mm512_load_si512(kPlaces);
+    a = V8{_mm512_permutexvar_epi8(places, _mm512_loadu_si512(x))};
+    b = V8{_mm512_permutexvar_epi8(places, _mm512_loadu_si512(x + 48))};
+    c = V8{_mm512_permutexvar_epi8(places, _mm512_loadu_si512(x + 96))};
+    // The last load ends with the last pixel.
+    d = V8{_mm512_permutexvar_epi8(_mm512_add_epi8(places, _mm512_set1_epi8(16)), _mm512_loadu_si512(x + 128))};
+#elif HWY_TARGET == HWY_AVX2
+    const __m256i places = _mm256_broadcastsi128_si256(_mm_setr_epi8(0, 1, 2, 1, 3, 4, 5, 4, 6, 7, 8, 7, 9, 10, 11, 10));
+    const __m256i lastPlaces = _mm256_add_epi8(places, _mm256_setr_m128i(_mm_setzero_si128(), _mm_set1_epi8(4)));
+    const auto load = [x](KorSizeT lower, KorSizeT upper) KOR_INLINE {
+        const __m128i* const blocks[] = {reinterpret_cast<const __m128i*>(x + lower), reinterpret_cast<const __m128i*>(x + upper)};
+        return _mm256_inserti128_si256(_mm256_castsi128_si256(_mm_loadu_si128(blocks[0])), _mm_loadu_si128(blocks[1]), 1);
+    };
+    a = V8{_mm256_shuffle_epi8(load(0, 12), places)};
+    b = V8{_mm256_shuffle_epi8(load(24, 36), places)};
+    c = V8{_mm256_shuffle_epi8(load(48, 60), places)};
+    // The last load ends with the last pixel.
+    d = V8{_mm256_shuffle_epi8(load(72, 80), lastPlaces)};
+#elif HWY_ARCH_X86
+    const D8 d8;
+    const V8 places = V8{_mm_setr_epi8(0, 1, 2, 1, 3, 4, 5, 4, 6, 7, 8, 7, 9, 10, 11, 10)};
+    a = hn::TableLookupBytes(hn::LoadU(d8, x), places);
+    b = hn::TableLookupBytes(hn::LoadU(d8, x + 12), places);
+    c = hn::TableLookupBytes(hn::LoadU(d8, x + 24), places);
+    // The last load ends with the last pixel.
+    d = hn::TableLookupBytes(hn::LoadU(d8, x + 32), hn::Add(places, hn::Set(d8, 4)));
+#else
+    const D8 d8;
+    HWY_ALIGN KorUint8 groups[4 * HWY_MAX_BYTES];
+    V8 first, second, third;
+    hn::LoadInterleaved3(d8, x, first, second, third);
+    hn::StoreInterleaved4(first, second, third, second, d8, groups);
+    const KorSizeT size = hn::Lanes(d8);
+    a = hn::Load(d8, groups);
+    b = hn::Load(d8, groups + size);
+    c = hn::Load(d8, groups + 2 * size);
+    d = hn::Load(d8, groups + 3 * size);
+#endif
+}
+
+// The low bytes of two vectors of 16-bit lanes, none of them above 255.
+KOR_INLINE inline V8 JoinBytes(V16 a, V16 b) {
+#if HWY_TARGET == HWY_AVX3
+    const __m512i order = _mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7);
+    return V8{_mm512_permutexvar_epi64(order, _mm512_packus_epi16(a.raw, b.raw))};
+#elif HWY_TARGET == HWY_AVX2
+    return V8{_mm256_permute4x64_epi64(_mm256_packus_epi16(a.raw, b.raw), 0xd8)};
+#elif HWY_ARCH_X86
+    return V8{_mm_packus_epi16(a.raw, b.raw)};
+#else
+    const D8 d8;
+    return hn::ConcatEven(d8, hn::BitCast(d8, b), hn::BitCast(d8, a));
+#endif
+}
+
+// Sums of neighbouring bytes.
+KOR_INLINE inline V16 SumBytePairs(V8 x) {
+    return hn::BitCast(D16(), MulAddBytes(x, hn::Set(DI8(), 1)));
+}
+
 }  // namespace
 }  // namespace KOR_TARGET_NAMESPACE
 }  // namespace kor

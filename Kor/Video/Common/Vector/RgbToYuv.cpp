@@ -30,6 +30,9 @@ static_assert(sizeof(RgbToYuvMatrix) == 9 * sizeof(KorInt), "laid out as callers
 constexpr RgbToYuvMatrix kBt601 = {{66, 128, 26}, {-38, -74, 112}, {112, -94, -18}};
 constexpr RgbToYuvMatrix kBt709 = {{47, 157, 16}, {-26, -87, 112}, {112, -102, -10}};
 
+// BT.601 with eight fraction bits: the matrix of the 24-bit captures.
+constexpr RgbToYuvMatrix kBt601Of24Bit = {{66, 129, 25}, {-38, -74, 112}, {112, -94, -18}};
+
 constexpr KorUint8 kLumaOffset = 16;
 constexpr KorUint8 kChromaOffset = 128;
 
@@ -181,6 +184,64 @@ KOR_KERNEL void CaptureRow(KorUint8* y, KorUint8* u, KorUint8* v, const KorUint8
     });
 }
 
+// The bytes of a 24-bit pixel: red first or blue first.
+enum class Order24 {
+    Rgb,
+    Bgr,
+};
+
+// The weights of 24-bit pixels, whose groups have the byte of green twice: its luma weight is too large for a signed byte, and
+// parts of it, 62 next to red and 67 next to blue, leave products of two samples at 128 * 255 or below.
+struct TripleWeights {
+    KorUint y, u, v;
+
+    explicit constexpr TripleWeights(Order24 order)
+        : y(Group(order, 66, 62, 25, 67)), u(Group(order, -38, -74, 112, 0)), v(Group(order, 112, -94, -18, 0)) {}
+
+    KOR_INLINE V8 Y(V8 a, V8 b, V8 c, V8 d) const { return Weigh(a, b, c, d, y, kLumaOffset); }
+    KOR_INLINE V8 U(V8 a, V8 b, V8 c, V8 d) const { return Weigh(a, b, c, d, u, kChromaOffset); }
+    KOR_INLINE V8 V(V8 a, V8 b, V8 c, V8 d) const { return Weigh(a, b, c, d, v, kChromaOffset); }
+
+  private:
+    // Red and blue, and the part of green that stands next to each.
+    static constexpr KorUint Group(Order24 order, KorInt r, KorInt gOfRed, KorInt b, KorInt gOfBlue) {
+        const KorUint red = (static_cast<KorUint>(r) & 0xff) | (static_cast<KorUint>(gOfRed) & 0xff) << 8;
+        const KorUint blue = (static_cast<KorUint>(b) & 0xff) | (static_cast<KorUint>(gOfBlue) & 0xff) << 8;
+        return order == Order24::Rgb ? red | blue << 16 : blue | red << 16;
+    }
+    static KOR_INLINE V8 Weigh(V8 a, V8 b, V8 c, V8 d, KorUint group, KorUint8 offset) {
+        const VI8 weights = hn::BitCast(DI8(), SetGroups(group));
+        return WeighGroups(a, weights, b, weights, c, weights, d, weights, static_cast<KorUint16>(256 * offset));
+    }
+};
+
+// The rounded averages of two by two samples.
+KOR_INLINE inline V16 AverageBlocks(V8 upper, V8 lower) {
+    return hn::ShiftRight<2>(hn::Add(hn::Add(SumBytePairs(upper), SumBytePairs(lower)), hn::Set(D16(), 2)));
+}
+
+// Two rows of n pixels of 24 bits, n at least a vector of bytes and even. x1 may be x0. Every pixel's chroma is converted
+// and then averaged.
+KOR_KERNEL void Capture24RowPair(KorUint8* y0, KorUint8* y1, KorUint8* u, KorUint8* v,
+                                 const KorUint8* x0, const KorUint8* x1, KorSizeT n, TripleWeights weights) {
+    const D8 d8;
+    const hn::Half<D8> half;
+    ForEachBlock(n, hn::Lanes(d8), [&](KorSizeT start) KOR_INLINE {
+        V8 a, b, c, d;
+        LoadTriples(x0 + 3 * start, a, b, c, d);
+        hn::StoreU(weights.Y(a, b, c, d), d8, y0 + start);
+        const V8 u0 = weights.U(a, b, c, d);
+        const V8 v0 = weights.V(a, b, c, d);
+        LoadTriples(x1 + 3 * start, a, b, c, d);
+        hn::StoreU(weights.Y(a, b, c, d), d8, y1 + start);
+        const V8 u1 = weights.U(a, b, c, d);
+        const V8 v1 = weights.V(a, b, c, d);
+        const V8 uv = JoinBytes(AverageBlocks(u0, u1), AverageBlocks(v0, v1));
+        hn::StoreU(hn::LowerHalf(half, uv), half, u + start / 2);
+        hn::StoreU(hn::UpperHalf(half, uv), half, v + start / 2);
+    });
+}
+
 struct Rgb {
     KorUint8 r, g, b;
 };
@@ -318,6 +379,55 @@ void CaptureGeneral(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, 
     }
 }
 
+// The samples of one pixel.
+struct Yuv {
+    KorUint8 y, u, v;
+};
+
+Yuv Convert24(const KorUint8* x, Order24 order) {
+    const bool redFirst = order == Order24::Rgb;
+    const Rgb c = {x[redFirst ? 0 : 2], x[1], x[redFirst ? 2 : 0]};
+    return {Weigh(kBt601Of24Bit.y, kLumaOffset, c), Weigh(kBt601Of24Bit.u, kChromaOffset, c), Weigh(kBt601Of24Bit.v, kChromaOffset, c)};
+}
+
+// The odd edges are those of the portable function, which says why they are as they are.
+void Capture24(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorSizeT height, Order24 order) {
+    const TripleWeights weights(order);
+    const KorSizeT widthC = width / 2;
+    const KorSizeT width2 = 2 * widthC;
+    const KorSizeT heightC = height / 2;
+    const KorSizeT height2 = 2 * heightC;
+    // The luma of a lone last row is also written to the row below the picture.
+    for (KorSizeT row = 0; row < height; row += 2) {
+        Capture24RowPair(y.Row(row), y.Row(row + 1), u.Row(row / 2), v.Row(row / 2),
+                         rows.Row(row), rows.Row(Min(row + 1, height - 1)), width2, weights);
+    }
+    if (!IsOdd(width)) {
+        return;
+    }
+    for (KorSizeT row = 0; row < height2; row += 2) {
+        const Yuv upper = Convert24(rows.Row(row) + 3 * width2, order);
+        const Yuv lower = Convert24(rows.Row(row + 1) + 3 * width2, order);
+        y.Row(row)[width2] = y.Row(row)[width] = upper.y;
+        y.Row(row + 1)[width2] = y.Row(row + 1)[width] = lower.y;
+        u.Row(row / 2)[widthC] = Average(upper.u, lower.u);
+        v.Row(row / 2)[widthC] = Average(upper.v, lower.v);
+    }
+    if (IsOdd(height)) {
+        KorUint8* cornerU = u.Row(heightC) + widthC;
+        KorUint8* cornerV = v.Row(heightC) + widthC;
+        if (heightC != 0) {
+            y.Row(height2)[width2] = y.Row(height2 - 1)[width2];
+            *cornerU = Average(u.Row(heightC - 1)[widthC], cornerU[-1]);
+            *cornerV = Average(v.Row(heightC - 1)[widthC], cornerV[-1]);
+        } else {
+            y.Row(height2)[width2] = Convert24(rows.Row(height2) + 3 * width2, order).y;
+            *cornerU = cornerU[-1];
+            *cornerV = cornerV[-1];
+        }
+    }
+}
+
 }  // namespace
 
 void KorRGBAToI420 KOR_PARAMETERS_Capture {
@@ -397,6 +507,20 @@ void KorBGRAToI420General KOR_PARAMETERS_CaptureGeneral {
     } else {
         CaptureGeneral<WordWeights>(planeY, planeU, planeV, rows, width, height, matrix);
     }
+}
+
+void KorRawToI420 KOR_PARAMETERS_Capture {
+    if (!IsWide(width, height)) {
+        return KorRawToI420_C_ KOR_ARGUMENTS_Capture;
+    }
+    Capture24({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, Order24::Rgb);
+}
+
+void Kor24BGToI420 KOR_PARAMETERS_Capture {
+    if (!IsWide(width, height)) {
+        return Kor24BGToI420_C_ KOR_ARGUMENTS_Capture;
+    }
+    Capture24({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, Order24::Bgr);
 }
 
 }  // namespace KOR_TARGET_NAMESPACE
