@@ -82,16 +82,6 @@ KOR_INLINE inline V8 OrderQuarters(V8 x) {
 #endif
 }
 
-#if !HWY_ARCH_X86
-// offset plus the sum of the products of every group of four bytes, modulo 2^16, in the lower half of its 32 bits.
-KOR_INLINE inline VI32 SumGroups(V8 a, VI8 b, KorUint16 offset) {
-    const D16 d16;
-    const V32 pairs = hn::BitCast(D32(), MulAddBytes(a, b));
-    const V16 sums = hn::Add(hn::BitCast(d16, pairs), hn::BitCast(d16, hn::ShiftRight<16>(pairs)));
-    return hn::BitCast(DI32(), hn::Add(sums, hn::BitCast(d16, hn::Set(D32(), offset))));
-}
-#endif
-
 #if HWY_ARCH_X86 && !defined(KOR_VNNI)
 // What packs as a number of 16 bits: the second byte of every 32-bit lane.
 KOR_INLINE inline VI32 SecondByte(VI32 x) {
@@ -121,13 +111,45 @@ KOR_INLINE inline V8 SecondBytes(VI32 a, VI32 b, VI32 c, VI32 d) {
 #endif
 }
 
+// The low bytes of two vectors of 16-bit lanes, none of them above 255.
+KOR_INLINE inline V8 JoinBytes(V16 a, V16 b) {
+#if HWY_TARGET == HWY_AVX3
+    const __m512i order = _mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7);
+    return V8{_mm512_permutexvar_epi64(order, _mm512_packus_epi16(a.raw, b.raw))};
+#elif HWY_TARGET == HWY_AVX2
+    return V8{_mm256_permute4x64_epi64(_mm256_packus_epi16(a.raw, b.raw), 0xd8)};
+#elif HWY_ARCH_X86
+    return V8{_mm_packus_epi16(a.raw, b.raw)};
+#else
+    const D8 d8;
+    return hn::ConcatEven(d8, hn::BitCast(d8, b), hn::BitCast(d8, a));
+#endif
+}
+
+// The sums of neighbours in four vectors, and offset, shifted right. Sums wrap; what the shift leaves must be bytes.
+template <int shift>
+KOR_INLINE inline V8 BytesOfSums(VI16 a, VI16 b, VI16 c, VI16 d, KorUint16 offset) {
+    const D16 d16;
+    const V16 from = hn::Set(d16, offset);
+#if HWY_ARCH_X86 && !defined(KOR_X86_512)
+    const V16 ab = V16{KOR_X86(hadd_epi16)(a.raw, b.raw)};
+    const V16 cd = V16{KOR_X86(hadd_epi16)(c.raw, d.raw)};
+    return OrderQuarters(V8{KOR_X86(packus_epi16)(hn::ShiftRight<shift>(hn::Add(ab, from)).raw, hn::ShiftRight<shift>(hn::Add(cd, from)).raw)});
+#else
+    const DI16 di16;
+    const V16 ab = hn::BitCast(d16, hn::Add(hn::ConcatEven(di16, b, a), hn::ConcatOdd(di16, b, a)));
+    const V16 cd = hn::BitCast(d16, hn::Add(hn::ConcatEven(di16, d, c), hn::ConcatOdd(di16, d, c)));
+    return JoinBytes(hn::ShiftRight<shift>(hn::Add(ab, from)), hn::ShiftRight<shift>(hn::Add(cd, from)));
+#endif
+}
+
 // For four pairs of vectors: offset plus the sum of the four products, unsigned times signed bytes, of every group of four
 // bytes, shifted right; the low byte of that. The sums of the first two and of the last two products must fit 16 bits. A shift
 // other than 8 is for targets that have it, and only for results that are bytes.
-#if HWY_ARCH_X86 && !defined(KOR_VNNI)
-constexpr bool kHasShiftedSums = true;
-#else
+#if defined(KOR_VNNI)
 constexpr bool kHasShiftedSums = false;
+#else
+constexpr bool kHasShiftedSums = true;
 #endif
 
 template <int shift = 8>
@@ -137,15 +159,8 @@ KOR_INLINE inline V8 WeighGroups(V8 a0, VI8 b0, V8 a1, VI8 b1, V8 a2, VI8 b2, V8
     const __m512i from = _mm512_set1_epi32(offset);
     return SecondBytes(VI32{_mm512_dpbusd_epi32(from, a0.raw, b0.raw)}, VI32{_mm512_dpbusd_epi32(from, a1.raw, b1.raw)},
                        VI32{_mm512_dpbusd_epi32(from, a2.raw, b2.raw)}, VI32{_mm512_dpbusd_epi32(from, a3.raw, b3.raw)});
-#elif HWY_ARCH_X86
-    const V16 from = hn::Set(D16(), offset);
-    const V16 sums01 = V16{KOR_X86(hadd_epi16)(MulAddBytes(a0, b0).raw, MulAddBytes(a1, b1).raw)};
-    const V16 sums23 = V16{KOR_X86(hadd_epi16)(MulAddBytes(a2, b2).raw, MulAddBytes(a3, b3).raw)};
-    const V16 bytes01 = hn::ShiftRight<shift>(hn::Add(sums01, from));
-    const V16 bytes23 = hn::ShiftRight<shift>(hn::Add(sums23, from));
-    return OrderQuarters(V8{KOR_X86(packus_epi16)(bytes01.raw, bytes23.raw)});
 #else
-    return SecondBytes(SumGroups(a0, b0, offset), SumGroups(a1, b1, offset), SumGroups(a2, b2, offset), SumGroups(a3, b3, offset));
+    return BytesOfSums<shift>(MulAddBytes(a0, b0), MulAddBytes(a1, b1), MulAddBytes(a2, b2), MulAddBytes(a3, b3), offset);
 #endif
 }
 
@@ -179,8 +194,9 @@ KOR_INLINE inline V8 OrderPairs(V8 x) {
 #endif
 }
 
-// Loads as many pixels of three bytes as a vector has bytes, and no byte more, into groups of their first, second, third and
-// second byte.
+// Loads as many pixels of three bytes as a vector has bytes, and no byte more. With VNNI, into groups of a pixel's first,
+// second, third and second byte; otherwise into pairs: the first and second bytes of the first half of the pixels, their
+// third and second bytes, and the same of the second half.
 KOR_INLINE inline void LoadTriples(const KorUint8* x, V8& a, V8& b, V8& c, V8& d) {
 #if defined(KOR_VNNI)
     alignas(64) static constexpr KorUint8 kPlaces[64] = {
@@ -193,52 +209,39 @@ KOR_INLINE inline void LoadTriples(const KorUint8* x, V8& a, V8& b, V8& c, V8& d
     c = V8{_mm512_permutexvar_epi8(places, _mm512_loadu_si512(x + 96))};
     // The last load ends with the last pixel.
     d = V8{_mm512_permutexvar_epi8(_mm512_add_epi8(places, _mm512_set1_epi8(16)), _mm512_loadu_si512(x + 128))};
-#elif HWY_TARGET == HWY_AVX2
-    const __m256i places = _mm256_broadcastsi128_si256(_mm_setr_epi8(0, 1, 2, 1, 3, 4, 5, 4, 6, 7, 8, 7, 9, 10, 11, 10));
-    const __m256i lastPlaces = _mm256_add_epi8(places, _mm256_setr_m128i(_mm_setzero_si128(), _mm_set1_epi8(4)));
-    const auto load = [x](KorSizeT lower, KorSizeT upper) KOR_INLINE {
-        const __m128i* const blocks[] = {reinterpret_cast<const __m128i*>(x + lower), reinterpret_cast<const __m128i*>(x + upper)};
-        return _mm256_inserti128_si256(_mm256_castsi128_si256(_mm_loadu_si128(blocks[0])), _mm_loadu_si128(blocks[1]), 1);
-    };
-    a = V8{_mm256_shuffle_epi8(load(0, 12), places)};
-    b = V8{_mm256_shuffle_epi8(load(24, 36), places)};
-    c = V8{_mm256_shuffle_epi8(load(48, 60), places)};
-    // The last load ends with the last pixel.
-    d = V8{_mm256_shuffle_epi8(load(72, 80), lastPlaces)};
 #elif HWY_ARCH_X86
-    const D8 d8;
-    const V8 places = V8{_mm_setr_epi8(0, 1, 2, 1, 3, 4, 5, 4, 6, 7, 8, 7, 9, 10, 11, 10)};
-    a = hn::TableLookupBytes(hn::LoadU(d8, x), places);
-    b = hn::TableLookupBytes(hn::LoadU(d8, x + 12), places);
-    c = hn::TableLookupBytes(hn::LoadU(d8, x + 24), places);
-    // The last load ends with the last pixel.
-    d = hn::TableLookupBytes(hn::LoadU(d8, x + 32), hn::Add(places, hn::Set(d8, 4)));
+    // Four pixels in every 128 bits, their pairs in halves of these. The last load ends with the last pixel.
+    const __m128i place = _mm_setr_epi8(0, 1, 3, 4, 6, 7, 9, 10, 2, 1, 5, 4, 8, 7, 11, 10);
+    const __m128i lastPlace = _mm_add_epi8(place, _mm_set1_epi8(4));
+    const auto block = [x](int offset) KOR_INLINE { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + offset)); };
+#if HWY_TARGET == HWY_AVX2
+    const __m256i places = _mm256_broadcastsi128_si256(place);
+    const __m256i p0 = _mm256_shuffle_epi8(_mm256_setr_m128i(block(0), block(24)), places);
+    const __m256i p1 = _mm256_shuffle_epi8(_mm256_setr_m128i(block(12), block(36)), places);
+    const __m256i p2 = _mm256_shuffle_epi8(_mm256_setr_m128i(block(48), block(72)), places);
+    const __m256i p3 = _mm256_shuffle_epi8(_mm256_setr_m128i(block(60), block(80)), _mm256_setr_m128i(place, lastPlace));
+#else
+    const __m128i p0 = _mm_shuffle_epi8(block(0), place);
+    const __m128i p1 = _mm_shuffle_epi8(block(12), place);
+    const __m128i p2 = _mm_shuffle_epi8(block(24), place);
+    const __m128i p3 = _mm_shuffle_epi8(block(32), lastPlace);
+#endif
+    a = V8{KOR_X86(unpacklo_epi64)(p0, p1)};
+    b = V8{KOR_X86(unpackhi_epi64)(p0, p1)};
+    c = V8{KOR_X86(unpacklo_epi64)(p2, p3)};
+    d = V8{KOR_X86(unpackhi_epi64)(p2, p3)};
 #else
     const D8 d8;
-    HWY_ALIGN KorUint8 groups[4 * HWY_MAX_BYTES];
+    HWY_ALIGN KorUint8 fronts[2 * HWY_MAX_BYTES], backs[2 * HWY_MAX_BYTES];
     V8 first, second, third;
     hn::LoadInterleaved3(d8, x, first, second, third);
-    hn::StoreInterleaved4(first, second, third, second, d8, groups);
+    hn::StoreInterleaved2(first, second, d8, fronts);
+    hn::StoreInterleaved2(third, second, d8, backs);
     const KorSizeT size = hn::Lanes(d8);
-    a = hn::Load(d8, groups);
-    b = hn::Load(d8, groups + size);
-    c = hn::Load(d8, groups + 2 * size);
-    d = hn::Load(d8, groups + 3 * size);
-#endif
-}
-
-// The low bytes of two vectors of 16-bit lanes, none of them above 255.
-KOR_INLINE inline V8 JoinBytes(V16 a, V16 b) {
-#if HWY_TARGET == HWY_AVX3
-    const __m512i order = _mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7);
-    return V8{_mm512_permutexvar_epi64(order, _mm512_packus_epi16(a.raw, b.raw))};
-#elif HWY_TARGET == HWY_AVX2
-    return V8{_mm256_permute4x64_epi64(_mm256_packus_epi16(a.raw, b.raw), 0xd8)};
-#elif HWY_ARCH_X86
-    return V8{_mm_packus_epi16(a.raw, b.raw)};
-#else
-    const D8 d8;
-    return hn::ConcatEven(d8, hn::BitCast(d8, b), hn::BitCast(d8, a));
+    a = hn::Load(d8, fronts);
+    b = hn::Load(d8, backs);
+    c = hn::Load(d8, fronts + size);
+    d = hn::Load(d8, backs + size);
 #endif
 }
 

@@ -190,17 +190,14 @@ enum class Order24 {
     Bgr,
 };
 
-// The weights of 24-bit pixels, whose groups have the byte of green twice: its luma weight is too large for a signed byte, and
-// parts of it, 62 next to red and 67 next to blue, leave products of two samples at 128 * 255 or below.
+// The weights of 24-bit pixels, in the order in which LoadTriples has their bytes: that of green stands there twice. Its luma
+// weight is too large for a signed byte, and parts of it, 62 next to red and 67 next to blue, leave two products at
+// 128 * 255 or below.
 struct TripleWeights {
     KorUint y, u, v;
 
     explicit constexpr TripleWeights(Order24 order)
         : y(Group(order, 66, 62, 25, 67)), u(Group(order, -38, -74, 112, 0)), v(Group(order, 112, -94, -18, 0)) {}
-
-    KOR_INLINE V8 Y(V8 a, V8 b, V8 c, V8 d) const { return Weigh(a, b, c, d, y, kLumaOffset); }
-    KOR_INLINE V8 U(V8 a, V8 b, V8 c, V8 d) const { return Weigh(a, b, c, d, u, kChromaOffset); }
-    KOR_INLINE V8 V(V8 a, V8 b, V8 c, V8 d) const { return Weigh(a, b, c, d, v, kChromaOffset); }
 
   private:
     // Red and blue, and the part of green that stands next to each.
@@ -209,34 +206,78 @@ struct TripleWeights {
         const KorUint blue = (static_cast<KorUint>(b) & 0xff) | (static_cast<KorUint>(gOfBlue) & 0xff) << 8;
         return order == Order24::Rgb ? red | blue << 16 : blue | red << 16;
     }
-    static KOR_INLINE V8 Weigh(V8 a, V8 b, V8 c, V8 d, KorUint group, KorUint8 offset) {
-        const VI8 weights = hn::BitCast(DI8(), SetGroups(group));
-        return WeighGroups(a, weights, b, weights, c, weights, d, weights, static_cast<KorUint16>(256 * offset));
-    }
 };
+
+#if defined(KOR_VNNI)
+// One row of samples, a byte each.
+KOR_INLINE inline V8 WeighTriples(V8 a, V8 b, V8 c, V8 d, KorUint group, KorUint8 offset) {
+    const VI8 weights = hn::BitCast(DI8(), SetGroups(group));
+    return WeighGroups(a, weights, b, weights, c, weights, d, weights, static_cast<KorUint16>(256 * offset));
+}
 
 // The rounded averages of two by two samples.
 KOR_INLINE inline V16 AverageBlocks(V8 upper, V8 lower) {
     return hn::ShiftRight<2>(hn::Add(hn::Add(SumBytePairs(upper), SumBytePairs(lower)), hn::Set(D16(), 2)));
 }
 
+// One row of luma, and the chroma of its pixels.
+KOR_INLINE inline void Convert24(KorUint8* y, V8& u, V8& v, const KorUint8* x, const TripleWeights& weights) {
+    V8 a, b, c, d;
+    LoadTriples(x, a, b, c, d);
+    hn::StoreU(WeighTriples(a, b, c, d, weights.y, kLumaOffset), D8(), y);
+    u = WeighTriples(a, b, c, d, weights.u, kChromaOffset);
+    v = WeighTriples(a, b, c, d, weights.v, kChromaOffset);
+}
+
+// The chroma of two rows: U of all blocks, then V of all.
+KOR_INLINE inline V8 Capture24Pair(KorUint8* y0, KorUint8* y1, const KorUint8* x0, const KorUint8* x1, const TripleWeights& weights) {
+    V8 u0, v0, u1, v1;
+    Convert24(y0, u0, v0, x0, weights);
+    Convert24(y1, u1, v1, x1, weights);
+    return JoinBytes(AverageBlocks(u0, u1), AverageBlocks(v0, v1));
+}
+#else
+// The weighted sums of pixels whose pairs lie in two vectors.
+KOR_INLINE inline VI16 WeighPairs(V8 fronts, V8 backs, KorUint group) {
+    const DI8 d;
+    const VI8 front = hn::BitCast(d, hn::Set(D16(), static_cast<KorUint16>(group & 0xffff)));
+    const VI8 back = hn::BitCast(d, hn::Set(D16(), static_cast<KorUint16>(group >> 16)));
+    return hn::Add(MulAddBytes(fronts, front), MulAddBytes(backs, back));
+}
+
+KOR_INLINE inline V16 LumaOfPairs(V8 fronts, V8 backs, KorUint group) {
+    const D16 d;
+    return hn::ShiftRight<8>(hn::Add(hn::BitCast(d, WeighPairs(fronts, backs, group)), hn::Set(d, 256 * kLumaOffset)));
+}
+
+// One row of luma, and the chroma of its pixels, centred on 0.
+KOR_INLINE inline void Convert24(KorUint8* y, VI16& uLeft, VI16& uRight, VI16& vLeft, VI16& vRight, const KorUint8* x, const TripleWeights& weights) {
+    V8 a, b, c, d;
+    LoadTriples(x, a, b, c, d);
+    hn::StoreU(JoinBytes(LumaOfPairs(a, b, weights.y), LumaOfPairs(c, d, weights.y)), D8(), y);
+    uLeft = hn::ShiftRight<8>(WeighPairs(a, b, weights.u));
+    uRight = hn::ShiftRight<8>(WeighPairs(c, d, weights.u));
+    vLeft = hn::ShiftRight<8>(WeighPairs(a, b, weights.v));
+    vRight = hn::ShiftRight<8>(WeighPairs(c, d, weights.v));
+}
+
+// The chroma of two rows: U of all blocks, then V of all.
+KOR_INLINE inline V8 Capture24Pair(KorUint8* y0, KorUint8* y1, const KorUint8* x0, const KorUint8* x1, const TripleWeights& weights) {
+    VI16 u0Left, u0Right, v0Left, v0Right, u1Left, u1Right, v1Left, v1Right;
+    Convert24(y0, u0Left, u0Right, v0Left, v0Right, x0, weights);
+    Convert24(y1, u1Left, u1Right, v1Left, v1Right, x1, weights);
+    return BytesOfSums<2>(hn::Add(u0Left, u1Left), hn::Add(u0Right, u1Right), hn::Add(v0Left, v1Left), hn::Add(v0Right, v1Right), 4 * kChromaOffset + 2);
+}
+#endif
+
 // Two rows of n pixels of 24 bits, n at least a vector of bytes and even. x1 may be x0. Every pixel's chroma is converted
 // and then averaged.
 KOR_KERNEL void Capture24RowPair(KorUint8* y0, KorUint8* y1, KorUint8* u, KorUint8* v,
                                  const KorUint8* x0, const KorUint8* x1, KorSizeT n, TripleWeights weights) {
-    const D8 d8;
+    const D8 d;
     const hn::Half<D8> half;
-    ForEachBlock(n, hn::Lanes(d8), [&](KorSizeT start) KOR_INLINE {
-        V8 a, b, c, d;
-        LoadTriples(x0 + 3 * start, a, b, c, d);
-        hn::StoreU(weights.Y(a, b, c, d), d8, y0 + start);
-        const V8 u0 = weights.U(a, b, c, d);
-        const V8 v0 = weights.V(a, b, c, d);
-        LoadTriples(x1 + 3 * start, a, b, c, d);
-        hn::StoreU(weights.Y(a, b, c, d), d8, y1 + start);
-        const V8 u1 = weights.U(a, b, c, d);
-        const V8 v1 = weights.V(a, b, c, d);
-        const V8 uv = JoinBytes(AverageBlocks(u0, u1), AverageBlocks(v0, v1));
+    ForEachBlock(n, hn::Lanes(d), [&](KorSizeT start) KOR_INLINE {
+        const V8 uv = Capture24Pair(y0 + start, y1 + start, x0 + 3 * start, x1 + 3 * start, weights);
         hn::StoreU(hn::LowerHalf(half, uv), half, u + start / 2);
         hn::StoreU(hn::UpperHalf(half, uv), half, v + start / 2);
     });
