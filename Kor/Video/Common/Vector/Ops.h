@@ -55,16 +55,18 @@ KOR_INLINE inline VI16 MulAddBytes(V8 a, VI8 b) {
 #endif
 }
 
-// Sums of neighbouring products of signed words.
-KOR_INLINE inline VI32 MulAddWords(VI16 a, VI16 b) {
-#if HWY_ARCH_X86
-    return VI32{KOR_X86(madd_epi16)(a.raw, b.raw)};
+// Adds the sums of neighbouring products of signed words.
+KOR_INLINE inline VI32 AddDotWords(VI32 sum, VI16 a, VI16 b) {
+#if defined(KOR_VNNI)
+    return VI32{_mm512_dpwssd_epi32(sum.raw, a.raw, b.raw)};
+#elif HWY_ARCH_X86
+    return hn::Add(sum, VI32{KOR_X86(madd_epi16)(a.raw, b.raw)});
 #else
     const DI32 d;
     const VI32 a32 = hn::BitCast(d, a);
     const VI32 b32 = hn::BitCast(d, b);
     const VI32 even = hn::MulLow(hn::ShiftRight<16>(hn::ShiftLeft<16>(a32)), hn::ShiftRight<16>(hn::ShiftLeft<16>(b32)));
-    return hn::Add(even, hn::MulLow(hn::ShiftRight<16>(a32), hn::ShiftRight<16>(b32)));
+    return hn::Add(sum, hn::Add(even, hn::MulLow(hn::ShiftRight<16>(a32), hn::ShiftRight<16>(b32))));
 #endif
 }
 
@@ -126,22 +128,56 @@ KOR_INLINE inline V8 SecondBytes(VI32 a, VI32 b, VI32 c, VI32 d) {
 #endif
 }
 
-// For four pairs of vectors: bits 8 to 15 of offset plus the sum of the four products, unsigned times signed bytes, of every
-// group of four bytes. The sums of the first two and of the last two products must fit 16 bits.
+// The low bytes of two vectors of 16-bit lanes, none of them above 255.
+KOR_INLINE inline V8 JoinBytes(V16 a, V16 b) {
+#if HWY_TARGET == HWY_AVX3
+    const __m512i order = _mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7);
+    return V8{_mm512_permutexvar_epi64(order, _mm512_packus_epi16(a.raw, b.raw))};
+#elif HWY_TARGET == HWY_AVX2
+    return V8{_mm256_permute4x64_epi64(_mm256_packus_epi16(a.raw, b.raw), 0xd8)};
+#elif HWY_ARCH_X86
+    return V8{_mm_packus_epi16(a.raw, b.raw)};
+#else
+    const D8 d8;
+    return hn::ConcatEven(d8, hn::BitCast(d8, b), hn::BitCast(d8, a));
+#endif
+}
+
+// The sums of neighbours in four vectors, and offset, shifted right. Sums wrap; what the shift leaves must be bytes.
+template <int shift>
+KOR_INLINE inline V8 BytesOfSums(VI16 a, VI16 b, VI16 c, VI16 d, KorUint16 offset) {
+    const D16 d16;
+    const V16 from = hn::Set(d16, offset);
+#if HWY_ARCH_X86 && !defined(KOR_X86_512)
+    const V16 ab = V16{KOR_X86(hadd_epi16)(a.raw, b.raw)};
+    const V16 cd = V16{KOR_X86(hadd_epi16)(c.raw, d.raw)};
+    return OrderQuarters(V8{KOR_X86(packus_epi16)(hn::ShiftRight<shift>(hn::Add(ab, from)).raw, hn::ShiftRight<shift>(hn::Add(cd, from)).raw)});
+#else
+    const DI16 di16;
+    const V16 ab = hn::BitCast(d16, hn::Add(hn::ConcatEven(di16, b, a), hn::ConcatOdd(di16, b, a)));
+    const V16 cd = hn::BitCast(d16, hn::Add(hn::ConcatEven(di16, d, c), hn::ConcatOdd(di16, d, c)));
+    return JoinBytes(hn::ShiftRight<shift>(hn::Add(ab, from)), hn::ShiftRight<shift>(hn::Add(cd, from)));
+#endif
+}
+
+// For four pairs of vectors: offset plus the sum of the four products, unsigned times signed bytes, of every group of four
+// bytes, shifted right; the low byte of that. The sums of the first two and of the last two products must fit 16 bits. A shift
+// other than 8 is for targets that have it, and only for results that are bytes.
+#if defined(KOR_VNNI)
+constexpr bool kHasShiftedSums = false;
+#else
+constexpr bool kHasShiftedSums = true;
+#endif
+
+template <int shift = 8>
 KOR_INLINE inline V8 WeighGroups(V8 a0, VI8 b0, V8 a1, VI8 b1, V8 a2, VI8 b2, V8 a3, VI8 b3, KorUint16 offset) {
+    static_assert(shift == 8 || kHasShiftedSums, "this target takes whole bytes");
 #if defined(KOR_VNNI)
     const __m512i from = _mm512_set1_epi32(offset);
     return SecondBytes(VI32{_mm512_dpbusd_epi32(from, a0.raw, b0.raw)}, VI32{_mm512_dpbusd_epi32(from, a1.raw, b1.raw)},
                        VI32{_mm512_dpbusd_epi32(from, a2.raw, b2.raw)}, VI32{_mm512_dpbusd_epi32(from, a3.raw, b3.raw)});
-#elif HWY_ARCH_X86
-    const V16 from = hn::Set(D16(), offset);
-    const V16 sums01 = V16{KOR_X86(hadd_epi16)(MulAddBytes(a0, b0).raw, MulAddBytes(a1, b1).raw)};
-    const V16 sums23 = V16{KOR_X86(hadd_epi16)(MulAddBytes(a2, b2).raw, MulAddBytes(a3, b3).raw)};
-    const V16 upper01 = hn::ShiftRight<8>(hn::Add(sums01, from));
-    const V16 upper23 = hn::ShiftRight<8>(hn::Add(sums23, from));
-    return OrderQuarters(V8{KOR_X86(packus_epi16)(upper01.raw, upper23.raw)});
 #else
-    return SecondBytes(SumGroups(a0, b0, offset), SumGroups(a1, b1, offset), SumGroups(a2, b2, offset), SumGroups(a3, b3, offset));
+    return BytesOfSums<shift>(MulAddBytes(a0, b0), MulAddBytes(a1, b1), MulAddBytes(a2, b2), MulAddBytes(a3, b3), offset);
 #endif
 }
 
@@ -173,6 +209,62 @@ KOR_INLINE inline V8 OrderPairs(V8 x) {
 #else
     return x;
 #endif
+}
+
+// Loads as many pixels of three bytes as a vector has bytes, and no byte more. With VNNI, into groups of a pixel's first,
+// second, third and second byte; otherwise into pairs: the first and second bytes of the first half of the pixels, their
+// third and second bytes, and the same of the second half.
+KOR_INLINE inline void LoadTriples(const KorUint8* x, V8& a, V8& b, V8& c, V8& d) {
+#if defined(KOR_VNNI)
+    alignas(64) static constexpr KorUint8 kPlaces[64] = {
+        0, 1, 2, 1, 3, 4, 5, 4, 6, 7, 8, 7, 9, 10, 11, 10, 12, 13, 14, 13, 15, 16, 17, 16,
+        18, 19, 20, 19, 21, 22, 23, 22, 24, 25, 26, 25, 27, 28, 29, 28, 30, 31, 32, 31,
+        33, 34, 35, 34, 36, 37, 38, 37, 39, 40, 41, 40, 42, 43, 44, 43, 45, 46, 47, 46};
+    const __m512i places = _mm512_load_si512(kPlaces);
+    a = V8{_mm512_permutexvar_epi8(places, _mm512_loadu_si512(x))};
+    b = V8{_mm512_permutexvar_epi8(places, _mm512_loadu_si512(x + 48))};
+    c = V8{_mm512_permutexvar_epi8(places, _mm512_loadu_si512(x + 96))};
+    // The last load ends with the last pixel.
+    d = V8{_mm512_permutexvar_epi8(_mm512_add_epi8(places, _mm512_set1_epi8(16)), _mm512_loadu_si512(x + 128))};
+#elif HWY_ARCH_X86
+    // Four pixels in every 128 bits, their pairs in halves of these. The last load ends with the last pixel.
+    const __m128i place = _mm_setr_epi8(0, 1, 3, 4, 6, 7, 9, 10, 2, 1, 5, 4, 8, 7, 11, 10);
+    const __m128i lastPlace = _mm_add_epi8(place, _mm_set1_epi8(4));
+    const auto block = [x](int offset) KOR_INLINE { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + offset)); };
+#if HWY_TARGET == HWY_AVX2
+    const __m256i places = _mm256_broadcastsi128_si256(place);
+    const __m256i p0 = _mm256_shuffle_epi8(_mm256_setr_m128i(block(0), block(24)), places);
+    const __m256i p1 = _mm256_shuffle_epi8(_mm256_setr_m128i(block(12), block(36)), places);
+    const __m256i p2 = _mm256_shuffle_epi8(_mm256_setr_m128i(block(48), block(72)), places);
+    const __m256i p3 = _mm256_shuffle_epi8(_mm256_setr_m128i(block(60), block(80)), _mm256_setr_m128i(place, lastPlace));
+#else
+    const __m128i p0 = _mm_shuffle_epi8(block(0), place);
+    const __m128i p1 = _mm_shuffle_epi8(block(12), place);
+    const __m128i p2 = _mm_shuffle_epi8(block(24), place);
+    const __m128i p3 = _mm_shuffle_epi8(block(32), lastPlace);
+#endif
+    a = V8{KOR_X86(unpacklo_epi64)(p0, p1)};
+    b = V8{KOR_X86(unpackhi_epi64)(p0, p1)};
+    c = V8{KOR_X86(unpacklo_epi64)(p2, p3)};
+    d = V8{KOR_X86(unpackhi_epi64)(p2, p3)};
+#else
+    const D8 d8;
+    HWY_ALIGN KorUint8 fronts[2 * HWY_MAX_BYTES], backs[2 * HWY_MAX_BYTES];
+    V8 first, second, third;
+    hn::LoadInterleaved3(d8, x, first, second, third);
+    hn::StoreInterleaved2(first, second, d8, fronts);
+    hn::StoreInterleaved2(third, second, d8, backs);
+    const KorSizeT size = hn::Lanes(d8);
+    a = hn::Load(d8, fronts);
+    b = hn::Load(d8, backs);
+    c = hn::Load(d8, fronts + size);
+    d = hn::Load(d8, backs + size);
+#endif
+}
+
+// Sums of neighbouring bytes.
+KOR_INLINE inline V16 SumBytePairs(V8 x) {
+    return hn::BitCast(D16(), MulAddBytes(x, hn::Set(DI8(), 1)));
 }
 
 }  // namespace

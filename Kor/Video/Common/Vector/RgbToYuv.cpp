@@ -24,9 +24,14 @@ struct RgbToYuvMatrix {
     KorInt y[3], u[3], v[3];
 };
 
+static_assert(sizeof(RgbToYuvMatrix) == 9 * sizeof(KorInt), "laid out as callers lay out theirs");
+
 // ITU-R BT.601 with its seven fraction bits doubled, and BT.709.
 constexpr RgbToYuvMatrix kBt601 = {{66, 128, 26}, {-38, -74, 112}, {112, -94, -18}};
 constexpr RgbToYuvMatrix kBt709 = {{47, 157, 16}, {-26, -87, 112}, {112, -102, -10}};
+
+// BT.601 with eight fraction bits: the matrix of the 24-bit captures.
+constexpr RgbToYuvMatrix kBt601Of24Bit = {{66, 129, 25}, {-38, -74, 112}, {112, -94, -18}};
 
 constexpr KorUint8 kLumaOffset = 16;
 constexpr KorUint8 kChromaOffset = 128;
@@ -37,31 +42,84 @@ constexpr KorUint WeightGroup(const KorInt (&weights)[3], const RgbLayout& layou
            (static_cast<KorUint>(weights[2]) & 0xff) << 8 * layout.bo;
 }
 
-// A matrix of bytes. Luma has unsigned weights with a sum of at most 255; they meet samples that are made signed, and the
-// offset holds what that takes away. Two products lie in 255 * -128 to 255 * 127. Chroma has signed weights; those above
-// zero sum to at most 128 and those below to at least -128, so that products of unsigned samples stay within 128 * 255.
+// A matrix of bytes, with luma weights in units of 1/256 or, where they are even, of 1/128.
+//
+// Units of 1/256: luma has unsigned weights with a sum of at most 255. They meet samples that are made signed, and the offset
+// holds what that takes away. Two products lie in 255 * -128 to 255 * 127. Units of 1/128: the weights are signed bytes, and
+// samples stay as they are; four products and the offset lie below 127 * 255 + 128 * 16.
+//
+// Chroma has signed weights; those above zero sum to at most 128 and those below to at least -128, so that products of
+// unsigned samples stay within 128 * 255.
+template <int lumaShift>
 struct ByteWeights {
     KorUint y, u, v;
     KorUint16 yOffset;
 
     constexpr ByteWeights(const RgbToYuvMatrix& matrix, const RgbLayout& layout)
-        : y(WeightGroup(matrix.y, layout)), u(WeightGroup(matrix.u, layout)), v(WeightGroup(matrix.v, layout)), yOffset(static_cast<KorUint16>(256 * kLumaOffset + 128 * (matrix.y[0] + matrix.y[1] + matrix.y[2]))) {}
+        : y(WeightGroup(matrix.y, layout) >> (8 - lumaShift)),
+          u(WeightGroup(matrix.u, layout)),
+          v(WeightGroup(matrix.v, layout)),
+          yOffset(static_cast<KorUint16>(256 * kLumaOffset + 128 * (matrix.y[0] + matrix.y[1] + matrix.y[2]))) {}
 
-    KOR_INLINE inline V8 Y(V8 a, V8 b, V8 c, V8 d) const {
+    KOR_INLINE V8 Y(V8 a, V8 b, V8 c, V8 d) const {
         const V8 weights = SetGroups(y);
-        return WeighGroups(weights, Signed(a), weights, Signed(b), weights, Signed(c), weights, Signed(d), yOffset);
+        if constexpr (lumaShift == 8) {
+            return WeighGroups(weights, Signed(a), weights, Signed(b), weights, Signed(c), weights, Signed(d), yOffset);
+        } else {
+            const VI8 s = hn::BitCast(DI8(), weights);
+            return WeighGroups<lumaShift>(a, s, b, s, c, s, d, s, kLumaOffset << lumaShift);
+        }
     }
-    KOR_INLINE inline V8 U(V8 a, V8 b, V8 c, V8 d) const { return Chroma(a, b, c, d, u, u); }
-    KOR_INLINE inline V8 V(V8 a, V8 b, V8 c, V8 d) const { return Chroma(a, b, c, d, v, v); }
+    KOR_INLINE V8 U(V8 a, V8 b, V8 c, V8 d) const { return Chroma(a, b, c, d, u, u); }
+    KOR_INLINE V8 V(V8 a, V8 b, V8 c, V8 d) const { return Chroma(a, b, c, d, v, v); }
     // U of all pixels, then V of all.
-    KOR_INLINE inline V8 UV(V8 a, V8 b) const { return Chroma(a, b, a, b, u, v); }
+    KOR_INLINE V8 UV(V8 a, V8 b) const { return Chroma(a, b, a, b, u, v); }
 
   private:
-    static KOR_INLINE inline VI8 Signed(V8 x) { return hn::BitCast(DI8(), hn::Xor(x, hn::Set(D8(), 0x80))); }
-    static KOR_INLINE inline V8 Chroma(V8 a, V8 b, V8 c, V8 d, KorUint ab, KorUint cd) {
+    static KOR_INLINE VI8 Signed(V8 x) { return hn::BitCast(DI8(), hn::Xor(x, hn::Set(D8(), 0x80))); }
+    static KOR_INLINE V8 Chroma(V8 a, V8 b, V8 c, V8 d, KorUint ab, KorUint cd) {
         const VI8 weightsAb = hn::BitCast(DI8(), SetGroups(ab));
         const VI8 weightsCd = hn::BitCast(DI8(), SetGroups(cd));
         return WeighGroups(a, weightsAb, b, weightsAb, c, weightsCd, d, weightsCd, 256 * kChromaOffset);
+    }
+};
+
+using Bt601Weights = ByteWeights<kHasShiftedSums ? 7 : 8>;
+using Bt709Weights = ByteWeights<8>;
+
+// Any matrix. The result is a byte of the sum, so that weights count modulo 2^16; no sum of four products leaves 32 bits.
+struct WordWeights {
+    // The weights of the first and third byte of a pixel, and of the second and fourth.
+    struct Row {
+        KorUint even, odd;
+    };
+    Row y, u, v;
+
+    constexpr WordWeights(const RgbToYuvMatrix& matrix, const RgbLayout& layout)
+        : y(Pairs(matrix.y, layout)), u(Pairs(matrix.u, layout)), v(Pairs(matrix.v, layout)) {}
+
+    KOR_INLINE V8 Y(V8 a, V8 b, V8 c, V8 d) const { return Weigh(a, b, c, d, y, y, kLumaOffset); }
+    KOR_INLINE V8 UV(V8 a, V8 b) const { return Weigh(a, b, a, b, u, v, kChromaOffset); }
+
+  private:
+    static constexpr KorUint Pair(KorUint first, KorUint second) { return (first & 0xffff) | second << 16; }
+    static constexpr Row Pairs(const KorInt (&weights)[3], const RgbLayout& layout) {
+        KorUint bytes[4] = {};
+        bytes[layout.ro] = static_cast<KorUint>(weights[0]);
+        bytes[layout.go] = static_cast<KorUint>(weights[1]);
+        bytes[layout.bo] = static_cast<KorUint>(weights[2]);
+        return {Pair(bytes[0], bytes[2]), Pair(bytes[1], bytes[3])};
+    }
+    static KOR_INLINE VI32 Sum(V8 pixels, const Row& row, KorUint8 offset) {
+        const DI16 d;
+        const D16 d16;
+        const VI16 even = hn::BitCast(d, hn::And(hn::BitCast(d16, pixels), hn::Set(d16, 0xff)));
+        const VI16 odd = hn::BitCast(d, hn::ShiftRight<8>(hn::BitCast(d16, pixels)));
+        const VI32 sum = AddDotWords(hn::Set(DI32(), 256 * offset), even, hn::BitCast(d, SetGroups(row.even)));
+        return AddDotWords(sum, odd, hn::BitCast(d, SetGroups(row.odd)));
+    }
+    static KOR_INLINE V8 Weigh(V8 a, V8 b, V8 c, V8 d, const Row& ab, const Row& cd, KorUint8 offset) {
+        return SecondBytes(Sum(a, ab, offset), Sum(b, ab, offset), Sum(c, cd, offset), Sum(d, cd, offset));
     }
 };
 
@@ -123,6 +181,105 @@ KOR_KERNEL void CaptureRow(KorUint8* y, KorUint8* u, KorUint8* v, const KorUint8
         hn::StoreU(weights.Y(a, b, c, e), d, y + start);
         hn::StoreU(weights.U(a, b, c, e), d, u + start);
         hn::StoreU(weights.V(a, b, c, e), d, v + start);
+    });
+}
+
+// The bytes of a 24-bit pixel: red first or blue first.
+enum class Order24 {
+    Rgb,
+    Bgr,
+};
+
+// The weights of 24-bit pixels, in the order in which LoadTriples has their bytes: that of green stands there twice. Its luma
+// weight is too large for a signed byte, and parts of it, 62 next to red and 67 next to blue, leave two products at
+// 128 * 255 or below.
+struct TripleWeights {
+    KorUint y, u, v;
+
+    explicit constexpr TripleWeights(Order24 order)
+        : y(Group(order, 66, 62, 25, 67)), u(Group(order, -38, -74, 112, 0)), v(Group(order, 112, -94, -18, 0)) {}
+
+  private:
+    // Red and blue, and the part of green that stands next to each.
+    static constexpr KorUint Group(Order24 order, KorInt r, KorInt gOfRed, KorInt b, KorInt gOfBlue) {
+        const KorUint red = (static_cast<KorUint>(r) & 0xff) | (static_cast<KorUint>(gOfRed) & 0xff) << 8;
+        const KorUint blue = (static_cast<KorUint>(b) & 0xff) | (static_cast<KorUint>(gOfBlue) & 0xff) << 8;
+        return order == Order24::Rgb ? red | blue << 16 : blue | red << 16;
+    }
+};
+
+#if defined(KOR_VNNI)
+// One row of samples, a byte each.
+KOR_INLINE inline V8 WeighTriples(V8 a, V8 b, V8 c, V8 d, KorUint group, KorUint8 offset) {
+    const VI8 weights = hn::BitCast(DI8(), SetGroups(group));
+    return WeighGroups(a, weights, b, weights, c, weights, d, weights, static_cast<KorUint16>(256 * offset));
+}
+
+// The rounded averages of two by two samples.
+KOR_INLINE inline V16 AverageBlocks(V8 upper, V8 lower) {
+    return hn::ShiftRight<2>(hn::Add(hn::Add(SumBytePairs(upper), SumBytePairs(lower)), hn::Set(D16(), 2)));
+}
+
+// One row of luma, and the chroma of its pixels.
+KOR_INLINE inline void Convert24(KorUint8* y, V8& u, V8& v, const KorUint8* x, const TripleWeights& weights) {
+    V8 a, b, c, d;
+    LoadTriples(x, a, b, c, d);
+    hn::StoreU(WeighTriples(a, b, c, d, weights.y, kLumaOffset), D8(), y);
+    u = WeighTriples(a, b, c, d, weights.u, kChromaOffset);
+    v = WeighTriples(a, b, c, d, weights.v, kChromaOffset);
+}
+
+// The chroma of two rows: U of all blocks, then V of all.
+KOR_INLINE inline V8 Capture24Pair(KorUint8* y0, KorUint8* y1, const KorUint8* x0, const KorUint8* x1, const TripleWeights& weights) {
+    V8 u0, v0, u1, v1;
+    Convert24(y0, u0, v0, x0, weights);
+    Convert24(y1, u1, v1, x1, weights);
+    return JoinBytes(AverageBlocks(u0, u1), AverageBlocks(v0, v1));
+}
+#else
+// The weighted sums of pixels whose pairs lie in two vectors.
+KOR_INLINE inline VI16 WeighPairs(V8 fronts, V8 backs, KorUint group) {
+    const DI8 d;
+    const VI8 front = hn::BitCast(d, hn::Set(D16(), static_cast<KorUint16>(group & 0xffff)));
+    const VI8 back = hn::BitCast(d, hn::Set(D16(), static_cast<KorUint16>(group >> 16)));
+    return hn::Add(MulAddBytes(fronts, front), MulAddBytes(backs, back));
+}
+
+KOR_INLINE inline V16 LumaOfPairs(V8 fronts, V8 backs, KorUint group) {
+    const D16 d;
+    return hn::ShiftRight<8>(hn::Add(hn::BitCast(d, WeighPairs(fronts, backs, group)), hn::Set(d, 256 * kLumaOffset)));
+}
+
+// One row of luma, and the chroma of its pixels, centred on 0.
+KOR_INLINE inline void Convert24(KorUint8* y, VI16& uLeft, VI16& uRight, VI16& vLeft, VI16& vRight, const KorUint8* x, const TripleWeights& weights) {
+    V8 a, b, c, d;
+    LoadTriples(x, a, b, c, d);
+    hn::StoreU(JoinBytes(LumaOfPairs(a, b, weights.y), LumaOfPairs(c, d, weights.y)), D8(), y);
+    uLeft = hn::ShiftRight<8>(WeighPairs(a, b, weights.u));
+    uRight = hn::ShiftRight<8>(WeighPairs(c, d, weights.u));
+    vLeft = hn::ShiftRight<8>(WeighPairs(a, b, weights.v));
+    vRight = hn::ShiftRight<8>(WeighPairs(c, d, weights.v));
+}
+
+// The chroma of two rows: U of all blocks, then V of all.
+KOR_INLINE inline V8 Capture24Pair(KorUint8* y0, KorUint8* y1, const KorUint8* x0, const KorUint8* x1, const TripleWeights& weights) {
+    VI16 u0Left, u0Right, v0Left, v0Right, u1Left, u1Right, v1Left, v1Right;
+    Convert24(y0, u0Left, u0Right, v0Left, v0Right, x0, weights);
+    Convert24(y1, u1Left, u1Right, v1Left, v1Right, x1, weights);
+    return BytesOfSums<2>(hn::Add(u0Left, u1Left), hn::Add(u0Right, u1Right), hn::Add(v0Left, v1Left), hn::Add(v0Right, v1Right), 4 * kChromaOffset + 2);
+}
+#endif
+
+// Two rows of n pixels of 24 bits, n at least a vector of bytes and even. x1 may be x0. Every pixel's chroma is converted
+// and then averaged.
+KOR_KERNEL void Capture24RowPair(KorUint8* y0, KorUint8* y1, KorUint8* u, KorUint8* v,
+                                 const KorUint8* x0, const KorUint8* x1, KorSizeT n, TripleWeights weights) {
+    const D8 d;
+    const hn::Half<D8> half;
+    ForEachBlock(n, hn::Lanes(d), [&](KorSizeT start) KOR_INLINE {
+        const V8 uv = Capture24Pair(y0 + start, y1 + start, x0 + 3 * start, x1 + 3 * start, weights);
+        hn::StoreU(hn::LowerHalf(half, uv), half, u + start / 2);
+        hn::StoreU(hn::UpperHalf(half, uv), half, v + start / 2);
     });
 }
 
@@ -200,41 +357,153 @@ void CaptureI444(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, Kor
     }
 }
 
+// Whether the weights of a matrix are as ByteWeights wants them.
+bool FitsBytes(const RgbToYuvMatrix& matrix) {
+    const auto isByte = [](KorInt weight, KorInt low) { return weight >= low && weight <= low + 255; };
+    KorInt luma = 0;
+    for (const KorInt weight : matrix.y) {
+        if (!isByte(weight, 0)) {
+            return false;
+        }
+        luma += weight;
+    }
+    for (const auto& row : {matrix.u, matrix.v}) {
+        KorInt above = 0, below = 0;
+        for (KorSizeT i = 0; i < 3; ++i) {
+            if (!isByte(row[i], -128)) {
+                return false;
+            }
+            (row[i] > 0 ? above : below) += row[i];
+        }
+        if (above > 128 || below < -128) {
+            return false;
+        }
+    }
+    return luma <= 255;
+}
+
+// Whether coefficients share a byte with the width by height samples of a plane.
+bool Overlap(const KorInt (*coeffs)[3], Plane plane, KorSizeT width, KorSizeT height) {
+    const uintptr_t coeffsBegin = reinterpret_cast<uintptr_t>(coeffs);
+    const uintptr_t planeBegin = reinterpret_cast<uintptr_t>(plane.samples);
+    const KorSizeT planeBytes = (height - 1) * plane.pitch + width;
+    return coeffsBegin < planeBegin + planeBytes && planeBegin < coeffsBegin + 3 * sizeof *coeffs;
+}
+
+// The even rows and columns, and the odd edges as the caller's matrix has them.
+template <class Weights>
+void CaptureGeneral(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorSizeT height, const RgbToYuvMatrix& matrix) {
+    // Deliberate: at the odd edges the luma weights meet the channels in the order red, blue, green.
+    RgbToYuvMatrix edge = matrix;
+    edge.y[1] = matrix.y[2];
+    edge.y[2] = matrix.y[1];
+    const KorSizeT width2 = width & ~KorSizeT{1};
+    const KorSizeT height2 = height & ~KorSizeT{1};
+    CaptureI420<Weights>(y, u, v, rows, width, height2, kBgra, matrix);
+    if (IsOdd(width)) {
+        for (KorSizeT row = 0; row < height2; ++row) {
+            KorUint8* last = y.Row(row) + width2;
+            last[0] = last[1] = Weigh(edge.y, kLumaOffset, PixelAt(rows.Row(row), width2, kBgra));
+        }
+    }
+    if (IsOdd(height)) {
+        CaptureI420<Weights>(y.From(height2), u.From(height2 / 2), v.From(height2 / 2), rows.From(height2), width, 1, kBgra, edge);
+        KorMemCpy(y.Row(height), y.Row(height2), width2);
+    }
+    if (IsOdd(width) && IsOdd(height)) {
+        // Deliberate: the corner stands in four places, with the weights in their normal order.
+        const KorUint8 corner = Weigh(matrix.y, kLumaOffset, PixelAt(rows.Row(height2), width2, kBgra));
+        for (KorSizeT row = height2; row <= height; ++row) {
+            y.Row(row)[width2] = corner;
+            y.Row(row)[width] = corner;
+        }
+    }
+}
+
+// The samples of one pixel.
+struct Yuv {
+    KorUint8 y, u, v;
+};
+
+Yuv Convert24(const KorUint8* x, Order24 order) {
+    const bool redFirst = order == Order24::Rgb;
+    const Rgb c = {x[redFirst ? 0 : 2], x[1], x[redFirst ? 2 : 0]};
+    return {Weigh(kBt601Of24Bit.y, kLumaOffset, c), Weigh(kBt601Of24Bit.u, kChromaOffset, c), Weigh(kBt601Of24Bit.v, kChromaOffset, c)};
+}
+
+// The odd edges are those of the portable function, which says why they are as they are.
+void Capture24(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorSizeT height, Order24 order) {
+    const TripleWeights weights(order);
+    const KorSizeT widthC = width / 2;
+    const KorSizeT width2 = 2 * widthC;
+    const KorSizeT heightC = height / 2;
+    const KorSizeT height2 = 2 * heightC;
+    // The luma of a lone last row is also written to the row below the picture.
+    for (KorSizeT row = 0; row < height; row += 2) {
+        Capture24RowPair(y.Row(row), y.Row(row + 1), u.Row(row / 2), v.Row(row / 2),
+                         rows.Row(row), rows.Row(Min(row + 1, height - 1)), width2, weights);
+    }
+    if (!IsOdd(width)) {
+        return;
+    }
+    for (KorSizeT row = 0; row < height2; row += 2) {
+        const Yuv upper = Convert24(rows.Row(row) + 3 * width2, order);
+        const Yuv lower = Convert24(rows.Row(row + 1) + 3 * width2, order);
+        y.Row(row)[width2] = y.Row(row)[width] = upper.y;
+        y.Row(row + 1)[width2] = y.Row(row + 1)[width] = lower.y;
+        u.Row(row / 2)[widthC] = Average(upper.u, lower.u);
+        v.Row(row / 2)[widthC] = Average(upper.v, lower.v);
+    }
+    if (IsOdd(height)) {
+        KorUint8* cornerU = u.Row(heightC) + widthC;
+        KorUint8* cornerV = v.Row(heightC) + widthC;
+        if (heightC != 0) {
+            y.Row(height2)[width2] = y.Row(height2 - 1)[width2];
+            *cornerU = Average(u.Row(heightC - 1)[widthC], cornerU[-1]);
+            *cornerV = Average(v.Row(heightC - 1)[widthC], cornerV[-1]);
+        } else {
+            y.Row(height2)[width2] = Convert24(rows.Row(height2) + 3 * width2, order).y;
+            *cornerU = cornerU[-1];
+            *cornerV = cornerV[-1];
+        }
+    }
+}
+
 }  // namespace
 
 void KorRGBAToI420 KOR_PARAMETERS_Capture {
     if (!IsWide(width, height)) {
         return KorRGBAToI420_C_ KOR_ARGUMENTS_Capture;
     }
-    CaptureI420<ByteWeights>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kRgba, kBt601);
+    CaptureI420<Bt601Weights>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kRgba, kBt601);
 }
 
 void KorBGRAToI420 KOR_PARAMETERS_Capture {
     if (!IsWide(width, height)) {
         return KorBGRAToI420_C_ KOR_ARGUMENTS_Capture;
     }
-    CaptureI420<ByteWeights>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kBgra, kBt601);
+    CaptureI420<Bt601Weights>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kBgra, kBt601);
 }
 
 void KorARGBToI420 KOR_PARAMETERS_Capture {
     if (!IsWide(width, height)) {
         return KorARGBToI420_C_ KOR_ARGUMENTS_Capture;
     }
-    CaptureI420<ByteWeights>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kArgb, kBt601);
+    CaptureI420<Bt601Weights>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kArgb, kBt601);
 }
 
 void KorABGRToI420 KOR_PARAMETERS_Capture {
     if (!IsWide(width, height)) {
         return KorABGRToI420_C_ KOR_ARGUMENTS_Capture;
     }
-    CaptureI420<ByteWeights>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kAbgr, kBt601);
+    CaptureI420<Bt601Weights>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kAbgr, kBt601);
 }
 
 void KorBGRAToI444 KOR_PARAMETERS_Capture {
     if (!IsWide(width, height)) {
         return KorBGRAToI444_C_ KOR_ARGUMENTS_Capture;
     }
-    CaptureI444<ByteWeights>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kBgra, kBt601);
+    CaptureI444<Bt601Weights>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kBgra, kBt601);
 }
 
 void KorBGRAToI420UsingBT709 KOR_PARAMETERS_Capture {
@@ -242,7 +511,7 @@ void KorBGRAToI420UsingBT709 KOR_PARAMETERS_Capture {
         return KorBGRAToI420UsingBT709_C_ KOR_ARGUMENTS_Capture;
     }
     const Plane luma = {y, pitchY};
-    CaptureI420<ByteWeights>(luma, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kBgra, kBt709);
+    CaptureI420<Bt709Weights>(luma, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, kBgra, kBt709);
     if (IsOdd(height)) {
         // Deliberate: the luma of an odd last row is repeated in the row below the picture, without an odd last column.
         KorMemCpy(luma.Row(height), luma.Row(height - 1), width & ~KorSizeT{1});
@@ -255,7 +524,44 @@ void KorBGRAToI444UsingBT709 KOR_PARAMETERS_Capture {
     }
     // Deliberate: a set flip chooses the first row and no more. From there the walk goes downwards, past the picture.
     const SourceRows rows = TopDown(ReadingOrder(x, pitchX, height, flip).first, pitchX);
-    CaptureI444<ByteWeights>({y, pitchY}, {u, pitchU}, {v, pitchV}, rows, width, height, kBgra, kBt709);
+    CaptureI444<Bt709Weights>({y, pitchY}, {u, pitchU}, {v, pitchV}, rows, width, height, kBgra, kBt709);
+}
+
+void KorBGRAToI420General KOR_PARAMETERS_CaptureGeneral {
+    if (!IsWide(width, height)) {
+        return KorBGRAToI420General_C_ KOR_ARGUMENTS_CaptureGeneral;
+    }
+    const Plane planeY = {y, pitchY};
+    const Plane planeU = {u, pitchU};
+    const Plane planeV = {v, pitchV};
+    const KorSizeT widthC = (width + 1) / 2;
+    const KorSizeT heightC = (height + 1) / 2;
+    // The luma that is written includes the spare column and row of odd sizes.
+    if (Overlap(coeffs, planeY, 2 * widthC, 2 * heightC) || Overlap(coeffs, planeU, widthC, heightC) || Overlap(coeffs, planeV, widthC, heightC)) {
+        return KorBGRAToI420General_C_ KOR_ARGUMENTS_CaptureGeneral;
+    }
+    RgbToYuvMatrix matrix;
+    KorMemCpy(&matrix, coeffs, sizeof matrix);
+    const SourceRows rows = ReadingOrder(x, pitchX, height, flip);
+    if (FitsBytes(matrix)) {
+        CaptureGeneral<ByteWeights<8>>(planeY, planeU, planeV, rows, width, height, matrix);
+    } else {
+        CaptureGeneral<WordWeights>(planeY, planeU, planeV, rows, width, height, matrix);
+    }
+}
+
+void KorRawToI420 KOR_PARAMETERS_Capture {
+    if (!IsWide(width, height)) {
+        return KorRawToI420_C_ KOR_ARGUMENTS_Capture;
+    }
+    Capture24({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, Order24::Rgb);
+}
+
+void Kor24BGToI420 KOR_PARAMETERS_Capture {
+    if (!IsWide(width, height)) {
+        return Kor24BGToI420_C_ KOR_ARGUMENTS_Capture;
+    }
+    Capture24({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height, Order24::Bgr);
 }
 
 }  // namespace KOR_TARGET_NAMESPACE

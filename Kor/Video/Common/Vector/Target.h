@@ -54,6 +54,7 @@ struct Plane {
     KorSizeT pitch;
 
     KorUint8* Row(KorSizeT row) const { return samples + row * pitch; }
+    Plane From(KorSizeT row) const { return {Row(row), pitch}; }
 };
 
 // The rows of a source in reading order: downwards from the first row in memory or, with a negative pitch, upwards.
@@ -62,6 +63,7 @@ struct SourceRows {
     KorDistanceT pitch;
 
     const KorUint8* Row(KorSizeT row) const { return first + static_cast<KorDistanceT>(row) * pitch; }
+    SourceRows From(KorSizeT row) const { return {Row(row), pitch}; }
 };
 
 [[maybe_unused]] SourceRows TopDown(const KorUint8* samples, KorSizeT pitch) {
