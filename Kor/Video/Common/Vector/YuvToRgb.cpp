@@ -138,8 +138,8 @@ class CallerTerms {
             const DI32 d32;
             const VI16 pair = hn::BitCast(d, hn::Set(d32, weights));
             const VI32 from = hn::Set(d32, offset);
-            const VI32 evenSum = hn::Add(MulAddWords(even, pair), from);
-            const VI32 oddSum = hn::Add(MulAddWords(odd, pair), from);
+            const VI32 evenSum = AddDotWords(from, even, pair);
+            const VI32 oddSum = AddDotWords(from, odd, pair);
             return hn::OddEven(hn::BitCast(d, oddSum), hn::BitCast(d, hn::ShiftRight<16>(evenSum)));
         }
     };
