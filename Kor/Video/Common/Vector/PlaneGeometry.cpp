@@ -26,7 +26,7 @@ KOR_KERNEL void AverageRow(KorUint8* dst, const KorUint8* a, const KorUint8* b, 
 KOR_KERNEL void ReverseRow(KorUint8* dst, const KorUint8* src, KorSizeT n) {
     const D8 d;
     const KorSizeT size = hn::Lanes(d);
-    ForEachBlock(n, size, [&](KorSizeT start) KOR_INLINE { hn::StoreU(Reversed(hn::LoadU(d, src + start)), d, dst + (n - size - start)); });
+    ForEachBlock(n, size, [&](KorSizeT start) KOR_INLINE { hn::StoreU(Reversed(hn::LoadU(d, src + (n - size - start))), d, dst + start); });
 }
 
 template <Order order>
