@@ -121,31 +121,47 @@ struct ExpandChroma {
     }
 };
 
-// Two rows of n pixels, n at least a vector of bytes and even, which share their chroma.
+// A row of n pixels, n at least a vector of bytes and even. One row at a time, although two share their chroma: one stream of
+// stores is faster than two, once the picture is larger than the caches.
 template <LumaByte lumaByte, class Chroma>
-KOR_KERNEL void PackRowPair(KorUint8* x0, KorUint8* x1, const KorUint8* y0, const KorUint8* y1,
-                            const KorUint8* u, const KorUint8* v, KorSizeT n) {
+KOR_KERNEL void PackRow(KorUint8* x, const KorUint8* y, const KorUint8* u, const KorUint8* v, KorSizeT n) {
     const D8 d;
     ForEachBlock(n, hn::Lanes(d), [&](KorSizeT start) KOR_INLINE {
         const V8 uv = Chroma::Apply(LoadPairs(u + start / 2, v + start / 2));
-        const V8 upper = hn::LoadU(d, y0 + start);
-        const V8 lower = hn::LoadU(d, y1 + start);
+        const V8 luma = hn::LoadU(d, y + start);
         if constexpr (lumaByte == LumaByte::First) {
-            StorePairs(upper, uv, x0 + 2 * start);
-            StorePairs(lower, uv, x1 + 2 * start);
+            StorePairs(luma, uv, x + 2 * start);
         } else {
-            StorePairs(uv, upper, x0 + 2 * start);
-            StorePairs(uv, lower, x1 + 2 * start);
+            StorePairs(uv, luma, x + 2 * start);
         }
     });
 }
 
 // An odd last column or row is not packed.
-template <LumaByte lumaByte, class Chroma>
+template <LumaByte lumaByte>
 void I420ToPacked(SourceRows y, SourceRows u, SourceRows v, Plane x, KorSizeT width, KorSizeT height) {
-    for (KorSizeT row = 0; row + 1 < height; row += 2) {
-        PackRowPair<lumaByte, Chroma>(x.Row(row), x.Row(row + 1), y.Row(row), y.Row(row + 1),
-                                      u.Row(row / 2), v.Row(row / 2), width & ~KorSizeT{1});
+    for (KorSizeT row = 0; row < (height & ~KorSizeT{1}); ++row) {
+        PackRow<lumaByte, KeepChroma>(x.Row(row), y.Row(row), u.Row(row / 2), v.Row(row / 2), width & ~KorSizeT{1});
+    }
+}
+
+// Deliberate: with an odd width every row pair of Yuv2 starts one luma sample and half a group earlier than the pitches say.
+KorSizeT Drift(KorSizeT row, KorSizeT width) {
+    return IsOdd(width) ? row / 2 : 0;
+}
+
+void Yuv2ToI420(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorSizeT height) {
+    for (KorSizeT row = 0; row < height; row += 2) {
+        const KorSizeT drift = Drift(row, width);
+        CaptureYuv2RowPair(y.Row(row) - drift, y.Row(row + 1) - drift, u.Row(row / 2), v.Row(row / 2),
+                           rows.Row(row) - 2 * drift, rows.Row(LowerRow(row, height)) - 2 * drift, width & ~KorSizeT{1});
+    }
+}
+
+void I420ToYuv2(SourceRows y, SourceRows u, SourceRows v, Plane x, KorSizeT width, KorSizeT height) {
+    for (KorSizeT row = 0; row < (height & ~KorSizeT{1}); ++row) {
+        const KorSizeT drift = Drift(row, width);
+        PackRow<kYuy2, ExpandChroma>(x.Row(row) - 2 * drift, y.Row(row) - drift, u.Row(row / 2), v.Row(row / 2), width & ~KorSizeT{1});
     }
 }
 
@@ -174,36 +190,28 @@ void KorI420ToYUY2 KOR_PARAMETERS_Render {
     if (!IsWide(width, height) || IsDithering(ditherLevel)) {
         return KorI420ToYUY2_C_ KOR_ARGUMENTS_Render;
     }
-    I420ToPacked<kYuy2, KeepChroma>(TopDown(y, pitchY), TopDown(u, pitchU), TopDown(v, pitchV), {x, pitchX}, width, height);
+    I420ToPacked<kYuy2>(TopDown(y, pitchY), TopDown(u, pitchU), TopDown(v, pitchV), {x, pitchX}, width, height);
 }
 
 void KorI420ToUYVY KOR_PARAMETERS_Render {
     if (!IsWide(width, height) || IsDithering(ditherLevel)) {
         return KorI420ToUYVY_C_ KOR_ARGUMENTS_Render;
     }
-    I420ToPacked<kUyvy, KeepChroma>(TopDown(y, pitchY), TopDown(u, pitchU), TopDown(v, pitchV), {x, pitchX}, width, height);
+    I420ToPacked<kUyvy>(TopDown(y, pitchY), TopDown(u, pitchU), TopDown(v, pitchV), {x, pitchX}, width, height);
 }
 
 void KorYuv2ToI420 KOR_PARAMETERS_Capture {
-    // Rows of an odd width move from pair to pair.
-    if (!IsWide(width, height) || IsOdd(width)) {
+    if (!IsWide(width, height)) {
         return KorYuv2ToI420_C_ KOR_ARGUMENTS_Capture;
     }
-    const Plane planeY = {y, pitchY};
-    const Plane planeU = {u, pitchU};
-    const Plane planeV = {v, pitchV};
-    const SourceRows rows = ReadingOrder(x, pitchX, height, flip);
-    for (KorSizeT row = 0; row < height; row += 2) {
-        CaptureYuv2RowPair(planeY.Row(row), planeY.Row(row + 1), planeU.Row(row / 2), planeV.Row(row / 2),
-                           rows.Row(row), rows.Row(LowerRow(row, height)), width);
-    }
+    Yuv2ToI420({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height);
 }
 
 void KorI420toYuv2 KOR_PARAMETERS_Pack {
-    if (!IsWide(width, height) || IsOdd(width)) {
+    if (!IsWide(width, height)) {
         return KorI420toYuv2_C_ KOR_ARGUMENTS_Pack;
     }
-    I420ToPacked<kYuy2, ExpandChroma>(TopDown(y, pitchY), TopDown(u, pitchU), TopDown(v, pitchV), {x, pitchX}, width, height);
+    I420ToYuv2(TopDown(y, pitchY), TopDown(u, pitchU), TopDown(v, pitchV), {x, pitchX}, width, height);
 }
 
 void KorM420ToI420 KOR_PARAMETERS_Capture {
