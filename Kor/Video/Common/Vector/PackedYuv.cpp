@@ -1,6 +1,7 @@
 // Packed and semi-planar YUV: YUY2, UYVY, Yuv2 and M420 to I420, and I420 to the first three.
 //
 // A kernel takes whole vectors of packed bytes. An odd last column is never part of it.
+#include "Kor/Video/Common/Vector/Memory.h"
 #include "Kor/Video/Common/Vector/Ops.h"
 #include "Kor/Video/Common/Vector/Target.h"
 
@@ -32,11 +33,13 @@ KOR_INLINE inline void StoreHalves(V8 x, KorUint8* lower, KorUint8* upper) {
 // Two rows of n pixels, n at least a vector of bytes and even. x1 may be x0.
 template <LumaByte lumaByte>
 KOR_KERNEL void CaptureRowPair(KorUint8* y0, KorUint8* y1, KorUint8* u, KorUint8* v,
-                               const KorUint8* x0, const KorUint8* x1, KorSizeT n) {
+                               const KorUint8* x0, const KorUint8* x1, KorSizeT n, KorSizeT distance) {
     constexpr int luma = lumaByte == LumaByte::First ? 0 : 1;
     const D8 d;
     const KorSizeT size = hn::Lanes(d);
     ForEachBlock(n, size, [&](KorSizeT start) KOR_INLINE {
+        FetchAhead(x0 + 2 * start, 2 * size, distance);
+        FetchAhead(x1 + 2 * start, 2 * size, distance);
         const V8 a0 = hn::LoadU(d, x0 + 2 * start), b0 = hn::LoadU(d, x0 + 2 * start + size);
         const V8 a1 = hn::LoadU(d, x1 + 2 * start), b1 = hn::LoadU(d, x1 + 2 * start + size);
         hn::StoreU(TakeOfPairs<luma>(a0, b0), d, y0 + start);
@@ -53,9 +56,10 @@ KorSizeT LowerRow(KorSizeT row, KorSizeT height) {
 
 template <LumaByte lumaByte>
 void PackedToI420(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorSizeT height) {
+    const KorSizeT distance = FetchDistance(2 * width, height);
     for (KorSizeT row = 0; row < height; row += 2) {
         CaptureRowPair<lumaByte>(y.Row(row), y.Row(row + 1), u.Row(row / 2), v.Row(row / 2),
-                                 rows.Row(row), rows.Row(LowerRow(row, height)), width & ~KorSizeT{1});
+                                 rows.Row(row), rows.Row(LowerRow(row, height)), width & ~KorSizeT{1}, distance);
     }
 }
 
@@ -81,10 +85,12 @@ KOR_INLINE inline V8 AverageSigned(V8 upper, V8 lower) {
 }
 
 KOR_KERNEL void CaptureYuv2RowPair(KorUint8* y0, KorUint8* y1, KorUint8* u, KorUint8* v,
-                                   const KorUint8* x0, const KorUint8* x1, KorSizeT n) {
+                                   const KorUint8* x0, const KorUint8* x1, KorSizeT n, KorSizeT distance) {
     const D8 d;
     const KorSizeT size = hn::Lanes(d);
     ForEachBlock(n, size, [&](KorSizeT start) KOR_INLINE {
+        FetchAhead(x0 + 2 * start, 2 * size, distance);
+        FetchAhead(x1 + 2 * start, 2 * size, distance);
         const V8 a0 = hn::LoadU(d, x0 + 2 * start), b0 = hn::LoadU(d, x0 + 2 * start + size);
         const V8 a1 = hn::LoadU(d, x1 + 2 * start), b1 = hn::LoadU(d, x1 + 2 * start + size);
         hn::StoreU(LimitLuma(a0, b0), d, y0 + start);
@@ -151,10 +157,11 @@ KorSizeT Drift(KorSizeT row, KorSizeT width) {
 }
 
 void Yuv2ToI420(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorSizeT height) {
+    const KorSizeT distance = FetchDistance(2 * width, height);
     for (KorSizeT row = 0; row < height; row += 2) {
         const KorSizeT drift = Drift(row, width);
         CaptureYuv2RowPair(y.Row(row) - drift, y.Row(row + 1) - drift, u.Row(row / 2), v.Row(row / 2),
-                           rows.Row(row) - 2 * drift, rows.Row(LowerRow(row, height)) - 2 * drift, width & ~KorSizeT{1});
+                           rows.Row(row) - 2 * drift, rows.Row(LowerRow(row, height)) - 2 * drift, width & ~KorSizeT{1}, distance);
     }
 }
 
