@@ -103,11 +103,11 @@
     (const KorUint8* y, KorSizeT pitchY, \
      const KorUint8* u, KorSizeT pitchU, \
      const KorUint8* v, KorSizeT pitchV, \
-     KorUint8* yuy2, KorSizeT pitchYuy2, \
+     KorUint8* x, KorSizeT pitchX, \
      KorSizeT width, KorSizeT height)
 
 #define KOR_ARGUMENTS_Pack \
-    (y, pitchY, u, pitchU, v, pitchV, yuy2, pitchYuy2, width, height)
+    (y, pitchY, u, pitchU, v, pitchV, x, pitchX, width, height)
 
 #define KOR_PARAMETERS_Dither \
     (const KorUint8* yIn, KorSizeT yInPitch, \

@@ -36,6 +36,23 @@ using VI8 = hn::Vec<DI8>;
 using VI16 = hn::Vec<DI16>;
 using VI32 = hn::Vec<DI32>;
 
+#if defined(KOR_VNNI)
+// Where a permutation takes each byte from, the second vector's beginning with 64.
+struct alignas(64) Places {
+    KorUint8 bytes[64];
+
+    template <class PlaceOf>
+    static constexpr Places Make(PlaceOf placeOf) {
+        Places places = {};
+        for (KorUint i = 0; i < 64; ++i) {
+            places.bytes[i] = static_cast<KorUint8>(placeOf(i));
+        }
+        return places;
+    }
+    KOR_INLINE __m512i Load() const { return _mm512_load_si512(bytes); }
+};
+#endif
+
 // The same 32 bits in every group of four bytes.
 KOR_INLINE inline V8 SetGroups(KorUint group) {
     return hn::BitCast(D8(), hn::Set(D32(), group));
@@ -109,10 +126,8 @@ KOR_INLINE inline VI32 SecondByte(VI32 x) {
 // The second byte of every 32-bit lane of four vectors.
 KOR_INLINE inline V8 SecondBytes(VI32 a, VI32 b, VI32 c, VI32 d) {
 #if defined(KOR_VNNI)
-    alignas(64) static constexpr KorUint8 kPlaces[64] = {
-        1, 5, 9, 13, 17, 21, 25, 29, 33, 37, 41, 45, 49, 53, 57, 61,
-        65, 69, 73, 77, 81, 85, 89, 93, 97, 101, 105, 109, 113, 117, 121, 125};
-    const __m512i places = _mm512_load_si512(kPlaces);
+    static constexpr Places kPlaces = Places::Make([](KorUint i) { return 4 * i + 1; });
+    const __m512i places = kPlaces.Load();
     const __m512i ab = _mm512_permutex2var_epi8(a.raw, places, b.raw);
     const __m512i cd = _mm512_permutex2var_epi8(c.raw, places, d.raw);
     return V8{_mm512_inserti64x4(ab, _mm512_castsi512_si256(cd), 1)};
@@ -216,11 +231,8 @@ KOR_INLINE inline V8 OrderPairs(V8 x) {
 // third and second bytes, and the same of the second half.
 KOR_INLINE inline void LoadTriples(const KorUint8* x, V8& a, V8& b, V8& c, V8& d) {
 #if defined(KOR_VNNI)
-    alignas(64) static constexpr KorUint8 kPlaces[64] = {
-        0, 1, 2, 1, 3, 4, 5, 4, 6, 7, 8, 7, 9, 10, 11, 10, 12, 13, 14, 13, 15, 16, 17, 16,
-        18, 19, 20, 19, 21, 22, 23, 22, 24, 25, 26, 25, 27, 28, 29, 28, 30, 31, 32, 31,
-        33, 34, 35, 34, 36, 37, 38, 37, 39, 40, 41, 40, 42, 43, 44, 43, 45, 46, 47, 46};
-    const __m512i places = _mm512_load_si512(kPlaces);
+    static constexpr Places kPlaces = Places::Make([](KorUint i) { return 3 * (i / 4) + (i % 4 == 3 ? 1 : i % 4); });
+    const __m512i places = kPlaces.Load();
     a = V8{_mm512_permutexvar_epi8(places, _mm512_loadu_si512(x))};
     b = V8{_mm512_permutexvar_epi8(places, _mm512_loadu_si512(x + 48))};
     c = V8{_mm512_permutexvar_epi8(places, _mm512_loadu_si512(x + 96))};
@@ -265,6 +277,76 @@ KOR_INLINE inline void LoadTriples(const KorUint8* x, V8& a, V8& b, V8& c, V8& d
 // Sums of neighbouring bytes.
 KOR_INLINE inline V16 SumBytePairs(V8 x) {
     return hn::BitCast(D16(), MulAddBytes(x, hn::Set(DI8(), 1)));
+}
+
+// Byte 0 or byte 1 of every pair in two vectors.
+template <int byte>
+KOR_INLINE inline V8 TakeOfPairs(V8 a, V8 b) {
+#if defined(KOR_VNNI)
+    static constexpr Places kPlaces = Places::Make([](KorUint i) { return 2 * i + byte; });
+    return V8{_mm512_permutex2var_epi8(a.raw, kPlaces.Load(), b.raw)};
+#else
+    const D16 d;
+    const V16 a16 = hn::BitCast(d, a);
+    const V16 b16 = hn::BitCast(d, b);
+    if constexpr (byte == 0) {
+        return JoinBytes(hn::And(a16, hn::Set(d, 0xff)), hn::And(b16, hn::Set(d, 0xff)));
+    } else {
+        return JoinBytes(hn::ShiftRight<8>(a16), hn::ShiftRight<8>(b16));
+    }
+#endif
+}
+
+// Of every group of four bytes in two vectors: a byte of all, then the one two places behind it of all.
+template <int byte>
+KOR_INLINE inline V8 TakeOfGroups(V8 a, V8 b) {
+#if defined(KOR_VNNI)
+    static constexpr Places kPlaces = Places::Make([](KorUint i) { return 4 * (i % 32) + byte + 2 * (i / 32); });
+    return V8{_mm512_permutex2var_epi8(a.raw, kPlaces.Load(), b.raw)};
+#elif HWY_ARCH_X86
+    alignas(16) static constexpr KorUint8 kPlaces[16] = {byte, byte + 4, byte + 8, byte + 12, byte + 2, byte + 6, byte + 10, byte + 14};
+    const V8 places = hn::LoadDup128(D8(), kPlaces);
+    const V8 a8 = hn::TableLookupBytes(a, places);
+    const V8 b8 = hn::TableLookupBytes(b, places);
+    return OrderQuarters(V8{KOR_X86(unpacklo_epi32)(a8.raw, b8.raw)});
+#else
+    const V8 both = TakeOfPairs<byte>(a, b);
+    return TakeOfPairs<0>(both, both);
+#endif
+}
+
+// Two half vectors put together, byte by byte in turn.
+KOR_INLINE inline V8 LoadPairs(const KorUint8* first, const KorUint8* second) {
+#if defined(KOR_VNNI)
+    static constexpr Places kPlaces = Places::Make([](KorUint i) { return i / 2 + 64 * (i % 2); });
+    const __m512i a = _mm512_castsi256_si512(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(first)));
+    const __m512i b = _mm512_castsi256_si512(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(second)));
+    return V8{_mm512_permutex2var_epi8(a, kPlaces.Load(), b)};
+#else
+    const D16 d;
+    const hn::Half<D8> half;
+    const V16 a = hn::PromoteTo(d, hn::LoadU(half, first));
+    const V16 b = hn::PromoteTo(d, hn::LoadU(half, second));
+    return hn::BitCast(D8(), hn::Or(a, hn::ShiftLeft<8>(b)));
+#endif
+}
+
+// Two vectors put together, byte by byte in turn, and stored.
+KOR_INLINE inline void StorePairs(V8 first, V8 second, KorUint8* x) {
+    const D8 d;
+#if defined(KOR_VNNI)
+    static constexpr Places kLower = Places::Make([](KorUint i) { return i / 2 + 64 * (i % 2); });
+    static constexpr Places kUpper = Places::Make([](KorUint i) { return i / 2 + 64 * (i % 2) + 32; });
+    hn::StoreU(V8{_mm512_permutex2var_epi8(first.raw, kLower.Load(), second.raw)}, d, x);
+    hn::StoreU(V8{_mm512_permutex2var_epi8(first.raw, kUpper.Load(), second.raw)}, d, x + 64);
+#elif HWY_TARGET == HWY_AVX2
+    const V8 a = V8{_mm256_permute4x64_epi64(first.raw, 0xd8)};
+    const V8 b = V8{_mm256_permute4x64_epi64(second.raw, 0xd8)};
+    hn::StoreU(V8{_mm256_unpacklo_epi8(a.raw, b.raw)}, d, x);
+    hn::StoreU(V8{_mm256_unpackhi_epi8(a.raw, b.raw)}, d, x + 32);
+#else
+    hn::StoreInterleaved2(first, second, d, x);
+#endif
 }
 
 }  // namespace

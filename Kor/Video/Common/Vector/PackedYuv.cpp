@@ -1,0 +1,244 @@
+// Packed and semi-planar YUV: YUY2, UYVY, Yuv2 and M420 to I420, and I420 to the first three.
+//
+// A kernel takes whole vectors of packed bytes. An odd last column is never part of it.
+#include "Kor/Video/Common/Vector/Memory.h"
+#include "Kor/Video/Common/Vector/Ops.h"
+#include "Kor/Video/Common/Vector/Target.h"
+
+namespace kor {
+namespace KOR_TARGET_NAMESPACE {
+namespace {
+
+// Which byte of every pair is luma; the other one is U or V, in turn.
+enum class LumaByte {
+    First,
+    Second,
+};
+
+constexpr LumaByte kYuy2 = LumaByte::First;
+constexpr LumaByte kUyvy = LumaByte::Second;
+
+// Whether a picture has what the kernels need: at least one vector of pixels in even columns.
+bool IsWide(KorSizeT width, KorSizeT height) {
+    return (width & ~KorSizeT{1}) >= hn::Lanes(D8()) && height != 0;
+}
+
+// Stores the two halves of a vector, such as U and V.
+KOR_INLINE inline void StoreHalves(V8 x, KorUint8* lower, KorUint8* upper) {
+    const hn::Half<D8> half;
+    hn::StoreU(hn::LowerHalf(half, x), half, lower);
+    hn::StoreU(hn::UpperHalf(half, x), half, upper);
+}
+
+// Two rows of n pixels, n at least a vector of bytes and even. x1 may be x0.
+template <LumaByte lumaByte>
+KOR_KERNEL void CaptureRowPair(KorUint8* y0, KorUint8* y1, KorUint8* u, KorUint8* v,
+                               const KorUint8* x0, const KorUint8* x1, KorSizeT n, KorSizeT distance) {
+    constexpr int luma = lumaByte == LumaByte::First ? 0 : 1;
+    const D8 d;
+    const KorSizeT size = hn::Lanes(d);
+    ForEachBlock(n, size, [&](KorSizeT start) KOR_INLINE {
+        FetchAhead(x0 + 2 * start, 2 * size, distance);
+        FetchAhead(x1 + 2 * start, 2 * size, distance);
+        const V8 a0 = hn::LoadU(d, x0 + 2 * start), b0 = hn::LoadU(d, x0 + 2 * start + size);
+        const V8 a1 = hn::LoadU(d, x1 + 2 * start), b1 = hn::LoadU(d, x1 + 2 * start + size);
+        hn::StoreU(TakeOfPairs<luma>(a0, b0), d, y0 + start);
+        hn::StoreU(TakeOfPairs<luma>(a1, b1), d, y1 + start);
+        const V8 uv = TakeOfGroups<1 - luma>(hn::AverageRound(a0, a1), hn::AverageRound(b0, b1));
+        StoreHalves(uv, u + start / 2, v + start / 2);
+    });
+}
+
+// The row below a pair's upper one: a lone last row is its own, and its luma is also written to the row below the picture.
+KorSizeT LowerRow(KorSizeT row, KorSizeT height) {
+    return Min(row + 1, height - 1);
+}
+
+template <LumaByte lumaByte>
+void PackedToI420(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorSizeT height) {
+    const KorSizeT distance = FetchDistance(2 * width, height);
+    for (KorSizeT row = 0; row < height; row += 2) {
+        CaptureRowPair<lumaByte>(y.Row(row), y.Row(row + 1), u.Row(row / 2), v.Row(row / 2),
+                                 rows.Row(row), rows.Row(LowerRow(row, height)), width & ~KorSizeT{1}, distance);
+    }
+}
+
+// Full-range luma, the first bytes of pairs, to limited range: (220 y) >> 8, to which 16 is added.
+KOR_INLINE inline V8 LimitLuma(V8 a, V8 b) {
+    const D16 d;
+    const V16 scale = hn::Set(d, 220);
+    const V16 a16 = hn::MulHigh(hn::ShiftLeft<8>(hn::BitCast(d, a)), scale);
+    const V16 b16 = hn::MulHigh(hn::ShiftLeft<8>(hn::BitCast(d, b)), scale);
+    return hn::Add(JoinBytes(a16, b16), hn::Set(D8(), 16));
+}
+
+// Signed chroma, the second bytes of pairs, scaled to -113 to 112: (113 c) >> 7.
+KOR_INLINE inline VI16 LimitChroma(V8 x) {
+    const DI16 d;
+    return hn::MulHigh(hn::And(hn::BitCast(d, x), hn::Set(d, -256)), hn::Set(d, 226));
+}
+
+// The average of two rows, rounded up and centred on 128; 257 holds that offset and half a step.
+KOR_INLINE inline V8 AverageSigned(V8 upper, V8 lower) {
+    const VI16 sum = hn::Add(hn::Add(LimitChroma(upper), LimitChroma(lower)), hn::Set(DI16(), 257));
+    return hn::BitCast(D8(), hn::ShiftRight<1>(sum));
+}
+
+KOR_KERNEL void CaptureYuv2RowPair(KorUint8* y0, KorUint8* y1, KorUint8* u, KorUint8* v,
+                                   const KorUint8* x0, const KorUint8* x1, KorSizeT n, KorSizeT distance) {
+    const D8 d;
+    const KorSizeT size = hn::Lanes(d);
+    ForEachBlock(n, size, [&](KorSizeT start) KOR_INLINE {
+        FetchAhead(x0 + 2 * start, 2 * size, distance);
+        FetchAhead(x1 + 2 * start, 2 * size, distance);
+        const V8 a0 = hn::LoadU(d, x0 + 2 * start), b0 = hn::LoadU(d, x0 + 2 * start + size);
+        const V8 a1 = hn::LoadU(d, x1 + 2 * start), b1 = hn::LoadU(d, x1 + 2 * start + size);
+        hn::StoreU(LimitLuma(a0, b0), d, y0 + start);
+        hn::StoreU(LimitLuma(a1, b1), d, y1 + start);
+        StoreHalves(TakeOfGroups<0>(AverageSigned(a0, a1), AverageSigned(b0, b1)), u + start / 2, v + start / 2);
+    });
+}
+
+// n pairs of bytes taken apart, n at least a vector of bytes.
+KOR_KERNEL void SplitRow(KorUint8* first, KorUint8* second, const KorUint8* src, KorSizeT n) {
+    const D8 d;
+    const KorSizeT size = hn::Lanes(d);
+    ForEachBlock(n, size, [&](KorSizeT start) KOR_INLINE {
+        const V8 a = hn::LoadU(d, src + 2 * start), b = hn::LoadU(d, src + 2 * start + size);
+        hn::StoreU(TakeOfPairs<0>(a, b), d, first + start);
+        hn::StoreU(TakeOfPairs<1>(a, b), d, second + start);
+    });
+}
+
+// What packing does to the bytes of U and V, in turn, before they meet luma.
+struct KeepChroma {
+    static KOR_INLINE V8 Apply(V8 uv) { return uv; }
+};
+
+// To the signed bytes of Yuv2: the low byte of ((145 c) >> 7) + 111. Deliberate: below 16 and above 240 the result wraps.
+struct ExpandChroma {
+    static KOR_INLINE V8 Apply(V8 uv) {
+        const D16 d;
+        const V16 scale = hn::Set(d, 290);
+        const V16 even = hn::MulHigh(hn::ShiftLeft<8>(hn::BitCast(d, uv)), scale);
+        const V16 odd = hn::MulHigh(hn::And(hn::BitCast(d, uv), hn::Set(d, 0xff00)), scale);
+        const V16 both = hn::Or(hn::And(even, hn::Set(d, 0xff)), hn::ShiftLeft<8>(odd));
+        return hn::Add(hn::BitCast(D8(), both), hn::Set(D8(), 111));
+    }
+};
+
+// A row of n pixels, n at least a vector of bytes and even. One row at a time, although two share their chroma: one stream of
+// stores is faster than two, once the picture is larger than the caches.
+template <LumaByte lumaByte, class Chroma>
+KOR_KERNEL void PackRow(KorUint8* x, const KorUint8* y, const KorUint8* u, const KorUint8* v, KorSizeT n) {
+    const D8 d;
+    ForEachBlock(n, hn::Lanes(d), [&](KorSizeT start) KOR_INLINE {
+        const V8 uv = Chroma::Apply(LoadPairs(u + start / 2, v + start / 2));
+        const V8 luma = hn::LoadU(d, y + start);
+        if constexpr (lumaByte == LumaByte::First) {
+            StorePairs(luma, uv, x + 2 * start);
+        } else {
+            StorePairs(uv, luma, x + 2 * start);
+        }
+    });
+}
+
+// An odd last column or row is not packed.
+template <LumaByte lumaByte>
+void I420ToPacked(SourceRows y, SourceRows u, SourceRows v, Plane x, KorSizeT width, KorSizeT height) {
+    for (KorSizeT row = 0; row < (height & ~KorSizeT{1}); ++row) {
+        PackRow<lumaByte, KeepChroma>(x.Row(row), y.Row(row), u.Row(row / 2), v.Row(row / 2), width & ~KorSizeT{1});
+    }
+}
+
+// Deliberate: with an odd width every row pair of Yuv2 starts one luma sample and half a group earlier than the pitches say.
+KorSizeT Drift(KorSizeT row, KorSizeT width) {
+    return IsOdd(width) ? row / 2 : 0;
+}
+
+void Yuv2ToI420(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorSizeT height) {
+    const KorSizeT distance = FetchDistance(2 * width, height);
+    for (KorSizeT row = 0; row < height; row += 2) {
+        const KorSizeT drift = Drift(row, width);
+        CaptureYuv2RowPair(y.Row(row) - drift, y.Row(row + 1) - drift, u.Row(row / 2), v.Row(row / 2),
+                           rows.Row(row) - 2 * drift, rows.Row(LowerRow(row, height)) - 2 * drift, width & ~KorSizeT{1}, distance);
+    }
+}
+
+void I420ToYuv2(SourceRows y, SourceRows u, SourceRows v, Plane x, KorSizeT width, KorSizeT height) {
+    for (KorSizeT row = 0; row < (height & ~KorSizeT{1}); ++row) {
+        const KorSizeT drift = Drift(row, width);
+        PackRow<kYuy2, ExpandChroma>(x.Row(row) - 2 * drift, y.Row(row) - drift, u.Row(row / 2), v.Row(row / 2), width & ~KorSizeT{1});
+    }
+}
+
+// Levels beyond the four that are defined count as Off.
+bool IsDithering(KorVideoFrameDitherLevel ditherLevel) {
+    return ditherLevel != KOR_VIDEOFRAMEDITHERLEVEL_Off && ditherLevel <= KOR_VIDEOFRAMEDITHERLEVEL_2;
+}
+
+}  // namespace
+
+void KorYUY2ToI420 KOR_PARAMETERS_Capture {
+    if (!IsWide(width, height)) {
+        return KorYUY2ToI420_C_ KOR_ARGUMENTS_Capture;
+    }
+    PackedToI420<kYuy2>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height);
+}
+
+void KorUYVYToI420 KOR_PARAMETERS_Capture {
+    if (!IsWide(width, height)) {
+        return KorUYVYToI420_C_ KOR_ARGUMENTS_Capture;
+    }
+    PackedToI420<kUyvy>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height);
+}
+
+void KorI420ToYUY2 KOR_PARAMETERS_Render {
+    if (!IsWide(width, height) || IsDithering(ditherLevel)) {
+        return KorI420ToYUY2_C_ KOR_ARGUMENTS_Render;
+    }
+    I420ToPacked<kYuy2>(TopDown(y, pitchY), TopDown(u, pitchU), TopDown(v, pitchV), {x, pitchX}, width, height);
+}
+
+void KorI420ToUYVY KOR_PARAMETERS_Render {
+    if (!IsWide(width, height) || IsDithering(ditherLevel)) {
+        return KorI420ToUYVY_C_ KOR_ARGUMENTS_Render;
+    }
+    I420ToPacked<kUyvy>(TopDown(y, pitchY), TopDown(u, pitchU), TopDown(v, pitchV), {x, pitchX}, width, height);
+}
+
+void KorYuv2ToI420 KOR_PARAMETERS_Capture {
+    if (!IsWide(width, height)) {
+        return KorYuv2ToI420_C_ KOR_ARGUMENTS_Capture;
+    }
+    Yuv2ToI420({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height);
+}
+
+void KorI420toYuv2 KOR_PARAMETERS_Pack {
+    if (!IsWide(width, height)) {
+        return KorI420toYuv2_C_ KOR_ARGUMENTS_Pack;
+    }
+    I420ToYuv2(TopDown(y, pitchY), TopDown(u, pitchU), TopDown(v, pitchV), {x, pitchX}, width, height);
+}
+
+void KorM420ToI420 KOR_PARAMETERS_Capture {
+    const KorSizeT widthC = width / 2;
+    if (!IsWide(widthC, height / 2)) {
+        return KorM420ToI420_C_ KOR_ARGUMENTS_Capture;
+    }
+    const Plane planeY = {y, pitchY};
+    const Plane planeU = {u, pitchU};
+    const Plane planeV = {v, pitchV};
+    // Deliberate: rows are blocks of three here, yet a set flip starts as many pitches down as there are luma rows above the
+    // last.
+    const SourceRows blocks = ReadingOrder(x, pitchX, height, flip);
+    for (KorSizeT row = 0; row < height / 2; ++row) {
+        const KorUint8* block = blocks.Row(row);
+        KorMemCpy(planeY.Row(2 * row), block, width);
+        KorMemCpy(planeY.Row(2 * row + 1), block + width, width);
+        SplitRow(planeU.Row(row), planeV.Row(row), block + 2 * width, widthC);
+    }
+}
+
+}  // namespace KOR_TARGET_NAMESPACE
+}  // namespace kor
