@@ -107,8 +107,7 @@ void BlendPlane(Plane background, KorSizeT column, KorSizeT row, SourceRows fore
 // ---------------------------------------------------------------------------------------------------------------------
 
 KOR_KERNEL void DitherRow(KorUint8* out, NoisyRow in, KorSizeT n) {
-    const D8 d;
-    ReplaceRow(out, n, [&](KorSizeT i) KOR_INLINE { return hn::Xor(in.Load(d, i), hn::Set(d, 0x80)); });
+    ReplaceRow(out, n, [&](KorSizeT i) KOR_INLINE { return Unsigned<NoisyRow>(in.Load(D8(), i)); });
 }
 
 // The same in 16 bits, through a run on the stack.
@@ -134,7 +133,7 @@ template <class Step>
 KOR_INLINE inline void DitherPlane(const FilteredPlane& plane, const NoiseTable& noise, KorUint rsBits, Step step) {
     for (KorSizeT j = 0; j < plane.height; ++j) {
         const KorSizeT index = plane.noiseIndex + step(j);
-        if (noise.Fits()) {
+        if (noise.IsExact()) {
             DitherRow(plane.out.Row(j), {plane.in.Row(j), &noise, index}, plane.width);
         } else {
             DitherRowWide(plane.out.Row(j), plane.in.Row(j), index, rsBits, plane.width);

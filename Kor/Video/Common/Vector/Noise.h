@@ -15,8 +15,6 @@ namespace kor {
 namespace KOR_TARGET_NAMESPACE {
 namespace {
 
-using H8 = hn::Half<D8>;
-
 // Rows load as many samples from column i on as the tag has lanes. Signed ones are samples minus 128.
 struct PlainRow {
     static constexpr bool kIsSigned = false;
@@ -33,6 +31,12 @@ struct PlainPlane {
 
     PlainRow Row(KorSizeT row) const { return {rows.Row(row)}; }
 };
+
+// The samples themselves, whatever a row of this type loads.
+template <class Row, class V>
+KOR_INLINE inline V Unsigned(V x) {
+    return Row::kIsSigned ? hn::Xor(x, hn::Set(hn::DFromV<V>(), 0x80)) : x;
+}
 
 constexpr KorSizeT kNoiseEntries = 16384;
 
@@ -53,35 +57,37 @@ class NoiseTable {
         isWhole_ = isWhole_ || count >= kNoiseEntries;
     }
 
-    // Whether all noise that was taken in fits a byte.
-    bool Fits() const { return lowest_ >= -128 && highest_ <= 127; }
+    // Whether nothing that was taken in is limited. The limits themselves count as such.
+    bool IsExact() const { return isExact_; }
 
     const KorInt8* At(KorSizeT index) const { return entries_ + (index & (kNoiseEntries - 1)); }
 
   private:
     static constexpr KorSizeT kBlock = HWY_MAX_BYTES;
 
-    // A rounded high product: (entry * 2^(15 - rsBits) + 2^14) >> 15 is (entry + round) >> rsBits.
     KOR_KERNEL void FillBlocks(KorSizeT begin, KorSizeT end) {
-        const DI16 d;
-        const hn::Rebind<KorInt8, DI16> half;
-        const VI16 factor = hn::Set(d, static_cast<KorInt16>(rsBits_ == 0 ? 0 : 1 << (15 - rsBits_)));
-        VI16 lowest = hn::Zero(d);
-        VI16 highest = hn::Zero(d);
-        for (KorSizeT i = begin; i < end; i += hn::Lanes(d)) {
-            const VI16 entry = hn::LoadU(d, KorTblDitherStd4 + i);
-            const VI16 noise = rsBits_ == 0 ? entry : hn::MulFixedPoint15(entry, factor);
+        const DI8 d8;
+        VI8 lowest = hn::Zero(d8);
+        VI8 highest = hn::Zero(d8);
+        for (KorSizeT i = begin; i < end; i += hn::Lanes(d8)) {
+            const VI8 noise = JoinSaturated(Shifted(i), Shifted(i + hn::Lanes(DI16())));
             lowest = hn::Min(lowest, noise);
             highest = hn::Max(highest, noise);
-            hn::StoreU(hn::DemoteTo(half, noise), half, entries_ + i);
+            hn::StoreU(noise, d8, entries_ + i);
         }
-        lowest_ = hn::GetLane(hn::MinOfLanes(d, hn::Min(lowest, hn::Set(d, lowest_))));
-        highest_ = hn::GetLane(hn::MaxOfLanes(d, hn::Max(highest, hn::Set(d, highest_))));
+        isExact_ = isExact_ && hn::AllFalse(d8, hn::Eq(lowest, hn::Set(d8, -128))) && hn::AllFalse(d8, hn::Eq(highest, hn::Set(d8, 127)));
+    }
+
+    // A rounded high product: (entry * 2^(15 - rsBits) + 2^14) >> 15 is (entry + round) >> rsBits.
+    KOR_INLINE inline VI16 Shifted(KorSizeT i) const {
+        const DI16 d;
+        const VI16 entry = hn::LoadU(d, KorTblDitherStd4 + i);
+        return rsBits_ == 0 ? entry : hn::MulFixedPoint15(entry, hn::Set(d, static_cast<KorInt16>(1 << (15 - rsBits_))));
     }
 
     KorUint rsBits_;
     bool isWhole_ = false;
-    KorInt16 lowest_ = 0, highest_ = 0;
+    bool isExact_ = true;
     alignas(HWY_MAX_BYTES) KorInt8 entries_[kNoiseEntries + kBlock];
 };
 
@@ -222,7 +228,7 @@ KOR_KERNEL void ConvertWithNoise(const Planes<SourceRows>& source, KorSizeT widt
     luma.Fill(y.index, height * y.stride);
     chroma.Fill(u.index, chromaCount);
     chroma.Fill(v.index, chromaCount);
-    if (luma.Fits() && chroma.Fits()) {
+    if (luma.IsExact() && chroma.IsExact()) {
         convert(Planes<NoisyPlane>{{source.y, &luma, y}, {source.u, &chroma, u}, {source.v, &chroma, v}}, 0, width);
         return;
     }

@@ -29,6 +29,7 @@ using D32 = hn::ScalableTag<KorUint>;
 using DI8 = hn::ScalableTag<KorInt8>;
 using DI16 = hn::ScalableTag<KorInt16>;
 using DI32 = hn::ScalableTag<KorInt>;
+using H8 = hn::Half<D8>;
 using V8 = hn::Vec<D8>;
 using V16 = hn::Vec<D16>;
 using V32 = hn::Vec<D32>;
@@ -155,6 +156,21 @@ KOR_INLINE inline V8 JoinBytes(V16 a, V16 b) {
 #else
     const D8 d8;
     return hn::ConcatEven(d8, hn::BitCast(d8, b), hn::BitCast(d8, a));
+#endif
+}
+
+// Two vectors of 16-bit lanes, limited to signed bytes.
+KOR_INLINE inline VI8 JoinSaturated(VI16 a, VI16 b) {
+#if HWY_TARGET == HWY_AVX3
+    const __m512i order = _mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7);
+    return VI8{_mm512_permutexvar_epi64(order, _mm512_packs_epi16(a.raw, b.raw))};
+#elif HWY_TARGET == HWY_AVX2
+    return VI8{_mm256_permute4x64_epi64(_mm256_packs_epi16(a.raw, b.raw), 0xd8)};
+#elif HWY_ARCH_X86
+    return VI8{_mm_packs_epi16(a.raw, b.raw)};
+#else
+    const hn::Half<DI8> half;
+    return hn::Combine(DI8(), hn::DemoteTo(half, b), hn::DemoteTo(half, a));
 #endif
 }
 
@@ -316,18 +332,13 @@ KOR_INLINE inline V8 TakeOfGroups(V8 a, V8 b) {
 }
 
 // Two half vectors put together, byte by byte in turn.
-KOR_INLINE inline V8 LoadPairs(const KorUint8* first, const KorUint8* second) {
+KOR_INLINE inline V8 JoinPairs(hn::Vec<H8> first, hn::Vec<H8> second) {
 #if defined(KOR_VNNI)
     static constexpr Places kPlaces = Places::Make([](KorUint i) { return i / 2 + 64 * (i % 2); });
-    const __m512i a = _mm512_castsi256_si512(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(first)));
-    const __m512i b = _mm512_castsi256_si512(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(second)));
-    return V8{_mm512_permutex2var_epi8(a, kPlaces.Load(), b)};
+    return V8{_mm512_permutex2var_epi8(_mm512_castsi256_si512(first.raw), kPlaces.Load(), _mm512_castsi256_si512(second.raw))};
 #else
     const D16 d;
-    const hn::Half<D8> half;
-    const V16 a = hn::PromoteTo(d, hn::LoadU(half, first));
-    const V16 b = hn::PromoteTo(d, hn::LoadU(half, second));
-    return hn::BitCast(D8(), hn::Or(a, hn::ShiftLeft<8>(b)));
+    return hn::BitCast(D8(), hn::Or(hn::PromoteTo(d, first), hn::ShiftLeft<8>(hn::PromoteTo(d, second))));
 #endif
 }
 

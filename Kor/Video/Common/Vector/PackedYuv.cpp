@@ -2,6 +2,7 @@
 //
 // A kernel takes whole vectors of packed bytes. An odd last column is never part of it.
 #include "Kor/Video/Common/Vector/Memory.h"
+#include "Kor/Video/Common/Vector/Noise.h"
 #include "Kor/Video/Common/Vector/Ops.h"
 #include "Kor/Video/Common/Vector/Target.h"
 
@@ -127,28 +128,60 @@ struct ExpandChroma {
     }
 };
 
+template <LumaByte lumaByte>
+KOR_INLINE inline void StorePacked(V8 luma, V8 uv, KorUint8* x) {
+    if constexpr (lumaByte == LumaByte::First) {
+        StorePairs(luma, uv, x);
+    } else {
+        StorePairs(uv, luma, x);
+    }
+}
+
 // A row of n pixels, n at least a vector of bytes and even. One row at a time, although two share their chroma: one stream of
 // stores is faster than two, once the picture is larger than the caches.
 template <LumaByte lumaByte, class Chroma>
-KOR_KERNEL void PackRow(KorUint8* x, const KorUint8* y, const KorUint8* u, const KorUint8* v, KorSizeT n) {
+KOR_KERNEL void PackRow(KorUint8* x, PlainRow y, PlainRow u, PlainRow v, KorSizeT n) {
     const D8 d;
+    const H8 half;
     ForEachBlock(n, hn::Lanes(d), [&](KorSizeT start) KOR_INLINE {
-        const V8 uv = Chroma::Apply(LoadPairs(u + start / 2, v + start / 2));
-        const V8 luma = hn::LoadU(d, y + start);
-        if constexpr (lumaByte == LumaByte::First) {
-            StorePairs(luma, uv, x + 2 * start);
-        } else {
-            StorePairs(uv, luma, x + 2 * start);
-        }
+        const V8 uv = Chroma::Apply(JoinPairs(u.Load(half, start / 2), v.Load(half, start / 2)));
+        StorePacked<lumaByte>(y.Load(d, start), uv, x + 2 * start);
     });
+}
+
+// Two rows, so that noise is added to their chroma once.
+template <LumaByte lumaByte>
+KOR_KERNEL void PackNoisyRowPair(KorUint8* x0, KorUint8* x1, NoisyRow y0, NoisyRow y1, NoisyRow u, NoisyRow v, KorSizeT n) {
+    const D8 d;
+    const H8 half;
+    ForEachBlock(n, hn::Lanes(d), [&](KorSizeT start) KOR_INLINE {
+        const V8 uv = Unsigned<NoisyRow>(JoinPairs(u.Load(half, start / 2), v.Load(half, start / 2)));
+        StorePacked<lumaByte>(Unsigned<NoisyRow>(y0.Load(d, start)), uv, x0 + 2 * start);
+        StorePacked<lumaByte>(Unsigned<NoisyRow>(y1.Load(d, start)), uv, x1 + 2 * start);
+    });
+}
+
+template <LumaByte lumaByte>
+void PackRowPair(KorUint8* x0, KorUint8* x1, PlainRow y0, PlainRow y1, PlainRow u, PlainRow v, KorSizeT n) {
+    PackRow<lumaByte, KeepChroma>(x0, y0, u, v, n);
+    PackRow<lumaByte, KeepChroma>(x1, y1, u, v, n);
+}
+
+template <LumaByte lumaByte>
+void PackRowPair(KorUint8* x0, KorUint8* x1, NoisyRow y0, NoisyRow y1, NoisyRow u, NoisyRow v, KorSizeT n) {
+    PackNoisyRowPair<lumaByte>(x0, x1, y0, y1, u, v, n);
 }
 
 // An odd last column or row is not packed.
 template <LumaByte lumaByte>
-void I420ToPacked(SourceRows y, SourceRows u, SourceRows v, Plane x, KorSizeT width, KorSizeT height) {
-    for (KorSizeT row = 0; row < (height & ~KorSizeT{1}); ++row) {
-        PackRow<lumaByte, KeepChroma>(x.Row(row), y.Row(row), u.Row(row / 2), v.Row(row / 2), width & ~KorSizeT{1});
-    }
+void I420ToPacked(const Planes<SourceRows>& source, Plane x, KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
+    const KorSizeT height2 = height & ~KorSizeT{1};
+    ConvertDithered(source, width & ~KorSizeT{1}, height2, ditherLevel, PackedFamily(width), [&](const auto& planes, KorSizeT start, KorSizeT n) {
+        for (KorSizeT row = 0; row < height2; row += 2) {
+            PackRowPair<lumaByte>(x.Row(row) + 2 * start, x.Row(row + 1) + 2 * start, planes.y.Row(row), planes.y.Row(row + 1),
+                                  planes.u.Row(row / 2), planes.v.Row(row / 2), n);
+        }
+    });
 }
 
 // Deliberate: with an odd width every row pair of Yuv2 starts one luma sample and half a group earlier than the pitches say.
@@ -168,13 +201,8 @@ void Yuv2ToI420(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorS
 void I420ToYuv2(SourceRows y, SourceRows u, SourceRows v, Plane x, KorSizeT width, KorSizeT height) {
     for (KorSizeT row = 0; row < (height & ~KorSizeT{1}); ++row) {
         const KorSizeT drift = Drift(row, width);
-        PackRow<kYuy2, ExpandChroma>(x.Row(row) - 2 * drift, y.Row(row) - drift, u.Row(row / 2), v.Row(row / 2), width & ~KorSizeT{1});
+        PackRow<kYuy2, ExpandChroma>(x.Row(row) - 2 * drift, {y.Row(row) - drift}, {u.Row(row / 2)}, {v.Row(row / 2)}, width & ~KorSizeT{1});
     }
-}
-
-// Levels beyond the four that are defined count as Off.
-bool IsDithering(KorVideoFrameDitherLevel ditherLevel) {
-    return ditherLevel != KOR_VIDEOFRAMEDITHERLEVEL_Off && ditherLevel <= KOR_VIDEOFRAMEDITHERLEVEL_2;
 }
 
 }  // namespace
@@ -194,17 +222,17 @@ void KorUYVYToI420 KOR_PARAMETERS_Capture {
 }
 
 void KorI420ToYUY2 KOR_PARAMETERS_Render {
-    if (!IsWide(width, height) || IsDithering(ditherLevel)) {
+    if (!IsWide(width, height)) {
         return KorI420ToYUY2_C_ KOR_ARGUMENTS_Render;
     }
-    I420ToPacked<kYuy2>(TopDown(y, pitchY), TopDown(u, pitchU), TopDown(v, pitchV), {x, pitchX}, width, height);
+    I420ToPacked<kYuy2>({TopDown(y, pitchY), TopDown(u, pitchU), TopDown(v, pitchV)}, {x, pitchX}, width, height, ditherLevel);
 }
 
 void KorI420ToUYVY KOR_PARAMETERS_Render {
-    if (!IsWide(width, height) || IsDithering(ditherLevel)) {
+    if (!IsWide(width, height)) {
         return KorI420ToUYVY_C_ KOR_ARGUMENTS_Render;
     }
-    I420ToPacked<kUyvy>(TopDown(y, pitchY), TopDown(u, pitchU), TopDown(v, pitchV), {x, pitchX}, width, height);
+    I420ToPacked<kUyvy>({TopDown(y, pitchY), TopDown(u, pitchU), TopDown(v, pitchV)}, {x, pitchX}, width, height, ditherLevel);
 }
 
 void KorYuv2ToI420 KOR_PARAMETERS_Capture {
