@@ -43,7 +43,8 @@ constexpr KorSizeT kNoiseEntries = 16384;
 // Every sample's noise as it is added. Behind the last entry the first ones are repeated, for vectors that begin before it.
 class NoiseTable {
   public:
-    explicit NoiseTable(KorUint rsBits) : rsBits_(rsBits) {}
+    explicit NoiseTable(KorUint rsBits)
+        : rsBits_(rsBits) {}
 
     // Takes in count entries from index on.
     void Fill(KorSizeT index, KorSizeT count) {
@@ -151,7 +152,8 @@ class StagedPlane {
   public:
     static constexpr KorSizeT kStrip = 512;
 
-    StagedPlane(SourceRows rows, Walk walk, KorSizeT start, KorSizeT n) : rows_(rows), walk_(walk), start_(start), n_(n) {}
+    StagedPlane(SourceRows rows, Walk walk, KorSizeT start, KorSizeT n)
+        : rows_(rows), walk_(walk), start_(start), n_(n) {}
 
     PlainRow Row(KorSizeT row) const {
         AddNoise(staged_[row % 2], rows_.Row(row) + start_, walk_.index + row * walk_.stride + start_, walk_.rsBits, n_);

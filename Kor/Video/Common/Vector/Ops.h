@@ -144,15 +144,21 @@ KOR_INLINE inline V8 SecondBytes(VI32 a, VI32 b, VI32 c, VI32 d) {
 #endif
 }
 
+// The lower halves of all blocks of 128 bits, then the upper ones.
+KOR_INLINE inline V8 OrderHalves(V8 x) {
+#if HWY_TARGET == HWY_AVX3
+    return V8{_mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7), x.raw)};
+#elif HWY_TARGET == HWY_AVX2
+    return V8{_mm256_permute4x64_epi64(x.raw, 0xd8)};
+#else
+    return x;
+#endif
+}
+
 // The low bytes of two vectors of 16-bit lanes, none of them above 255.
 KOR_INLINE inline V8 JoinBytes(V16 a, V16 b) {
-#if HWY_TARGET == HWY_AVX3
-    const __m512i order = _mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7);
-    return V8{_mm512_permutexvar_epi64(order, _mm512_packus_epi16(a.raw, b.raw))};
-#elif HWY_TARGET == HWY_AVX2
-    return V8{_mm256_permute4x64_epi64(_mm256_packus_epi16(a.raw, b.raw), 0xd8)};
-#elif HWY_ARCH_X86
-    return V8{_mm_packus_epi16(a.raw, b.raw)};
+#if HWY_ARCH_X86
+    return OrderHalves(V8{KOR_X86(packus_epi16)(a.raw, b.raw)});
 #else
     const D8 d8;
     return hn::ConcatEven(d8, hn::BitCast(d8, b), hn::BitCast(d8, a));
