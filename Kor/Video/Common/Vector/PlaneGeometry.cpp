@@ -132,14 +132,14 @@ KOR_KERNEL void SplitAndTurnTile(KorUint8* dst1, KorDistanceT column1, KorUint8*
 
 void TurnPlane(TurnedPlane dst, SourceRows src, KorSizeT width, KorSizeT height) {
     const SourceRows rows = Along(src, height, dst.upwards);
-    ForEachTile(rows, width, height, [&](KorSizeT i, KorSizeT j) KOR_INLINE {
+    ForEachTile(rows, width, height, kBand, [&](KorSizeT i, KorSizeT j) KOR_INLINE {
         TurnTile(dst.Column(i) + j, dst.column, {rows.Row(j) + i, rows.pitch});
     });
 }
 
 void SplitAndTurn(TurnedPlane uv1, TurnedPlane uv2, SourceRows src, KorSizeT width, KorSizeT height) {
     const SourceRows rows = Along(src, height, uv1.upwards);
-    ForEachTile(rows, 2 * width, height, [&](KorSizeT i, KorSizeT j) KOR_INLINE {
+    ForEachTile(rows, 2 * width, height, kBandOfPairs, [&](KorSizeT i, KorSizeT j) KOR_INLINE {
         SplitAndTurnTile(uv1.Column(i / 2) + j, uv1.column, uv2.Column(i / 2) + j, uv2.column, {rows.Row(j) + i, rows.pitch});
     });
 }

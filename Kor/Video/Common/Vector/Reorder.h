@@ -159,13 +159,18 @@ struct TurnedPlane {
 // Tiles are visited in bands of rows, and in a band one cache line of the source after the other: both sides then finish the
 // lines that they have begun while these are at hand. The rows of a line lie a pitch apart, where hardware foresees nothing, so
 // the band's next line is asked for ahead. Tiles at the right and lower edges move back into the picture.
+//
+// Bands of one plane have 128 rows. Those of pairs, which have longer rows and more destinations, have half of that: the pages of
+// the band are visited once a line, and the processor must not forget where they lie.
+constexpr KorSizeT kBand = 128;
+constexpr KorSizeT kBandOfPairs = 64;
+
 template <class Turn>
-KOR_INLINE inline void ForEachTile(SourceRows src, KorSizeT rowBytes, KorSizeT height, Turn turn) {
-    constexpr KorSizeT kBand = 128;
+KOR_INLINE inline void ForEachTile(SourceRows src, KorSizeT rowBytes, KorSizeT height, KorSizeT bandRows, Turn turn) {
     constexpr KorSizeT kLine = 64;
     const KorSizeT tileRows = hn::Lanes(D8());
-    for (KorSizeT band = 0; band < height; band += kBand) {
-        const KorSizeT bandEnd = Min(height, band + kBand);
+    for (KorSizeT band = 0; band < height; band += bandRows) {
+        const KorSizeT bandEnd = Min(height, band + bandRows);
         for (KorSizeT line = 0; line < rowBytes; line += kLine) {
             const KorSizeT lineEnd = Min(rowBytes, line + kLine);
             for (KorSizeT row = band; row < bandEnd; row += tileRows) {
