@@ -204,23 +204,6 @@ KOR_KERNEL void SplitRow(KorUint8* first, KorUint8* second, const KorUint8* src,
     });
 }
 
-// What packing does to the bytes of U and V, in turn, before they meet luma.
-struct KeepChroma {
-    static KOR_INLINE V8 Apply(V8 uv) { return uv; }
-};
-
-// To the signed bytes of Yuv2: the low byte of ((145 c) >> 7) + 111. Deliberate: below 16 and above 240 the result wraps.
-struct ExpandChroma {
-    static KOR_INLINE V8 Apply(V8 uv) {
-        const D16 d;
-        const V16 scale = hn::Set(d, 290);
-        const V16 even = hn::MulHigh(hn::ShiftLeft<8>(hn::BitCast(d, uv)), scale);
-        const V16 odd = hn::MulHigh(hn::And(hn::BitCast(d, uv), hn::Set(d, 0xff00)), scale);
-        const V16 both = hn::Or(hn::And(even, hn::Set(d, 0xff)), hn::ShiftLeft<8>(odd));
-        return hn::Add(hn::BitCast(D8(), both), hn::Set(D8(), 111));
-    }
-};
-
 template <LumaByte lumaByte>
 KOR_INLINE inline void StorePacked(V8 luma, V8 uv, KorUint8* x) {
     if constexpr (lumaByte == LumaByte::First) {
@@ -232,12 +215,12 @@ KOR_INLINE inline void StorePacked(V8 luma, V8 uv, KorUint8* x) {
 
 // A row of n pixels, n at least a vector of bytes and even. One row at a time, although two share their chroma: one stream of
 // stores is faster than two, once the picture is larger than the caches.
-template <LumaByte lumaByte, class Chroma>
+template <LumaByte lumaByte>
 KOR_KERNEL void PackRow(KorUint8* x, PlainRow y, PlainRow u, PlainRow v, KorSizeT n) {
     const D8 d;
     const H8 half;
     ForEachBlock(n, hn::Lanes(d), [&](KorSizeT start) KOR_INLINE {
-        const V8 uv = Chroma::Apply(JoinPairs(u.Load(half, start / 2), v.Load(half, start / 2)));
+        const V8 uv = JoinPairs(u.Load(half, start / 2), v.Load(half, start / 2));
         StorePacked<lumaByte>(y.Load(d, start), uv, x + 2 * start);
     });
 }
@@ -256,8 +239,8 @@ KOR_KERNEL void PackNoisyRowPair(KorUint8* x0, KorUint8* x1, NoisyRow y0, NoisyR
 
 template <LumaByte lumaByte>
 void PackRowPair(KorUint8* x0, KorUint8* x1, PlainRow y0, PlainRow y1, PlainRow u, PlainRow v, KorSizeT n) {
-    PackRow<lumaByte, KeepChroma>(x0, y0, u, v, n);
-    PackRow<lumaByte, KeepChroma>(x1, y1, u, v, n);
+    PackRow<lumaByte>(x0, y0, u, v, n);
+    PackRow<lumaByte>(x1, y1, u, v, n);
 }
 
 template <LumaByte lumaByte>
@@ -291,10 +274,44 @@ void Yuv2ToI420(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorS
     }
 }
 
+// Chroma to the signed bytes of Yuv2, U and V in turn: the low byte of ((145 c) >> 7) + 111. Deliberate: below 16 and above 240
+// the result wraps.
+KOR_INLINE inline V8 ExpandChroma(V8 uv) {
+    const D16 d;
+    const V16 scale = hn::Set(d, 290);
+    const V16 even = hn::MulHigh(hn::ShiftLeft<8>(hn::BitCast(d, uv)), scale);
+    const V16 odd = hn::MulHigh(hn::And(hn::BitCast(d, uv), hn::Set(d, 0xff00)), scale);
+    const V16 both = hn::Or(hn::And(even, hn::Set(d, 0xff)), hn::ShiftLeft<8>(odd));
+    return hn::Add(hn::BitCast(D8(), both), hn::Set(D8(), 111));
+}
+
+KOR_KERNEL void ExpandChromaRow(KorUint8* uv, const KorUint8* u, const KorUint8* v, KorSizeT n) {
+    const D8 d;
+    const H8 half;
+    ForEachBlock(n, hn::Lanes(d), [&](KorSizeT start) KOR_INLINE {
+        hn::StoreU(ExpandChroma(JoinPairs(hn::LoadU(half, u + start / 2), hn::LoadU(half, v + start / 2))), d, uv + start);
+    });
+}
+
+KOR_KERNEL void JoinRow(KorUint8* x, const KorUint8* y, const KorUint8* uv, KorSizeT n) {
+    const D8 d;
+    ForEachBlock(n, hn::Lanes(d), [&](KorSizeT start) KOR_INLINE { StorePairs(hn::LoadU(d, y + start), hn::LoadU(d, uv + start), x + 2 * start); });
+}
+
+// Chroma is expanded once for two rows, a long run at a time: rows that are written by turns in short pieces are much slower, once
+// the picture is larger than the caches.
 void I420ToYuv2(SourceRows y, SourceRows u, SourceRows v, Plane x, KorSizeT width, KorSizeT height) {
-    for (KorSizeT row = 0; row < (height & ~KorSizeT{1}); ++row) {
+    constexpr KorSizeT kRun = 4096;
+    const KorSizeT width2 = width & ~KorSizeT{1};
+    const KorSizeT size = Min(width2, kRun);
+    KorUint8 uv[kRun];
+    for (KorSizeT row = 0; row + 1 < height; row += 2) {
         const KorSizeT drift = Drift(row, width);
-        PackRow<kYuy2, ExpandChroma>(x.Row(row) - 2 * drift, {y.Row(row) - drift}, {u.Row(row / 2)}, {v.Row(row / 2)}, width & ~KorSizeT{1});
+        ForEachBlock(width2, size, [&](KorSizeT start) {
+            ExpandChromaRow(uv, u.Row(row / 2) + start / 2, v.Row(row / 2) + start / 2, size);
+            JoinRow(x.Row(row) - 2 * drift + 2 * start, y.Row(row) - drift + start, uv, size);
+            JoinRow(x.Row(row + 1) - 2 * drift + 2 * start, y.Row(row + 1) - drift + start, uv, size);
+        });
     }
 }
 
