@@ -1,5 +1,5 @@
-// The dispatched functions held against the portable ones, for one target. The name of the target is the first argument; a
-// target that this machine cannot run is said to be skipped, with the exit status 77, and so is one that was not built.
+// The dispatched functions held against the portable ones, for one target. The name of the target, or "automatic", is the first
+// argument; a target that this machine cannot run is said to be skipped, with the exit status 77, and so is one that was not built.
 #include <cstdio>
 #include <cstring>
 
@@ -11,13 +11,14 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "usage: %s TARGET [OPTION...]\n", argv[0]);
         return KOR_CONFORMANCE_USAGE;
     }
-    const char* const target = argv[1];
-    if (!KorYuv420SelectTarget(target)) {
-        std::printf("%s: not run; this machine or this build does not have it\n", target);
+    const bool isAutomatic = std::strcmp(argv[1], "automatic") == 0;
+    if (!KorYuv420SelectTarget(isAutomatic ? nullptr : argv[1])) {
+        std::printf("%s: not run; this machine or this build does not have it\n", argv[1]);
         return 77;
     }
-    if (std::strcmp(KorYuv420Target(), target) != 0) {
-        std::fprintf(stderr, "%s was selected, and the library names %s\n", target, KorYuv420Target());
+    const char* const target = KorYuv420Target();
+    if (!isAutomatic && std::strcmp(target, argv[1]) != 0) {
+        std::fprintf(stderr, "%s was selected, and the library names %s\n", argv[1], target);
         return KOR_CONFORMANCE_DIFFERS;
     }
     KorConformanceTable table = {};
