@@ -67,8 +67,8 @@ KOR_INLINE inline VI16 MulAddBytes(V8 a, VI8 b) {
     const DI16 d;
     const VI16 a16 = hn::BitCast(d, a);
     const VI16 b16 = hn::BitCast(d, b);
-    const VI16 even = hn::MulLow(hn::And(a16, hn::Set(d, 0xff)), hn::ShiftRight<8>(hn::ShiftLeft<8>(b16)));
-    const VI16 odd = hn::MulLow(hn::BitCast(d, hn::ShiftRight<8>(hn::BitCast(D16(), a))), hn::ShiftRight<8>(b16));
+    const VI16 even = hn::Mul(hn::And(a16, hn::Set(d, 0xff)), hn::ShiftRight<8>(hn::ShiftLeft<8>(b16)));
+    const VI16 odd = hn::Mul(hn::BitCast(d, hn::ShiftRight<8>(hn::BitCast(D16(), a))), hn::ShiftRight<8>(b16));
     return hn::SaturatedAdd(even, odd);
 #endif
 }
@@ -83,8 +83,8 @@ KOR_INLINE inline VI32 AddDotWords(VI32 sum, VI16 a, VI16 b) {
     const DI32 d;
     const VI32 a32 = hn::BitCast(d, a);
     const VI32 b32 = hn::BitCast(d, b);
-    const VI32 even = hn::MulLow(hn::ShiftRight<16>(hn::ShiftLeft<16>(a32)), hn::ShiftRight<16>(hn::ShiftLeft<16>(b32)));
-    return hn::Add(sum, hn::Add(even, hn::MulLow(hn::ShiftRight<16>(a32), hn::ShiftRight<16>(b32))));
+    const VI32 even = hn::Mul(hn::ShiftRight<16>(hn::ShiftLeft<16>(a32)), hn::ShiftRight<16>(hn::ShiftLeft<16>(b32)));
+    return hn::Add(sum, hn::Add(even, hn::Mul(hn::ShiftRight<16>(a32), hn::ShiftRight<16>(b32))));
 #endif
 }
 
