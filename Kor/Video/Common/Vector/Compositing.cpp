@@ -106,8 +106,8 @@ void BlendPlane(Plane background, KorSizeT column, KorSizeT row, SourceRows fore
 // Dither filter
 // ---------------------------------------------------------------------------------------------------------------------
 
-KOR_KERNEL void DitherRow(KorUint8* out, NoisyRow in, KorSizeT n) {
-    ReplaceRow(out, n, [&](KorSizeT i) KOR_INLINE { return Unsigned<NoisyRow>(in.Load(D8(), i)); });
+KOR_KERNEL void DitherRow(KorUint8* out, const KorUint8* in, const NoiseTable& noise, KorSizeT index, KorSizeT n) {
+    ReplaceRow(out, n, [&](KorSizeT i) KOR_INLINE { return Unsigned<NoisyRow>(LoadNoisy(D8(), in + i, noise.At(index + i))); });
 }
 
 // The same in 16 bits, through a run on the stack.
@@ -134,7 +134,7 @@ KOR_INLINE inline void DitherPlane(const FilteredPlane& plane, const NoiseTable&
     for (KorSizeT j = 0; j < plane.height; ++j) {
         const KorSizeT index = plane.noiseIndex + step(j);
         if (noise.IsExact()) {
-            DitherRow(plane.out.Row(j), {plane.in.Row(j), &noise, index}, plane.width);
+            DitherRow(plane.out.Row(j), plane.in.Row(j), noise, index, plane.width);
         } else {
             DitherRowWide(plane.out.Row(j), plane.in.Row(j), index, rsBits, plane.width);
         }

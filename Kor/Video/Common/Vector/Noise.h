@@ -40,9 +40,12 @@ KOR_INLINE inline V Unsigned(V x) {
 
 constexpr KorSizeT kNoiseEntries = 16384;
 
-// Every sample's noise as it is added. Behind the last entry the first ones are repeated, for vectors that begin before it.
+// Every sample's noise as it is added. Behind the last entry the first ones are repeated, so that no run of up to kReach samples
+// has to look for the end. Two tables fit 40 KiB of stack.
 class NoiseTable {
   public:
+    static constexpr KorSizeT kReach = 3456;
+
     explicit NoiseTable(KorUint rsBits)
         : rsBits_(rsBits) {}
 
@@ -53,7 +56,7 @@ class NoiseTable {
         if (!isWhole_) {
             FillBlocks(first, Min(end, kNoiseEntries));
             FillBlocks(0, end - Min(end, kNoiseEntries));
-            KorMemCpy(entries_ + kNoiseEntries, entries_, kBlock);
+            KorMemCpy(entries_ + kNoiseEntries, entries_, kReach);
         }
         isWhole_ = isWhole_ || count >= kNoiseEntries;
     }
@@ -89,21 +92,25 @@ class NoiseTable {
     KorUint rsBits_;
     bool isWhole_ = false;
     bool isExact_ = true;
-    alignas(HWY_MAX_BYTES) KorInt8 entries_[kNoiseEntries + kBlock];
+    alignas(HWY_MAX_BYTES) KorInt8 entries_[kNoiseEntries + kReach];
 };
 
 // Signed bytes saturate where samples do, so that noise is added to those.
+template <class D>
+KOR_INLINE inline hn::Vec<D> LoadNoisy(D d, const KorUint8* samples, const KorInt8* noise) {
+    const hn::RebindToSigned<D> di;
+    const auto signedSamples = hn::BitCast(di, hn::Xor(hn::LoadU(d, samples), hn::Set(d, 0x80)));
+    return hn::BitCast(d, hn::SaturatedAdd(signedSamples, hn::LoadU(di, noise)));
+}
+
 struct NoisyRow {
     static constexpr bool kIsSigned = true;
     const KorUint8* samples;
-    const NoiseTable* noise;
-    KorSizeT index;
+    const KorInt8* noise;
 
     template <class D>
     KOR_INLINE inline hn::Vec<D> Load(D d, KorSizeT i) const {
-        const hn::RebindToSigned<D> di;
-        const auto signedSamples = hn::BitCast(di, hn::Xor(hn::LoadU(d, samples + i), hn::Set(d, 0x80)));
-        return hn::BitCast(d, hn::SaturatedAdd(signedSamples, hn::LoadU(di, noise->At(index + i))));
+        return LoadNoisy(d, samples + i, noise + i);
     }
 };
 
@@ -114,12 +121,14 @@ struct Walk {
     KorUint rsBits;
 };
 
+// Columns of a plane from start on, at most as many as a table reaches.
 struct NoisyPlane {
     SourceRows rows;
     const NoiseTable* noise;
     Walk walk;
+    KorSizeT start;
 
-    NoisyRow Row(KorSizeT row) const { return {rows.Row(row), noise, walk.index + row * walk.stride}; }
+    NoisyRow Row(KorSizeT row) const { return {rows.Row(row) + start, noise->At(walk.index + row * walk.stride + start)}; }
 };
 
 // Adds the noise from index on in 16 bits. Entries are limited to 13 bits, which changes no result: at the largest shift, 4, the
@@ -214,40 +223,55 @@ constexpr Family PackedFamily(KorSizeT width) {
     return {2, kAlignedStart, RoundUpTo8(width), RoundUpTo8(width / 2)};
 }
 
-// convert(planes, start, n) is called for columns start to start + n, once for all of them or for strips that overlap. Starts
-// are drawn in the order Y, U, V.
+// The width of strips that are about equal and at most limit samples wide.
+constexpr KorSizeT StripWidth(KorSizeT width, KorSizeT limit) {
+    constexpr KorSizeT kBlock = HWY_MAX_BYTES;
+    const KorSizeT strips = (width + limit - 1) / limit;
+    return Min(width, ((width + strips - 1) / strips + kBlock - 1) / kBlock * kBlock);
+}
+
+// False, and nothing done, if there is noise that does not fit bytes.
 template <class Convert>
-KOR_KERNEL void ConvertWithNoise(const Planes<SourceRows>& source, KorSizeT width, KorSizeT height, KorUint ditherLevel,
-                                 const Family& family, Convert convert) {
-    const KorUint lumaShift = LumaShift(ditherLevel);
-    const KorUint chromaShift = ChromaShift(ditherLevel);
-    const Walk y = {DrawIndex(kAlignedStart), family.lumaStride, lumaShift};
-    const Walk u = {DrawIndex(family.chromaStart), family.chromaStride, chromaShift};
-    const Walk v = {DrawIndex(family.chromaStart), family.chromaStride, chromaShift};
-    const KorSizeT chromaCount = height / family.chromaSize * family.chromaStride;
-    NoiseTable luma(lumaShift);
-    NoiseTable chroma(chromaShift);
-    luma.Fill(y.index, height * y.stride);
-    chroma.Fill(u.index, chromaCount);
-    chroma.Fill(v.index, chromaCount);
-    if (luma.IsExact() && chroma.IsExact()) {
-        convert(Planes<NoisyPlane>{{source.y, &luma, y}, {source.u, &chroma, u}, {source.v, &chroma, v}}, 0, width);
-        return;
+KOR_KERNEL bool ConvertWithTables(const Planes<SourceRows>& source, const Planes<Walk>& walks, KorSizeT width, KorSizeT height, KorSizeT chromaSize, const Convert& convert) {
+    NoiseTable luma(walks.y.rsBits);
+    NoiseTable chroma(walks.u.rsBits);
+    luma.Fill(walks.y.index, height * walks.y.stride);
+    chroma.Fill(walks.u.index, height / chromaSize * walks.u.stride);
+    chroma.Fill(walks.v.index, height / chromaSize * walks.v.stride);
+    if (!luma.IsExact() || !chroma.IsExact()) {
+        return false;
     }
-    const KorSizeT size = Min(width, StagedPlane::kStrip);
+    const KorSizeT size = StripWidth(width, NoiseTable::kReach);
     ForEachBlock(width, size, [&](KorSizeT start) {
-        const KorSizeT startC = start / family.chromaSize;
-        const KorSizeT sizeC = size / family.chromaSize;
-        convert(Planes<StagedPlane>{{source.y, y, start, size}, {source.u, u, startC, sizeC}, {source.v, v, startC, sizeC}}, start, size);
+        const KorSizeT startC = start / chromaSize;
+        convert(Planes<NoisyPlane>{{source.y, &luma, walks.y, start}, {source.u, &chroma, walks.u, startC}, {source.v, &chroma, walks.v, startC}}, start, size);
     });
+    return true;
 }
 
 template <class Convert>
-void ConvertDithered(const Planes<SourceRows>& source, KorSizeT width, KorSizeT height, KorUint ditherLevel, const Family& family, Convert convert) {
-    if (IsDithering(ditherLevel)) {
-        ConvertWithNoise(source, width, height, ditherLevel, family, convert);
-    } else {
+KOR_KERNEL void ConvertStaged(const Planes<SourceRows>& source, const Planes<Walk>& walks, KorSizeT width, KorSizeT chromaSize, const Convert& convert) {
+    const KorSizeT size = StripWidth(width, StagedPlane::kStrip);
+    ForEachBlock(width, size, [&](KorSizeT start) {
+        const KorSizeT startC = start / chromaSize;
+        const KorSizeT sizeC = size / chromaSize;
+        convert(Planes<StagedPlane>{{source.y, walks.y, start, size}, {source.u, walks.u, startC, sizeC}, {source.v, walks.v, startC, sizeC}}, start, size);
+    });
+}
+
+// Calls convert(planes, start, n) for columns start to start + n: once for all columns or, with noise, for strips that may
+// overlap. Starts in the table are drawn in the order Y, U, V.
+template <class Convert>
+void ConvertDithered(const Planes<SourceRows>& source, KorSizeT width, KorSizeT height, KorUint ditherLevel, const Family& family, const Convert& convert) {
+    if (!IsDithering(ditherLevel)) {
         convert(Planes<PlainPlane>{{source.y}, {source.u}, {source.v}}, 0, width);
+        return;
+    }
+    const Planes<Walk> walks = {{DrawIndex(kAlignedStart), family.lumaStride, LumaShift(ditherLevel)},
+                                {DrawIndex(family.chromaStart), family.chromaStride, ChromaShift(ditherLevel)},
+                                {DrawIndex(family.chromaStart), family.chromaStride, ChromaShift(ditherLevel)}};
+    if (!ConvertWithTables(source, walks, width, height, family.chromaSize, convert)) {
+        ConvertStaged(source, walks, width, family.chromaSize, convert);
     }
 }
 
