@@ -74,14 +74,11 @@ int main(void) {
      * Destinations come first, each with the pitch of its plane as it is after the turn; then the source with its size
      * as it is before. Nothing is allocated, and nothing can fail: the caller provides planes that are large enough.
      */
-    KorYUY2ToI420WithRotation_C_(y[0], kTurnedWidth,
-                                 u[0], kTurnedWidth / 2,
-                                 v[0], kTurnedWidth / 2,
-                                 camera, kPitch,
+    KorYUY2ToI420WithRotation_C_(y[0], kTurnedWidth, u[0], kTurnedWidth / 2, v[0], kTurnedWidth / 2, camera, kPitch,
                                  kWidth, kHeight, /* flip: */ 0, /* degrees, clockwise: */ 90);
 
     CheckThePicture();
-    printf("YUY2 of %d by %d became I420 of %d by %d, and the square is where it belongs.\n",
-           kWidth, kHeight, kTurnedWidth, kTurnedHeight);
+    printf("YUY2 of %d by %d became I420 of %d by %d, and the square is where it belongs.\n", kWidth, kHeight,
+           kTurnedWidth, kTurnedHeight);
     return 0;
 }

@@ -35,8 +35,7 @@ Samples DrawLogo() {
     Samples bgra;
     for (KorSizeT row = 0; row < kLogo; ++row) {
         for (KorSizeT column = 0; column < kLogo; ++column) {
-            const double distance =
-                std::hypot(static_cast<double>(column) - 31.5, static_cast<double>(row) - 31.5);
+            const double distance = std::hypot(static_cast<double>(column) - 31.5, static_cast<double>(row) - 31.5);
             const double opacity = std::fmin(1, std::fmax(0, (30 - distance) / 8));
             bgra.insert(bgra.end(), {0, 0, 255, static_cast<KorUint8>(std::lround(255 * opacity))});
         }
@@ -44,8 +43,8 @@ Samples DrawLogo() {
     return bgra;
 }
 
-// The library leaves alpha alone when it captures, so the opacity is taken out by hand: as it is for luma, and for chroma
-// the average of each two by two pixels, because that is the area that a chroma sample covers.
+// The library leaves alpha alone when it captures, so the opacity is taken out by hand: as it is for luma, and for
+// chroma the average of each two by two pixels, because that is the area that a chroma sample covers.
 I420 OpacityOf(const Samples& bgra) {
     I420 opacity = OneColour(kLogo, kLogo, 0, 0, 0);
     for (KorSizeT i = 0; i < opacity.y.size(); ++i)
@@ -73,25 +72,16 @@ int main() {
 
     const Samples bgra = DrawLogo();
     I420 logo = OneColour(kLogo, kLogo, 0, 0, 0);
-    KorBGRAToI420_C_(logo.y.data(), kLogo,
-                     logo.u.data(), kLogo / 2,
-                     logo.v.data(), kLogo / 2,
-                     bgra.data(), 4 * kLogo,
+    KorBGRAToI420_C_(logo.y.data(), kLogo, logo.u.data(), kLogo / 2, logo.v.data(), kLogo / 2, bgra.data(), 4 * kLogo,
                      kLogo, kLogo, /* flip: */ 0);
     I420 opacity = OpacityOf(bgra);
 
-    // Even positions: then the logo's chroma samples meet those of the frame. The logo has to lie inside the frame, since
-    // nothing is clipped.
+    // Even positions: then the logo's chroma samples meet those of the frame. The logo has to lie inside the frame,
+    // since nothing is clipped.
     const KorSizeT left = 240, top = 16;
-    KorI420AlphaArrayBlend_C_(frame.y.data(), frame.width,
-                              frame.u.data(), frame.width / 2,
-                              frame.v.data(), frame.width / 2,
-                              logo.y.data(), kLogo,
-                              logo.u.data(), kLogo / 2,
-                              logo.v.data(), kLogo / 2,
-                              kLogo, kLogo, left, top,
-                              opacity.y.data(), kLogo,
-                              opacity.u.data(), kLogo / 2,
+    KorI420AlphaArrayBlend_C_(frame.y.data(), frame.width, frame.u.data(), frame.width / 2, frame.v.data(),
+                              frame.width / 2, logo.y.data(), kLogo, logo.u.data(), kLogo / 2, logo.v.data(), kLogo / 2,
+                              kLogo, kLogo, left, top, opacity.y.data(), kLogo, opacity.u.data(), kLogo / 2,
                               opacity.v.data(), kLogo / 2);
 
     // Opacity 0 and 255 are exact; between them, a sample lies between the two pictures.

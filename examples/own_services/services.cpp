@@ -39,8 +39,8 @@ KorBool KorRandomGetBytes(char* buffer, KorSizeT count) {
     return 1;
 }
 
-// The table: 16384 values around zero. Plain noise serves here; the default table of Kor::Platform is shaped so that the
-// eye overlooks it.
+// The table: 16384 values around zero. Plain noise serves here; the default table of Kor::Platform is shaped so that
+// the eye overlooks it.
 #define NOISE_4(i) Noise(i), Noise((i) + 1), Noise((i) + 2), Noise((i) + 3)
 #define NOISE_16(i) NOISE_4(i), NOISE_4((i) + 4), NOISE_4((i) + 8), NOISE_4((i) + 12)
 #define NOISE_64(i) NOISE_16(i), NOISE_16((i) + 16), NOISE_16((i) + 32), NOISE_16((i) + 48)

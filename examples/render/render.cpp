@@ -1,7 +1,7 @@
 // Render: an I420 picture to BGRA, once as it is and once dithered, and written as a picture that any viewer opens.
 //
-// The picture is a soft dark ramp, which is where eight bits show: rendered as it is, it falls into vertical stripes, each
-// of one shade. Dithering adds a little noise before the conversion, and the eye sees no stripe any more.
+// The picture is a soft dark ramp, which is where eight bits show: rendered as it is, it falls into vertical stripes,
+// each of one shade. Dithering adds a little noise before the conversion, and the eye sees no stripe any more.
 //
 //   render [FILE.ppm]       upper half as it is, lower half dithered; render.ppm, if no name is given
 #include <cstdio>
@@ -35,11 +35,8 @@ Picture Render(KorVideoFrameDitherLevel level) {
     const Picture chroma(kWidth / 2 * kHeight / 2, 128);  // both planes may be the same: they are only read
 
     Picture bgra(kWidth * kHeight * kBytes);
-    KorI420ToBGRA_C_(y.data(), kWidth,
-                     chroma.data(), kWidth / 2,
-                     chroma.data(), kWidth / 2,
-                     bgra.data(), kWidth * kBytes,
-                     kWidth, kHeight, level);
+    KorI420ToBGRA_C_(y.data(), kWidth, chroma.data(), kWidth / 2, chroma.data(), kWidth / 2, bgra.data(),
+                     kWidth * kBytes, kWidth, kHeight, level);
     return bgra;
 }
 
@@ -81,8 +78,7 @@ int main(int argc, char** argv) {
     Check(plain, dithered);
 
     std::ofstream file(name, std::ios::binary);
-    file << "P6\n"
-         << kWidth << " " << 2 * kHeight << "\n255\n";
+    file << "P6\n" << kWidth << " " << 2 * kHeight << "\n255\n";
     AppendAsRgb(file, plain);
     AppendAsRgb(file, dithered);
     file.close();

@@ -4,16 +4,17 @@
 // each band, on any thread: a band is the same planes with the pointers moved down, and a smaller height. What decides
 // where to cut is which rows an output row depends on.
 //
-//   At even rows     whatever shares chroma between two rows: captures to I420 and renderings of I420, packed YUV, blends.
+//   At even rows     whatever shares chroma between two rows: captures to I420 and renderings of I420, packed YUV,
+//   blends.
 //                    An even start leads every chroma pointer down by half as many rows, and the pairs stay together.
 //                    Only the last band may have an odd height, and it alone meets the rules for an odd last row.
 //   At any row       whatever treats each row alone: mirror, split, turn, 4:2:2 to 4:2:0 (by rows of the destination),
 //                    and I444.
 //   Not at all       what looks at the whole picture: KorI420FlipVertical_C_ exchanges its first row with its last, and
-//                    at odd widths Yuv2 and the turning captures of packed frames shift from row pair to row pair. 24-bit
-//                    captures of odd sizes take their last pixel from its neighbours above: their last band needs three
-//                    rows. Dithering starts its noise anew with every call: bands are dithered well, but not as one
-//                    frame is, so the renderings here are without.
+//                    at odd widths Yuv2 and the turning captures of packed frames shift from row pair to row pair.
+//                    24-bit captures of odd sizes take their last pixel from its neighbours above: their last band
+//                    needs three rows. Dithering starts its noise anew with every call: bands are dithered well, but
+//                    not as one frame is, so the renderings here are without.
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
@@ -52,30 +53,25 @@ constexpr Band kWholeFrame = {0, kHeight};
 void Capture(I420& picture, const Plane& bgra, Band band) {
     const KorSizeT firstChroma = band.first / 2;
     const KorSizeT firstSource = kHeight - (band.first + band.rows);
-    KorBGRAToI420_C_(picture.y.data() + band.first * kWidth, kWidth,
-                     picture.u.data() + firstChroma * kChromaWidth, kChromaWidth,
-                     picture.v.data() + firstChroma * kChromaWidth, kChromaWidth,
-                     bgra.data() + firstSource * kPitch, kPitch,
-                     kWidth, band.rows, /* flip: */ 1);
+    KorBGRAToI420_C_(picture.y.data() + band.first * kWidth, kWidth, picture.u.data() + firstChroma * kChromaWidth,
+                     kChromaWidth, picture.v.data() + firstChroma * kChromaWidth, kChromaWidth,
+                     bgra.data() + firstSource * kPitch, kPitch, kWidth, band.rows, /* flip: */ 1);
 }
 
 // I420 to BGRA, straight down.
 void Render(Plane& bgra, const I420& picture, Band band) {
     const KorSizeT firstChroma = band.first / 2;
-    KorI420ToBGRA_C_(picture.y.data() + band.first * kWidth, kWidth,
-                     picture.u.data() + firstChroma * kChromaWidth, kChromaWidth,
-                     picture.v.data() + firstChroma * kChromaWidth, kChromaWidth,
-                     bgra.data() + band.first * kPitch, kPitch,
-                     kWidth, band.rows, KOR_VIDEOFRAMEDITHERLEVEL_Off);
+    KorI420ToBGRA_C_(picture.y.data() + band.first * kWidth, kWidth, picture.u.data() + firstChroma * kChromaWidth,
+                     kChromaWidth, picture.v.data() + firstChroma * kChromaWidth, kChromaWidth,
+                     bgra.data() + band.first * kPitch, kPitch, kWidth, band.rows, KOR_VIDEOFRAMEDITHERLEVEL_Off);
 }
 
-// A quarter turn of the luma. Source rows become destination columns, counted from the right: a band of rows fills a band
-// of columns. Threads then write side by side in the same rows, but never to the same byte.
+// A quarter turn of the luma. Source rows become destination columns, counted from the right: a band of rows fills a
+// band of columns. Threads then write side by side in the same rows, but never to the same byte.
 void Turn(Plane& turned, const Plane& luma, Band band) {
     const KorSizeT firstColumn = kHeight - (band.first + band.rows);
-    KorPlanarRotation_C_(luma.data() + band.first * kWidth, kWidth,
-                         turned.data() + firstColumn, kHeight,
-                         kWidth, band.rows, 90);
+    KorPlanarRotation_C_(luma.data() + band.first * kWidth, kWidth, turned.data() + firstColumn, kHeight, kWidth,
+                         band.rows, 90);
 }
 
 // Calls work(band) on a thread of its own for each of count bands that cover the frame, and waits for all.
