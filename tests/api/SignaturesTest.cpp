@@ -1,5 +1,5 @@
-// The binary interface behind the names: the type of every exported function, written out in fundamental types, so that
-// a changed parameter, or a typedef that changed its meaning, does not compile.
+// The binary interface behind the names: the type of every exported function, spelled out in fundamental types, so that
+// a changed parameter or typedef does not compile.
 #include <gtest/gtest.h>
 
 #include <cstddef>
@@ -25,7 +25,7 @@ static_assert(KOR_VIDEOFRAMEDITHERLEVEL_Off == 0 && KOR_VIDEOFRAMEDITHERLEVEL_0 
                   KOR_VIDEOFRAMEDITHERLEVEL_1 == 2 && KOR_VIDEOFRAMEDITHERLEVEL_2 == 3,
               "compiled programs contain the values of the levels");
 
-// The shapes. Planes are a pointer and a pitch each.
+// The shapes. Each plane is a pointer and a pitch.
 using OnePlane = void(Source, ptrdiff_t, Bytes, Size, Size, Size);
 using Split = void(Source, ptrdiff_t, Bytes, Size, Bytes, Size, Size, Size);
 using PlaneTurn = void(Source, ptrdiff_t, Bytes, Size, Size, Size, uint32_t);
@@ -94,7 +94,7 @@ KOR_FOR_EACH_FUNCTION(KOR_SAME_TYPE)
 static_assert(std::is_same_v<decltype(KorRandomGetBytes), uint8_t(char*, size_t)>, "the random service has changed");
 static_assert(std::is_same_v<decltype(KorTblDitherStd4), const int16_t[]>, "the noise table has changed");
 
-// A function that is exported and not in the table above would go unchecked.
+// A function that is exported but missing from the table above would go unchecked.
 TEST(Signatures, CoverEveryExportedFunction) {
 #define KOR_NAME(function, type) #function,
     const std::set<std::string> checked = {KOR_FOR_EACH_FUNCTION(KOR_NAME)};
