@@ -110,6 +110,10 @@ void Run(const Options& options) {
     // Several passes spread the rounds of every figure over time, so that a disturbance spoils few of them. The last pass
     // prints.
     std::map<std::pair<std::size_t, std::size_t>, bench::Samples> samples;
+    bench::Effort effort = options.effort;
+    if (options.passes >= 3) {
+        effort.runs = 1;
+    }
     const bool showProgress = isatty(STDERR_FILENO) == 1;
     for (int pass = 1; pass <= options.passes; ++pass) {
         for (std::size_t i = 0; i < cases.size(); ++i) {
@@ -118,7 +122,7 @@ void Run(const Options& options) {
                 if (showProgress) {
                     std::fprintf(stderr, "\r\033[Kpass %d of %d, %zu of %zu: %s, %s", pass, options.passes, i + 1, cases.size(), cases[i].Label().c_str(), sizes[k].Label().c_str());
                 }
-                cells.push_back({bench::Measure(cases[i], sizes[k], options.effort, samples[{i, k}]), before.Find(cases[i], sizes[k])});
+                cells.push_back({bench::Measure(cases[i], sizes[k], effort, samples[{i, k}]), before.Find(cases[i], sizes[k])});
             }
             if (showProgress) {
                 std::fputs("\r\033[K", stderr);

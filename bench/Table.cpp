@@ -19,7 +19,7 @@ std::string Milliseconds(double seconds) {
     return text;
 }
 
-// The figures of a quiet machine lie closer together.
+// On a quiet machine a figure repeats better than this.
 const char* NoiseMark(const Figure& figure) {
     constexpr double kQuiet = 0.1;
     return figure.spread > kQuiet ? "~" : " ";
@@ -101,8 +101,8 @@ void Table::Finish() {
     if (columns_ != Columns::Speed) {
         std::fputs(
             "\nratio: the time in which memcpy reads and writes as many bytes, divided by the function's time\n"
-            "ms: the function's time for one frame; both are medians of runs in turn, on one thread\n"
-            "~: the machine was busy, and the quartiles of these runs lie more than a tenth apart\n",
+            "ms: the function's time for one frame; both are the best of many turns, on one thread\n"
+            "~: the machine was busy, and parts of the measurement differ by more than a tenth\n",
             file_);
     }
     if (columns_ == Columns::Compared) {

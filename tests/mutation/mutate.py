@@ -236,19 +236,19 @@ def stages(build, sanitized):
     families = ["RgbToYuv", "YuvToRgb", "PackedYuv", "PlaneGeometry", "Compositing"]
 
     def fuzzers(*arguments):
-        calls = [f"fuzz/KorFuzz{name} " + " ".join(arguments).format(corpus=TOP / "fuzz/corpus" / name)
+        calls = [f"fuzz/KorFuzz{name} " + " ".join(arguments).format(corpus=f"{TOP}/fuzz/corpus/{name}.txt")
                  for name in families]
         return ["sh", "-c", " && ".join(calls)]
 
     unit = ["tests/KorUnitTests", "--gtest_filter=-*Kit*:*MatricesOf*:SharedMemory*", *brief]
     listed = [
-        Stage("stored inputs of the fuzzers", build, QUICK, fuzzers("{corpus}")),
+        Stage("stored inputs of the fuzzers", build, QUICK, fuzzers("--stored", "{corpus}")),
         Stage("unit tests", build, QUICK, unit),
         Stage("property tests", build, QUICK, ["tests/KorPropertyTests", *brief]),
         Stage("random inputs of the fuzzers", build, QUICK, fuzzers("--random", "1000")),
         Stage("unit tests of matrices", build, FAST,
               ["tests/KorUnitTests", "--gtest_filter=*MatricesOf*:SharedMemory*", *brief]),
-        Stage("stored inputs, Clang", build, CLANG, fuzzers("{corpus}")),
+        Stage("stored inputs, Clang", build, CLANG, fuzzers("--stored", "{corpus}")),
         Stage("unit tests, Clang", build, CLANG, unit),
         Stage("short conformance run, Clang", build, CLANG, ["tests/conformance/KorConformanceTest", "--quick"]),
         Stage("conformance run", build, FAST, ["tests/conformance/KorConformanceTest"]),
@@ -256,7 +256,7 @@ def stages(build, sanitized):
     ]
     if sanitized:
         listed += [
-            Stage("stored inputs, sanitized", sanitized, SANITIZED, fuzzers("{corpus}")),
+            Stage("stored inputs, sanitized", sanitized, SANITIZED, fuzzers("--stored", "{corpus}")),
             Stage("unit tests, sanitized", sanitized, SANITIZED, unit),
             Stage("conformance run, sanitized", sanitized, SANITIZED,
                   ["tests/conformance/KorConformanceTest", "--quick"]),
