@@ -80,8 +80,15 @@ KOR_STATIC_ASSERT(KorDistanceT_is_as_wide_as_a_pointer, sizeof(KorDistanceT) == 
 #define KOR_API
 #endif
 
-/** KOR_SERVICE marks what the library expects from the product around it, in whichever module that defines it. */
-#if defined(__GNUC__) && !defined(_WIN32)
+/**
+ * KOR_SERVICE marks what the library expects from the product around it, in whichever module that defines it. A DLL cannot
+ * leave that open: on Windows the shared library imports the services from the shared library of the platform target.
+ */
+#if defined(_WIN32) && defined(KOR_SHARED) && defined(KOR_BUILDING)
+#define KOR_SERVICE __declspec(dllimport)
+#elif defined(_WIN32) && defined(KOR_SHARED) && defined(KOR_BUILDING_SERVICES)
+#define KOR_SERVICE __declspec(dllexport)
+#elif defined(__GNUC__) && !defined(_WIN32)
 #define KOR_SERVICE __attribute__((visibility("default")))
 #else
 #define KOR_SERVICE
