@@ -151,8 +151,8 @@ double Moved(const kit::Entry& entry, kit::Case arguments) {
     return moved;
 }
 
-// Sizes count pixels of the frame that a function reads; that of the function that halves rows is twice as high as what it
-// writes.
+// Sizes count pixels of the frame that a function reads; that of the function that halves rows is twice as high as what
+// it writes.
 void SetSize(const kit::Entry& entry, const Planes& planes, kit::Case& arguments) {
     arguments.width = planes.Width();
     arguments.height = planes.Height();

@@ -1,6 +1,6 @@
 // The measuring. A figure is the roofline ratio of a function: the time in which memcpy reads and writes, together, as
-// many bytes as the function reads and writes, divided by the function's time. memcpy reads a byte for every byte that it
-// writes, so it copies half of them. A function that did nothing but move its bytes would come to about 1.
+// many bytes as the function reads and writes, divided by the function's time. memcpy reads a byte for every byte that
+// it writes, so it copies half of them. A function that did nothing but move its bytes would come to about 1.
 #ifndef KOR_BENCH_MEASURE_H
 #define KOR_BENCH_MEASURE_H
 

@@ -41,8 +41,7 @@ class Memory {
 
 class Planes {
   public:
-    explicit Planes(FrameSize size)
-        : size_(size) {}
+    explicit Planes(FrameSize size) : size_(size) {}
 
     KorSizeT Width() const { return size_.width; }
     KorSizeT Height() const { return size_.height; }

@@ -41,7 +41,8 @@ void Results::Add(const Case& subject, const Figure& figure) {
 
 std::optional<Figure> Results::Find(const Case& subject, const FrameSize& size) const {
     for (const Entry& entry : entries_) {
-        if (entry.function == subject.function && entry.option == subject.option && entry.figure.size.Label() == size.Label()) {
+        if (entry.function == subject.function && entry.option == subject.option &&
+            entry.figure.size.Label() == size.Label()) {
             return entry.figure;
         }
     }
@@ -87,7 +88,12 @@ Results Results::Read(const std::string& path) {
         const Json document = Json::parse(file);
         for (const Json& entry : document.at("results")) {
             const FrameSize size = {entry.at("width"), entry.at("height"), entry.at("pitchMultiple")};
-            results.entries_.push_back({entry.at("family"), entry.at("function"), entry.at("option"), entry.at("brief"), {size, entry.at("bytes"), entry.at("seconds"), entry.at("memcpySeconds"), entry.at("spread"), entry.at("rounds")}});
+            results.entries_.push_back({entry.at("family"),
+                                        entry.at("function"),
+                                        entry.at("option"),
+                                        entry.at("brief"),
+                                        {size, entry.at("bytes"), entry.at("seconds"), entry.at("memcpySeconds"),
+                                         entry.at("spread"), entry.at("rounds")}});
         }
         return results;
     } catch (const Json::exception& error) {

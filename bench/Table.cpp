@@ -47,7 +47,8 @@ void Table::Head() {
     for (const FrameSize& size : sizes_) {
         std::fprintf(file_, "%*s", CellWidth(columns_), size.Label().c_str());
     }
-    std::fprintf(file_, "\n%-*s%-*s%s", kFunctionWidth, "function", kOptionWidth, "option", withFloors_ ? "  floor" : "");
+    std::fprintf(file_, "\n%-*s%-*s%s", kFunctionWidth, "function", kOptionWidth, "option",
+                 withFloors_ ? "  floor" : "");
     for (std::size_t i = 0; i < sizes_.size(); ++i) {
         switch (columns_) {
             case Columns::Full:
@@ -79,13 +80,17 @@ void Table::Row(const Case& subject, const std::vector<Cell>& cells, std::option
     for (const Cell& cell : cells) {
         switch (columns_) {
             case Columns::Full:
-                std::fprintf(file_, "%8.3f%s%9s%10.0f", cell.now.Roofline(), NoiseMark(cell.now), Milliseconds(cell.now.seconds).c_str(), cell.now.PixelsPerSecond() / 1e6);
+                std::fprintf(file_, "%8.3f%s%9s%10.0f", cell.now.Roofline(), NoiseMark(cell.now),
+                             Milliseconds(cell.now.seconds).c_str(), cell.now.PixelsPerSecond() / 1e6);
                 break;
             case Columns::Compared:
                 if (cell.before) {
-                    std::fprintf(file_, "%8.3f%s%8.3f%s%9s%8.2fx", cell.before->Roofline(), NoiseMark(*cell.before), cell.now.Roofline(), NoiseMark(cell.now), Milliseconds(cell.now.seconds).c_str(), cell.before->seconds / cell.now.seconds);
+                    std::fprintf(file_, "%8.3f%s%8.3f%s%9s%8.2fx", cell.before->Roofline(), NoiseMark(*cell.before),
+                                 cell.now.Roofline(), NoiseMark(cell.now), Milliseconds(cell.now.seconds).c_str(),
+                                 cell.before->seconds / cell.now.seconds);
                 } else {
-                    std::fprintf(file_, "%8s %8.3f%s%9s%9s", "-", cell.now.Roofline(), NoiseMark(cell.now), Milliseconds(cell.now.seconds).c_str(), "-");
+                    std::fprintf(file_, "%8s %8.3f%s%9s%9s", "-", cell.now.Roofline(), NoiseMark(cell.now),
+                                 Milliseconds(cell.now.seconds).c_str(), "-");
                 }
                 break;
             case Columns::Speed:

@@ -153,7 +153,8 @@ class Arena {
             planes_[i].ForEachGap([&](std::size_t offset, std::size_t size) { Allow(Begin(i) + offset, size); });
             CheckDefined(Begin(i), Size(i));
             if (std::memcmp(Begin(i), expected_[i].data(), Size(i)) != 0) {
-                Fail(call, "library and reference differ", planes_[i].Difference(layout_.planes[i].name, expected_[i].data()).c_str());
+                Fail(call, "library and reference differ",
+                     planes_[i].Difference(layout_.planes[i].name, expected_[i].data()).c_str());
             }
         }
         if (kit::ScriptedRandom::Draws() != expectedDraws_) {
@@ -188,7 +189,8 @@ class Arena {
     }
 
     [[noreturn]] static void Fail(const Call& call, const char* what, const char* where) {
-        std::fprintf(stderr, "fuzz: %s: %s with %s\n%s\n", what, call.entry->name, kit::Describe(call.options).c_str(), where);
+        std::fprintf(stderr, "fuzz: %s: %s with %s\n%s\n", what, call.entry->name, kit::Describe(call.options).c_str(),
+                     where);
         std::abort();
     }
 

@@ -11,7 +11,8 @@
 
 namespace fuzz {
 
-// Makes the call that the input describes to a function of the family. Ends the process when library and reference differ.
+// Makes the call that the input describes to a function of the family. Ends the process when library and reference
+// differ.
 void TryOne(kit::Family family, const std::uint8_t* input, std::size_t size);
 
 }  // namespace fuzz

@@ -9,8 +9,7 @@ namespace fuzz {
 
 class Input {
   public:
-    Input(const std::uint8_t* bytes, std::size_t size)
-        : bytes_(bytes), size_(size) {}
+    Input(const std::uint8_t* bytes, std::size_t size) : bytes_(bytes), size_(size) {}
 
     std::uint8_t Byte() {
         if (size_ == 0) {

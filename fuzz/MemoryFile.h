@@ -14,9 +14,9 @@ namespace fuzz {
 
 class MemoryFile {
   public:
-    MemoryFile(const std::uint8_t* bytes, std::size_t size)
-        : descriptor_(memfd_create("input", MFD_CLOEXEC)) {
-        if (descriptor_ < 0 || write(descriptor_, bytes, size) != static_cast<ssize_t>(size) || lseek(descriptor_, 0, SEEK_SET) != 0) {
+    MemoryFile(const std::uint8_t* bytes, std::size_t size) : descriptor_(memfd_create("input", MFD_CLOEXEC)) {
+        if (descriptor_ < 0 || write(descriptor_, bytes, size) != static_cast<ssize_t>(size) ||
+            lseek(descriptor_, 0, SEEK_SET) != 0) {
             std::abort();
         }
     }

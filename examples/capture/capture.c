@@ -62,7 +62,8 @@ static void CheckThePicture(void) {
         for (column = 0; column < kTurnedWidth; ++column) {
             const int inSquare = row < kSquare && column >= kTurnedWidth - kSquare;
             Expect(y[row][column] == (inSquare ? kWhite : kBlack), "the square is not in the upper right corner");
-            Expect(u[row / 2][column / 2] == kNoColour && v[row / 2][column / 2] == kNoColour, "the picture is not grey");
+            Expect(u[row / 2][column / 2] == kNoColour && v[row / 2][column / 2] == kNoColour,
+                   "the picture is not grey");
         }
     }
 }
@@ -74,14 +75,11 @@ int main(void) {
      * Destinations come first, each with the pitch of the rotated plane; then the source, with its size before the
      * rotation. Nothing is allocated, and nothing can fail: the caller provides planes that are large enough.
      */
-    KorYUY2ToI420WithRotation_C_(y[0], kTurnedWidth,
-                                 u[0], kTurnedWidth / 2,
-                                 v[0], kTurnedWidth / 2,
-                                 camera, kPitch,
+    KorYUY2ToI420WithRotation_C_(y[0], kTurnedWidth, u[0], kTurnedWidth / 2, v[0], kTurnedWidth / 2, camera, kPitch,
                                  kWidth, kHeight, /* flip: */ 0, /* degrees, clockwise: */ 90);
 
     CheckThePicture();
-    printf("YUY2 of %d by %d became I420 of %d by %d, and the square is where it belongs.\n",
-           kWidth, kHeight, kTurnedWidth, kTurnedHeight);
+    printf("YUY2 of %d by %d became I420 of %d by %d, and the square is where it belongs.\n", kWidth, kHeight,
+           kTurnedWidth, kTurnedHeight);
     return 0;
 }

@@ -35,8 +35,7 @@ Samples DrawLogo() {
     Samples bgra;
     for (KorSizeT row = 0; row < kLogo; ++row) {
         for (KorSizeT column = 0; column < kLogo; ++column) {
-            const double distance =
-                std::hypot(static_cast<double>(column) - 31.5, static_cast<double>(row) - 31.5);
+            const double distance = std::hypot(static_cast<double>(column) - 31.5, static_cast<double>(row) - 31.5);
             const double opacity = std::fmin(1, std::fmax(0, (30 - distance) / 8));
             bgra.insert(bgra.end(), {0, 0, 255, static_cast<KorUint8>(std::lround(255 * opacity))});
         }
@@ -73,25 +72,16 @@ int main() {
 
     const Samples bgra = DrawLogo();
     I420 logo = OneColour(kLogo, kLogo, 0, 0, 0);
-    KorBGRAToI420_C_(logo.y.data(), kLogo,
-                     logo.u.data(), kLogo / 2,
-                     logo.v.data(), kLogo / 2,
-                     bgra.data(), 4 * kLogo,
+    KorBGRAToI420_C_(logo.y.data(), kLogo, logo.u.data(), kLogo / 2, logo.v.data(), kLogo / 2, bgra.data(), 4 * kLogo,
                      kLogo, kLogo, /* flip: */ 0);
     I420 opacity = OpacityOf(bgra);
 
     // At even positions the logo's chroma samples coincide with those of the frame. The logo must lie inside the frame,
     // because nothing is clipped.
     const KorSizeT left = 240, top = 16;
-    KorI420AlphaArrayBlend_C_(frame.y.data(), frame.width,
-                              frame.u.data(), frame.width / 2,
-                              frame.v.data(), frame.width / 2,
-                              logo.y.data(), kLogo,
-                              logo.u.data(), kLogo / 2,
-                              logo.v.data(), kLogo / 2,
-                              kLogo, kLogo, left, top,
-                              opacity.y.data(), kLogo,
-                              opacity.u.data(), kLogo / 2,
+    KorI420AlphaArrayBlend_C_(frame.y.data(), frame.width, frame.u.data(), frame.width / 2, frame.v.data(),
+                              frame.width / 2, logo.y.data(), kLogo, logo.u.data(), kLogo / 2, logo.v.data(), kLogo / 2,
+                              kLogo, kLogo, left, top, opacity.y.data(), kLogo, opacity.u.data(), kLogo / 2,
                               opacity.v.data(), kLogo / 2);
 
     // Opacity 0 and 255 are exact; in between, a sample lies between those of the two pictures.

@@ -26,10 +26,7 @@ std::vector<KorUint8> DitheredGrey(uint64_t seed) {
     const std::vector<KorUint8> grey(kWidth * kHeight, kGrey);
     std::vector<KorUint8> uyvy(2 * kWidth * kHeight);
     SeedNoise(seed);
-    KorI420ToUYVY_C_(grey.data(), kWidth,
-                     grey.data(), kWidth / 2,
-                     grey.data(), kWidth / 2,
-                     uyvy.data(), 2 * kWidth,
+    KorI420ToUYVY_C_(grey.data(), kWidth, grey.data(), kWidth / 2, grey.data(), kWidth / 2, uyvy.data(), 2 * kWidth,
                      kWidth, kHeight, KOR_VIDEOFRAMEDITHERLEVEL_2);
     return uyvy;
 }

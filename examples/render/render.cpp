@@ -35,11 +35,8 @@ Picture Render(KorVideoFrameDitherLevel level) {
     const Picture chroma(kWidth / 2 * kHeight / 2, 128);  // both planes may be the same, because they are only read
 
     Picture bgra(kWidth * kHeight * kBytes);
-    KorI420ToBGRA_C_(y.data(), kWidth,
-                     chroma.data(), kWidth / 2,
-                     chroma.data(), kWidth / 2,
-                     bgra.data(), kWidth * kBytes,
-                     kWidth, kHeight, level);
+    KorI420ToBGRA_C_(y.data(), kWidth, chroma.data(), kWidth / 2, chroma.data(), kWidth / 2, bgra.data(),
+                     kWidth * kBytes, kWidth, kHeight, level);
     return bgra;
 }
 
@@ -81,8 +78,7 @@ int main(int argc, char** argv) {
     Check(plain, dithered);
 
     std::ofstream file(name, std::ios::binary);
-    file << "P6\n"
-         << kWidth << " " << 2 * kHeight << "\n255\n";
+    file << "P6\n" << kWidth << " " << 2 * kHeight << "\n255\n";
     AppendAsRgb(file, plain);
     AppendAsRgb(file, dithered);
     file.close();

@@ -52,30 +52,25 @@ constexpr Band kWholeFrame = {0, kHeight};
 void Capture(I420& picture, const Plane& bgra, Band band) {
     const KorSizeT firstChroma = band.first / 2;
     const KorSizeT firstSource = kHeight - (band.first + band.rows);
-    KorBGRAToI420_C_(picture.y.data() + band.first * kWidth, kWidth,
-                     picture.u.data() + firstChroma * kChromaWidth, kChromaWidth,
-                     picture.v.data() + firstChroma * kChromaWidth, kChromaWidth,
-                     bgra.data() + firstSource * kPitch, kPitch,
-                     kWidth, band.rows, /* flip: */ 1);
+    KorBGRAToI420_C_(picture.y.data() + band.first * kWidth, kWidth, picture.u.data() + firstChroma * kChromaWidth,
+                     kChromaWidth, picture.v.data() + firstChroma * kChromaWidth, kChromaWidth,
+                     bgra.data() + firstSource * kPitch, kPitch, kWidth, band.rows, /* flip: */ 1);
 }
 
 // I420 to BGRA, top-down.
 void Render(Plane& bgra, const I420& picture, Band band) {
     const KorSizeT firstChroma = band.first / 2;
-    KorI420ToBGRA_C_(picture.y.data() + band.first * kWidth, kWidth,
-                     picture.u.data() + firstChroma * kChromaWidth, kChromaWidth,
-                     picture.v.data() + firstChroma * kChromaWidth, kChromaWidth,
-                     bgra.data() + band.first * kPitch, kPitch,
-                     kWidth, band.rows, KOR_VIDEOFRAMEDITHERLEVEL_Off);
+    KorI420ToBGRA_C_(picture.y.data() + band.first * kWidth, kWidth, picture.u.data() + firstChroma * kChromaWidth,
+                     kChromaWidth, picture.v.data() + firstChroma * kChromaWidth, kChromaWidth,
+                     bgra.data() + band.first * kPitch, kPitch, kWidth, band.rows, KOR_VIDEOFRAMEDITHERLEVEL_Off);
 }
 
 // Rotates luma by 90 degrees. Source rows become destination columns, counted from the right, so a band of rows fills a
 // band of columns. Threads write side by side in the same rows, but never to the same byte.
 void Turn(Plane& turned, const Plane& luma, Band band) {
     const KorSizeT firstColumn = kHeight - (band.first + band.rows);
-    KorPlanarRotation_C_(luma.data() + band.first * kWidth, kWidth,
-                         turned.data() + firstColumn, kHeight,
-                         kWidth, band.rows, 90);
+    KorPlanarRotation_C_(luma.data() + band.first * kWidth, kWidth, turned.data() + firstColumn, kHeight, kWidth,
+                         band.rows, 90);
 }
 
 // Calls work(band) on a separate thread for each of count bands that cover the frame, and waits for all of them.

@@ -195,8 +195,7 @@ struct ShiftedTable {
 // The table, shifted five ways, and the swaps that improve it.
 class Search {
   public:
-    explicit Search(Random& random)
-        : random_(random) {
+    explicit Search(Random& random) : random_(random) {
         int i = 0;
         for (int e = 1 - static_cast<int>(kCountOf.size()); e < static_cast<int>(kCountOf.size()); ++e)
             for (int n = kCountOf[static_cast<size_t>(e < 0 ? -e : e)]; n > 0; --n)

@@ -41,12 +41,12 @@ using Render = void(Source, Size, Source, Size, Source, Size, Bytes, Size, Size,
 using RenderGeneral = void(Source, Size, Source, Size, Source, Size, Bytes, Size, Size, Size, Matrix, Level);
 using Pack = void(Source, Size, Source, Size, Source, Size, Bytes, Size, Size, Size);
 
-using Dither = void(Source, Size, Source, Size, Source, Size, Bytes, Size, Bytes, Size, Bytes, Size,
-                    Size, Size, Level, uint8_t);
-using Blend = void(Bytes, Size, Bytes, Size, Bytes, Size, Source, Size, Source, Size, Source, Size,
-                   Size, Size, Size, Size, uint8_t);
-using BlendArray = void(Bytes, Size, Bytes, Size, Bytes, Size, Source, Size, Source, Size, Source, Size,
-                        Size, Size, Size, Size, Bytes, Size, Bytes, Size, Bytes, Size);
+using Dither = void(Source, Size, Source, Size, Source, Size, Bytes, Size, Bytes, Size, Bytes, Size, Size, Size, Level,
+                    uint8_t);
+using Blend = void(Bytes, Size, Bytes, Size, Bytes, Size, Source, Size, Source, Size, Source, Size, Size, Size, Size,
+                   Size, uint8_t);
+using BlendArray = void(Bytes, Size, Bytes, Size, Bytes, Size, Source, Size, Source, Size, Source, Size, Size, Size,
+                        Size, Size, Bytes, Size, Bytes, Size, Bytes, Size);
 }  // namespace shape
 
 #define KOR_FUNCTION(name, type, family, frames) \

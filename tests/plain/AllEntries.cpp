@@ -45,7 +45,8 @@ int NoisySample(int sample, int entry, int divisor) {
 unsigned long long sums = 0;
 
 // Checks samples against the entries from `first` on.
-void Expect(const char* what, const KorUint8* found, KorSizeT step, KorSizeT count, KorSizeT first, int sample, int divisor) {
+void Expect(const char* what, const KorUint8* found, KorSizeT step, KorSizeT count, KorSizeT first, int sample,
+            int divisor) {
     for (KorSizeT i = 0; i < count; ++i) {
         const int entry = KOR_FIRST_ENTRY + static_cast<int>(first + i);
         if (found[step * i] != NoisySample(sample, entry, divisor)) {
@@ -70,8 +71,8 @@ struct Picture {
 
 void TryFilter(const Picture& in, int sample, unsigned level) {
     static Picture out;
-    KorI420Dither_C_(in.y.data(), kEntries, in.u.data(), kEntries / 2, in.v.data(), kEntries / 2, out.y.data(), kEntries,
-                     out.u.data(), kEntries / 2, out.v.data(), kEntries / 2, kEntries, 2,
+    KorI420Dither_C_(in.y.data(), kEntries, in.u.data(), kEntries / 2, in.v.data(), kEntries / 2, out.y.data(),
+                     kEntries, out.u.data(), kEntries / 2, out.v.data(), kEntries / 2, kEntries, 2,
                      static_cast<KorVideoFrameDitherLevel>(level), 0);
     Expect("filter, luma", out.y.data(), 1, kEntries, 0, sample, 8 >> level);
     Expect("filter, U", out.u.data(), 1, kEntries / 2, 0, sample, 16 >> level);
@@ -81,8 +82,8 @@ void TryFilter(const Picture& in, int sample, unsigned level) {
 // Packing only moves samples, so it exposes the noise of the conversions.
 void TryConverter(const Picture& in, int sample, unsigned level) {
     static Bytes x(4 * kEntries);
-    KorI420ToYUY2_C_(in.y.data(), kEntries, in.u.data(), kEntries / 2, in.v.data(), kEntries / 2, x.data(), 2 * kEntries,
-                     kEntries, 2, static_cast<KorVideoFrameDitherLevel>(level));
+    KorI420ToYUY2_C_(in.y.data(), kEntries, in.u.data(), kEntries / 2, in.v.data(), kEntries / 2, x.data(),
+                     2 * kEntries, kEntries, 2, static_cast<KorVideoFrameDitherLevel>(level));
     Expect("converter, luma", x.data(), 2, kEntries, 0, sample, 8 >> level);
     Expect("converter, U", x.data() + 1, 4, kEntries / 2, 0, sample, 16 >> level);
     Expect("converter, V", x.data() + 3, 4, kEntries / 2, kEntries / 2, sample, 16 >> level);
@@ -101,6 +102,7 @@ int main() {
             }
         }
     }
-    std::printf("%llu sums, entries %d to %d\n", sums, KOR_FIRST_ENTRY, KOR_FIRST_ENTRY + static_cast<int>(kEntries) - 1);
+    std::printf("%llu sums, entries %d to %d\n", sums, KOR_FIRST_ENTRY,
+                KOR_FIRST_ENTRY + static_cast<int>(kEntries) - 1);
     return EXIT_SUCCESS;
 }

@@ -7,5 +7,6 @@
 KorBool KorRandomGetBytes(char* buffer, KorSizeT count) {
     const FARPROC service = GetProcAddress(GetModuleHandle(nullptr), "KorRandomGetBytes");
     // Cast by way of a function without arguments, which compilers let stand for any.
-    return service != nullptr && reinterpret_cast<decltype(&KorRandomGetBytes)>(reinterpret_cast<void (*)()>(service))(buffer, count);
+    return service != nullptr &&
+           reinterpret_cast<decltype(&KorRandomGetBytes)>(reinterpret_cast<void (*)()>(service))(buffer, count);
 }

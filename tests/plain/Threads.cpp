@@ -89,7 +89,8 @@ std::size_t TryFramesOfTheirOwn(const kit::Entry& entry) {
         for (std::size_t i = 0; i < cases.size(); ++i) {
             const std::size_t which = (i + number * cases.size() / kThreads) % cases.size();
             if (MakeCall(entry, cases[which]) != expected[which]) {
-                std::fprintf(stderr, "%s on a thread differs with %s\n", entry.name, kit::Describe(cases[which]).c_str());
+                std::fprintf(stderr, "%s on a thread differs with %s\n", entry.name,
+                             kit::Describe(cases[which]).c_str());
                 std::exit(EXIT_FAILURE);
             }
         }
@@ -205,8 +206,8 @@ void SplitTurned(Frame& f, std::size_t x, std::size_t y, std::size_t width, std:
 template <decltype(&KorYUY2ToI420WithRotation_C_) capture, KorImageRotationDegree angle>
 void CaptureTurned(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
     capture(Turned<angle>(f.planes[0], x, y), kTurnedPitch<angle>, Turned<angle>(f.planes[1], x / 2, y / 2),
-            kTurnedPitch<angle>, Turned<angle>(f.planes[2], x / 2, y / 2), kTurnedPitch<angle>, f.At(3, 2 * x, y), kPitch,
-            width, height, 0, angle);
+            kTurnedPitch<angle>, Turned<angle>(f.planes[2], x / 2, y / 2), kTurnedPitch<angle>, f.At(3, 2 * x, y),
+            kPitch, width, height, 0, angle);
 }
 
 void FlipInPlace(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
@@ -226,8 +227,8 @@ void Blend(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_
 }
 
 void BlendArray(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
-    KorI420AlphaArrayBlend_C_(f.At(0, 0, 0), kPitch, f.At(1, 0, 0), kPitch, f.At(2, 0, 0), kPitch, f.At(3, x, y), kPitch,
-                              f.At(4, x / 2, y / 2), kPitch, f.At(5, x / 2, y / 2), kPitch, width, height, x, y,
+    KorI420AlphaArrayBlend_C_(f.At(0, 0, 0), kPitch, f.At(1, 0, 0), kPitch, f.At(2, 0, 0), kPitch, f.At(3, x, y),
+                              kPitch, f.At(4, x / 2, y / 2), kPitch, f.At(5, x / 2, y / 2), kPitch, width, height, x, y,
                               f.At(6, x, y), kPitch, f.At(7, x / 2, y / 2), kPitch, f.At(8, x / 2, y / 2), kPitch);
 }
 

@@ -199,10 +199,8 @@ TEST_P(Rgb32Capture, GreyHasNoColour) {
 }
 
 INSTANTIATE_TEST_SUITE_P(, Rgb32Capture,
-                         testing::Values(Named{"RGBA", &KorRGBAToI420_C_},
-                                         Named{"BGRA", &KorBGRAToI420_C_},
-                                         Named{"ARGB", &KorARGBToI420_C_},
-                                         Named{"ABGR", &KorABGRToI420_C_}),
+                         testing::Values(Named{"RGBA", &KorRGBAToI420_C_}, Named{"BGRA", &KorBGRAToI420_C_},
+                                         Named{"ARGB", &KorARGBToI420_C_}, Named{"ABGR", &KorABGRToI420_C_}),
                          testing::PrintToStringParamName());
 
 }  // namespace

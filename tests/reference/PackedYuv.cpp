@@ -21,9 +21,8 @@ struct GroupFormat {
 constexpr GroupFormat kYuy2 = {0, 2, 1, 3};
 constexpr GroupFormat kUyvy = {1, 3, 0, 2};
 
-void ToI420(
-    PlanesOut to, const KorUint8* x, KorSizeT pitchX, GroupFormat format, KorSizeT width, KorSizeT height,
-    KorBool flip) {
+void ToI420(PlanesOut to, const KorUint8* x, KorSizeT pitchX, GroupFormat format, KorSizeT width, KorSizeT height,
+            KorBool flip) {
     const auto packed = [&](Number group, Number byte, Number row) -> Number {
         return At(x, pitchX, 4 * group + byte, SourceRow(row, height, flip));
     };
@@ -60,9 +59,8 @@ void ToI420(
 }
 
 // Deliberate: an odd last column or row is not packed.
-void FromI420(
-    PlanesIn from, KorUint8* x, KorSizeT pitchX, GroupFormat format, KorSizeT width, KorSizeT height,
-    KorVideoFrameDitherLevel level) {
+void FromI420(PlanesIn from, KorUint8* x, KorSizeT pitchX, GroupFormat format, KorSizeT width, KorSizeT height,
+              KorVideoFrameDitherLevel level) {
     const NoiseStart start = DrawNoiseStart(level, kAlignedStart);
     if (width < 2 || height < 2) {
         return;
@@ -74,41 +72,36 @@ void FromI420(
             const Number r = Signed(row);
             const KorSizeT positionY = row * RoundUpToEight(width) + 2 * group;
             const KorSizeT positionC = (row / 2) * RoundUpToEight(widthC) + group;
-            At(x, pitchX, 4 * g + format.left, r) =
-                Luma(At(from.y, from.pitchY, 2 * g, r), start.y + positionY, level);
+            At(x, pitchX, 4 * g + format.left, r) = Luma(At(from.y, from.pitchY, 2 * g, r), start.y + positionY, level);
             At(x, pitchX, 4 * g + format.right, r) =
                 Luma(At(from.y, from.pitchY, 2 * g + 1, r), start.y + positionY + 1, level);
-            At(x, pitchX, 4 * g + format.u, r) =
-                Chroma(At(from.u, from.pitchU, g, r / 2), start.u + positionC, level);
-            At(x, pitchX, 4 * g + format.v, r) =
-                Chroma(At(from.v, from.pitchV, g, r / 2), start.v + positionC, level);
+            At(x, pitchX, 4 * g + format.u, r) = Chroma(At(from.u, from.pitchU, g, r / 2), start.u + positionC, level);
+            At(x, pitchX, 4 * g + format.v, r) = Chroma(At(from.v, from.pitchV, g, r / 2), start.v + positionC, level);
         }
     }
 }
 
 }  // namespace
 
-void KorYUY2ToI420_C_(
-    KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
-    const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip) {
+void KorYUY2ToI420_C_(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
+                      const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip) {
     ToI420({y, pitchY, u, pitchU, v, pitchV}, x, pitchX, kYuy2, width, height, flip);
 }
 
-void KorUYVYToI420_C_(
-    KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
-    const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip) {
+void KorUYVYToI420_C_(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
+                      const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip) {
     ToI420({y, pitchY, u, pitchU, v, pitchV}, x, pitchX, kUyvy, width, height, flip);
 }
 
-void KorI420ToYUY2_C_(
-    const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v, KorSizeT pitchV,
-    KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
+void KorI420ToYUY2_C_(const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v,
+                      KorSizeT pitchV, KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height,
+                      KorVideoFrameDitherLevel ditherLevel) {
     FromI420({y, pitchY, u, pitchU, v, pitchV}, x, pitchX, kYuy2, width, height, ditherLevel);
 }
 
-void KorI420ToUYVY_C_(
-    const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v, KorSizeT pitchV,
-    KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
+void KorI420ToUYVY_C_(const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v,
+                      KorSizeT pitchV, KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height,
+                      KorVideoFrameDitherLevel ditherLevel) {
     FromI420({y, pitchY, u, pitchU, v, pitchV}, x, pitchX, kUyvy, width, height, ditherLevel);
 }
 
@@ -135,9 +128,8 @@ KorUint8 FullRangeChroma(Number sample) {
 
 // Deliberate: at odd widths, luma drifts by one byte and the packed source by two bytes to the left with every row
 // pair. Offsets count from the first byte of the plane, so that a drift may leave its row.
-void KorYuv2ToI420_C_(
-    KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
-    const KorUint8* yuv2, KorSizeT pitchYuv2, KorSizeT width, KorSizeT height, KorBool flip) {
+void KorYuv2ToI420_C_(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
+                      const KorUint8* yuv2, KorSizeT pitchYuv2, KorSizeT width, KorSizeT height, KorBool flip) {
     const Number drift = Signed(width % 2);
     const auto packed = [&](Number group, Number byte, Number row) -> Number {
         return At(yuv2, pitchYuv2, 4 * group + byte - 2 * drift * (row / 2), SourceRow(row, height, flip));
@@ -164,9 +156,8 @@ void KorYuv2ToI420_C_(
 }
 
 // Deliberate: the same drift at odd widths, and luma is copied unchanged.
-void KorI420toYuv2_C_(
-    const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v, KorSizeT pitchV,
-    KorUint8* yuy2, KorSizeT pitchYuy2, KorSizeT width, KorSizeT height) {
+void KorI420toYuv2_C_(const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v,
+                      KorSizeT pitchV, KorUint8* yuy2, KorSizeT pitchYuy2, KorSizeT width, KorSizeT height) {
     const Number drift = Signed(width % 2);
     for (Number pair = 0; pair < Signed(height / 2); ++pair) {
         for (Number group = 0; group < Signed(width / 2); ++group) {
@@ -182,9 +173,8 @@ void KorI420toYuv2_C_(
     }
 }
 
-void KorM420ToI420_C_(
-    KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
-    const KorUint8* m420, KorSizeT pitchM420, KorSizeT width, KorSizeT height, KorBool flip) {
+void KorM420ToI420_C_(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
+                      const KorUint8* m420, KorSizeT pitchM420, KorSizeT width, KorSizeT height, KorBool flip) {
     for (Number pair = 0; pair < Signed(height / 2); ++pair) {
         // One pitch spans a block of three rows. Deliberate: a flipped walk starts at the block whose number is that of
         // the last luma row, not of the last row pair.
@@ -205,9 +195,8 @@ namespace {
 // The image is padded to an even height with a copy of its last row. Deliberate: odd widths, which are outside the
 // contract, drift; with every row pair the source lies two bytes and the luma one sample further left, chroma stays.
 // Deliberate: any other angle rotates by 270.
-void ToI420Turned(
-    PlanesOut to, const KorUint8* x, KorSizeT pitchX, GroupFormat format, KorSizeT width, KorSizeT height,
-    KorBool flip, KorImageRotationDegree degree) {
+void ToI420Turned(PlanesOut to, const KorUint8* x, KorSizeT pitchX, GroupFormat format, KorSizeT width, KorSizeT height,
+                  KorBool flip, KorImageRotationDegree degree) {
     const Number drift = Signed(width % 2);
     const Number widthC = Signed(width / 2);
     const Number pairs = Signed((height + 1) / 2);
@@ -238,17 +227,15 @@ void ToI420Turned(
 
 }  // namespace
 
-void KorYUY2ToI420WithRotation_C_(
-    KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
-    const KorUint8* x, KorSizeT pitchX, KorSizeT widthSrc, KorSizeT heightSrc, KorBool flip,
-    KorImageRotationDegree rotationDegree) {
+void KorYUY2ToI420WithRotation_C_(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v,
+                                  KorSizeT pitchV, const KorUint8* x, KorSizeT pitchX, KorSizeT widthSrc,
+                                  KorSizeT heightSrc, KorBool flip, KorImageRotationDegree rotationDegree) {
     ToI420Turned({y, pitchY, u, pitchU, v, pitchV}, x, pitchX, kYuy2, widthSrc, heightSrc, flip, rotationDegree);
 }
 
-void KorUYVYToI420WithRotation_C_(
-    KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
-    const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip,
-    KorImageRotationDegree rotationDegree) {
+void KorUYVYToI420WithRotation_C_(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v,
+                                  KorSizeT pitchV, const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height,
+                                  KorBool flip, KorImageRotationDegree rotationDegree) {
     ToI420Turned({y, pitchY, u, pitchU, v, pitchV}, x, pitchX, kUyvy, width, height, flip, rotationDegree);
 }
 

@@ -111,8 +111,8 @@ Bytes FirstPixel(Render render, const Image& from, KorSizeT size = 4) {
     return Bytes(x.begin(), x.begin() + static_cast<std::ptrdiff_t>(size));
 }
 
-Bytes GeneralRendered(const KorInt (&coeffs)[3][3], const Image& from, KorSizeT pitchX, KorSizeT width,
-                      KorSizeT height, KorVideoFrameDitherLevel level = KOR_VIDEOFRAMEDITHERLEVEL_Off) {
+Bytes GeneralRendered(const KorInt (&coeffs)[3][3], const Image& from, KorSizeT pitchX, KorSizeT width, KorSizeT height,
+                      KorVideoFrameDitherLevel level = KOR_VIDEOFRAMEDITHERLEVEL_Off) {
     Bytes x = Blank(pitchX * height);
     KorI420ToBGRAGeneral_C_(from.y.data(), from.pitchY, from.u.data(), from.pitchC, from.v.data(), from.pitchC,
                             x.data(), pitchX, width, height, coeffs, level);
@@ -251,13 +251,13 @@ TEST(ReferencePlaneGeometry, TurnsAndSplits) {
     };
     const Bytes turned270a = {'c', 'f', 'b', 'e', 'a', 'd'};
     const Bytes turned270b = {'C', 'F', 'B', 'E', 'A', 'D'};
-    for (const Expected& expected : std::vector<Expected>{
-             {0, 3, {'a', 'b', 'c', 'd', 'e', 'f'}, {'A', 'B', 'C', 'D', 'E', 'F'}},
-             {90, 2, {'d', 'a', 'e', 'b', 'f', 'c'}, {'D', 'A', 'E', 'B', 'F', 'C'}},
-             {180, 3, {'f', 'e', 'd', 'c', 'b', 'a'}, {'F', 'E', 'D', 'C', 'B', 'A'}},
-             {270, 2, turned270a, turned270b},
-             {45, 2, turned270a, turned270b},
-             {360, 2, turned270a, turned270b}}) {
+    for (const Expected& expected :
+         std::vector<Expected>{{0, 3, {'a', 'b', 'c', 'd', 'e', 'f'}, {'A', 'B', 'C', 'D', 'E', 'F'}},
+                               {90, 2, {'d', 'a', 'e', 'b', 'f', 'c'}, {'D', 'A', 'E', 'B', 'F', 'C'}},
+                               {180, 3, {'f', 'e', 'd', 'c', 'b', 'a'}, {'F', 'E', 'D', 'C', 'B', 'A'}},
+                               {270, 2, turned270a, turned270b},
+                               {45, 2, turned270a, turned270b},
+                               {360, 2, turned270a, turned270b}}) {
         Bytes uv1 = Blank(6);
         Bytes uv2 = Blank(6);
         KorPlanarUVDeinterlaceRotation_C_(src.data(), 6, uv1.data(), expected.pitch, uv2.data(), expected.pitch, 3, 2,
@@ -269,8 +269,8 @@ TEST(ReferencePlaneGeometry, TurnsAndSplits) {
 
 TEST(ReferencePlaneGeometry, FlipsInPlace) {
     const auto flipped = [](Image image, KorSizeT width, KorSizeT height) {
-        KorI420FlipVertical_C_(image.y.data(), image.pitchY, image.u.data(), image.pitchC, image.v.data(),
-                               image.pitchC, width, height);
+        KorI420FlipVertical_C_(image.y.data(), image.pitchY, image.u.data(), image.pitchC, image.v.data(), image.pitchC,
+                               width, height);
         return image;
     };
     // 5 by 5: chroma counts as 2 by 2, so its third row and column stay in place.
@@ -280,11 +280,8 @@ TEST(ReferencePlaneGeometry, FlipsInPlace) {
                          {11, 12, 13, 21, 22, 23, 31, 32, 33},
                          {61, 62, 63, 71, 72, 73, 81, 82, 83}};
     const Image once = flipped(image, 5, 5);
-    EXPECT_EQ(once.y, (Bytes{5, 5, 5, 5, 5, 9,
-                             4, 4, 4, 4, 4, 9,
-                             3, 3, 3, 3, 3, 9,
-                             2, 2, 2, 2, 2, 9,
-                             1, 1, 1, 1, 1, 9}));
+    EXPECT_EQ(once.y,
+              (Bytes{5, 5, 5, 5, 5, 9, 4, 4, 4, 4, 4, 9, 3, 3, 3, 3, 3, 9, 2, 2, 2, 2, 2, 9, 1, 1, 1, 1, 1, 9}));
     EXPECT_EQ(once.u, (Bytes{21, 22, 13, 11, 12, 23, 31, 32, 33}));
     EXPECT_EQ(once.v, (Bytes{71, 72, 63, 61, 62, 73, 81, 82, 83}));
     const Image twice = flipped(once, 5, 5);
@@ -359,9 +356,8 @@ TEST(ReferenceRgbToYuv, AveragesColumnsFirst) {
 
 // Luma of (66 or 33 / 128) red: 0 gives 16, 10 gives 18, 21 gives 21, 51 gives 29, 100 gives 41, 255 gives 81.
 TEST(ReferenceRgbToYuv, OddEdges) {
-    const Bytes from = Bgra({Reddish(0), Reddish(0), Reddish(100),
-                             Reddish(0), Reddish(0), Reddish(51),
-                             Reddish(10), Reddish(21), Reddish(255)});
+    const Bytes from = Bgra({Reddish(0), Reddish(0), Reddish(100), Reddish(0), Reddish(0), Reddish(51), Reddish(10),
+                             Reddish(21), Reddish(255)});
     const Image to = Captured(KorBGRAToI420_C_, BlankImage(4, 4, 3, 3), from, 12, 3, 3);
     EXPECT_EQ(to.y, (Bytes{16, 16, 41, o, 16, 16, 29, o, 18, 21, 81, o, o, o, o, o}));
     // Averages: 0, 76 of the right column, 16 of the last row, and the corner itself.
@@ -377,9 +373,9 @@ TEST(ReferenceRgbToYuv, OddEdges) {
 
 TEST(ReferenceRgbToYuv, ZeroSizesWriteNothing) {
     const Bytes from(16, 200);
-    for (const Capture capture : {&KorRGBAToI420_C_, &KorBGRAToI420_C_, &KorARGBToI420_C_, &KorABGRToI420_C_,
-                                  &KorBGRAToI444_C_, &KorBGRAToI420UsingBT709_C_, &KorBGRAToI444UsingBT709_C_,
-                                  &KorRawToI420_C_, &Kor24BGToI420_C_}) {
+    for (const Capture capture :
+         {&KorRGBAToI420_C_, &KorBGRAToI420_C_, &KorARGBToI420_C_, &KorABGRToI420_C_, &KorBGRAToI444_C_,
+          &KorBGRAToI420UsingBT709_C_, &KorBGRAToI444UsingBT709_C_, &KorRawToI420_C_, &Kor24BGToI420_C_}) {
         for (const bool flip : {false, true}) {
             for (const auto& size : {std::pair<KorSizeT, KorSizeT>{0, 1}, {0, 2}, {1, 0}, {2, 0}}) {
                 const Image to = Captured(capture, BlankImage(4, 4, 2, 2), from, 8, size.first, size.second, flip);
@@ -406,9 +402,7 @@ TEST(ReferenceRgbToYuv, I444FlipsUnlikeItsBt709Sibling) {
 }
 
 TEST(ReferenceRgbToYuv, Bt709RepeatsAnOddLastRow) {
-    const Bytes from = Bgra({kWhite, kWhite, kWhite,
-                             kWhite, kWhite, kWhite,
-                             kRed, kRed, kBlue});
+    const Bytes from = Bgra({kWhite, kWhite, kWhite, kWhite, kWhite, kWhite, kRed, kRed, kBlue});
     const Image to = Captured(KorBGRAToI420UsingBT709_C_, BlankImage(4, 4, 2, 2), from, 12, 3, 3);
     EXPECT_EQ(to.y, (Bytes{235, 235, 235, o, 235, 235, 235, o, 62, 62, 31, o, 62, 62, o, o}));
     EXPECT_EQ(to.u, (Bytes{127, 127, 102, 239}));
@@ -427,8 +421,8 @@ TEST(ReferenceRgbToYuv, Bt709RepeatsAnOddLastRow) {
 
 Image GeneralCaptured(const KorInt (&coeffs)[3][3], Image to, const Bytes& from, KorSizeT pitchX, KorSizeT width,
                       KorSizeT height, bool flip = false) {
-    KorBGRAToI420General_C_(to.y.data(), to.pitchY, to.u.data(), to.pitchC, to.v.data(), to.pitchC, from.data(),
-                            pitchX, width, height, flip, coeffs);
+    KorBGRAToI420General_C_(to.y.data(), to.pitchY, to.u.data(), to.pitchC, to.v.data(), to.pitchC, from.data(), pitchX,
+                            width, height, flip, coeffs);
     return to;
 }
 
@@ -451,11 +445,8 @@ TEST(ReferenceRgbToYuv, CallerMatrixAtOddEdges) {
                              {4, 16, 106}, {5, 17, 107}, {6, 18, 108}});
     // clang-format on
     const Image to = GeneralCaptured(coeffs, BlankImage(5, 5, 3, 3), from, 12, 3, 3);
-    EXPECT_EQ(to.y, (Bytes{26, 27, 118, 118, o,
-                           29, 30, 121, 121, o,
-                           122, 123, 34, 34, o,
-                           122, 123, 34, 34, o,
-                           o, o, o, o, o}));
+    EXPECT_EQ(to.y, (Bytes{26, 27, 118, 118, o,  29, 30, 121, 121, o, 122, 123, 34,
+                           34, o,  122, 123, 34, 34, o,  o,   o,   o, o,   o}));
     EXPECT_EQ(to.u, (Bytes{129, 131, o, 133, 134, o, o, o, o}));
     EXPECT_EQ(to.v, (Bytes{228, 232, o, 235, 236, o, o, o, o}));
 
@@ -532,16 +523,10 @@ TEST(ReferenceRgbToYuv, Raw24AveragesConvertedChroma) {
 }
 
 TEST(ReferenceRgbToYuv, Raw24OddEdges) {
-    const Bytes from = Raw({kBlack, kBlack, kRed,
-                            kBlack, kBlack, kBlack,
-                            kBlack, Reddish(104), Reddish(200)});
+    const Bytes from = Raw({kBlack, kBlack, kRed, kBlack, kBlack, kBlack, kBlack, Reddish(104), Reddish(200)});
     const Image to = Captured(KorRawToI420_C_, BlankImage(5, 5, 3, 3), from, 9, 3, 3);
     // The corner repeats the black above it; 104 gives 16 + 26 = 42.
-    EXPECT_EQ(to.y, (Bytes{16, 16, 81, 81, o,
-                           16, 16, 16, 16, o,
-                           16, 42, 16, o, o,
-                           16, 42, o, o, o,
-                           o, o, o, o, o}));
+    EXPECT_EQ(to.y, (Bytes{16, 16, 81, 81, o, 16, 16, 16, 16, o, 16, 42, 16, o, o, 16, 42, o, o, o, o, o, o, o, o}));
     // Right column (-38 + 257) / 2 = 109 and (111 + 257) / 2 = 184; last row (-16 + 257) / 2 = 120 and
     // (45 + 257) / 2 = 151; the corner averages them, a half rounded up.
     EXPECT_EQ(to.u, (Bytes{128, 109, o, 120, 115, o, o, o, o}));
@@ -550,11 +535,8 @@ TEST(ReferenceRgbToYuv, Raw24OddEdges) {
     // Flipped: the last row is the first in memory, and the corner is below a black pixel.
     const Image flipped = Captured(KorRawToI420_C_, BlankImage(5, 5, 3, 3), from, 9, 3, 3, true);
     // 200 gives 16 + 51 = 67.
-    EXPECT_EQ(flipped.y, (Bytes{16, 42, 67, 67, o,
-                                16, 16, 16, 16, o,
-                                16, 16, 16, o, o,
-                                16, 16, o, o, o,
-                                o, o, o, o, o}));
+    EXPECT_EQ(flipped.y,
+              (Bytes{16, 42, 67, 67, o, 16, 16, 16, 16, o, 16, 16, 16, o, o, 16, 16, o, o, o, o, o, o, o, o}));
     // V of 200 is 87 above the middle: (87 + 257) / 2 = 172; the corner (172 + 128 + 1) / 2 = 150.
     // The block (45 + 514) / 4 = 139.
     EXPECT_EQ(flipped.v, (Bytes{139, 172, o, 128, 150, o, o, o, o}));
@@ -612,16 +594,12 @@ TEST(ReferenceYuvToRgb, OddEdgesStay) {
     const Image image = {3, 2, {16, 128, 128, 255, 16, 128, 16, 16, 16}, Bytes(4, 128), Bytes(4, 128)};
     const KorUint8 a = 255;
     EXPECT_EQ(Rendered(KorI420ToBGRA_C_, image, 12, 3, 3, 3),
-              (Bytes{0, 0, 0, a, 130, 130, 130, a, o, o, o, o,
-                     255, 255, 255, a, 0, 0, 0, a, o, o, o, o,
-                     o, o, o, o, o, o, o, o, o, o, o, o}));
+              (Bytes{0, 0, 0, a, 130, 130, 130, a, o, o, o, o, 255, 255, 255, a, 0, 0,
+                     0, a, o, o, o,   o,   o,   o, o, o, o, o, o,   o,   o,   o, o, o}));
     EXPECT_EQ(Rendered(KorI420To24BG_C_, image, 7, 3, 3, 3),
-              (Bytes{0, 0, 0, 130, 130, 130, o,
-                     255, 255, 255, 0, 0, 0, o,
-                     o, o, o, o, o, o, o}));
+              (Bytes{0, 0, 0, 130, 130, 130, o, 255, 255, 255, 0, 0, 0, o, o, o, o, o, o, o, o}));
     for (const Render render : {&KorI420ToRGBA_C_, &KorI420ToBGRA_C_, &KorI420ToARGB_C_, &KorI420ToABGR_C_,
-                                &KorI420ToBGRAUsingBT709_C_, &KorI420To24BG_C_, &KorI420ToYUY2_C_,
-                                &KorI420ToUYVY_C_}) {
+                                &KorI420ToBGRAUsingBT709_C_, &KorI420To24BG_C_, &KorI420ToYUY2_C_, &KorI420ToUYVY_C_}) {
         EXPECT_EQ(Rendered(render, image, 12, 3, 1, 3), Blank(36));
         EXPECT_EQ(Rendered(render, image, 12, 3, 3, 1), Blank(36));
         EXPECT_EQ(Rendered(render, image, 12, 3, 0, 0), Blank(36));
@@ -764,8 +742,8 @@ TEST(ReferenceNoise, I444WalksThreeRasters) {
 TEST(ReferenceNoise, I420RenderersShareTheWalk) {
     const Image image = Uniform(120, 130, 140);
     Image noisy = image;
-    noisy.y = {detail::Clamp(120 + Entry(24)), detail::Clamp(120 + Entry(25)),
-               detail::Clamp(120 + Entry(32)), detail::Clamp(120 + Entry(33))};
+    noisy.y = {detail::Clamp(120 + Entry(24)), detail::Clamp(120 + Entry(25)), detail::Clamp(120 + Entry(32)),
+               detail::Clamp(120 + Entry(33))};
     noisy.u[0] = PlusHalf(130, 33);
     noisy.v[0] = PlusHalf(140, 5001);
     for (const Render render : {&KorI420ToRGBA_C_, &KorI420ToBGRA_C_, &KorI420ToARGB_C_, &KorI420ToABGR_C_,
@@ -780,15 +758,11 @@ TEST(ReferenceNoise, I420RenderersShareTheWalk) {
 
 TEST(ReferencePackedYuv, SplitsAndAverages) {
     // Width 5: two groups; bytes 8 and 9 of each row are never used.
-    const Bytes yuy2 = {1, 255, 2, 0, 3, 10, 4, 20, 99, 99,
-                        5, 254, 6, 1, 7, 12, 8, 21, 99, 99,
-                        9, 40, 10, 50, 11, 41, 12, 51, 99, 99};
+    const Bytes yuy2 = {1,  255, 2,  0,  3,  10, 4,  20, 99, 99, 5,  254, 6,  1,  7,
+                        12, 8,   21, 99, 99, 9,  40, 10, 50, 11, 41, 12,  51, 99, 99};
     const Image to = Captured(KorYUY2ToI420_C_, BlankImage(6, 5, 3, 2), yuy2, 10, 5, 3);
-    EXPECT_EQ(to.y, (Bytes{1, 2, 3, 4, o, o,
-                           5, 6, 7, 8, o, o,
-                           9, 10, 11, 12, o, o,
-                           9, 10, 11, 12, o, o,
-                           o, o, o, o, o, o}));
+    EXPECT_EQ(to.y,
+              (Bytes{1, 2, 3, 4, o, o, 5, 6, 7, 8, o, o, 9, 10, 11, 12, o, o, 9, 10, 11, 12, o, o, o, o, o, o, o, o}));
     EXPECT_EQ(to.u, (Bytes{255, 11, o, 40, 41, o}));
     EXPECT_EQ(to.v, (Bytes{1, 21, o, 50, 51, o}));
 
@@ -820,10 +794,8 @@ TEST(ReferencePackedYuv, UyvyDiffersInByteOrderOnly) {
 
 TEST(ReferencePackedYuv, PacksRepeatingChroma) {
     const Image image = {3, 2, {1, 2, 99, 3, 4, 99, 98, 98, 98}, {10, 99, 98, 98}, {20, 99, 98, 98}};
-    EXPECT_EQ(Rendered(KorI420ToYUY2_C_, image, 5, 3, 3, 3),
-              (Bytes{1, 10, 2, 20, o, 3, 10, 4, 20, o, o, o, o, o, o}));
-    EXPECT_EQ(Rendered(KorI420ToUYVY_C_, image, 5, 3, 3, 3),
-              (Bytes{10, 1, 20, 2, o, 10, 3, 20, 4, o, o, o, o, o, o}));
+    EXPECT_EQ(Rendered(KorI420ToYUY2_C_, image, 5, 3, 3, 3), (Bytes{1, 10, 2, 20, o, 3, 10, 4, 20, o, o, o, o, o, o}));
+    EXPECT_EQ(Rendered(KorI420ToUYVY_C_, image, 5, 3, 3, 3), (Bytes{10, 1, 20, 2, o, 10, 3, 20, 4, o, o, o, o, o, o}));
 }
 
 // Width 6: strides of 8 for luma and chroma, and all three starts lose their low bits.
@@ -844,8 +816,7 @@ TEST(ReferencePackedYuv, PacksWithNoise) {
 
 TEST(ReferencePackedYuv, Yuv2ToI420) {
     // Luma 0, 255, 128 and 64; U -128 twice, V 127 twice; then U 1 over -1 and V 10 over 20.
-    const Bytes yuv2 = {0, 0x80, 255, 0x7f, 0, 1, 0, 10,
-                        128, 0x80, 64, 0x7f, 0, 255, 0, 20};
+    const Bytes yuv2 = {0, 0x80, 255, 0x7f, 0, 1, 0, 10, 128, 0x80, 64, 0x7f, 0, 255, 0, 20};
     const Image to = Captured(KorYuv2ToI420_C_, BlankImage(4, 3, 2, 1), yuv2, 8, 4, 2);
     EXPECT_EQ(to.y, (Bytes{16, 235, 16, 16, 126, 71, 16, 16, o, o, o, o}));
     EXPECT_EQ(to.u, (Bytes{15, 128}));
@@ -904,8 +875,8 @@ TEST(ReferencePackedYuv, I420ToYuv2) {
         return x;
     };
     const Image image = {6, 3, {0, 1, 2, 3, 4, 5, 255, 6, 7, 8, 9, 10}, {128, 16, 240}, {15, 241, 128}};
-    EXPECT_EQ(packed(image, 12, 2, 6, 2), (Bytes{0, 0, 1, 127, 2, 129, 3, 128, 4, 126, 5, 0,
-                                                 255, 0, 6, 127, 7, 129, 8, 128, 9, 126, 10, 0}));
+    EXPECT_EQ(packed(image, 12, 2, 6, 2),
+              (Bytes{0, 0, 1, 127, 2, 129, 3, 128, 4, 126, 5, 0, 255, 0, 6, 127, 7, 129, 8, 128, 9, 126, 10, 0}));
     EXPECT_EQ(packed(image, 12, 2, 6, 1), Blank(24));
     EXPECT_EQ(packed(image, 12, 2, 1, 2), Blank(24));
 
@@ -914,10 +885,8 @@ TEST(ReferencePackedYuv, I420ToYuv2) {
     for (KorSizeT i = 0; i < 20; ++i) {
         drifting.y[i] = static_cast<KorUint8>(i);
     }
-    EXPECT_EQ(packed(drifting, 8, 4, 3, 5), (Bytes{0, 0, 1, 129, o, o, o, o,
-                                                   4, 0, 5, 129, o, o, 7, 126,
-                                                   8, 0, o, o, o, o, 11, 126,
-                                                   12, 0, o, o, o, o, o, o}));
+    EXPECT_EQ(packed(drifting, 8, 4, 3, 5), (Bytes{0, 0, 1, 129, o, o, o,  o,   4,  0, 5, 129, o, o, 7, 126,
+                                                   8, 0, o, o,   o, o, 11, 126, 12, 0, o, o,   o, o, o, o}));
 }
 
 TEST(ReferencePackedYuv, M420) {
@@ -957,8 +926,7 @@ Image Turned(decltype(&KorYUY2ToI420WithRotation_C_) capture, Image to, const By
 }
 
 TEST(ReferencePackedYuv, TurnsAPairOfRows) {
-    const Bytes yuy2 = {1, 10, 2, 20, 3, 30, 4, 40,
-                        5, 11, 6, 20, 7, 32, 8, 43};
+    const Bytes yuy2 = {1, 10, 2, 20, 3, 30, 4, 40, 5, 11, 6, 20, 7, 32, 8, 43};
     const auto capture = &KorYUY2ToI420WithRotation_C_;
     const Image at0 = Turned(capture, BlankImage(5, 2, 3, 1), yuy2, 8, 4, 2, 0);
     EXPECT_EQ(at0.y, (Bytes{1, 2, 3, 4, o, 5, 6, 7, 8, o}));
@@ -990,9 +958,7 @@ TEST(ReferencePackedYuv, TurnsAPairOfRows) {
 }
 
 TEST(ReferencePackedYuv, TurnsAnOddHeightPadded) {
-    const Bytes yuy2 = {1, 10, 2, 20,
-                        3, 12, 4, 22,
-                        5, 30, 6, 40};
+    const Bytes yuy2 = {1, 10, 2, 20, 3, 12, 4, 22, 5, 30, 6, 40};
     const auto capture = &KorYUY2ToI420WithRotation_C_;
     const Image at0 = Turned(capture, BlankImage(2, 4, 1, 2), yuy2, 4, 2, 3, 0);
     EXPECT_EQ(at0.y, (Bytes{1, 2, 3, 4, 5, 6, 5, 6}));
@@ -1018,8 +984,7 @@ TEST(ReferencePackedYuv, TurnsAnOddHeightPadded) {
     EXPECT_EQ(row.u, (Bytes{10}));
     for (const KorImageRotationDegree degree : {0U, 90U, 180U, 270U}) {
         for (const auto& size : {std::pair<KorSizeT, KorSizeT>{1, 1}, {1, 2}, {2, 0}, {0, 3}}) {
-            const Image none =
-                Turned(capture, BlankImage(2, 2, 1, 1), yuy2, 4, size.first, size.second, degree, true);
+            const Image none = Turned(capture, BlankImage(2, 2, 1, 1), yuy2, 4, size.first, size.second, degree, true);
             EXPECT_EQ(none.y, Blank(4));
             EXPECT_EQ(none.u, Blank(1));
         }
@@ -1109,8 +1074,8 @@ TEST(ReferenceDither, RandomOffsets) {
     kit::ScriptedRandom::ServeScript({16385, 5, 49157});  // all 16 bits count, modulo the table: 1, 5 and 5
     const Image to = Dithered(image, 2, 2, KOR_VIDEOFRAMEDITHERLEVEL_2, true);
     EXPECT_EQ(kit::ScriptedRandom::Draws(), std::vector<std::size_t>(3, 2));
-    EXPECT_EQ(to.y, (Bytes{detail::Clamp(120 + Entry(1)), detail::Clamp(120 + Entry(2)),
-                           detail::Clamp(120 + Entry(3)), detail::Clamp(120 + Entry(4))}));
+    EXPECT_EQ(to.y, (Bytes{detail::Clamp(120 + Entry(1)), detail::Clamp(120 + Entry(2)), detail::Clamp(120 + Entry(3)),
+                           detail::Clamp(120 + Entry(4))}));
     EXPECT_EQ(to.u, (Bytes{PlusHalf(130, 5)}));
     EXPECT_EQ(to.v, (Bytes{PlusHalf(140, 5)}));
 
@@ -1169,10 +1134,8 @@ TEST(ReferenceBlend, PlacesChromaRoundedDownInSizeRoundedUp) {
     const Image foreground = {3, 2, {1, 2, 3, 4, 5, 6, 7, 8, 9}, {11, 12, 13, 14}, {21, 22, 23, 24}};
     KorI420AlphaBlend_C_(background.y.data(), 8, background.u.data(), 4, background.v.data(), 4, foreground.y.data(), 3,
                          foreground.u.data(), 2, foreground.v.data(), 2, 3, 3, 5, 1, 255);
-    EXPECT_EQ(background.y, (Bytes{o, o, o, o, o, o, o, o,
-                                   o, o, o, o, o, 1, 2, 3,
-                                   o, o, o, o, o, 4, 5, 6,
-                                   o, o, o, o, o, 7, 8, 9}));
+    EXPECT_EQ(background.y,
+              (Bytes{o, o, o, o, o, o, o, o, o, o, o, o, o, 1, 2, 3, o, o, o, o, o, 4, 5, 6, o, o, o, o, o, 7, 8, 9}));
     EXPECT_EQ(background.u, (Bytes{o, o, 11, 12, o, o, 13, 14}));
     EXPECT_EQ(background.v, (Bytes{o, o, 21, 22, o, o, 23, 24}));
 

@@ -40,8 +40,7 @@ constexpr PixelFormat kBgr24 = {3, 2, 1, 0};
 
 Rgb PixelInMemory(const KorUint8* x, KorSizeT pitchX, PixelFormat format, Number column, Number row) {
     const Number first = column * format.size;
-    return {At(x, pitchX, first + format.red, row),
-            At(x, pitchX, first + format.green, row),
+    return {At(x, pitchX, first + format.red, row), At(x, pitchX, first + format.green, row),
             At(x, pitchX, first + format.blue, row)};
 }
 
@@ -116,33 +115,28 @@ void StoreI444(PlanesOut to, Number column, Number row, Yuv pixel) {
 
 }  // namespace
 
-void KorRGBAToI420_C_(
-    KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
-    const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip) {
+void KorRGBAToI420_C_(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
+                      const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip) {
     ToI420({y, pitchY, u, pitchU, v, pitchV}, {x, pitchX, kRgba, width, height, flip}, Bt601);
 }
 
-void KorBGRAToI420_C_(
-    KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
-    const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip) {
+void KorBGRAToI420_C_(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
+                      const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip) {
     ToI420({y, pitchY, u, pitchU, v, pitchV}, {x, pitchX, kBgra, width, height, flip}, Bt601);
 }
 
-void KorARGBToI420_C_(
-    KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
-    const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip) {
+void KorARGBToI420_C_(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
+                      const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip) {
     ToI420({y, pitchY, u, pitchU, v, pitchV}, {x, pitchX, kArgb, width, height, flip}, Bt601);
 }
 
-void KorABGRToI420_C_(
-    KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
-    const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip) {
+void KorABGRToI420_C_(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
+                      const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip) {
     ToI420({y, pitchY, u, pitchU, v, pitchV}, {x, pitchX, kAbgr, width, height, flip}, Bt601);
 }
 
-void KorBGRAToI444_C_(
-    KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
-    const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip) {
+void KorBGRAToI444_C_(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
+                      const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip) {
     for (Number row = 0; row < Signed(height); ++row) {
         for (Number column = 0; column < Signed(width); ++column) {
             const Rgb pixel = PixelInMemory(x, pitchX, kBgra, column, SourceRow(row, height, flip));
@@ -151,9 +145,9 @@ void KorBGRAToI444_C_(
     }
 }
 
-void KorBGRAToI420UsingBT709_C_(
-    KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
-    const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip) {
+void KorBGRAToI420UsingBT709_C_(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v,
+                                KorSizeT pitchV, const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height,
+                                KorBool flip) {
     const Picture from = {x, pitchX, kBgra, width, height, flip};
     ToI420({y, pitchY, u, pitchU, v, pitchV}, from, Bt709);
 
@@ -166,9 +160,9 @@ void KorBGRAToI420UsingBT709_C_(
     }
 }
 
-void KorBGRAToI444UsingBT709_C_(
-    KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
-    const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip) {
+void KorBGRAToI444UsingBT709_C_(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v,
+                                KorSizeT pitchV, const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height,
+                                KorBool flip) {
     for (Number row = 0; row < Signed(height); ++row) {
         // Deliberate: flip starts at the last row and walks down from there, past the end of the image.
         const Number sourceRow = row + (flip != 0 ? Signed(height) - 1 : 0);
@@ -214,9 +208,9 @@ class CallerMatrix {
 }  // namespace
 
 // Each sample is computed and written before the next is computed, in this order.
-void KorBGRAToI420General_C_(
-    KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
-    const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip, const KorInt (*coeffs)[3]) {
+void KorBGRAToI420General_C_(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
+                             const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip,
+                             const KorInt (*coeffs)[3]) {
     const Picture from = {x, pitchX, kBgra, width, height, flip};
     const CallerMatrix matrix(coeffs);
     const Number widthC = Signed(width / 2);
@@ -392,18 +386,16 @@ void Image24ToI420(PlanesOut to, const Image24& from, Number width, Number heigh
 
 }  // namespace
 
-void KorRawToI420_C_(
-    KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
-    const KorUint8* rgb, KorSizeT pitchRgb, KorSizeT width, KorSizeT height, KorBool flip) {
-    Image24ToI420({y, pitchY, u, pitchU, v, pitchV}, Image24(rgb, pitchRgb, kRgb24, width, height, flip),
-                  Signed(width), Signed(height));
+void KorRawToI420_C_(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
+                     const KorUint8* rgb, KorSizeT pitchRgb, KorSizeT width, KorSizeT height, KorBool flip) {
+    Image24ToI420({y, pitchY, u, pitchU, v, pitchV}, Image24(rgb, pitchRgb, kRgb24, width, height, flip), Signed(width),
+                  Signed(height));
 }
 
-void Kor24BGToI420_C_(
-    KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
-    const KorUint8* bgr, KorSizeT pitchBgr, KorSizeT width, KorSizeT height, KorBool flip) {
-    Image24ToI420({y, pitchY, u, pitchU, v, pitchV}, Image24(bgr, pitchBgr, kBgr24, width, height, flip),
-                  Signed(width), Signed(height));
+void Kor24BGToI420_C_(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
+                      const KorUint8* bgr, KorSizeT pitchBgr, KorSizeT width, KorSizeT height, KorBool flip) {
+    Image24ToI420({y, pitchY, u, pitchU, v, pitchV}, Image24(bgr, pitchBgr, kBgr24, width, height, flip), Signed(width),
+                  Signed(height));
 }
 
 }  // namespace reference

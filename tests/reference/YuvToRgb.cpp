@@ -80,8 +80,7 @@ struct CallerMatrix {
     Rgb operator()(Number y, Number u, Number v) const {
         // Deliberate: all three channels use the luma multiplier of red, and the product is not rounded.
         const Number yY = FloorDivide(Wrap32(y * coeffs[0][0]), 256);
-        return {Clamp(yY + ChannelTerm(coeffs[0], u, v)),
-                Clamp(yY + ChannelTerm(coeffs[1], u, v)),
+        return {Clamp(yY + ChannelTerm(coeffs[0], u, v)), Clamp(yY + ChannelTerm(coeffs[1], u, v)),
                 Clamp(yY + ChannelTerm(coeffs[2], u, v))};
     }
 
@@ -96,8 +95,8 @@ struct CallerMatrix {
 // raster as wide as the image rounded up to a multiple of eight; chroma noise runs on from block to block and from one
 // row of blocks to the next.
 template <typename Matrix>
-void RenderI420(
-    PlanesIn from, const Screen& to, KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel level, Matrix matrix) {
+void RenderI420(PlanesIn from, const Screen& to, KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel level,
+                Matrix matrix) {
     const NoiseStart start = DrawNoiseStart(level, kAnyStart);
     const KorSizeT widthC = width / 2;
     const KorSizeT heightC = height / 2;
@@ -117,8 +116,8 @@ void RenderI420(
 
 // Renders every pixel. The noise of all three planes is a raster of the same width.
 template <typename Matrix>
-void RenderI444(
-    PlanesIn from, const Screen& to, KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel level, Matrix matrix) {
+void RenderI444(PlanesIn from, const Screen& to, KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel level,
+                Matrix matrix) {
     const NoiseStart start = DrawNoiseStart(level, kAnyStart);
     for (KorSizeT row = 0; row < height; ++row) {
         for (KorSizeT column = 0; column < width; ++column) {
@@ -135,59 +134,58 @@ void RenderI444(
 
 }  // namespace
 
-void KorI420ToRGBA_C_(
-    const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v, KorSizeT pitchV,
-    KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
+void KorI420ToRGBA_C_(const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v,
+                      KorSizeT pitchV, KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height,
+                      KorVideoFrameDitherLevel ditherLevel) {
     RenderI420({y, pitchY, u, pitchU, v, pitchV}, {x, pitchX, kRgba}, width, height, ditherLevel, Bt601);
 }
 
-void KorI420ToBGRA_C_(
-    const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v, KorSizeT pitchV,
-    KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
+void KorI420ToBGRA_C_(const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v,
+                      KorSizeT pitchV, KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height,
+                      KorVideoFrameDitherLevel ditherLevel) {
     RenderI420({y, pitchY, u, pitchU, v, pitchV}, {x, pitchX, kBgra}, width, height, ditherLevel, Bt601);
 }
 
-void KorI420ToARGB_C_(
-    const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v, KorSizeT pitchV,
-    KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
+void KorI420ToARGB_C_(const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v,
+                      KorSizeT pitchV, KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height,
+                      KorVideoFrameDitherLevel ditherLevel) {
     RenderI420({y, pitchY, u, pitchU, v, pitchV}, {x, pitchX, kArgb}, width, height, ditherLevel, Bt601);
 }
 
-void KorI420ToABGR_C_(
-    const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v, KorSizeT pitchV,
-    KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
+void KorI420ToABGR_C_(const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v,
+                      KorSizeT pitchV, KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height,
+                      KorVideoFrameDitherLevel ditherLevel) {
     RenderI420({y, pitchY, u, pitchU, v, pitchV}, {x, pitchX, kAbgr}, width, height, ditherLevel, Bt601);
 }
 
-void KorI444ToBGRA_C_(
-    const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v, KorSizeT pitchV,
-    KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
+void KorI444ToBGRA_C_(const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v,
+                      KorSizeT pitchV, KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height,
+                      KorVideoFrameDitherLevel ditherLevel) {
     RenderI444({y, pitchY, u, pitchU, v, pitchV}, {x, pitchX, kBgra}, width, height, ditherLevel, Bt601);
 }
 
-void KorI444ToBGRAUsingBT709_C_(
-    const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v, KorSizeT pitchV,
-    KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
+void KorI444ToBGRAUsingBT709_C_(const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU,
+                                const KorUint8* v, KorSizeT pitchV, KorUint8* x, KorSizeT pitchX, KorSizeT width,
+                                KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
     RenderI444({y, pitchY, u, pitchU, v, pitchV}, {x, pitchX, kBgra}, width, height, ditherLevel, Bt709);
 }
 
-void KorI420ToBGRAUsingBT709_C_(
-    const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v, KorSizeT pitchV,
-    KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
+void KorI420ToBGRAUsingBT709_C_(const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU,
+                                const KorUint8* v, KorSizeT pitchV, KorUint8* x, KorSizeT pitchX, KorSizeT width,
+                                KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
     RenderI420({y, pitchY, u, pitchU, v, pitchV}, {x, pitchX, kBgra}, width, height, ditherLevel, Bt709);
 }
 
-void KorI420ToBGRAGeneral_C_(
-    const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v, KorSizeT pitchV,
-    KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, const KorInt (*coeffs)[3],
-    KorVideoFrameDitherLevel ditherLevel) {
+void KorI420ToBGRAGeneral_C_(const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v,
+                             KorSizeT pitchV, KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height,
+                             const KorInt (*coeffs)[3], KorVideoFrameDitherLevel ditherLevel) {
     const CallerMatrix matrix = {coeffs};
     RenderI420({y, pitchY, u, pitchU, v, pitchV}, {x, pitchX, kBgra}, width, height, ditherLevel, matrix);
 }
 
-void KorI420To24BG_C_(
-    const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v, KorSizeT pitchV,
-    KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
+void KorI420To24BG_C_(const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v,
+                      KorSizeT pitchV, KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height,
+                      KorVideoFrameDitherLevel ditherLevel) {
     RenderI420({y, pitchY, u, pitchU, v, pitchV}, {x, pitchX, kBgr24}, width, height, ditherLevel, Bt601);
 }
 

@@ -12,8 +12,7 @@ namespace {
 struct AllPairs {
     std::vector<KorUint8> background, foreground;
 
-    AllPairs()
-        : background(65536), foreground(65536) {
+    AllPairs() : background(65536), foreground(65536) {
         for (std::size_t i = 0; i < 65536; ++i) {
             background[i] = static_cast<KorUint8>(i / 256);
             foreground[i] = static_cast<KorUint8>(i % 256);

@@ -65,11 +65,8 @@ TEST(BgraToI420Bt709, WhiteBlackAndPrimariesHaveTheirValues) {
         unsigned colour;
         std::uint8_t y, u, v;
     } rows[] = {
-        {0xffffff, 235, 127, 128},
-        {0x000000, 16, 128, 128},
-        {0xff0000, 62, 102, 239},
-        {0x00ff00, 172, 41, 26},
-        {0x0000ff, 31, 239, 118},
+        {0xffffff, 235, 127, 128}, {0x000000, 16, 128, 128}, {0xff0000, 62, 102, 239},
+        {0x00ff00, 172, 41, 26},   {0x0000ff, 31, 239, 118},
     };
     for (const auto& row : rows) {
         const I420Frame to(2, 2);
@@ -165,7 +162,7 @@ TEST(BgraToI420General, EachCoefficientHasItsPlace) {
             const auto sample = [&](std::size_t plane, int offset) {
                 return static_cast<std::uint8_t>(offset + (plane == row ? channels[column] : 0));
             };
-            const Bytes expected{sample(0, 16), sample(0, 16), sample(0, 16),
+            const Bytes expected{sample(0, 16), sample(0, 16),  sample(0, 16),
                                  sample(0, 16), sample(1, 128), sample(2, 128)};
             EXPECT_EQ(to.Samples(), expected) << row << ", " << column;
         }

@@ -11,8 +11,9 @@
 namespace {
 
 bool WritesNothing(const kit::Layout& layout) {
-    return std::all_of(layout.planes.begin(), layout.planes.begin() + layout.count,
-                       [](const kit::PlaneUse& plane) { return plane.access == kit::Access::Read || plane.shape.Empty(); });
+    return std::all_of(layout.planes.begin(), layout.planes.begin() + layout.count, [](const kit::PlaneUse& plane) {
+        return plane.access == kit::Access::Read || plane.shape.Empty();
+    });
 }
 
 TEST(EmptySizes, NoRowIsLocatedAndNoneIsCounted) {

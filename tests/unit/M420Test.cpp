@@ -76,7 +76,8 @@ TEST(M420ToI420, OneColumnNeedsNoChromaPlanes) {
     const Plane y(Shape(1, 4));
     const Plane m420 = Counting(2, 2);
     const kit::PlaneView none = kit::OutOfReach();
-    KorM420ToI420_C_(y.data(), y.pitch(), none.data, none.pitch, none.data, none.pitch, m420.data(), m420.pitch(), 1, 4, 0);
+    KorM420ToI420_C_(y.data(), y.pitch(), none.data, none.pitch, none.data, none.pitch, m420.data(), m420.pitch(), 1, 4,
+                     0);
     EXPECT_EQ(y.Samples(), (Bytes{0, 1, 2, 3}));
 }
 

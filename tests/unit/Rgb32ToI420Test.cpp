@@ -75,11 +75,8 @@ TEST_P(Rgb32ToI420, WhiteBlackAndPrimariesHaveTheirValues) {
         Rgb colour;
         std::uint8_t y, u, v;
     } rows[] = {
-        {{255, 255, 255}, 235, 128, 128},
-        {{0, 0, 0}, 16, 128, 128},
-        {{255, 0, 0}, 81, 90, 239},
-        {{0, 255, 0}, 143, 54, 34},
-        {{0, 0, 255}, 41, 239, 110},
+        {{255, 255, 255}, 235, 128, 128}, {{0, 0, 0}, 16, 128, 128},   {{255, 0, 0}, 81, 90, 239},
+        {{0, 255, 0}, 143, 54, 34},       {{0, 0, 255}, 41, 239, 110},
     };
     for (const auto& row : rows) {
         EXPECT_EQ(Samples(2, 2, std::vector<Rgb>(4, row.colour)), (Bytes{row.y, row.y, row.y, row.y, row.u, row.v}));
@@ -119,16 +116,9 @@ TEST_P(Rgb32ToI420, LumaIsNotAveraged) {
 
 TEST_P(Rgb32ToI420, ThreeByThreeHasTwoByTwoChroma) {
     const Rgb o{0, 0, 0}, p{64, 0, 0}, q{128, 0, 0}, r{255, 0, 0};
-    const Bytes samples = Samples(3, 3,
-                                  {o, o, p,
-                                   o, o, q,
-                                   p, r, q});
+    const Bytes samples = Samples(3, 3, {o, o, p, o, o, q, p, r, q});
     // Red averages: block 0; right column (64 + 128 + 1) / 2 = 96; bottom row (64 + 255 + 1) / 2 = 160; corner 128.
-    const Bytes expected{16, 16, 32,
-                         16, 16, 49,
-                         32, 81, 49,
-                         128, 113, 104, 109,
-                         128, 170, 198, 184};
+    const Bytes expected{16, 16, 32, 16, 16, 49, 32, 81, 49, 128, 113, 104, 109, 128, 170, 198, 184};
     EXPECT_EQ(samples, expected);
 }
 

@@ -233,8 +233,7 @@ class RenderI420GeneralLimits : public testing::Test {
     static constexpr std::size_t kCount = std::size(kSamples);
     static constexpr std::size_t kPairs = kCount * kCount * kCount;
 
-    RenderI420GeneralLimits()
-        : from_(2 * kPairs, 2), x_(Shape(8 * kPairs, 2)) {
+    RenderI420GeneralLimits() : from_(2 * kPairs, 2), x_(Shape(8 * kPairs, 2)) {
         for (std::size_t i = 0; i < kPairs; ++i) {
             for (const std::size_t row : {0u, 1u}) {
                 from_.y.At(row, 2 * i) = from_.y.At(row, 2 * i + 1) = kSamples[i % kCount];

@@ -16,7 +16,8 @@ int main(void) {
     }
 #ifndef DEFAULT_TABLE
     if (packed[0][0] != 140 || packed[0][2] != 100 || packed[0][1] != 148) {
-        fprintf(stderr, "consumer: expected the program's own noise, found %d, %d, %d\n", packed[0][0], packed[0][2], packed[0][1]);
+        fprintf(stderr, "consumer: expected the program's own noise, found %d, %d, %d\n", packed[0][0], packed[0][2],
+                packed[0][1]);
         return 1;
     }
 #endif
