@@ -55,6 +55,15 @@
 #define KOR_BYTE_LANES
 #endif
 
+// GCC takes the longest vectors that a loop's count fills. Long ones are slow to shuffle, and slow to load what shorter
+// ones have just stored, so the loops concerned work in blocks of a fixed count. This keeps GCC from unrolling such a
+// block before it could be vectorised.
+#if defined(__GNUC__) && !defined(__clang__)
+#define KOR_VECTOR_BLOCK _Pragma("GCC unroll 1")
+#else
+#define KOR_VECTOR_BLOCK KOR_BYTE_LANES
+#endif
+
 namespace {
 
 // Keeps the low eight bits: the store for results that fit anyway, or that wrap by contract.
@@ -120,24 +129,30 @@ constexpr KorUint16 BytePair(KorInt16 first, KorInt16 second) {
     return static_cast<KorUint16>(kBigEndian ? first << 8 | second : second << 8 | first);
 }
 
-// How loops take one byte out of every group: GCC widens reads of single bytes, Clang reads of whole groups as words.
+// How loops take groups of bytes apart and put them together: GCC vectorises single bytes best, Clang groups as words.
 #if defined(__clang__)
-constexpr bool kReadsWords = true;
+constexpr bool kGroupsAsWords = true;
 #else
-constexpr bool kReadsWords = false;
+constexpr bool kGroupsAsWords = false;
 #endif
 
-// The byte at a position in group i, where a group has the size of Word.
+// The byte at a position in group i, where a group has the size of Word. The whole group is read.
 template <class Word, KorSizeT position>
-KOR_INLINE inline KorUint8 ByteOf(const KorUint8* x, KorSizeT i) {
+KOR_INLINE inline KorUint8 ByteOfWord(const KorUint8* x, KorSizeT i) {
     constexpr KorSizeT size = sizeof(Word);
     static_assert(position < size, "inside the group");
-    if constexpr (kReadsWords) {
-        Word word;
-        KorMemCpy(&word, x + size * i, size);
-        return LowByte(word >> 8 * (kBigEndian ? size - 1 - position : position));
+    Word word;
+    KorMemCpy(&word, x + size * i, size);
+    return LowByte(word >> 8 * (kBigEndian ? size - 1 - position : position));
+}
+
+// The same, read the way that suits the compiler.
+template <class Word, KorSizeT position>
+KOR_INLINE inline KorUint8 ByteOf(const KorUint8* x, KorSizeT i) {
+    if constexpr (kGroupsAsWords) {
+        return ByteOfWord<Word, position>(x, i);
     } else {
-        return x[size * i + position];
+        return x[sizeof(Word) * i + position];
     }
 }
 
@@ -182,22 +197,53 @@ KOR_KERNEL void SplitRow(KorUint8* KOR_RESTRICT first, KorUint8* KOR_RESTRICT se
 // n pairs of bytes put together.
 KOR_KERNEL void JoinRow(KorUint8* KOR_RESTRICT dst,
                         const KorUint8* KOR_RESTRICT first, const KorUint8* KOR_RESTRICT second, KorSizeT n) {
+    constexpr KorSizeT block = 32;
+    const KorSizeT whole = kGroupsAsWords ? 0 : n - n % block;
+    for (KorSizeT i = 0; i < whole; i += block) {
+        for (KorSizeT k = 0; k < block; ++k) {
+            dst[2 * (i + k)] = first[i + k];
+            dst[2 * (i + k) + 1] = second[i + k];
+        }
+    }
     KOR_BYTE_LANES
-    for (KorSizeT i = 0; i < n; ++i) {
-        dst[2 * i] = first[i];
-        dst[2 * i + 1] = second[i];
+    for (KorSizeT i = whole; i < n; ++i) {
+        const KorUint16 pair = BytePair(first[i], second[i]);
+        KorMemCpy(dst + 2 * i, &pair, 2);
     }
 }
 
-// A block whose two halves are interleaved: one step of a perfect shuffle. A few of them turn rows into columns and pixels
-// into planes, and a loop of this shape widens where the permutation itself does not.
+// Shuffles on the stack work in blocks of this size, and their bytes are copied in and out in such blocks, so that nothing
+// is loaded longer than it was stored. Clang is left to take a loop whole.
+constexpr KorSizeT kBlock = 16;
+
+constexpr KorSizeT BlockOf(KorSizeT bytes) {
+    return kGroupsAsWords ? bytes : kBlock;
+}
+
+// Interleaves the two halves of an array: one step of a perfect shuffle. A few of them turn rows into columns and pixels
+// into planes, and a loop of this shape is vectorised where the permutation itself is not.
 template <KorSizeT bytes>
 KOR_INLINE inline void InterleaveHalves(KorUint8 (&KOR_RESTRICT to)[bytes], const KorUint8 (&KOR_RESTRICT from)[bytes]) {
     constexpr KorSizeT half = bytes / 2;
-    KOR_BYTE_LANES
-    for (KorSizeT i = 0; i < half; ++i) {
-        to[2 * i] = from[i];
-        to[2 * i + 1] = from[half + i];
+    constexpr KorSizeT block = BlockOf(half);
+    for (KorSizeT i = 0; i < half; i += block) {
+        KOR_VECTOR_BLOCK
+        for (KorSizeT k = 0; k < block; ++k) {
+            to[2 * (i + k)] = from[i + k];
+            to[2 * (i + k) + 1] = from[half + i + k];
+        }
+    }
+}
+
+// The rounded-up averages of the two halves of an array.
+template <KorSizeT half>
+KOR_INLINE inline void AverageHalves(KorUint8 (&KOR_RESTRICT to)[half], const KorUint8 (&KOR_RESTRICT from)[2 * half]) {
+    constexpr KorSizeT block = BlockOf(half);
+    for (KorSizeT i = 0; i < half; i += block) {
+        KOR_VECTOR_BLOCK
+        for (KorSizeT k = 0; k < block; ++k) {
+            to[i + k] = Average(from[i + k], from[half + i + k]);
+        }
     }
 }
 
@@ -612,15 +658,15 @@ template <const RgbLayout& layout>
 KOR_KERNEL void SplitPixels(KorUint8* KOR_RESTRICT r, KorUint8* KOR_RESTRICT g, KorUint8* KOR_RESTRICT b,
                             const KorUint8* KOR_RESTRICT x, KorSizeT n) {
     constexpr bool alphaFirst = layout.ao == 0;
-    const KorSizeT begin = kReadsWords && alphaFirst ? 1 : 0;
-    const KorSizeT end = kReadsWords && !alphaFirst ? n - 1 : n;
+    const KorSizeT begin = kGroupsAsWords && alphaFirst ? 1 : 0;
+    const KorSizeT end = kGroupsAsWords && !alphaFirst ? n - 1 : n;
     KOR_BYTE_LANES
     for (KorSizeT i = begin; i < end; ++i) {
         r[i] = ByteOf<KorUint, layout.ro>(x, i);
         g[i] = ByteOf<KorUint, layout.go>(x, i);
         b[i] = ByteOf<KorUint, layout.bo>(x, i);
     }
-    if constexpr (kReadsWords) {
+    if constexpr (kGroupsAsWords) {
         const KorSizeT edge = alphaFirst ? 0 : n - 1;
         r[edge] = x[4 * edge + layout.ro];
         g[edge] = x[4 * edge + layout.go];
@@ -842,15 +888,19 @@ KOR_KERNEL void SplitTriples(KorUint8* KOR_RESTRICT first, KorUint8* KOR_RESTRIC
     const KorSizeT whole = n - n % block;
     for (KorSizeT i = 0; i < whole; i += block) {
         KorUint8 pixels[3 * block], planes[3 * block];
-        KorMemCpy(pixels, x + 3 * i, sizeof pixels);
+        for (KorSizeT k = 0; k < sizeof pixels; k += kBlock) {
+            KorMemCpy(pixels + k, x + 3 * i + k, kBlock);
+        }
         InterleaveHalves(planes, pixels);
         InterleaveHalves(pixels, planes);
         InterleaveHalves(planes, pixels);
         InterleaveHalves(pixels, planes);
         InterleaveHalves(planes, pixels);
-        KorMemCpy(first + i, planes, block);
-        KorMemCpy(second + i, planes + block, block);
-        KorMemCpy(third + i, planes + 2 * block, block);
+        for (KorSizeT k = 0; k < block; k += kBlock) {
+            KorMemCpy(first + i + k, planes + k, kBlock);
+            KorMemCpy(second + i + k, planes + block + k, kBlock);
+            KorMemCpy(third + i + k, planes + 2 * block + k, kBlock);
+        }
     }
     for (KorSizeT i = whole; i < n; ++i) {
         first[i] = x[3 * i];
@@ -1623,14 +1673,15 @@ void PackedToI420(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, Ko
     }
 }
 
-// TakeLuma and AverageChroma in reverse order.
+// TakeLuma in reverse order. Reading words, GCC needs no scalar loop at the end of a fixed count, as it does where the
+// last byte read is not the last of a group.
 template <const PackedLayout& layout>
 KOR_KERNEL void TakeLumaReversed(KorUint8* KOR_RESTRICT y, const KorUint8* KOR_RESTRICT x, KorSizeT n) {
     Run luma;
     for (; n >= kRun; n -= kRun, x += 2 * kRun) {
         KOR_BYTE_LANES
         for (KorSizeT k = 0; k < kRun; ++k) {
-            luma[k] = ByteOf<KorUint16, layout.y>(x, k);
+            luma[k] = ByteOfWord<KorUint16, layout.y>(x, k);
         }
         ReverseRun(y + (n - kRun), luma);
     }
@@ -1683,9 +1734,7 @@ void TurnRowPairs(TurnedPlane y, TurnedPlane u, TurnedPlane v, SourceRows rows, 
         TransposedTile tile;
         KorUint8 means[half];
         tile.Load(rows, i, j, w, h, y.row > 0);
-        for (KorSizeT k = 0; k < half; ++k) {
-            means[k] = Average(tile.halves[k], tile.halves[half + k]);
-        }
+        AverageHalves(means, tile.halves);
         StoreColumns(y, i / 2, j, tile.columns + layout.y * kTile, 2 * kTile, w / 2, h);
         StoreColumns(u, i / 4, j / 2, means + layout.u * kTile / 2, 2 * kTile, w / 4, h / 2);
         StoreColumns(v, i / 4, j / 2, means + layout.v * kTile / 2, 2 * kTile, w / 4, h / 2);
