@@ -589,7 +589,7 @@ struct RgbRun {
     Run r, g, b;
 };
 
-// The bytes of a 32-bit pixel that hold red, green, blue and alpha.
+// The bytes of a 32-bit pixel that hold red, green, blue and alpha. A 24-bit pixel is one without its last byte, alpha.
 struct RgbLayout {
     KorSizeT ro, go, bo, ao;
 };
@@ -761,9 +761,10 @@ struct Rgb {
     KorUint8 r, g, b;
 };
 
-Rgb BgraPixel(const KorUint8* row, KorSizeT column) {
+template <const RgbLayout& layout>
+Rgb Pixel(const KorUint8* row, KorSizeT column) {
     const KorUint8* x = row + 4 * column;
-    return {x[kBgra.ro], x[kBgra.go], x[kBgra.bo]};
+    return {x[layout.ro], x[layout.go], x[layout.bo]};
 }
 
 constexpr Rgb Average(Rgb a, Rgb b) {
@@ -791,6 +792,7 @@ void WriteCorner(Plane y, KorSizeT width, KorSizeT height, KorUint8 corner) {
 
 // The conversion for coefficients that share memory with no destination: the common kernels, and what differs at the odd
 // edges. The passes keep their order: row pairs, odd column, odd row, corner.
+template <const RgbLayout& layout>
 void CaptureGeneral(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorSizeT height, const KorInt (*coeffs)[3]) {
     RgbToYuvMatrix matrix;
     KorMemCpy(&matrix, coeffs, sizeof matrix);
@@ -800,24 +802,25 @@ void CaptureGeneral(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, 
     const CallerMatrix caller = {coeffs};
     const KorSizeT width2 = width & ~KorSizeT{1};
     const KorSizeT height2 = height & ~KorSizeT{1};
-    XXXXToI420_C_<kBgra>(y, u, v, rows, width, height2, matrix);
+    XXXXToI420_C_<layout>(y, u, v, rows, width, height2, matrix);
     if (IsOdd(width)) {
         for (KorSizeT row = 0; row < height2; ++row) {
             KorUint8* last = y.Row(row) + width2;
-            last[0] = last[1] = caller.EdgeY(BgraPixel(rows.Row(row), width2));
+            last[0] = last[1] = caller.EdgeY(Pixel<layout>(rows.Row(row), width2));
         }
     }
     if (IsOdd(height)) {
-        CaptureLoneRow<kBgra>(y.Row(height2), u.Row(height2 / 2), v.Row(height2 / 2), rows.Row(height2), width, edge);
+        CaptureLoneRow<layout>(y.Row(height2), u.Row(height2 / 2), v.Row(height2 / 2), rows.Row(height2), width, edge);
         KorMemCpy(y.Row(height), y.Row(height2), width2);
     }
     if (IsOdd(width) && IsOdd(height)) {
-        WriteCorner(y, width, height, caller.Y(BgraPixel(rows.Row(height2), width2)));
+        WriteCorner(y, width, height, caller.Y(Pixel<layout>(rows.Row(height2), width2)));
     }
 }
 
 // The same, one sample at a time and in the order of the passes, for coefficients that lie inside a destination plane:
 // every sample takes them as the samples before it left them.
+template <const RgbLayout& layout>
 void CaptureGeneralOverlapping(Plane y, Plane u, Plane v, SourceRows rows,
                                KorSizeT width, KorSizeT height, const KorInt (*coeffs)[3]) {
     const CallerMatrix matrix = {coeffs};
@@ -827,10 +830,10 @@ void CaptureGeneralOverlapping(Plane y, Plane u, Plane v, SourceRows rows,
     const KorSizeT height2 = 2 * heightC;
     for (KorSizeT i = 0; i < heightC; ++i) {
         for (KorSizeT j = 0; j < widthC; ++j) {
-            const Rgb p0 = BgraPixel(rows.Row(2 * i), 2 * j);
-            const Rgb p1 = BgraPixel(rows.Row(2 * i), 2 * j + 1);
-            const Rgb p2 = BgraPixel(rows.Row(2 * i + 1), 2 * j);
-            const Rgb p3 = BgraPixel(rows.Row(2 * i + 1), 2 * j + 1);
+            const Rgb p0 = Pixel<layout>(rows.Row(2 * i), 2 * j);
+            const Rgb p1 = Pixel<layout>(rows.Row(2 * i), 2 * j + 1);
+            const Rgb p2 = Pixel<layout>(rows.Row(2 * i + 1), 2 * j);
+            const Rgb p3 = Pixel<layout>(rows.Row(2 * i + 1), 2 * j + 1);
             y.Row(2 * i)[2 * j] = matrix.Y(p0);
             y.Row(2 * i)[2 * j + 1] = matrix.Y(p1);
             y.Row(2 * i + 1)[2 * j] = matrix.Y(p2);
@@ -842,8 +845,8 @@ void CaptureGeneralOverlapping(Plane y, Plane u, Plane v, SourceRows rows,
     }
     if (IsOdd(width)) {
         for (KorSizeT i = 0; i < heightC; ++i) {
-            const Rgb p0 = BgraPixel(rows.Row(2 * i), width2);
-            const Rgb p2 = BgraPixel(rows.Row(2 * i + 1), width2);
+            const Rgb p0 = Pixel<layout>(rows.Row(2 * i), width2);
+            const Rgb p2 = Pixel<layout>(rows.Row(2 * i + 1), width2);
             KorUint8* y0 = y.Row(2 * i) + width2;
             KorUint8* y1 = y.Row(2 * i + 1) + width2;
             y0[0] = y0[1] = matrix.EdgeY(p0);
@@ -855,8 +858,8 @@ void CaptureGeneralOverlapping(Plane y, Plane u, Plane v, SourceRows rows,
     if (IsOdd(height)) {
         const KorUint8* x = rows.Row(height2);
         for (KorSizeT j = 0; j < widthC; ++j) {
-            const Rgb p0 = BgraPixel(x, 2 * j);
-            const Rgb p1 = BgraPixel(x, 2 * j + 1);
+            const Rgb p0 = Pixel<layout>(x, 2 * j);
+            const Rgb p1 = Pixel<layout>(x, 2 * j + 1);
             y.Row(height2)[2 * j] = y.Row(height)[2 * j] = matrix.EdgeY(p0);
             y.Row(height2)[2 * j + 1] = y.Row(height)[2 * j + 1] = matrix.EdgeY(p1);
             u.Row(heightC)[j] = matrix.U(Average(p0, p1));
@@ -864,7 +867,7 @@ void CaptureGeneralOverlapping(Plane y, Plane u, Plane v, SourceRows rows,
         }
     }
     if (IsOdd(width) && IsOdd(height)) {
-        const Rgb corner = BgraPixel(rows.Row(height2), width2);
+        const Rgb corner = Pixel<layout>(rows.Row(height2), width2);
         WriteCorner(y, width, height, matrix.Y(corner));
         u.Row(heightC)[widthC] = matrix.U(corner);
         v.Row(heightC)[widthC] = matrix.V(corner);
@@ -918,17 +921,16 @@ KOR_KERNEL void AverageBlocks(KorUint8* KOR_RESTRICT dst,
     }
 }
 
-// The bytes of a 24-bit pixel: red first or blue first.
-enum class Order24 {
-    Rgb,
-    Bgr,
-};
-
 // The 24-bit captures convert every pixel and average its chroma afterwards.
-void Convert24Bit(KorUint8* y, KorUint8* u, KorUint8* v, const KorUint8* rgb, Order24 order, KorSizeT n) {
+template <const RgbLayout& layout>
+void Convert24Bit(KorUint8* y, KorUint8* u, KorUint8* v, const KorUint8* x, KorSizeT n) {
+    static_assert(layout.ao == 3, "the first three bytes are the pixel");
     RgbRun row;
-    const bool redFirst = order == Order24::Rgb;
-    SplitTriples(redFirst ? row.r : row.b, row.g, redFirst ? row.b : row.r, rgb, n);
+    KorUint8* channels[3];
+    channels[layout.ro] = row.r;
+    channels[layout.go] = row.g;
+    channels[layout.bo] = row.b;
+    SplitTriples(channels[0], channels[1], channels[2], x, n);
     WeighRow(y, row, kBt601Of24Bit.y, kLumaOffset, n);
     WeighRow(u, row, kBt601Of24Bit.u, kChromaOffset, n);
     WeighRow(v, row, kBt601Of24Bit.v, kChromaOffset, n);
@@ -957,12 +959,13 @@ void WriteCornerChroma(Plane plane, KorSizeT widthC, KorSizeT heightC, KorUint8 
     }
 }
 
-void Capture24Bit(Plane y, Plane u, Plane v, const KorUint8* rgb, KorSizeT pitchRgb, Order24 order,
+template <const RgbLayout& layout>
+void Capture24Bit(Plane y, Plane u, Plane v, const KorUint8* x, KorSizeT pitchX,
                   KorSizeT width, KorSizeT height, KorBool flip) {
     if (width == 0 || height == 0) {
         return;
     }
-    const SourceRows rows = ReadingOrder(rgb, pitchRgb, height, flip);
+    const SourceRows rows = ReadingOrder(x, pitchX, height, flip);
     const KorSizeT widthC = width / 2;
     const KorSizeT width2 = 2 * widthC;
     const KorSizeT heightC = height / 2;
@@ -971,8 +974,8 @@ void Capture24Bit(Plane y, Plane u, Plane v, const KorUint8* rgb, KorSizeT pitch
     for (KorSizeT i = 0; i < heightC; ++i) {
         for (KorSizeT start = 0; start < width; start += kRun) {
             const KorSizeT n = Min(kRun, width - start);
-            Convert24Bit(y.Row(2 * i) + start, u0, v0, rows.Row(2 * i) + 3 * start, order, n);
-            Convert24Bit(y.Row(2 * i + 1) + start, u1, v1, rows.Row(2 * i + 1) + 3 * start, order, n);
+            Convert24Bit<layout>(y.Row(2 * i) + start, u0, v0, rows.Row(2 * i) + 3 * start, n);
+            Convert24Bit<layout>(y.Row(2 * i + 1) + start, u1, v1, rows.Row(2 * i + 1) + 3 * start, n);
             ReduceBlocks(u.Row(i) + start / 2, u0, u1, n);
             ReduceBlocks(v.Row(i) + start / 2, v0, v1, n);
         }
@@ -986,7 +989,7 @@ void Capture24Bit(Plane y, Plane u, Plane v, const KorUint8* rgb, KorSizeT pitch
     if (IsOdd(height)) {
         for (KorSizeT start = 0; start < width2; start += kRun) {
             const KorSizeT n = Min(kRun, width2 - start);
-            Convert24Bit(y.Row(height2) + start, u0, v0, rows.Row(height2) + 3 * start, order, n);
+            Convert24Bit<layout>(y.Row(height2) + start, u0, v0, rows.Row(height2) + 3 * start, n);
             AveragePairs(u.Row(heightC) + start / 2, u0, n / 2);
             AveragePairs(v.Row(heightC) + start / 2, v0, n / 2);
         }
@@ -998,7 +1001,7 @@ void Capture24Bit(Plane y, Plane u, Plane v, const KorUint8* rgb, KorSizeT pitch
     if (IsOdd(width) && IsOdd(height)) {
         // Deliberate: the corner repeats the luma above it. Only a picture of one row converts its own.
         KorUint8 yOwn, uOwn, vOwn;
-        Convert24Bit(&yOwn, &uOwn, &vOwn, rows.Row(height2) + 3 * width2, order, 1);
+        Convert24Bit<layout>(&yOwn, &uOwn, &vOwn, rows.Row(height2) + 3 * width2, 1);
         y.Row(height2)[width2] = heightC != 0 ? y.Row(height2 - 1)[width2] : yOwn;
         WriteCornerChroma(u, widthC, heightC, uOwn);
         WriteCornerChroma(v, widthC, heightC, vOwn);
@@ -1109,9 +1112,9 @@ void KorBGRAToI420General_C_(KorUint8* y, KorSizeT pitchY,
     // The luma that is written includes the spare column and row of odd sizes.
     if (Overlap(coeffs, planeY, 2 * widthC, 2 * heightC) || Overlap(coeffs, planeU, widthC, heightC) ||
         Overlap(coeffs, planeV, widthC, heightC)) {
-        CaptureGeneralOverlapping(planeY, planeU, planeV, rows, width, height, coeffs);
+        CaptureGeneralOverlapping<kBgra>(planeY, planeU, planeV, rows, width, height, coeffs);
     } else {
-        CaptureGeneral(planeY, planeU, planeV, rows, width, height, coeffs);
+        CaptureGeneral<kBgra>(planeY, planeU, planeV, rows, width, height, coeffs);
     }
 }
 
@@ -1120,7 +1123,7 @@ void KorRawToI420_C_(KorUint8* y, KorSizeT pitchY,
                      KorUint8* v, KorSizeT pitchV,
                      const KorUint8* rgb, KorSizeT pitchRgb,
                      KorSizeT width, KorSizeT height, KorBool flip) {
-    Capture24Bit({y, pitchY}, {u, pitchU}, {v, pitchV}, rgb, pitchRgb, Order24::Rgb, width, height, flip);
+    Capture24Bit<kRgba>({y, pitchY}, {u, pitchU}, {v, pitchV}, rgb, pitchRgb, width, height, flip);
 }
 
 void Kor24BGToI420_C_(KorUint8* y, KorSizeT pitchY,
@@ -1128,7 +1131,7 @@ void Kor24BGToI420_C_(KorUint8* y, KorSizeT pitchY,
                       KorUint8* v, KorSizeT pitchV,
                       const KorUint8* bgr, KorSizeT pitchBgr,
                       KorSizeT width, KorSizeT height, KorBool flip) {
-    Capture24Bit({y, pitchY}, {u, pitchU}, {v, pitchV}, bgr, pitchBgr, Order24::Bgr, width, height, flip);
+    Capture24Bit<kBgra>({y, pitchY}, {u, pitchU}, {v, pitchV}, bgr, pitchBgr, width, height, flip);
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -1305,8 +1308,14 @@ SourcePlanes Source(ReadPlane y, ReadPlane u, ReadPlane v, KorUint ditherLevel, 
     return planes;
 }
 
-// Hands out an I420 picture in runs of 2 by 2 blocks: write(row, start, y0, y1, u, v, n) gets n columns of the two luma
-// rows from (start, row) on, and their chroma. What is left over of odd sizes is not handed out.
+// n columns of a row pair from (start, row) on: its two luma rows, and the chroma that they share.
+struct BlockRun {
+    KorSizeT row, start;
+    const KorUint8 *y0, *y1, *u, *v;
+    KorSizeT n;
+};
+
+// Calls write(run) for all 2 by 2 blocks of an I420 picture. What is left over of odd sizes is not visited.
 template <class Write>
 void ForEachBlockRun(const SourcePlanes& planes, KorSizeT width, KorSizeT height, Write write) {
     const KorSizeT width2 = width & ~KorSizeT{1};
@@ -1318,9 +1327,9 @@ void ForEachBlockRun(const SourcePlanes& planes, KorSizeT width, KorSizeT height
     for (KorSizeT i = 0; i < heightC; ++i) {
         for (KorSizeT start = 0; start < width2; start += kRun) {
             const KorSizeT n = Min(kRun, width2 - start);
-            write(2 * i, start,
-                  planes.y.Read(y0, 2 * i, start, n), planes.y.Read(y1, 2 * i + 1, start, n),
-                  planes.u.Read(u, i, start / 2, n / 2), planes.v.Read(v, i, start / 2, n / 2), n);
+            write(BlockRun{2 * i, start,
+                           planes.y.Read(y0, 2 * i, start, n), planes.y.Read(y1, 2 * i + 1, start, n),
+                           planes.u.Read(u, i, start / 2, n / 2), planes.v.Read(v, i, start / 2, n / 2), n});
         }
     }
 }
@@ -1447,16 +1456,17 @@ KOR_KERNEL void RenderRow(KorUint8* KOR_RESTRICT x,
     }
 }
 
-// A row of pairs of BGRA pixels in 32-bit arithmetic, for coefficients that do not fit the lanes.
+// A row of pairs of pixels in 32-bit arithmetic, for coefficients that do not fit the lanes.
+template <const RgbLayout& layout>
 KOR_KERNEL void RenderPairsWide(KorUint8* KOR_RESTRICT x,
                                 const KorUint8* KOR_RESTRICT y, const KorUint8* KOR_RESTRICT u, const KorUint8* KOR_RESTRICT v,
                                 const RenderCoefficients& coeffs, KorSizeT n) {
     for (KorSizeT i = 0; i < 2 * n; ++i) {
         const KorInt yY = static_cast<KorInt>(y[i] * static_cast<KorUint>(coeffs.rows[0][0])) >> 8;
-        x[4 * i + kBgra.ro] = KorByteClip(yY + CallerTerm(coeffs.rows[0], u[i / 2], v[i / 2]));
-        x[4 * i + kBgra.go] = KorByteClip(yY + CallerTerm(coeffs.rows[1], u[i / 2], v[i / 2]));
-        x[4 * i + kBgra.bo] = KorByteClip(yY + CallerTerm(coeffs.rows[2], u[i / 2], v[i / 2]));
-        x[4 * i + kBgra.ao] = 255;
+        x[4 * i + layout.ro] = KorByteClip(yY + CallerTerm(coeffs.rows[0], u[i / 2], v[i / 2]));
+        x[4 * i + layout.go] = KorByteClip(yY + CallerTerm(coeffs.rows[1], u[i / 2], v[i / 2]));
+        x[4 * i + layout.bo] = KorByteClip(yY + CallerTerm(coeffs.rows[2], u[i / 2], v[i / 2]));
+        x[4 * i + layout.ao] = 255;
     }
 }
 
@@ -1472,15 +1482,16 @@ KOR_KERNEL void SqueezePixels(KorUint8* KOR_RESTRICT bgr, const KorUint8* KOR_RE
 template <const RgbLayout& layout>
 void I420ToXXXX_C_(const SourcePlanes& planes, Plane x, KorSizeT width, KorSizeT height, const YuvToRgbMatrix& matrix) {
     TermRun pairs, terms;
-    ForEachBlockRun(planes, width, height, [&](KorSizeT row, KorSizeT start, const KorUint8* y0, const KorUint8* y1, const KorUint8* u, const KorUint8* v, KorSizeT n) {
-        WriteTerms(pairs.rR, pairs.gG, pairs.bB, u, v, matrix, n / 2);
-        RepeatTerms(terms, pairs, n / 2);
-        RenderRow<layout>(x.Row(row) + 4 * start, y0, terms.rR, terms.gG, terms.bB, kRenderLuma, n);
-        RenderRow<layout>(x.Row(row + 1) + 4 * start, y1, terms.rR, terms.gG, terms.bB, kRenderLuma, n);
+    ForEachBlockRun(planes, width, height, [&](const BlockRun& run) {
+        WriteTerms(pairs.rR, pairs.gG, pairs.bB, run.u, run.v, matrix, run.n / 2);
+        RepeatTerms(terms, pairs, run.n / 2);
+        RenderRow<layout>(x.Row(run.row) + 4 * run.start, run.y0, terms.rR, terms.gG, terms.bB, kRenderLuma, run.n);
+        RenderRow<layout>(x.Row(run.row + 1) + 4 * run.start, run.y1, terms.rR, terms.gG, terms.bB, kRenderLuma, run.n);
     });
 }
 
-void I444ToBgra(const SourcePlanes& planes, Plane x, KorSizeT width, KorSizeT height, const YuvToRgbMatrix& matrix) {
+template <const RgbLayout& layout>
+void I444ToXXXX_C_(const SourcePlanes& planes, Plane x, KorSizeT width, KorSizeT height, const YuvToRgbMatrix& matrix) {
     if (width == 0) {
         return;
     }
@@ -1493,43 +1504,46 @@ void I444ToBgra(const SourcePlanes& planes, Plane x, KorSizeT width, KorSizeT he
             const KorUint8* u = planes.u.Read(noisyU, row, start, n);
             const KorUint8* v = planes.v.Read(noisyV, row, start, n);
             WriteTerms(terms.rR, terms.gG, terms.bB, u, v, matrix, n);
-            RenderRow<kBgra>(x.Row(row) + 4 * start, y, terms.rR, terms.gG, terms.bB, kRenderLuma, n);
+            RenderRow<layout>(x.Row(row) + 4 * start, y, terms.rR, terms.gG, terms.bB, kRenderLuma, n);
         }
     }
 }
 
-void I420ToBgraGeneral(const SourcePlanes& planes, Plane x, KorSizeT width, KorSizeT height, const RenderCoefficients& matrix) {
+template <const RgbLayout& layout>
+void I420ToXXXXGeneral(const SourcePlanes& planes, Plane x, KorSizeT width, KorSizeT height, const RenderCoefficients& matrix) {
     // Deliberate: row 0 gives the luma multiplier of all three channels; the luma offset comes from each row's own.
     const KorInt lumaMultiplier = matrix.rows[0][0];
     const bool fitsLanes = FitsLanes(matrix);
     TermRun pairs, terms;
-    ForEachBlockRun(planes, width, height, [&](KorSizeT row, KorSizeT start, const KorUint8* y0, const KorUint8* y1, const KorUint8* u, const KorUint8* v, KorSizeT n) {
-        KorUint8* x0 = x.Row(row) + 4 * start;
-        KorUint8* x1 = x.Row(row + 1) + 4 * start;
+    ForEachBlockRun(planes, width, height, [&](const BlockRun& run) {
+        KorUint8* x0 = x.Row(run.row) + 4 * run.start;
+        KorUint8* x1 = x.Row(run.row + 1) + 4 * run.start;
         if (fitsLanes) {
-            WriteCallerTerms(pairs.rR, u, v, matrix.rows[0], n / 2);
-            WriteCallerTerms(pairs.gG, u, v, matrix.rows[1], n / 2);
-            WriteCallerTerms(pairs.bB, u, v, matrix.rows[2], n / 2);
-            RepeatTerms(terms, pairs, n / 2);
-            RenderRow<kBgra>(x0, y0, terms.rR, terms.gG, terms.bB, lumaMultiplier, n);
-            RenderRow<kBgra>(x1, y1, terms.rR, terms.gG, terms.bB, lumaMultiplier, n);
+            WriteCallerTerms(pairs.rR, run.u, run.v, matrix.rows[0], run.n / 2);
+            WriteCallerTerms(pairs.gG, run.u, run.v, matrix.rows[1], run.n / 2);
+            WriteCallerTerms(pairs.bB, run.u, run.v, matrix.rows[2], run.n / 2);
+            RepeatTerms(terms, pairs, run.n / 2);
+            RenderRow<layout>(x0, run.y0, terms.rR, terms.gG, terms.bB, lumaMultiplier, run.n);
+            RenderRow<layout>(x1, run.y1, terms.rR, terms.gG, terms.bB, lumaMultiplier, run.n);
         } else {
-            RenderPairsWide(x0, y0, u, v, matrix, n / 2);
-            RenderPairsWide(x1, y1, u, v, matrix, n / 2);
+            RenderPairsWide<layout>(x0, run.y0, run.u, run.v, matrix, run.n / 2);
+            RenderPairsWide<layout>(x1, run.y1, run.u, run.v, matrix, run.n / 2);
         }
     });
 }
 
+template <const RgbLayout& layout>
 void I420To24Bit(const SourcePlanes& planes, Plane x, KorSizeT width, KorSizeT height) {
+    static_assert(layout.ao == 3, "the first three bytes are the pixel");
     TermRun pairs, terms;
     KorUint8 pixels[4 * kRun];
-    ForEachBlockRun(planes, width, height, [&](KorSizeT row, KorSizeT start, const KorUint8* y0, const KorUint8* y1, const KorUint8* u, const KorUint8* v, KorSizeT n) {
-        WriteTerms(pairs.rR, pairs.gG, pairs.bB, u, v, kRenderBt601, n / 2);
-        RepeatTerms(terms, pairs, n / 2);
-        RenderRow<kBgra>(pixels, y0, terms.rR, terms.gG, terms.bB, kRenderLuma, n);
-        SqueezePixels(x.Row(row) + 3 * start, pixels, n);
-        RenderRow<kBgra>(pixels, y1, terms.rR, terms.gG, terms.bB, kRenderLuma, n);
-        SqueezePixels(x.Row(row + 1) + 3 * start, pixels, n);
+    ForEachBlockRun(planes, width, height, [&](const BlockRun& run) {
+        WriteTerms(pairs.rR, pairs.gG, pairs.bB, run.u, run.v, kRenderBt601, run.n / 2);
+        RepeatTerms(terms, pairs, run.n / 2);
+        RenderRow<layout>(pixels, run.y0, terms.rR, terms.gG, terms.bB, kRenderLuma, run.n);
+        SqueezePixels(x.Row(run.row) + 3 * run.start, pixels, run.n);
+        RenderRow<layout>(pixels, run.y1, terms.rR, terms.gG, terms.bB, kRenderLuma, run.n);
+        SqueezePixels(x.Row(run.row + 1) + 3 * run.start, pixels, run.n);
     });
 }
 
@@ -1577,7 +1591,7 @@ void KorI444ToBGRA_C_(const KorUint8* y, KorSizeT pitchY,
                       KorUint8* x, KorSizeT pitchX,
                       KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
     const SourcePlanes planes = Source({y, pitchY}, {u, pitchU}, {v, pitchV}, ditherLevel, I444Walk(width));
-    I444ToBgra(planes, {x, pitchX}, width, height, kRenderBt601);
+    I444ToXXXX_C_<kBgra>(planes, {x, pitchX}, width, height, kRenderBt601);
 }
 
 void KorI444ToBGRAUsingBT709_C_(const KorUint8* y, KorSizeT pitchY,
@@ -1586,7 +1600,7 @@ void KorI444ToBGRAUsingBT709_C_(const KorUint8* y, KorSizeT pitchY,
                                 KorUint8* x, KorSizeT pitchX,
                                 KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
     const SourcePlanes planes = Source({y, pitchY}, {u, pitchU}, {v, pitchV}, ditherLevel, I444Walk(width));
-    I444ToBgra(planes, {x, pitchX}, width, height, kRenderBt709);
+    I444ToXXXX_C_<kBgra>(planes, {x, pitchX}, width, height, kRenderBt709);
 }
 
 void KorI420ToBGRAUsingBT709_C_(const KorUint8* y, KorSizeT pitchY,
@@ -1609,7 +1623,7 @@ void KorI420ToBGRAGeneral_C_(const KorUint8* y, KorSizeT pitchY,
     }
     RenderCoefficients matrix;
     KorMemCpy(&matrix, coeffs, sizeof matrix);
-    I420ToBgraGeneral(planes, {x, pitchX}, width, height, matrix);
+    I420ToXXXXGeneral<kBgra>(planes, {x, pitchX}, width, height, matrix);
 }
 
 void KorI420To24BG_C_(const KorUint8* y, KorSizeT pitchY,
@@ -1618,7 +1632,7 @@ void KorI420To24BG_C_(const KorUint8* y, KorSizeT pitchY,
                       KorUint8* x, KorSizeT pitchX,
                       KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
     const SourcePlanes planes = Source({y, pitchY}, {u, pitchU}, {v, pitchV}, ditherLevel, I420Walk(width));
-    I420To24Bit(planes, {x, pitchX}, width, height);
+    I420To24Bit<kBgra>(planes, {x, pitchX}, width, height);
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -1627,7 +1641,7 @@ void KorI420To24BG_C_(const KorUint8* y, KorSizeT pitchY,
 
 namespace {
 
-// The bytes of a group of two pixels: the left luma sample (the right one lies two bytes further), U and V.
+// The bytes of two pixels that hold the left luma sample (the right one lies two bytes further), U and V.
 struct PackedLayout {
     KorSizeT y, u, v;
 };
@@ -1693,21 +1707,24 @@ KOR_KERNEL void TakeLumaReversed(KorUint8* KOR_RESTRICT y, const KorUint8* KOR_R
 template <const PackedLayout& layout>
 KOR_KERNEL void AverageChromaPairs(KorUint8* KOR_RESTRICT c,
                                    const KorUint8* KOR_RESTRICT x0, const KorUint8* KOR_RESTRICT x1, KorSizeT n) {
-    static_assert(layout.v == layout.u + 2, "every other byte is chroma");
+    constexpr KorSizeT chroma = Min(layout.u, layout.v);
+    static_assert(chroma + layout.y == 1, "every other byte is chroma");
     KOR_BYTE_LANES
     for (KorSizeT i = 0; i < n; ++i) {
-        c[i] = Average(ByteOf<KorUint16, layout.u>(x0, i), ByteOf<KorUint16, layout.u>(x1, i));
+        c[i] = Average(ByteOf<KorUint16, chroma>(x0, i), ByteOf<KorUint16, chroma>(x1, i));
     }
 }
 
 template <const PackedLayout& layout>
 void AverageChromaReversed(KorUint8* u, KorUint8* v, const KorUint8* x0, const KorUint8* x1, KorSizeT n) {
+    KorUint8* const first = layout.u < layout.v ? u : v;
+    KorUint8* const second = layout.u < layout.v ? v : u;
     KorUint8 chroma[8 * kRun];
     for (KorSizeT end = n; end != 0;) {
         const KorSizeT m = Min(end, sizeof chroma / 2);
         end -= m;
         AverageChromaPairs<layout>(chroma, x0, x1, 2 * m);
-        SplitRowReversed(u + end, v + end, chroma, m);
+        SplitRowReversed(first + end, second + end, chroma, m);
         x0 += 4 * m;
         x1 += 4 * m;
     }
@@ -1800,14 +1817,16 @@ void PackedToI420WithRotation(Plane y, Plane u, Plane v, const KorUint8* x, KorS
     }
 }
 
-// Packs an I420 picture: joinLuma(x, y, c, n) puts n luma samples and n chroma bytes, U and V in turn, into a row.
-template <class JoinLuma>
-void I420ToPacked(const SourcePlanes& planes, Plane x, KorSizeT width, KorSizeT height, JoinLuma joinLuma) {
+template <const PackedLayout& layout>
+void I420ToPacked(const SourcePlanes& planes, Plane x, KorSizeT width, KorSizeT height) {
     Run chroma;
-    ForEachBlockRun(planes, width, height, [&](KorSizeT row, KorSizeT start, const KorUint8* y0, const KorUint8* y1, const KorUint8* u, const KorUint8* v, KorSizeT n) {
-        JoinRow(chroma, u, v, n / 2);
-        joinLuma(x.Row(row) + 2 * start, y0, chroma, n);
-        joinLuma(x.Row(row + 1) + 2 * start, y1, chroma, n);
+    ForEachBlockRun(planes, width, height, [&](const BlockRun& run) {
+        const KorUint8* const luma[] = {run.y0, run.y1};
+        JoinRow(chroma, layout.u < layout.v ? run.u : run.v, layout.u < layout.v ? run.v : run.u, run.n / 2);
+        for (KorSizeT i = 0; i < 2; ++i) {
+            KorUint8* const row = x.Row(run.row + i) + 2 * run.start;
+            JoinRow(row, layout.y == 0 ? luma[i] : chroma, layout.y == 0 ? chroma : luma[i], run.n);
+        }
     });
 }
 
@@ -1955,8 +1974,7 @@ void KorI420ToYUY2_C_(const KorUint8* y, KorSizeT pitchY,
                       KorUint8* x, KorSizeT pitchX,
                       KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
     const SourcePlanes planes = Source({y, pitchY}, {u, pitchU}, {v, pitchV}, ditherLevel, PackedWalk(width));
-    I420ToPacked(planes, {x, pitchX}, width, height,
-                 [](KorUint8* row, const KorUint8* luma, const KorUint8* chroma, KorSizeT n) { JoinRow(row, luma, chroma, n); });
+    I420ToPacked<kYuy2>(planes, {x, pitchX}, width, height);
 }
 
 void KorI420ToUYVY_C_(const KorUint8* y, KorSizeT pitchY,
@@ -1965,8 +1983,7 @@ void KorI420ToUYVY_C_(const KorUint8* y, KorSizeT pitchY,
                       KorUint8* x, KorSizeT pitchX,
                       KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
     const SourcePlanes planes = Source({y, pitchY}, {u, pitchU}, {v, pitchV}, ditherLevel, PackedWalk(width));
-    I420ToPacked(planes, {x, pitchX}, width, height,
-                 [](KorUint8* row, const KorUint8* luma, const KorUint8* chroma, KorSizeT n) { JoinRow(row, chroma, luma, n); });
+    I420ToPacked<kUyvy>(planes, {x, pitchX}, width, height);
 }
 
 void KorYuv2ToI420_C_(KorUint8* y, KorSizeT pitchY,
