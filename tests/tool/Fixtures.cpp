@@ -68,8 +68,8 @@ void WritePng(const PngKind& kind, std::uint32_t width, const Bytes& row) {
 // 32 by 16 grey pixels, of another shade in each quarter: 240, 180 over 120, 60. An Exif field tells the orientation.
 void WriteTurnedJpeg(const std::string& name, std::uint8_t orientation) {
     // Big-endian TIFF with one directory of one entry: tag 0x0112, a short, once.
-    const Bytes exif = {'E', 'x', 'i', 'f', 0, 0, 'M', 'M', 0, 42, 0, 0, 0, 8, 0, 1,
-                        1, 0x12, 0, 3, 0, 0, 0, 1, 0, orientation, 0, 0, 0, 0, 0, 0};
+    const Bytes exif = {'E', 'x',  'i', 'f', 0, 0, 'M', 'M', 0, 42,          0, 0, 0, 8, 0, 1,
+                        1,   0x12, 0,   3,   0, 0, 0,   1,   0, orientation, 0, 0, 0, 0, 0, 0};
     jpeg_compress_struct jpeg;
     jpeg_error_mgr errors;
     jpeg.err = jpeg_std_error(&errors);

@@ -20,12 +20,12 @@ grep -q '^KorPlanarRotation_C_  *270 ' one.txt || fail "another case: $(cat one.
 "$korframe" bench --size 64x64 --time 0 --function 'KorBGRAToI420_C_$' >one.txt || fail "a whole name ended with $?"
 [ "$(grep -c '^Kor' one.txt)" -eq 1 ] || fail "not one case: $(cat one.txt)"
 
-refuses 2 "--function nothing: no function or option is named so" bench --function nothing
-refuses 2 "--size 63x64: both sides must be even" bench --size 63x64
-refuses 2 "--size 64: width and height are wanted" bench --size 64
-refuses 2 "--time soon: seconds between 0 and 60 are wanted" bench --time soon
-refuses 2 "--time 1s: seconds between 0 and 60 are wanted" bench --time 1s
-refuses 2 "--time -1: seconds between 0 and 60 are wanted" bench --time -1
-refuses 2 "--time nan: seconds between 0 and 60 are wanted" bench --time nan
+refuses 2 "--function nothing: matches no function or option; part of a name is enough, for example BGRAToI420, and * matches anything" bench --function nothing
+refuses 2 "--size: expected two even sides, for example 1280x720, not '63x64'" bench --size 63x64
+refuses 2 "--size: expected WIDTHxHEIGHT, for example 1280x720, not '64'" bench --size 64
+refuses 2 "--time: expected seconds from 0 to 60, for example 0.5, not 'soon'" bench --time soon
+refuses 2 "--time: expected seconds from 0 to 60, for example 0.5, not '1s'" bench --time 1s
+refuses 2 "--time: expected seconds from 0 to 60, for example 0.5, not '-1'" bench --time -1
+refuses 2 "--time: expected seconds from 0 to 60, for example 0.5, not 'nan'" bench --time nan
 
 finish

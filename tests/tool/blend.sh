@@ -64,19 +64,19 @@ works blend pictures/rgb.png pictures/grey.png out-%d.png --dither 1 --seed 3
 "$korframe" blend - two.i420 - --from i420 --size 4x4 --overlay-size 2x2 <three.i420 >piped.y4m || fail "blend in a pipe"
 [ "$(frames piped.y4m)" -eq 3 ] || fail "blend in a pipe: $(frames piped.y4m) frames"
 head -c 50 three.i420 >broken.i420
-refuses 1 "broken.i420: frame 3 is truncated, 22 of its 24 bytes are missing" blend broken.i420 over.i420 kept.y4m --size 4x4 --overlay-size 2x2
+refuses 1 "broken.i420: frame 3 is truncated: 22 of its 24 bytes are missing" blend broken.i420 over.i420 kept.y4m --size 4x4 --overlay-size 2x2
 [ "$(frames kept.y4m)" -eq 2 ] || fail "kept.y4m holds $(frames kept.y4m) frames"
 
 # What is wrong.
-refuses 2 "--at 4,0: nothing of the overlay of 2x2 lies on the background of 4x4; X from -1 to 3 and Y from -1 to 3 show some of it" blend back.i420 over.i420 none.y4m --size 4x4 --overlay-size 2x2 --at 4,0
-refuses 2 "--at 0,-2: nothing of the overlay" blend back.i420 over.i420 none.y4m --size 4x4 --overlay-size 2x2 --at 0,-2
-refuses 2 "--at 5: column and row are wanted, such as 16,-8" blend back.i420 over.i420 none.y4m --size 4x4 --overlay-size 2x2 --at 5
-refuses 2 "--alpha 256: a whole number from 0 to 255 is wanted" blend back.i420 over.i420 none.y4m --size 4x4 --overlay-size 2x2 --alpha 256
-refuses 2 "--alpha 9: --alpha-channel is given as well" blend back.i420 pictures/alpha.png none.y4m --size 4x4 --alpha 9 --alpha-channel
+refuses 2 "--at 4,0: the 2x2 overlay lies outside the 4x4 background; expected X from -1 to 3 and Y from -1 to 3" blend back.i420 over.i420 none.y4m --size 4x4 --overlay-size 2x2 --at 4,0
+refuses 2 "--at 0,-2: the 2x2 overlay lies outside the 4x4 background; expected X from -1 to 3 and Y from -1 to 3" blend back.i420 over.i420 none.y4m --size 4x4 --overlay-size 2x2 --at 0,-2
+refuses 2 "--at: expected column and row, for example 16,-8, not '5'" blend back.i420 over.i420 none.y4m --size 4x4 --overlay-size 2x2 --at 5
+refuses 2 "--alpha: expected a whole number from 0 to 255, not '256'" blend back.i420 over.i420 none.y4m --size 4x4 --overlay-size 2x2 --alpha 256
+refuses 2 "--alpha excludes --alpha-channel; see korframe blend --help" blend back.i420 pictures/alpha.png none.y4m --size 4x4 --alpha 9 --alpha-channel
 refuses 1 "over.i420: is i420 and has no alpha channel" blend back.i420 over.i420 none.y4m --size 4x4 --overlay-size 2x2 --alpha-channel
-refuses 2 "background and overlay cannot both come from standard input" blend - - none.y4m
+refuses 2 "-: only one of background and overlays can come from standard input" blend - - none.y4m
 repeat 48 80 >back.i444
-refuses 1 "back.i444: is i444, and the library blends i420 only" blend back.i444 over.i420 none.y4m --size 4x4 --overlay-size 2x2
+refuses 1 "back.i444: is i444; blending works on i420 only" blend back.i444 over.i420 none.y4m --size 4x4 --overlay-size 2x2
 refuses 1 "gone.png: cannot be opened" blend back.i420 gone.png none.y4m --size 4x4
 absent none.y4m
 

@@ -56,7 +56,7 @@ works convert yellow.ppm out.png --matrix 709
 works convert pictures/alpha.png out.rgba
 works convert yellow.rgba clip.png --size 2x2
 
-refuses 2 "--matrix 709.txt: own coefficients lead to i420 only; for i444 take 601 or 709" convert yellow.ppm none.i444 --matrix 709.txt
+refuses 2 "--matrix 709.txt: a matrix file captures to i420 only; for i444 use 601 or 709" convert yellow.ppm none.i444 --matrix 709.txt
 absent none.i444
 
 finish

@@ -91,13 +91,13 @@ works convert in.y4m out.y4m
 same out.y4m expected
 works convert in.y4m out.y4m --flip --rate 24
 [ "$(head -1 out.y4m)" = "YUV4MPEG2 W4 H2 F24:1 It A4:3 C420mpeg2 XYSCSS=420MPEG2 XCOLORRANGE=FULL" ] || fail "flipped: $(head -1 out.y4m)"
-refuses 1 "in.y4m: is interlaced (Ib), and a quarter turn" convert in.y4m x.y4m --rotate 90
+refuses 1 "in.y4m: is interlaced (Ib), and rotating by 90 would turn its fields into columns; deinterlace it first" convert in.y4m x.y4m --rotate 90
 # Where each frame tells its own fields, they go with it, and it cannot be turned upside down.
 sed 's/ Ib / Im /' in.y4m >mixed.y4m
 works convert mixed.y4m out.y4m --mirror
 [ "$(grep -ac 'FRAME Ippp XZ$' out.y4m)" -eq 1 ] || fail "the fields of a frame are lost"
-refuses 1 "mixed.y4m: is interlaced from frame to frame (Im), and upside down" convert mixed.y4m x.y4m --flip
-refuses 1 "mixed.y4m: is interlaced (Im), and a quarter turn" convert mixed.y4m x.y4m --rotate 270
+refuses 1 "mixed.y4m: is interlaced frame by frame (Im), and turning it upside down would swap the fields of each; deinterlace it first" convert mixed.y4m x.y4m --flip
+refuses 1 "mixed.y4m: is interlaced (Im), and rotating by 270 would turn its fields into columns; deinterlace it first" convert mixed.y4m x.y4m --rotate 270
 sed 's/ Ib / Ip /' in.y4m >progressive.y4m
 works convert progressive.y4m out.y4m --rotate 270
 [ "$(head -1 out.y4m)" = "YUV4MPEG2 W2 H4 F30000:1001 Ip A3:4 C420mpeg2 XYSCSS=420MPEG2 XCOLORRANGE=FULL" ] || fail "turned: $(head -1 out.y4m)"
@@ -122,22 +122,22 @@ done
 absent "100% 004.ppm"
 works convert out.y4m %d.png
 [ -s 1.png ] && [ -s 3.png ] || fail "no 1.png or 3.png"
-refuses 1 "one.png: is one picture, but there are more frames; a number in the name, such as %04d" convert out.y4m one.png
+refuses 1 "one.png: is a single picture, but there are more frames; put a number in the name, for example frame-%04d.png" convert out.y4m one.png
 absent one.png
 
 # What breaks off is told with its number, and the frames before it are kept.
 { cat packed.yuy2 packed.yuy2; bytes "01 a0 02"; } >broken.yuy2
-refuses 1 "broken.yuy2: frame 3 is truncated, 13 of its 16 bytes are missing" convert broken.yuy2 kept.i420 --size 4x2
+refuses 1 "broken.yuy2: frame 3 is truncated: 13 of its 16 bytes are missing" convert broken.yuy2 kept.i420 --size 4x2
 cat planes.i420 planes.i420 >expected
 same kept.i420 expected
 head -c $(($(wc -c <in.y4m) - 1)) in.y4m >broken.y4m
-refuses 1 "broken.y4m: frame 2 is truncated, 1 of its 12 bytes are missing" convert broken.y4m kept.y4m
+refuses 1 "broken.y4m: frame 2 is truncated: 1 of its 12 bytes are missing" convert broken.y4m kept.y4m
 [ "$(grep -ac FRAME kept.y4m)" -eq 1 ] || fail "kept.y4m holds $(grep -ac FRAME kept.y4m) frames"
 { cat in.y4m; printf 'frame\n'; } >broken.y4m
 refuses 1 "broken.y4m: frame 3 does not begin with FRAME at byte $(wc -c <in.y4m)" convert broken.y4m kept.y4m
 [ "$(grep -ac FRAME kept.y4m)" -eq 2 ] || fail "kept.y4m holds $(grep -ac FRAME kept.y4m) frames"
 head -c 3 packed.yuy2 >short.yuy2
-refuses 1 "short.yuy2: frame 1 is truncated, 13 of its 16 bytes are missing" convert short.yuy2 none.i420 --size 4x2
+refuses 1 "short.yuy2: frame 1 is truncated: 13 of its 16 bytes are missing" convert short.yuy2 none.i420 --size 4x2
 absent none.i420
 
 # Headers and wishes that are wrong.
@@ -145,32 +145,32 @@ header() {
     printf '%s\n' "$1" >header.y4m
     refuses 1 "header.y4m: $2" convert header.y4m none.y4m
 }
-header "YUV4MPEG2 W4 H2" "holds a Y4M header but no frame"
+header "YUV4MPEG2 W4 H2" "has a Y4M header but no frames"
 header "YUV4MPEG2 H2" "has no width (W) in its Y4M header"
 header "YUV4MPEG2 W4" "has no height (H) in its Y4M header"
-header "YUV4MPEG2 W-4 H2" "has the field W-4 in its Y4M header; a number of pixels is wanted after W"
+header "YUV4MPEG2 W-4 H2" "has the field W-4 in its Y4M header; expected a number of pixels after W"
 header "YUV4MPEG2 W4 H2x" "has the field H2x in its Y4M header"
 header "YUV4MPEG2 W0 H2" "size 0x2 is empty"
-header "YUV4MPEG2 W99999999999999999 H99999999999999999" "size 99999999999999999x99999999999999999 is too large; the limit is 32768 on a side"
-header "YUV4MPEG2 W4 H2 C411" "has the field C411 in its Y4M header; C420jpeg, C420mpeg2, C420paldv, C420, C422 or C444 (8 bits) can be read"
+header "YUV4MPEG2 W99999999999999999 H99999999999999999" "size 99999999999999999x99999999999999999 is too large; the limit is 32768 on each side"
+header "YUV4MPEG2 W4 H2 C411" "has the field C411 in its Y4M header; expected C420jpeg, C420mpeg2, C420paldv, C420, C422 or C444, all of 8 bits"
 header "YUV4MPEG2 W4 H2 C420p10" "has the field C420p10"
-header "YUV4MPEG2 W4 H2 F25" "has the field F25 in its Y4M header; a ratio such as 25:1 is wanted after F"
+header "YUV4MPEG2 W4 H2 F25" "has the field F25 in its Y4M header; expected a ratio after F, for example 25:1"
 header "YUV4MPEG2 W4 H2 A1:x" "has the field A1:x"
 { printf 'YUV4MPEG2 '; repeat 5000 41; } >header.y4m
-refuses 1 "header.y4m: has a Y4M header without an end; a line of up to 4096 bytes" convert header.y4m none.y4m
+refuses 1 "header.y4m: has a Y4M header that does not end; expected a line of at most 4096 bytes" convert header.y4m none.y4m
 : >empty.yuy2
-refuses 1 "empty.yuy2: is empty; a frame takes 16 bytes" convert empty.yuy2 none.i420 --size 4x2
-refuses 2 "packed.yuy2: raw yuy2 frames do not tell their size; give --size" convert packed.yuy2 none.i420
-refuses 1 "packed.yuy2: width 3 is odd; yuy2 holds pixels in pairs, so the width must be even" convert packed.yuy2 none.i420 --size 3x2
+refuses 1 "empty.yuy2: is empty; expected frames of 16 bytes" convert empty.yuy2 none.i420 --size 4x2
+refuses 2 "packed.yuy2: raw yuy2 frames carry no size; add --size WIDTHxHEIGHT" convert packed.yuy2 none.i420
+refuses 1 "packed.yuy2: width 3 is odd; yuy2 stores pixels in pairs, so the width must be even" convert packed.yuy2 none.i420 --size 3x2
 refuses 1 "signed.yuv2: width 1 is odd" convert signed.yuv2 none.i420 --size 1x2
-refuses 1 "blocks.m420: height 3 is odd; m420 holds rows in pairs, so the height must be even" convert blocks.m420 none.i420 --size 2x3
-refuses 1 "none.uyvy: width 3 is odd; uyvy holds pixels in pairs" convert odd.nv12 none.uyvy --size 3x3
-refuses 2 "--from yuv9: one of i420, i422, i444, nv12" convert packed.yuy2 none.i420 --from yuv9 --size 4x2
-refuses 2 "--size 4*2: width and height are wanted" convert packed.yuy2 none.i420 --size 4*2
-refuses 2 "--size is for raw frames, and this file tells its own" convert in.y4m none.i420 --size 4x2
-refuses 2 "--rotate 45: 0, 90, 180 or 270 degrees, clockwise, are wanted" convert packed.yuy2 none.i420 --size 4x2 --rotate 45
-refuses 2 "--rate 0: frames per second are wanted" convert packed.yuy2 none.y4m --size 4x2 --rate 0
-refuses 2 "--order rgba: packed.yuy2 is no picture" convert packed.yuy2 none.y4m --size 4x2 --order rgba
+refuses 1 "blocks.m420: height 3 is odd; m420 stores rows in pairs, so the height must be even" convert blocks.m420 none.i420 --size 2x3
+refuses 1 "none.uyvy: width 3 is odd; uyvy stores pixels in pairs, so the width must be even" convert odd.nv12 none.uyvy --size 3x3
+refuses 2 "--from: expected i420, i422, i444, nv12, nv21, yuy2, uyvy, yuv2, m420, bgra, rgba, argb, abgr, rgb24 or bgr24, not 'yuv9'" convert packed.yuy2 none.i420 --from yuv9 --size 4x2
+refuses 2 "--size: expected WIDTHxHEIGHT, for example 1280x720, not '4*2'" convert packed.yuy2 none.i420 --size 4*2
+refuses 2 "in.y4m: --size is for raw frames, and this file has a size of its own; for raw frames add --from LAYOUT" convert in.y4m none.i420 --size 4x2
+refuses 2 "--rotate: expected 0, 90, 180 or 270 degrees, not '45'" convert packed.yuy2 none.i420 --size 4x2 --rotate 45
+refuses 2 "--rate: expected frames per second, for example 25 or 30000:1001, not '0'" convert packed.yuy2 none.y4m --size 4x2 --rate 0
+refuses 2 "--order rgba: packed.yuy2 is not a picture; for raw frames give the byte order by --from" convert packed.yuy2 none.y4m --size 4x2 --order rgba
 refuses 2 "none.nv12: there is no conversion from i420 to nv12" convert packed.yuy2 none.nv12 --size 4x2
 refuses 2 "none.i420: there is no conversion from i444 to i420" convert full.y4m none.i420
 refuses 2 "none.i444: there is no conversion from i420 to i444" convert in.y4m none.i444

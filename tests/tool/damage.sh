@@ -50,18 +50,18 @@ y4m() {
     printf 'YUV4MPEG2 %s\nFRAME\n' "$1" >size.y4m
     refuses 1 "size.y4m: $2" convert size.y4m none.y4m
 }
-y4m "W0 H0" "size 0x0 is empty; both sides must be at least 1"
+y4m "W0 H0" "size 0x0 is empty; each side must be at least 1"
 y4m "W4 H0" "size 4x0 is empty"
-y4m "W32769 H1" "size 32769x1 is too large; the limit is 32768 on a side"
+y4m "W32769 H1" "size 32769x1 is too large; the limit is 32768 on each side"
 y4m "W32768 H32768" "size 32768x32768 is too large; the limit is 268435456 pixels"
 y4m "W4294967296 H4294967296" "size 4294967296x4294967296 is too large"
-y4m "W18446744073709551616 H2" "has the field W18446744073709551616 in its Y4M header; a number of pixels is wanted after W"
+y4m "W18446744073709551616 H2" "has the field W18446744073709551616 in its Y4M header; expected a number of pixels after W"
 y4m "W99999999999999999999999 H2" "has the field W99999999999999999999999"
 y4m "W-2 H2" "has the field W-2"
 # The largest size that is taken claims 400 MB, and costs nothing where nothing follows.
-y4m "W32768 H8192" "frame 1 is truncated, 402653184 of its 402653184 bytes are missing"
+y4m "W32768 H8192" "frame 1 is truncated: 402653184 of its 402653184 bytes are missing"
 for size in 0x2 2x0 -2x2 2x-2 2x 2 x 2x2x2 1e3x2 18446744073709551617x1 32768x32768; do
-    refuses 2 "--size $size: " convert card.ppm none.y4m --from i420 --size "$size"
+    refuses 2 ", not '$size'" convert card.ppm none.y4m --from i420 --size "$size"
 done
 # A PNG header of 2^31 - 1 by 2^31 - 1 pixels, and one of no pixels; the checksums are right.
 { head -c 16 pictures/rgb.png; bytes "7f ff ff ff 7f ff ff ff 08 02 00 00 00 69 52 1e e5"; tail -c +34 pictures/rgb.png; } >huge.png
@@ -80,9 +80,9 @@ absent none.y4m
 refuses 1 "nowhere/out.y4m: cannot be created: No such file or directory" convert card.png nowhere/out.y4m
 refuses 1 "card.png/out.y4m: cannot be created: Not a directory" convert card.png card.png/out.y4m
 long=$(repeat 300 61)
-refuses 1 "cannot be put in place: File name too long" convert card.png "$long.y4m"
+refuses 1 "aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa.y4m: cannot be renamed into place: File name too long" convert card.png "$long.y4m"
 refuses 2 "OUTPUT is required" convert card.png
-refuses 2 ": the name does not tell what to write" convert card.png ""
+refuses 2 ": the name does not say what to write; add --to, or use a name that ends in .y4m, .png, .ppm or the name of a raw layout" convert card.png ""
 if [ "$(id -u)" -ne 0 ]; then
     mkdir locked
     chmod 555 locked
@@ -137,7 +137,7 @@ for jobs in 1 4; do
 done
 : | "$korframe" convert - none.y4m 2>stderr.txt
 [ $? -eq 1 ] || fail "an empty standard input was taken"
-grep -qF "standard input: is empty; a PNG, JPEG, PPM or Y4M file or raw frames are wanted" stderr.txt || fail "an empty standard input: $(cat stderr.txt)"
+grep -qF "standard input: is empty; expected a PNG, JPEG, PPM or Y4M file or raw frames" stderr.txt || fail "an empty standard input: $(cat stderr.txt)"
 "$korframe" convert - none.y4m <&- 2>stderr.txt
 [ $? -eq 1 ] || fail "a closed standard input was taken"
 grep -qF "standard input: cannot be read: Bad file descriptor" stderr.txt || fail "a closed standard input: $(cat stderr.txt)"
@@ -163,7 +163,7 @@ refuses 1 "--matrix zeros.txt: line 1, column 1: " convert card.png none.y4m --m
 refuses 1 "--matrix .: is a directory" convert card.png none.y4m --matrix .
 refuses 1 "--matrix card.png: line 1, column 1: " convert card.png none.y4m --matrix card.png
 if [ -r /dev/zero ]; then
-    refuses 1 "--matrix /dev/zero: has more than 65536 bytes; a matrix has three lines of three numbers" convert card.png none.y4m --matrix /dev/zero
+    refuses 1 "--matrix /dev/zero: is larger than 65536 bytes; expected three lines of three numbers" convert card.png none.y4m --matrix /dev/zero
 fi
 absent none.y4m
 

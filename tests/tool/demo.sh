@@ -41,8 +41,8 @@ refuses 1 "small.ppm: is 8x8; the demo needs at least 64 pixels on a side" demo 
 refuses 1 "gone.png: cannot be opened" demo none gone.png
 absent none
 : >file
-refuses 1 "file: is a file; the name of a directory is wanted" demo file
-refuses 1 "no/where: cannot be made: No such file or directory" demo no/where
+refuses 1 "file: is a file; expected a directory" demo file
+refuses 1 "no/where: cannot be created: No such file or directory" demo no/where
 refuses 2 "DIRECTORY is required" demo
 
 finish

@@ -103,33 +103,33 @@ refuses 1 "cut.png: is a damaged PNG file" convert cut.png out.y4m
 sed 's/IDAT/IDAX/' pictures/rgb.png >corrupt.png
 refuses 1 "corrupt.png: is a damaged PNG file" convert corrupt.png out.y4m
 head -c 300 pictures/white.jpg >cut.jpg
-refuses 1 "cut.jpg: is a JPEG file that cannot be read" convert cut.jpg out.y4m
+refuses 1 "cut.jpg: is a JPEG file that cannot be decoded (Premature end of JPEG file); expected a complete 8-bit JPEG" convert cut.jpg out.y4m
 size=$(wc -c <pictures/white.jpg)
 head -c $((size - 40)) pictures/white.jpg >end.jpg
-refuses 1 "end.jpg: is a JPEG file that cannot be read (Premature end" convert end.jpg out.y4m
-refuses 1 "cmyk.jpg: is a JPEG file in CMYK" convert pictures/cmyk.jpg out.y4m
+refuses 1 "end.jpg: is a JPEG file that cannot be decoded (Premature end of JPEG file); expected a complete 8-bit JPEG" convert end.jpg out.y4m
+refuses 1 "pictures/cmyk.jpg: is a CMYK JPEG file, meant for print; expected greyscale, RGB or YCbCr" convert pictures/cmyk.jpg out.y4m
 printf 'P6 2 2 255\nabc' >cut.ppm
-refuses 1 "cut.ppm: ends 9 bytes too early; 2x2 pixels take 12 bytes" convert cut.ppm out.y4m
+refuses 1 "cut.ppm: is truncated: 9 of the 12 bytes for 2x2 pixels are missing" convert cut.ppm out.y4m
 printf 'P6 2 2' >head.ppm
-refuses 1 "head.ppm: ends before the largest sample" convert head.ppm out.y4m
+refuses 1 "head.ppm: ends before the maximum sample; expected a complete PPM file" convert head.ppm out.y4m
 printf 'P3 2 two 255' >word.ppm
-refuses 1 "word.ppm: has no number of up to six digits for the height at byte 5" convert word.ppm out.y4m
+refuses 1 "word.ppm: has no number at byte 5 of the PPM file; expected up to six digits for the height" convert word.ppm out.y4m
 printf 'P3 1 1 9\n9 10 9' >over.ppm
-refuses 1 "over.ppm: has a sample of 10; its PPM header allows up to 9" convert over.ppm out.y4m
+refuses 1 "over.ppm: has a sample of 10; its PPM header allows at most 9" convert over.ppm out.y4m
 printf 'P6 1 1 65536\nabcdef' >maximum.ppm
-refuses 1 "maximum.ppm: has a largest sample of 65536; PPM allows 1 to 65535" convert maximum.ppm out.y4m
+refuses 1 "maximum.ppm: has a maximum sample of 65536; PPM allows 1 to 65535" convert maximum.ppm out.y4m
 printf 'P6 0 4 255\n' >empty.ppm
 refuses 1 "empty.ppm: size 0x4 is empty" convert empty.ppm out.y4m
 printf 'P6 32769 1 255\n' >wide.ppm
-refuses 1 "wide.ppm: size 32769x1 is too large; the limit is 32768 on a side" convert wide.ppm out.y4m
+refuses 1 "wide.ppm: size 32769x1 is too large; the limit is 32768 on each side" convert wide.ppm out.y4m
 printf 'P6 32768 32768 255\n' >huge.ppm
 refuses 1 "huge.ppm: size 32768x32768 is too large; the limit is 268435456 pixels" convert huge.ppm out.y4m
 printf 'P6 999999999 1 255\n' >digits.ppm
-refuses 1 "digits.ppm: has no number of up to six digits for the width" convert digits.ppm out.y4m
+refuses 1 "digits.ppm: has no number at byte 3 of the PPM file; expected up to six digits for the width" convert digits.ppm out.y4m
 : >nothing.png
 refuses 1 "nothing.png: is empty" convert nothing.png out.y4m
 printf 'GIF89a' >other.gif
-refuses 1 "other.gif: is no PNG, JPEG, PPM or Y4M file" convert other.gif out.y4m
+refuses 1 "other.gif: is not a PNG, JPEG, PPM or Y4M file; for raw frames add --from LAYOUT and --size WIDTHxHEIGHT" convert other.gif out.y4m
 same out.y4m before.y4m
 
 finish

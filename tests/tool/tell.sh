@@ -51,13 +51,13 @@ bytes "01 02 03 04 05 06 07 08 09 0a 0b 0c 0d 0e 0f 10" >packed.argb
 "$korframe" info packed.argb --size 4x2 --from uyvy | grep -q '^planes       UYV 2 rows of 8 bytes$' || fail "info of uyvy"
 printf 'YUV4MPEG2 W4 H2 I?\nFRAME\n%s' 123456789012 >bare.y4m
 "$korframe" info bare.y4m >stdout.txt || fail "info of a bare header"
-for line in "rate         25:1 frames/s" "aspect       0:0 (unknown)" "interlacing  ? (unknown)" "range        not told"; do
+for line in "rate         25:1 frames/s" "aspect       0:0 (unknown)" "interlacing  ? (unknown)" "range        not given"; do
     grep -qFx "$line" stdout.txt || fail "info of a bare header has no '$line'"
 done
 head -c 95 clip.y4m >cut.y4m
 refuses 1 "cut.y4m: frame 1 is truncated" info cut.y4m
-grep -q '^frames       0, then it breaks off$' stdout.txt || fail "info of a cut file: $(cat stdout.txt)"
-refuses 2 "clip.i420: raw i420 frames do not tell their size" info clip.i420
+grep -q '^frames       0, then the file breaks off$' stdout.txt || fail "info of a cut file: $(cat stdout.txt)"
+refuses 2 "clip.i420: raw i420 frames carry no size; add --size WIDTHxHEIGHT" info clip.i420
 refuses 1 "gone.y4m: cannot be opened" info gone.y4m
 
 # ---- compare ----
@@ -89,7 +89,7 @@ bytes "01 02 03 04 05 06 17 08 a1 a3 b1 b3 $frame" >other.i420
 differs "clip.i420 other.i420 differ: frame 1, plane Y, x 2, y 1: 7 and 23
 PSNR in dB: Y 36.09 U inf V inf" clip.i420 other.i420 --size 4x2
 bytes "$frame" >short.i420
-differs "short.i420 ends after frame 1, and clip.y4m goes on" clip.y4m short.i420 --size 4x2
+differs "short.i420 ends after frame 1, but clip.y4m goes on" clip.y4m short.i420 --size 4x2
 differs "clip.y4m pictures/rgb.png differ: 4x2 and 2x2 pixels" clip.y4m pictures/rgb.png
 { printf 'YUV4MPEG2 W4 H2 C444\nFRAME\n'; repeat 24 80; } >full.y4m
 differs "clip.y4m full.y4m differ: i420 and i444 cannot be compared sample by sample" clip.y4m full.y4m
@@ -126,8 +126,8 @@ alike pictures/rgb.png pictures/rgb16.png
 grep -q 'plane G, x 1, y 0: 0 and 255$' stdout.txt || fail "compare of pictures: $(cat stdout.txt)"
 refuses 2 "gone.y4m: cannot be opened" compare clip.y4m gone.y4m
 refuses 2 "cut.y4m: frame 1 is truncated" compare clip.y4m cut.y4m
-refuses 2 "raw i420 frames do not tell their size" compare clip.y4m clip.i420
-refuses 2 "only one of the two can come from standard input" compare - -
+refuses 2 "clip.i420: raw i420 frames carry no size; add --size WIDTHxHEIGHT" compare clip.y4m clip.i420
+refuses 2 "-: only one of the two files can come from standard input" compare - -
 refuses 2 "B is required" compare clip.y4m
 
 # ---- formats ----
