@@ -1,12 +1,12 @@
-# One picture or clip over another, wherever it lies.
+# One picture or clip over another, at any position.
 . "$(dirname "$0")/kit.sh"
 mkdir pictures
 "$fixtures" pictures || exit 1
 
-# A background of 100s and an overlay of 200s; half and half is 150, that is 96 in hexadecimal.
+# A background of 100s and an overlay of 200s; half and half is 150, hexadecimal 96.
 { repeat 16 64; repeat 8 64; } >back.i420
 { repeat 4 c8; repeat 2 c8; } >over.i420
-# lay PLANES ARGUMENTS...: four by four under two by two.
+# lay PLANES ARGUMENTS...: a 2x2 overlay on a 4x4 background.
 lay() {
     planes=$1
     shift
@@ -21,8 +21,8 @@ lay "96 64 64 64 $row $row $row 96 64 64 64 96 64 64 64" --at -1,-1 --alpha 128
 lay "$row $row $row 64 64 64 96 64 64 64 96 64 64 64 96" --at 3,3 --alpha 128
 lay "$row $row 64 64 c8 c8 64 64 c8 c8 64 64 64 c8 64 64 64 c8" --at 2,2
 
-# Moved left by an odd number of columns, chroma moves on by half the way, rounded down: an overlay of six columns with
-# chroma 1, 2, 3 at -3 shows luma from column 3 and chroma from column 2.
+# At an odd negative column chroma is placed at half of it, rounded down: at -3 a six-column overlay with chroma 1, 2, 3
+# shows luma from column 3 and chroma from column 2.
 bytes "01 02 03 04 05 06 01 02 03 04 05 06  11 12 13  21 22 23" >wide.i420
 { repeat 12 00; repeat 6 00; } >six.i420
 works blend six.i420 wide.i420 out.i420 --size 6x2 --overlay-size 6x2 --at -3,0
@@ -32,7 +32,7 @@ holds out.i420 "03 04 05 06 00 00 03 04 05 06 00 00 12 13 00 22 23 00"
 works blend six.i420 wide.i420 out.i420 --size 6x2 --overlay-size 6x2 --at 3,0
 holds out.i420 "00 00 00 01 02 03 00 00 00 01 02 03 00 11 12 00 21 22"
 
-# The overlay's own alpha: opaque red beside clear white, over black. Chroma has the mean of both alphas.
+# The overlay's own alpha: opaque red beside transparent white, over black. Chroma uses the mean of both alphas.
 bytes "10 10 10 10 80 80" >black.i420
 works blend black.i420 pictures/alpha.png out.i420 --size 2x2 --alpha-channel
 holds out.i420 "51 10 51 10 76 9b"
@@ -67,7 +67,7 @@ head -c 50 three.i420 >broken.i420
 refuses 1 "broken.i420: frame 3 is truncated: 22 of its 24 bytes are missing" blend broken.i420 over.i420 kept.y4m --size 4x4 --overlay-size 2x2
 [ "$(frames kept.y4m)" -eq 2 ] || fail "kept.y4m holds $(frames kept.y4m) frames"
 
-# What is wrong.
+# Errors.
 refuses 2 "--at 4,0: the 2x2 overlay lies outside the 4x4 background; expected X from -1 to 3 and Y from -1 to 3" blend back.i420 over.i420 none.y4m --size 4x4 --overlay-size 2x2 --at 4,0
 refuses 2 "--at 0,-2: the 2x2 overlay lies outside the 4x4 background; expected X from -1 to 3 and Y from -1 to 3" blend back.i420 over.i420 none.y4m --size 4x4 --overlay-size 2x2 --at 0,-2
 refuses 2 "--at: expected column and row, for example 16,-8, not '5'" blend back.i420 over.i420 none.y4m --size 4x4 --overlay-size 2x2 --at 5

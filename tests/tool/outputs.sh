@@ -1,4 +1,4 @@
-# Where things are written, and what stays when it does not work.
+# Where output goes, and what remains after a failure.
 . "$(dirname "$0")/kit.sh"
 
 # The program itself.
@@ -11,6 +11,9 @@ refuses 2 "INPUT is required" convert
 refuses 2 "INPUT is required" convert --
 refuses 2 "unknown option '--foo'; see korframe convert --help" convert --foo
 refuses 2 "unknown option '--colour'; see korframe convert --help" convert a b --colour
+refuses 2 "unexpected argument 'c'; see korframe convert --help" convert a b c
+refuses 2 "--jobs: expected exactly one value; see korframe convert --help" convert a b --jobs
+refuses 2 "--jobs: expected exactly one value; see korframe convert --help" convert a b --jobs 1 --jobs 2
 
 # The test card.
 works testcard card.png
@@ -26,7 +29,7 @@ refuses 2 "--size: expected sides of 1 to 32768 and at most 268435456 pixels, no
 refuses 2 "--size: expected sides of 1 to 32768 and at most 268435456 pixels, not '32768x32768'" testcard x.png --size 32768x32768
 absent x.png card.jpg
 
-# Wishes that cannot be met.
+# Requests that cannot be met.
 refuses 1 "missing.png: cannot be opened: No such file or directory" convert missing.png out.y4m
 refuses 1 ".: is a directory; expected a file, or - for standard input" convert . out.y4m
 refuses 1 "there/out.y4m: cannot be created: No such file or directory" convert card.png there/out.y4m
@@ -44,14 +47,14 @@ if [ -w /dev/full ]; then
     refuses 1 "/dev/full: cannot be written: No space left on device" convert card.png /dev/full --to y4m
 fi
 { "$korframe" convert card.png - 2>stderr.txt; echo $? >status.txt; } | head -c 1 >/dev/null
-[ "$(cat status.txt)" = 1 ] || fail "a closed pipe ended with $(cat status.txt)"
+[ "$(cat status.txt)" = 1 ] || fail "a closed pipe exited with $(cat status.txt)"
 grep -q '^korframe: standard output: cannot be written: Broken pipe' stderr.txt || fail "a closed pipe: $(cat stderr.txt)"
 if [ -c /dev/null ]; then
     works convert card.png /dev/null --to y4m
     [ -c /dev/null ] || fail "/dev/null was replaced"
 fi
 
-# What is there stays until the new file is complete; its mode and a link to it stay as well.
+# An existing file stays until the new one is complete, and keeps its mode and links to it.
 cp card.y4m kept.y4m
 chmod 640 kept.y4m
 ln -s kept.y4m link.y4m
@@ -66,15 +69,15 @@ head -c 100 card.png >cut.png
 refuses 1 "cut.png: is a damaged PNG file" convert cut.png kept.y4m
 same kept.y4m fresh.y4m
 
-# A file may be its own output.
+# A file can be its own output.
 cp card.ppm self
 works convert self self --to y4m
 same self fresh.y4m
 
-# An unfinished file goes with the signal that ends the program.
+# An unfinished file disappears when a signal ends the program.
 mkfifo never
 for signal in INT TERM HUP; do
-    # A shell starts background jobs with SIGINT ignored, and what is ignored stays so; env gives it back.
+    # A shell starts background jobs with SIGINT ignored, which they inherit; env restores it.
     exec 9<>never
     env --default-signal=INT "$korframe" convert never self --to y4m --from i420 --size 64x64 2>/dev/null &
     job=$!
@@ -88,12 +91,12 @@ for signal in INT TERM HUP; do
     wait $job
     status=$?
     exec 9>&-
-    [ $status -gt 128 ] || fail "SIG$signal: ended with $status"
+    [ $status -gt 128 ] || fail "SIG$signal: exited with $status"
     leaves_nothing
     same self fresh.y4m
 done
 
-# Whatever bytes a name has, the report is one line.
+# The report is one line, whatever bytes a name contains.
 refuses 1 "a?b.png: cannot be opened" convert "$(printf 'a\nb.png')" out.y4m
 
 finish

@@ -1,4 +1,4 @@
-# Pictures of every kind in, planes out; what is damaged or absurd is refused.
+# Pictures of every kind become planes; damaged or absurd ones are refused.
 . "$(dirname "$0")/kit.sh"
 mkdir pictures
 "$fixtures" pictures || exit 1
@@ -20,7 +20,7 @@ works convert pictures/grey1.png out.i420
 holds out.i420 "$white"
 works convert pictures/half.png out.i420
 holds out.i420 "$half"
-# Transparent white lies over black, so chroma is that of red beside black: the average of 255 and 0 is 128.
+# Transparent white is composited over black, so chroma is that of red beside black: the average of 255 and 0 is 128.
 works convert pictures/alpha.png out.i420
 holds out.i420 "51 10 51 10 6d b8"
 
@@ -34,9 +34,9 @@ works convert pictures/black-progressive.jpg out.i420
 { repeat 256 10; repeat 128 80; } >expected
 same out.i420 expected
 
-# Cameras that were held in any way: the shades of the quarters, in the order of reading, and the size. What Exif does
-# not know is taken as upright.
-turned() {
+# All orientations of the camera: the shades of the quadrants in reading order, and the size. Orientations unknown to Exif
+# count as upright.
+orientation() {
     works convert pictures/turned-"$1".jpg out.ppm
     works convert pictures/turned-"$1".jpg out.i420
     [ "$(sed -n 2p out.ppm)" = "$2" ] || fail "orientation $1: size $(sed -n 2p out.ppm)"
@@ -48,16 +48,16 @@ turned() {
     done
     [ "$shades" = " $3" ] || fail "orientation $1: '$shades', expected ' $3'"
 }
-turned 0 "32 16" "222 170 119 67"
-turned 1 "32 16" "222 170 119 67"
-turned 2 "32 16" "170 222 67 119"
-turned 3 "32 16" "67 119 170 222"
-turned 4 "32 16" "119 67 222 170"
-turned 5 "16 32" "222 119 170 67"
-turned 6 "16 32" "119 222 67 170"
-turned 7 "16 32" "67 170 119 222"
-turned 8 "16 32" "170 67 222 119"
-turned 9 "32 16" "222 170 119 67"
+orientation 0 "32 16" "222 170 119 67"
+orientation 1 "32 16" "222 170 119 67"
+orientation 2 "32 16" "170 222 67 119"
+orientation 3 "32 16" "67 119 170 222"
+orientation 4 "32 16" "119 67 222 170"
+orientation 5 "16 32" "222 119 170 67"
+orientation 6 "16 32" "119 222 67 170"
+orientation 7 "16 32" "67 170 119 222"
+orientation 8 "16 32" "170 67 222 119"
+orientation 9 "32 16" "222 170 119 67"
 
 # Kinds of PPM, recognised by content whatever the name.
 printf 'P3\n# red and more\n2 2 255\n255 0 0 255 0 0\n255 0 0 255 0 0\n' >plain.picture
@@ -75,22 +75,22 @@ holds out.i420 "$white"
 "$korframe" convert - - --to i420 <binary.ppm >out.i420 2>stderr.txt || fail "standard input to standard output"
 holds out.i420 "$red"
 
-# Every order of bytes leads to the same planes. Red, green, blue; white, black, red; black, red, green.
+# Every byte order gives the same planes. Red, green, blue; white, black, red; black, red, green.
 { printf 'P6 3 3 255\n'; bytes "ff 00 00 00 ff 00 00 00 ff  ff ff ff 00 00 00 ff 00 00  00 00 00 ff 00 00 00 ff 00"; } >nine.ppm
 for order in bgra rgba argb abgr; do
     works convert nine.ppm $order.i420 --order $order
 done
-# Luma of each pixel. Chroma of (red green / white black): the averages (128, 128, 64); of blue over red (128, 0, 128);
-# of black beside red (128, 0, 0); of green alone.
+# Luma of each pixel, then chroma of the block averages: red green / white black (128, 128, 64); blue over red
+# (128, 0, 128); black beside red (128, 0, 0); green alone.
 holds bgra.i420 "51 8f 29 eb 10 51 10 51 8f 64 a5 6d 36 84 af b8 22"
 for order in rgba argb abgr; do
     same bgra.i420 $order.i420
 done
 works convert nine.ppm flipped.i420 --flip
-# (black red / white black): (128, 64, 64); green over red (128, 128, 0), and red beside green the same; blue alone.
+# Black red / white black (128, 64, 64); green over red (128, 128, 0), red beside green the same; blue alone.
 holds flipped.i420 "10 51 8f eb 10 51 51 8f 29 76 48 48 ef 9c 89 89 6e"
 
-# Y4M says what the planes are.
+# The Y4M header describes the planes.
 works convert nine.ppm out.y4m
 printf 'YUV4MPEG2 W3 H3 F25:1 Ip A1:1 C420jpeg XCOLORRANGE=LIMITED\nFRAME\n' >expected
 cat bgra.i420 >>expected

@@ -1,4 +1,4 @@
-# From planes to RGB in every order, by each matrix, with and without noise.
+# From planes to RGB in every byte order, by each matrix, with and without noise.
 . "$(dirname "$0")/kit.sh"
 
 # Red, as capture makes it.
@@ -18,7 +18,7 @@ render "00 00 fb 00 00 fb 00 00 fb 00 00 fb" --to bgr24
 render "ff 1a 00 ff 1a 00 ff 1a 00 ff 1a 00" --to rgb24 --matrix 709
 render "ff ff 1a 00 ff ff 1a 00 ff ff 1a 00 ff ff 1a 00" --to argb --matrix 709
 
-# A matrix of one's own: luma alone, less 16 with the fraction rounded down.
+# A matrix from a file: luma alone, minus 16, rounded down.
 printf '# grey\n256 0 0\n\n  +256\t0 -0 # green\n256 0 0' >grey.txt
 render "41 41 41 41 41 41 41 41 41 41 41 41" --to rgb24 --matrix grey.txt
 render "41 41 41 ff 41 41 41 ff 41 41 41 ff 41 41 41 ff" --to bgra --matrix grey.txt
@@ -43,7 +43,7 @@ holds out.rgb "fb 00 00 fe fe fe"
 works convert two.i444 out.bgra --size 2x1 --matrix 709
 holds out.bgra "00 1a ff ff fe ff fe ff"
 
-# Noise: other than without, the same with the same seed, other with another, and other from frame to frame.
+# Noise changes the output, repeats with the same seed, and differs between seeds and between frames.
 { repeat 4096 80; repeat 2048 80; } >grey.i420
 cat grey.i420 grey.i420 >clip.i420
 works convert grey.i420 plain.rgb --size 64x64
@@ -77,13 +77,13 @@ tail -c +4161 a.i420 | head -c 65 >last
 repeat 65 80 >flat
 cmp -s last flat && fail "the last row has no noise"
 
-# Full range is rendered, with a word about it.
+# Full range is rendered with a warning.
 { printf 'YUV4MPEG2 W2 H2 XCOLORRANGE=FULL\nFRAME\n'; cat red.i420; } >full.y4m
-"$korframe" convert full.y4m out.rgb 2>stderr.txt || fail "full range ended with $?"
+"$korframe" convert full.y4m out.rgb 2>stderr.txt || fail "full range exited with $?"
 grep -qF "korframe: warning: full.y4m: is full range (XCOLORRANGE=FULL)" stderr.txt || fail "full range: $(cat stderr.txt)"
 holds out.rgb "fb 00 00 fb 00 00 fb 00 00 fb 00 00"
 
-# What is wrong.
+# Errors.
 wrong_matrix() {
     printf '%b' "$1" >wrong.txt
     refuses 1 "--matrix wrong.txt: $2" convert red.i420 none.rgb --size 2x2 --matrix wrong.txt

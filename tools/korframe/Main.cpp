@@ -53,18 +53,24 @@ std::string UnknownOption(const CLI::App& app) {
     return found == unknown.end() ? "" : *found;
 }
 
+// CLI11's own words where they are plain.
 std::string Explain(const CLI::App& app, const CLI::ParseError& error) {
     const std::vector<CLI::App*> commands = app.get_subcommands();
-    const std::string help =
-        "; see korframe " + (commands.empty() ? "" : commands.front()->get_name() + " ") + "--help";
+    const std::string help = "; see korframe " + (commands.empty() ? "" : commands.front()->get_name() + " ") + "--help";
     if (const std::string unknown = UnknownOption(app); !unknown.empty()) {
         return "unknown option '" + unknown + "'" + help;
     }
-    if (error.get_name() == "ExtrasError") {
-        return "unexpected argument '" + app.remaining(true).front() + "'" + help;
+    const std::string message = error.what();
+    switch (static_cast<CLI::ExitCodes>(error.get_exit_code())) {
+        case CLI::ExitCodes::ValidationError:
+            return message;  // it says what was expected
+        case CLI::ExitCodes::ArgumentMismatch:
+            return message.substr(0, message.find(':')) + ": expected exactly one value" + help;
+        case CLI::ExitCodes::ExtrasError:
+            return "unexpected argument '" + app.remaining(true).front() + "'" + help;
+        default:
+            return message + help;
     }
-    const bool saysItAll = error.get_name() == "ValidationError";
-    return error.what() + (saysItAll ? "" : help);
 }
 
 int Run(int argc, char** argv) {

@@ -1,10 +1,10 @@
-# What the program tells of files: info, compare, formats.
+# What the program says about files: info, compare, formats.
 . "$(dirname "$0")/kit.sh"
 mkdir pictures
 "$fixtures" pictures || exit 1
 
-# tells EXPECTED ARGUMENTS...: a run that succeeds and prints just this.
-tells() {
+# shows EXPECTED ARGUMENTS...: checks that a run succeeds and prints exactly this.
+shows() {
     printf '%s\n' "$1" >expected
     shift
     works "$@" >stdout.txt
@@ -16,7 +16,7 @@ tells() {
 frame="01 02 03 04 05 06 07 08 a1 a3 b1 b3"
 bytes "$frame $frame" >clip.i420
 { printf 'YUV4MPEG2 W4 H2 F30000:1001 It A4:3 C420mpeg2 XYSCSS=420MPEG2 XCOLORRANGE=FULL\nFRAME\n'; bytes "$frame"; printf 'FRAME Ippp\n'; bytes "$frame"; } >clip.y4m
-tells "file         clip.y4m
+shows "file         clip.y4m
 container    Y4M
 layout       i420 (planar 4:2:0: luma, U, V)
 size         4x2
@@ -30,14 +30,14 @@ chroma       420mpeg2
 field        XYSCSS=420MPEG2
 field        XCOLORRANGE=FULL
 frames       2" info clip.y4m
-tells "file         clip.i420
+shows "file         clip.i420
 container    raw frames
 layout       nv12 (luma plane, then pairs U V for 2x2 pixels)
 size         4x2
 frame        12 bytes
 planes       Y 2 rows of 4 bytes, UV 1 rows of 4 bytes
 frames       2" info clip.i420 --from nv12 --size 4x2
-tells "file         pictures/alpha.png
+shows "file         pictures/alpha.png
 container    PNG picture
 layout       rgba (32-bit RGB, bytes R G B A)
 size         2x2
@@ -68,8 +68,8 @@ differs() {
     shift
     "$korframe" compare "$@" >stdout.txt 2>stderr.txt
     status=$?
-    [ $status -eq 1 ] || fail "compare $* ended with $status, expected 1"
-    [ ! -s stderr.txt ] || fail "compare $* said: $(cat stderr.txt)"
+    [ $status -eq 1 ] || fail "compare $* exited with $status, expected 1"
+    [ ! -s stderr.txt ] || fail "compare $* printed: $(cat stderr.txt)"
     cmp -s stdout.txt expected || fail "compare $* printed '$(cat stdout.txt)', expected '$(cat expected)'"
 }
 alike() {
@@ -81,7 +81,7 @@ alike clip.y4m clip.y4m
 alike clip.i420 clip.y4m --size 4x2
 alike clip.y4m clip.i420 --size 4x2 --from i420
 "$korframe" compare - clip.y4m <clip.y4m || fail "compare with standard input"
-# The second frame: V at column 1, row 0 is 3 higher. One of four samples of V in all, so 9 / 4 is the mean square.
+# In the second frame V at column 1, row 0 is 3 higher: one of four V samples, so the mean square is 9 / 4.
 bytes "$frame 01 02 03 04 05 06 07 08 a1 a3 b1 b6" >other.i420
 differs "clip.i420 other.i420 differ: frame 2, plane V, x 1, y 0: 179 and 182
 PSNR in dB: Y inf U inf V 44.61" clip.i420 other.i420 --size 4x2
@@ -93,7 +93,7 @@ differs "short.i420 ends after frame 1, but clip.y4m goes on" clip.y4m short.i42
 differs "clip.y4m pictures/rgb.png differ: 4x2 and 2x2 pixels" clip.y4m pictures/rgb.png
 { printf 'YUV4MPEG2 W4 H2 C444\nFRAME\n'; repeat 24 80; } >full.y4m
 differs "clip.y4m full.y4m differ: i420 and i444 cannot be compared sample by sample" clip.y4m full.y4m
-# Samples in other places: interleaved, packed, in blocks, RGB with and without alpha. Each is found where it lies.
+# Samples in other places: interleaved, packed, in blocks, RGB with and without alpha. Each is found there.
 places() {
     expected=$1
     first=$2
@@ -133,7 +133,7 @@ refuses 2 "B is required" compare clip.y4m
 # ---- formats ----
 
 works formats >stdout.txt
-# Every layout that the program knows by name is listed, with its bytes.
+# Every layout is listed, with its bytes.
 line() {
     grep -q "^$1 .* $2\$" stdout.txt || fail "formats has no line '$1 ... $2': $(grep "^$1 " stdout.txt)"
 }
@@ -153,7 +153,7 @@ line abgr "A1 B1 G1 R1 A2 B2 G2 R2 A3 B3 G3 R3 A4 B4 G4 R4"
 line rgb24 "R1 G1 B1 R2 G2 B2 R3 G3 B3 R4 G4 B4"
 line bgr24 "B1 G1 R1 B2 G2 R2 B3 G3 R3 B4 G4 R4"
 [ "$(awk '/^[a-z]/ { print $1 } /^$/ { exit }' stdout.txt | wc -l)" -eq 15 ] || fail "formats lists other layouts than these"
-# The directions are those that convert takes.
+# The directions are those that convert accepts.
 repeat 16384 80 >any
 for layout in $(awk '/^[a-z]/ { print $1 } /^$/ { exit }' stdout.txt); do
     for planes in i420 i444; do
@@ -169,7 +169,7 @@ for layout in $(awk '/^[a-z]/ { print $1 } /^$/ { exit }' stdout.txt); do
     done
 done
 
-# What is printed must arrive.
+# Failing to write the output is an error.
 if [ -w /dev/full ]; then
     for arguments in "formats" "info clip.y4m" "--help" "convert --help"; do
         # shellcheck disable=SC2086
