@@ -16,8 +16,8 @@ cut_everywhere() {
         status=$?
         [ $status -eq 1 ] || fail "$1 cut to $length bytes exited with $status: $(cat stderr.txt)"
         [ "$(grep -c '^korframe: cut: ' stderr.txt)" -eq 1 ] || fail "$1 cut to $length bytes: $(cat stderr.txt)"
-        leaves_nothing
     done
+    leaves_nothing
     same kept.y4m clip.y4m
 }
 cut_everywhere pictures/half.png 5
@@ -29,16 +29,17 @@ cut_everywhere small.ppm 1
 cut_everywhere small.y4m 1
 
 # A byte changed anywhere is refused or gives a picture. It never crashes or prints more than one line.
+bytes "ff" >ff
 change_everywhere() {
     size=$(wc -c <"$1")
     for at in $(seq 0 "$2" $((size - 1))); do
-        { head -c "$at" "$1"; bytes "ff"; tail -c $((size - at - 1)) "$1"; } >changed
+        { head -c "$at" "$1"; cat ff; tail -c $((size - at - 1)) "$1"; } >changed
         "$korframe" convert changed out.i420 >stdout.txt 2>stderr.txt
         status=$?
         [ $status -le 2 ] || fail "$1 changed at $at exited with $status: $(cat stderr.txt)"
         [ "$(wc -l <stderr.txt)" -le 1 ] || fail "$1 changed at $at: $(cat stderr.txt)"
-        leaves_nothing
     done
+    leaves_nothing
 }
 change_everywhere pictures/half.png 5
 change_everywhere pictures/turned-6.jpg 37

@@ -2,6 +2,7 @@
 # temporary directory, which is removed when the test ends.
 set -u
 
+test=$0
 korframe=$1
 fixtures=$2
 directory=$(mktemp -d)
@@ -12,6 +13,11 @@ failures=0
 fail() {
     echo "FAILED: $*"
     failures=$((failures + 1))
+}
+
+# What a test leaves out, and why: skips REASON. CTest's summary ends with these lines.
+skips() {
+    echo "skipped: $(basename "$test" .sh): $*"
 }
 
 finish() {

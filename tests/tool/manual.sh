@@ -37,6 +37,8 @@ done
 if command -v mandoc >/dev/null; then
     mandoc -T lint "$sources/man/korframe.1" >mandoc.txt 2>&1
     [ ! -s mandoc.txt ] || fail "mandoc says: $(cat mandoc.txt)"
+else
+    skips "mandoc is not installed"
 fi
 if command -v groff >/dev/null; then
     groff -man -ww -z "$sources/man/korframe.1" >groff.txt 2>&1

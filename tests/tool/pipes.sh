@@ -1,4 +1,4 @@
-# Pipes from and to other programs. Those that are not installed are skipped, with a line that says so.
+# Pipes from and to other programs. Those that are not installed are skipped, and the test says why.
 . "$(dirname "$0")/kit.sh"
 ran=0
 
@@ -47,7 +47,7 @@ if command -v ffmpeg >/dev/null; then
         "$korframe" convert - interlaced.y4m || fail "an interlaced clip"
     header_has interlaced.y4m " It "
 else
-    echo "skipped: there is no ffmpeg"
+    skips "ffmpeg is not installed"
 fi
 
 if command -v gst-launch-1.0 >/dev/null && gst-inspect-1.0 y4menc >/dev/null 2>&1; then
@@ -63,7 +63,7 @@ if command -v gst-launch-1.0 >/dev/null && gst-inspect-1.0 y4menc >/dev/null 2>&
             y4m) source=y4mdec ;;
         esac
         if ! gst-inspect-1.0 "${source%% *}" >/dev/null 2>&1; then
-            echo "skipped: GStreamer has no ${source%% *}"
+            skips "GStreamer has no ${source%% *}"
             continue
         fi
         to=$way
@@ -73,7 +73,7 @@ if command -v gst-launch-1.0 >/dev/null && gst-inspect-1.0 y4menc >/dev/null 2>&
         same back.i420 out.i420
     done
 else
-    echo "skipped: there is no GStreamer with y4menc"
+    skips "GStreamer with y4menc is not installed"
 fi
 
 [ $ran -gt 0 ] || exit 77
