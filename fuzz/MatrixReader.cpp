@@ -1,9 +1,10 @@
-// The tool's reader of matrix files: any bytes either give nine coefficients within bounds or are refused with an error.
+// The tool's reader of matrix files: any bytes either give nine coefficients within bounds or are refused with an
+// error.
 #include <cstdlib>
 
-#include "io/Errors.h"
 #include "fuzz/Harness.h"
 #include "fuzz/MemoryFile.h"
+#include "io/Errors.h"
 #include "pipeline/Matrix.h"
 
 namespace {

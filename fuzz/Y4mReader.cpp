@@ -3,9 +3,9 @@
 #include <memory>
 #include <utility>
 
-#include "io/Errors.h"
 #include "fuzz/Harness.h"
 #include "fuzz/MemoryFile.h"
+#include "io/Errors.h"
 #include "io/Y4mFile.h"
 
 namespace {

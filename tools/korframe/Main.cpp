@@ -56,7 +56,8 @@ std::string UnknownOption(const CLI::App& app) {
 // CLI11's own words where they are plain.
 std::string Explain(const CLI::App& app, const CLI::ParseError& error) {
     const std::vector<CLI::App*> commands = app.get_subcommands();
-    const std::string help = "; see korframe " + (commands.empty() ? "" : commands.front()->get_name() + " ") + "--help";
+    const std::string help =
+        "; see korframe " + (commands.empty() ? "" : commands.front()->get_name() + " ") + "--help";
     if (const std::string unknown = UnknownOption(app); !unknown.empty()) {
         return "unknown option '" + unknown + "'" + help;
     }

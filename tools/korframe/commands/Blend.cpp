@@ -83,10 +83,10 @@ void AddBlend(CLI::App& app) {
     command->add_option("--dither", options->dither, kDitherHelp)->transform(IsDitherLevel())->type_name("LEVEL");
     AddMatrixOption(*command, options->matrix);
     command->footer(
-        "The output is as long as the background; an overlay that ends earlier keeps its last frame. A picture as\n"
-        "background lasts as long as the overlay. Whatever lies outside the background is cropped. Chroma is placed "
-        "at\n"
-        "half the position, rounded down.\n\n" +
+        "The output is as long as the background; an overlay that ends earlier keeps its last frame. A picture\n"
+        "as background lasts as long as the overlay. Whatever lies outside the background is cropped. Chroma is\n"
+        "placed at half the position, rounded down."
+        "\n\n" +
         std::string(kMatrixFileHelp));
     command->callback([options] { RunBlend(*options); });
 }

@@ -197,13 +197,11 @@ void AddCompare(CLI::App& app) {
     command->add_option("B", options->second, "what to compare it with")->required()->type_name("");
     options->raw.Add(*command);
     command->footer(
-        "If both files hold the same frames, nothing is printed and the exit status is 0. Otherwise the first "
-        "difference is\n"
-        "printed (frame from 1, x and y from 0 on the plane's own grid, both values) with the PSNR of each plane over "
-        "all\n"
-        "frames, and the exit status is 1. Errors give 2. Layouts that differ only in the positions of their samples,\n"
-        "such as i420 and nv12, or bgra and rgb24, can be compared. --from and --size apply to raw frames in either "
-        "file.");
+        "If both files hold the same frames, nothing is printed and the exit status is 0. Otherwise the first\n"
+        "difference is printed (frame from 1, x and y from 0 on the plane's own grid, both values) with the PSNR\n"
+        "of each plane over all frames, and the exit status is 1. Errors give 2. Layouts that differ only in the\n"
+        "positions of their samples, such as i420 and nv12, or bgra and rgb24, can be compared. --from and\n"
+        "--size apply to raw frames in either file.");
     command->callback([options] { RunCompare(*options); });
 }
 

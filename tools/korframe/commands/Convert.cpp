@@ -7,7 +7,6 @@
 #include "commands/Commands.h"
 #include "commands/Options.h"
 #include "commands/Values.h"
-#include "io/Errors.h"
 #include "pipeline/Pipeline.h"
 #include "pipeline/Render.h"
 
@@ -103,15 +102,14 @@ void AddConvert(CLI::App& app) {
             "follow")
         ->transform(IsLayout(IsRendered));
     command->footer(
-        std::string("Steps apply in the order given, any number of times. An overlay that ends keeps its last "
-                    "frame; a picture as\n"
-                    "INPUT lasts as long as the longest clip blended over it.\n\nLayouts:\n") +
+        std::string(
+            "Steps apply in the order given, any number of times. An overlay that ends keeps its last frame; a\n"
+            "picture as INPUT lasts as long as the longest clip blended over it.\n\nLayouts:\n") +
         FormatTable() + "\n" + kMatrixFileHelp +
-        "\nOdd sizes: 4:2:0 is rendered and packed in blocks of 2x2, so the last column and row are "
-        "repeated to make the\n"
-        "size even, and cropped afterwards. When flipped, mirrored or rotated, 4:2:0 chroma of odd sizes may be "
-        "one\n"
-        "pixel off. Transparent pictures are composited over black.");
+        "\n"
+        "Odd sizes: 4:2:0 is rendered and packed in blocks of 2x2, so the last column and row are repeated to\n"
+        "make the size even, and cropped afterwards. When flipped, mirrored or rotated, 4:2:0 chroma of odd\n"
+        "sizes may be one pixel off. Transparent pictures are composited over black.");
     command->callback([command, options] { RunConvert(*command, *options); });
 }
 

@@ -268,10 +268,9 @@ void AddDemo(CLI::App& app) {
         ->type_name("PICTURE");
     AddSeedOption(*command, options->seed);
     command->footer(
-        "A camera on its side delivers UYVY, bottom row first. The frame is captured with a flip and a rotation by 90\n"
-        "degrees, a second picture is blended over it, and it is rendered to BGRA with dither level 1. A picture with "
-        "an odd\n"
-        "side loses its last column or row.");
+        "A camera on its side delivers UYVY, bottom row first. The frame is captured with a flip and a rotation\n"
+        "by 90 degrees, a second picture is blended over it, and it is rendered to BGRA with dither level 1. A\n"
+        "picture with an odd side loses its last column or row.");
     command->callback([options] { RunDemo(*options); });
 }
 

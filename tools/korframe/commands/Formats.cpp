@@ -62,9 +62,8 @@ void RunFormats() {
         "PPM     read (P2, P3, P5, P6) and written (P6)\n"
         "JPEG    read\n"
         "\n"
-        "A sample has the number of the first pixel that it covers. Layouts are read into planes and written from "
-        "them;\n"
-        "a matrix file works only from RGB to i420 and from i420 to RGB.\n");
+        "A sample has the number of the first pixel that it covers. Layouts are read into planes and written from\n"
+        "them; a matrix file works only from RGB to i420 and from i420 to RGB.\n");
 }
 
 }  // namespace

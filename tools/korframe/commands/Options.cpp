@@ -4,7 +4,6 @@
 #include <thread>
 
 #include "commands/Values.h"
-#include "io/Errors.h"
 
 namespace korframe {
 
@@ -19,9 +18,8 @@ bool IsRgb(const PixelFormat& format) {
 const char* const kInputHelp = "PNG, JPEG, PPM or Y4M file or raw frames; - for standard input";
 
 const char* const kDitherHelp =
-    "noise: off (default), 0 (weakest), 1 or 2 (strongest); added by the renderer or packer, or by the filter if "
-    "planes "
-    "are written";
+    "noise: off (default), 0 (weakest), 1 or 2 (strongest); added by the renderer or packer, or by the filter if planes"
+    " are written";
 
 void RawOptions::Add(CLI::App& command) {
     command

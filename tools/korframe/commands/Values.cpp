@@ -169,9 +169,9 @@ CLI::Validator IsWholeNumber(unsigned long long least, unsigned long long most) 
 CLI::Validator IsSeconds(double most) {
     return CLI::Validator(
         [most](std::string& text) -> std::string {
-            double seconds = 0;
-            const bool isNumber = CLI::detail::lexical_cast(text, seconds);
-            if (!isNumber || !(seconds >= 0 && seconds <= most)) {  // NaN is neither
+            char* end = nullptr;
+            const double seconds = std::strtod(text.c_str(), &end);
+            if (text.empty() || *end != 0 || !(seconds >= 0 && seconds <= most)) {  // NaN is neither
                 return Expected("seconds from 0 to " + std::to_string(static_cast<int>(most)) + ", for example 0.5",
                                 text);
             }

@@ -63,13 +63,11 @@ void AddVerify(CLI::App& app) {
                      "digests to compare with, a file or - for standard input; default: those of this version")
         ->type_name("FILE");
     command->footer(
-        "Runs every function of the library with every option on a fixed set of small pictures and compares digests of "
-        "all\n"
-        "output with the digests of this version, which are the same for every compiler and machine. Prints one line "
-        "if all\n"
-        "agree. Otherwise it prints a line for each function and option that differs and exits with 1. A noise table "
-        "other\n"
-        "than the library's own shows as differences in the functions that dither.");
+        "Runs every function of the library with every option on a fixed set of small pictures and compares\n"
+        "digests of all output with the digests of this version, which are the same for every compiler and\n"
+        "machine. Prints one line if all agree. Otherwise it prints a line for each function and option that\n"
+        "differs and exits with 1. A noise table other than the library's own shows as differences in the\n"
+        "functions that dither.");
     command->callback([manifest] { RunVerify(*manifest); });
 }
 

@@ -7,7 +7,7 @@
 
 namespace korframe {
 
-const char* const kOutOfMemory = "not enough memory for frames of this size; use smaller frames or fewer --jobs";
+const char* const kOutOfMemory = "not enough memory for frames of this size; use smaller ones";
 
 void FlushStandardOutput() {
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {

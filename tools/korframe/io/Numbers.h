@@ -1,4 +1,4 @@
-// Numbers as headers and command lines have them.
+// Numbers in headers and on the command line.
 #ifndef KORFRAME_NUMBERS_H
 #define KORFRAME_NUMBERS_H
 
