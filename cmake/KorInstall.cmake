@@ -12,7 +12,13 @@ set(korLibraries yuv420 platform)
 if(KOR_BUILD_CONFORMANCE AND TARGET KorConformance)
   install(TARGETS KorConformance EXPORT KorTargets
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
-  install(FILES ${PROJECT_SOURCE_DIR}/conformance/KorConformance.h
+  # The installed header stands alone: the table is written out, because the list that it is made from is not installed.
+  file(READ ${PROJECT_SOURCE_DIR}/conformance/KorConformance.h korHeader)
+  kor_functions(korTable "    KorConformanceSHAPE NAME;\n")
+  string(REGEX REPLACE "#define KOR_FUNCTION[^\n]*\n#include[^\n]*\n" "${korTable}" korHeader "${korHeader}")
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/conformance/KorConformance.h)
+  file(GENERATE OUTPUT KorConformance.h CONTENT "${korHeader}")
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/KorConformance.h
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
   list(APPEND korLibraries conformance)
   # A program in C has to be told which C++ library the kit was built with.

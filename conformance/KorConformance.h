@@ -132,48 +132,12 @@ typedef void (*KorConformanceBlendArray)(KorUint8* yBackground, KorSizeT yBackgr
                                          KorUint8* vAlpha, KorSizeT vAlphaPitch);
 
 /*
- * One pointer a function, in the order of the library's header, named like the function without its suffix. A null
+ * One pointer for each function, in the order of the library's header and named like it without the suffix. A null
  * pointer means that the variant does not have the function: it is skipped, and reported as such.
  */
 typedef struct KorConformanceTable {
-    KorConformancePlane KorPlanarUV422To420;
-    KorConformanceSplit KorPlanarUVDeinterlace;
-    KorConformancePlane KorPlanarMirror;
-    KorConformanceSplit KorPlanarUVDeinterlaceMirror;
-    KorConformancePlaneRotation KorPlanarRotation;
-    KorConformanceSplitRotation KorPlanarUVDeinterlaceRotation;
-    KorConformanceFlipVertical KorI420FlipVertical;
-    KorConformanceCapture KorRGBAToI420;
-    KorConformanceCapture KorBGRAToI420;
-    KorConformanceCapture KorARGBToI420;
-    KorConformanceCapture KorABGRToI420;
-    KorConformanceCapture KorBGRAToI444;
-    KorConformanceCapture KorBGRAToI420UsingBT709;
-    KorConformanceCapture KorBGRAToI444UsingBT709;
-    KorConformanceCaptureGeneral KorBGRAToI420General;
-    KorConformanceCapture KorRawToI420;
-    KorConformanceCapture Kor24BGToI420;
-    KorConformanceRender KorI420ToRGBA;
-    KorConformanceRender KorI420ToBGRA;
-    KorConformanceRender KorI420ToARGB;
-    KorConformanceRender KorI420ToABGR;
-    KorConformanceRender KorI444ToBGRA;
-    KorConformanceRender KorI444ToBGRAUsingBT709;
-    KorConformanceRender KorI420ToBGRAUsingBT709;
-    KorConformanceRenderGeneral KorI420ToBGRAGeneral;
-    KorConformanceRender KorI420To24BG;
-    KorConformanceCapture KorYUY2ToI420;
-    KorConformanceCapture KorUYVYToI420;
-    KorConformanceCaptureRotation KorYUY2ToI420WithRotation;
-    KorConformanceCaptureRotation KorUYVYToI420WithRotation;
-    KorConformanceRender KorI420ToYUY2;
-    KorConformanceRender KorI420ToUYVY;
-    KorConformanceCapture KorYuv2ToI420;
-    KorConformancePack KorI420toYuv2;
-    KorConformanceCapture KorM420ToI420;
-    KorConformanceDither KorI420Dither;
-    KorConformanceBlend KorI420AlphaBlend;
-    KorConformanceBlendArray KorI420AlphaArrayBlend;
+#define KOR_FUNCTION(name, shape, family, frames) KorConformance##shape name;
+#include "Kor/Video/Common/KorYuv420Functions_.inc"
 } KorConformanceTable;
 
 /* The portable functions of the library that is linked. A variant of a few may copy it and replace those. */

@@ -7,22 +7,16 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "conformance/core/Catalogue.h"
+
 namespace fuzz {
 
-// Makes the call that the input describes to one of the functions. Ends the process when library and reference differ.
-void TryOne(const char* const* functions, std::size_t count, const std::uint8_t* input, std::size_t size);
+// Makes the call that the input describes to a function of the family. Ends the process when library and reference differ.
+void TryOne(kit::Family family, const std::uint8_t* input, std::size_t size);
 
 }  // namespace fuzz
 
 // What both the fuzzing engine and the plain main program call.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* input, std::size_t size);
-
-// A family is a file with this line: the names of its functions.
-#define KOR_FUZZ_FAMILY(...)                                                             \
-    extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* input, std::size_t size) { \
-        static const char* const functions[] = {__VA_ARGS__};                            \
-        ::fuzz::TryOne(functions, sizeof functions / sizeof *functions, input, size);    \
-        return 0;                                                                        \
-    }
 
 #endif

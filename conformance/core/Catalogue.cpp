@@ -282,68 +282,80 @@ std::vector<const Matrix*> Matrices() {
     return matrices;
 }
 
-Sweep NoOptions() {
-    return {};
-}
-
-Sweep Capture() {
+Sweep OptionsCapture() {
     Sweep sweep;
     sweep.flips = kFlags;
     return sweep;
 }
 
-Sweep CaptureGeneral() {
-    Sweep sweep = Capture();
+Sweep OptionsCaptureGeneral() {
+    Sweep sweep = OptionsCapture();
     sweep.matrices = Matrices();
     sweep.matrixPlaces = {MatrixPlace::Own, MatrixPlace::Middle};
     return sweep;
 }
 
-Sweep CaptureRotating() {
-    Sweep sweep = Capture();
+Sweep OptionsCaptureRotation() {
+    Sweep sweep = OptionsCapture();
     sweep.rotationDegrees = kAngles;
     return sweep;
 }
 
-Sweep Render() {
+Sweep OptionsRender() {
     Sweep sweep;
     sweep.ditherLevels = kLevels;
     return sweep;
 }
 
-Sweep RenderGeneral() {
-    Sweep sweep = Render();
+Sweep OptionsRenderGeneral() {
+    Sweep sweep = OptionsRender();
     sweep.matrices = Matrices();
     return sweep;
 }
 
-Sweep Geometry() {
+Sweep OptionsPack() {
+    return {};
+}
+
+Sweep OptionsPlane() {
     Sweep sweep;
     sweep.walks = {Walk::Down, Walk::Up};
     return sweep;
 }
 
-Sweep GeometryRotating() {
-    Sweep sweep = Geometry();
+Sweep OptionsSplit() {
+    return OptionsPlane();
+}
+
+Sweep OptionsPlaneRotation() {
+    Sweep sweep = OptionsPlane();
     sweep.rotationDegrees = kAngles;
     return sweep;
 }
 
-Sweep Filter() {
-    Sweep sweep = Render();
+Sweep OptionsSplitRotation() {
+    return OptionsPlaneRotation();
+}
+
+Sweep OptionsFlipVertical() {
+    return {};
+}
+
+Sweep OptionsDither() {
+    Sweep sweep = OptionsRender();
     sweep.randomizeNoiseOffsets = kFlags;
     sweep.inPlace = {false, true};
     return sweep;
 }
 
-Sweep BlendArray() {
+Sweep OptionsBlendArray() {
     Sweep sweep;
     sweep.positions = {{0, 0}, {5, 1}, {2, 3}};
     return sweep;
 }
 
-Sweep Blend() {
-    Sweep sweep = BlendArray();
+Sweep OptionsBlend() {
+    Sweep sweep = OptionsBlendArray();
     sweep.alphas = {0, 1, 127, 128, 254, 255};
     return sweep;
 }
@@ -354,9 +366,6 @@ template <auto member>
 AnyFunction Of(const KorConformanceTable& table) {
     return table.*member;
 }
-
-#define KOR_ENTRY(name, describe, options) \
-    { #name "_C_", describe, options, &Of < &KorConformanceTable::name> }
 
 // ---- Pitches -----------------------------------------------------------------------------------------------------
 
@@ -409,46 +418,9 @@ PlaneUse& Layout::Add(const char* name, Access access, std::size_t rowBytes, std
 
 const std::vector<Entry>& Catalogue() {
     static const std::vector<Entry> entries{
-        // clang-format off
-        KOR_ENTRY(KorPlanarUV422To420,             HalveChroma,               Geometry),
-        KOR_ENTRY(KorPlanarUVDeinterlace,          SplitPlane,                Geometry),
-        KOR_ENTRY(KorPlanarMirror,                 CopyPlane,                 Geometry),
-        KOR_ENTRY(KorPlanarUVDeinterlaceMirror,    SplitPlane,                Geometry),
-        KOR_ENTRY(KorPlanarRotation,               RotatePlane,               GeometryRotating),
-        KOR_ENTRY(KorPlanarUVDeinterlaceRotation,  RotateSplitPlane,          GeometryRotating),
-        KOR_ENTRY(KorI420FlipVertical,             FlipI420,                  NoOptions),
-        KOR_ENTRY(KorRGBAToI420,                   RgbToI420,                 Capture),
-        KOR_ENTRY(KorBGRAToI420,                   RgbToI420,                 Capture),
-        KOR_ENTRY(KorARGBToI420,                   RgbToI420,                 Capture),
-        KOR_ENTRY(KorABGRToI420,                   RgbToI420,                 Capture),
-        KOR_ENTRY(KorBGRAToI444,                   RgbToI444,                 Capture),
-        KOR_ENTRY(KorBGRAToI420UsingBT709,         RgbToI420SpareRow,         Capture),
-        KOR_ENTRY(KorBGRAToI444UsingBT709,         RgbToI444FlippedDownwards, Capture),
-        KOR_ENTRY(KorBGRAToI420General,            RgbToI420SpareColumnAndRow, CaptureGeneral),
-        KOR_ENTRY(KorRawToI420,                    Rgb24ToI420,               Capture),
-        KOR_ENTRY(Kor24BGToI420,                   Rgb24ToI420,               Capture),
-        KOR_ENTRY(KorI420ToRGBA,                   I420ToRgb,                 Render),
-        KOR_ENTRY(KorI420ToBGRA,                   I420ToRgb,                 Render),
-        KOR_ENTRY(KorI420ToARGB,                   I420ToRgb,                 Render),
-        KOR_ENTRY(KorI420ToABGR,                   I420ToRgb,                 Render),
-        KOR_ENTRY(KorI444ToBGRA,                   I444ToRgb,                 Render),
-        KOR_ENTRY(KorI444ToBGRAUsingBT709,         I444ToRgb,                 Render),
-        KOR_ENTRY(KorI420ToBGRAUsingBT709,         I420ToRgb,                 Render),
-        KOR_ENTRY(KorI420ToBGRAGeneral,            I420ToRgb,                 RenderGeneral),
-        KOR_ENTRY(KorI420To24BG,                   I420ToRgb24,               Render),
-        KOR_ENTRY(KorYUY2ToI420,                   PackedToI420,              Capture),
-        KOR_ENTRY(KorUYVYToI420,                   PackedToI420,              Capture),
-        KOR_ENTRY(KorYUY2ToI420WithRotation,       PackedToI420Rotated,       CaptureRotating),
-        KOR_ENTRY(KorUYVYToI420WithRotation,       PackedToI420Rotated,       CaptureRotating),
-        KOR_ENTRY(KorI420ToYUY2,                   I420ToPacked,              Render),
-        KOR_ENTRY(KorI420ToUYVY,                   I420ToPacked,              Render),
-        KOR_ENTRY(KorYuv2ToI420,                   Yuv2ToI420,                Capture),
-        KOR_ENTRY(KorI420toYuv2,                   I420ToYuv2,                NoOptions),
-        KOR_ENTRY(KorM420ToI420,                   M420ToI420,                Capture),
-        KOR_ENTRY(KorI420Dither,                   FilterI420,                Filter),
-        KOR_ENTRY(KorI420AlphaBlend,               BlendI420,                 Blend),
-        KOR_ENTRY(KorI420AlphaArrayBlend,          BlendI420WithAlphaPlanes,  BlendArray),
-        // clang-format on
+#define KOR_FUNCTION(name, shape, family, frames) \
+    {#name "_C_", Family::family, &frames, &Options##shape, &Of<&KorConformanceTable::name>},
+#include "Kor/Video/Common/KorYuv420Functions_.inc"
     };
     return entries;
 }

@@ -38,8 +38,17 @@ struct Layout {
                   std::size_t nominalRowBytes = 0);
 };
 
+enum class Family {
+    PlaneGeometry,
+    RgbToYuv,
+    YuvToRgb,
+    PackedYuv,
+    Compositing,
+};
+
 struct Entry {
     const char* name;
+    Family family;
     void (*describe)(const Case&, Layout&);  // all but the pitches
     Sweep (*options)();                      // without sizes
     AnyFunction (*of)(const KorConformanceTable&);

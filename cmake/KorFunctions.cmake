@@ -1,0 +1,18 @@
+# kor_functions(<variable> <template>): the template once for each function of the library, in the order of the list, with
+# NAME, SHAPE and FAMILY filled in.
+function(kor_functions variable template)
+  set(list ${PROJECT_SOURCE_DIR}/Kor/Video/Common/KorYuv420Functions_.inc)
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${list})
+  file(STRINGS ${list} lines REGEX "^KOR_FUNCTION\\(")
+  set(text "")
+  foreach(line IN LISTS lines)
+    if(NOT line MATCHES "^KOR_FUNCTION\\((Kor[A-Za-z0-9]+), ([A-Za-z]+), ([A-Za-z]+), ([A-Za-z0-9]+)\\)$")
+      message(FATAL_ERROR "${list}: expected KOR_FUNCTION(name, shape, family, frames), found ${line}")
+    endif()
+    string(REPLACE NAME "${CMAKE_MATCH_1}" entry "${template}")
+    string(REPLACE SHAPE "${CMAKE_MATCH_2}" entry "${entry}")
+    string(REPLACE FAMILY "${CMAKE_MATCH_3}" entry "${entry}")
+    string(APPEND text "${entry}")
+  endforeach()
+  set(${variable} "${text}" PARENT_SCOPE)
+endfunction()
