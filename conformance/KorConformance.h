@@ -164,6 +164,7 @@ typedef struct KorConformanceOptions {
     const char* const* functions;     /* names of the functions to try, with or without their suffix, all in the table; null: all */
     size_t functionCount;
     uint64_t seed;           /* zero: the usual one */
+    size_t randomCases;      /* of each function; zero: the usual number */
     KorBool quick;           /* fewer sizes: a tenth of the time, for a first look and for emulators */
     size_t caseNumber;       /* try only this case of each function that has it, as a report numbers it; zero: all */
     FILE* text;              /* where to report; null: nowhere */

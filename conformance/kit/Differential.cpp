@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "conformance/core/ScriptedRandom.h"
+#include "conformance/kit/Contents.h"
 #include "conformance/kit/Poison.h"
 
 namespace kit {
@@ -23,7 +24,8 @@ std::string DescribeDraws(const std::vector<std::size_t>& draws) {
 }
 
 std::string DescribeMemory(const Case& c) {
-    static const char* const kPitches[] = {"tight", "of whole 16 bytes", "odd"};
+    static const char* const kPitches[] = {
+        "tight", "of whole 16 bytes", "odd", "drawn", "of more than 16 bits", "of 30 bits, rows far apart", "of more than 32 bits"};
     return std::string("pitches ") + kPitches[static_cast<int>(c.pitches)] +
            (c.placement == Placement::Rear ? ", planes end before an unmapped page"
                                            : ", planes begin behind an unmapped page");
@@ -39,15 +41,16 @@ bool TakesNullPointers(const Case& c) {
 Differential::Differential(const Entry& entry, const AnyFunction& subject, const AnyFunction& model)
     : entry_(entry), options_(entry.options()), subject_(subject), model_(model) {}
 
-Verdict Differential::Run(const Sweep& sweep, std::uint64_t seed, std::size_t onlyCase) {
+Verdict Differential::Run(const Plan& plan, std::size_t onlyCase) {
     Verdict verdict;
-    options_ = sweep;
-    ForEachCase(sweep, seed, [&](const Case& options) {
+    ForEachCase(plan, [&](const Part& part, const Case& options) {
         if (onlyCase != 0 && options.number != onlyCase) {
             return options.number < onlyCase;
         }
         ++verdict.cases;
         verdict.failing = options.number;
+        verdict.seed = part.seed;
+        options_ = part.sweep;
         verdict.finding = RunCase(options);
         return verdict.finding.None();
     });
@@ -87,7 +90,7 @@ void Differential::Lay(const Case& options) {
         }
         FillNoise(MixSeed(options.seed, i), plane.allocation(), plane.allocationSize());
         if (layout_.planes[i].access != Access::Write) {
-            plane.Fill(options.pattern, MixSeed(options.seed, 100 + i));
+            FillSource(plane, layout_, i, options);
         }
     }
     PlaceMatrix();
@@ -97,14 +100,27 @@ void Differential::Lay(const Case& options) {
     }
 }
 
-// Moves the matrix into the middle of the first plane, if there is room.
+// Moves the matrix into a plane that is written, if there is room: somewhere between its first byte and its last.
 void Differential::PlaceMatrix() {
-    const Plane& plane = planes_[0];
-    if (!case_.matrixInside || plane.shape().Span() < sizeof(Matrix) + alignof(Matrix)) {
+    if (case_.matrixPlace == MatrixPlace::Own) {
         return;
     }
-    void* place = plane.data() + (plane.shape().Span() - sizeof(Matrix) - alignof(Matrix)) / 2;
-    std::size_t room = sizeof(Matrix) + alignof(Matrix);
+    const std::size_t index = case_.matrixPlace == MatrixPlace::U ? 1 : case_.matrixPlace == MatrixPlace::V ? 2 : 0;
+    const PlaneShape& shape = planes_[index].shape();
+    std::size_t begin = 0;
+    std::size_t end = shape.Span();
+    if (case_.matrixPlace == MatrixPlace::SpareRow) {
+        begin = shape.spareRows == 0 ? end : shape.rows * shape.pitch;
+    }
+    constexpr std::size_t kRoom = sizeof(Matrix) + alignof(Matrix);
+    if (end < begin + kRoom) {
+        case_.matrixPlace = MatrixPlace::Own;
+        return;
+    }
+    const std::size_t places = end - begin - kRoom + 1;
+    const bool middle = case_.matrixPlace == MatrixPlace::Middle;
+    void* place = planes_[index].data() + begin + (middle ? (places - 1) / 2 : MixSeed(case_.seed, 300) % places);
+    std::size_t room = kRoom;
     std::memcpy(std::align(alignof(Matrix), sizeof(Matrix), place, room), case_.matrix, sizeof(Matrix));
     case_.matrix = static_cast<const Matrix*>(place);
 }
@@ -130,7 +146,7 @@ void Differential::PoisonGaps() const {
         planes_[i].ForEachGap(
             [&](std::size_t offset, std::size_t size) { Poison(planes_[i].allocation() + offset, size); });
     }
-    if (kPoisons && case_.matrixInside) {
+    if (kPoisons && case_.matrixPlace != MatrixPlace::Own) {
         Unpoison(static_cast<const std::uint8_t*>(static_cast<const void*>(case_.matrix)), sizeof(Matrix));
     }
 }
@@ -172,7 +188,7 @@ void Differential::RunSubject() {
     DisguisePadding();
     ScriptedRandom::ServeSeed(case_.seed);
     PoisonGaps();
-    const std::optional<Fault> fault = catcher_.Call(subject_, views_.data(), case_);
+    const std::optional<Fault> fault = AreFarApart(case_.pitches) ? CallFarApart() : catcher_.Call(subject_, views_.data(), case_);
     UnpoisonPlanes();
     if (fault) {
         ReportFault("crashed", *fault);
@@ -180,6 +196,20 @@ void Differential::RunSubject() {
     }
     ComparePlanes();
     CompareDraws();
+}
+
+// The same bytes in rows that lie far apart; what becomes of them is brought back.
+std::optional<Fault> Differential::CallFarApart() {
+    for (std::size_t i = 0; i < layout_.count; ++i) {
+        farPlanes_[i] = FarPlane(planes_[i], case_.pitches, i);
+        views_[i] = farPlanes_[i].View();
+    }
+    const std::optional<Fault> fault = catcher_.Call(subject_, views_.data(), case_);
+    for (std::size_t i = 0; i < layout_.count; ++i) {
+        farPlanes_[i].ReturnTo(planes_[i]);
+        farPlanes_[i] = FarPlane();
+    }
+    return fault;
 }
 
 // ---- What differs ------------------------------------------------------------------------------------------------

@@ -4,13 +4,18 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "conformance/core/Case.h"
 #include "conformance/core/Catalogue.h"
 #include "conformance/core/Functions.h"
+#include "conformance/kit/FarPlane.h"
 #include "conformance/kit/Fault.h"
+#include "conformance/kit/Plan.h"
 #include "conformance/kit/Plane.h"
 
 namespace kit {
@@ -27,6 +32,7 @@ struct Finding {
 struct Verdict {
     std::size_t cases = 0;    // that were tried
     std::size_t failing = 0;  // the number of the one that differs
+    std::uint64_t seed = 0;   // that it follows from
     Finding finding;
 
     bool Same() const { return finding.None(); }
@@ -36,8 +42,11 @@ class Differential {
   public:
     Differential(const Entry& entry, const AnyFunction& subject, const AnyFunction& model);
 
-    // Visits every case of the sweep, or the one that has the given number.
-    Verdict Run(const Sweep& sweep, std::uint64_t seed, std::size_t onlyCase = 0);
+    // Visits every case of the plan, or the one that has the given number.
+    Verdict Run(const Plan& plan, std::size_t onlyCase = 0);
+    Verdict Run(const Sweep& sweep, std::uint64_t seed, std::size_t onlyCase = 0) {
+        return Run(Plan{{sweep, seed}}, onlyCase);
+    }
     Finding RunCase(const Case& options);
 
   private:
@@ -45,6 +54,7 @@ class Differential {
     void PlaceMatrix();
     void RunModel();
     void RunSubject();
+    std::optional<Fault> CallFarApart();
     void DisguisePadding();
     void ComparePlanes();
     void CompareDraws();
@@ -66,6 +76,7 @@ class Differential {
     Layout layout_;
     std::array<std::shared_ptr<GuardedBuffer>, kMaximumPlanes> buffers_;
     std::array<Plane, kMaximumPlanes> planes_;
+    std::array<FarPlane, kMaximumPlanes> farPlanes_;
     std::array<PlaneView, kMaximumPlanes> views_;
     std::array<Bytes, kMaximumPlanes> initial_;
     std::array<Bytes, kMaximumPlanes> expected_;

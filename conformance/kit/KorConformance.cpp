@@ -89,14 +89,21 @@ void Say(std::FILE* stream, const std::string& text) {
     }
 }
 
+std::uint64_t DrawSeed() {
+    std::random_device device;
+    return ((static_cast<std::uint64_t>(device()) << 32) | device()) | 1;
+}
+
 Request MakeRequest(const KorConformanceTable& table, const KorConformanceOptions& options) {
     Request request;
     request.name = options.name == nullptr ? "variant" : options.name;
     request.table = &table;
     request.model = options.model == nullptr ? KorConformancePortable() : options.model;
     request.entries = ChooseEntries(options);
-    request.seed = options.seed == 0 ? KOR_CONFORMANCE_USUAL_SEED : options.seed;
-    request.quick = options.quick != 0;
+    request.plan.seed = options.seed == 0 ? KOR_CONFORMANCE_USUAL_SEED : options.seed;
+    request.plan.randomSeed = options.seed == 0 ? DrawSeed() : options.seed;
+    request.plan.quick = options.quick != 0;
+    request.plan.random = options.randomCases == 0 ? UsualRandom(request.plan.quick) : options.randomCases;
     request.onlyCase = options.caseNumber;
     request.program = options.programName == nullptr ? "PROGRAM" : options.programName;
     std::size_t offered = 0;
@@ -136,6 +143,9 @@ KorConformanceStatus Run(const KorConformanceTable& table, const KorConformanceO
         throw UsageError("there is no case " + std::to_string(request.onlyCase));
     }
     Say(options.text, TextSummary(request, outcomes));
+    if (!WhyNotFar().empty()) {
+        Say(options.text, request.name + ": " + WhyNotFar() + "\n");
+    }
     Say(junit.get(), JUnitXml(request, outcomes));
     if (junit != nullptr && std::ferror(junit.get()) != 0) {
         throw UsageError(std::string("cannot write ") + options.junitPath);
@@ -157,6 +167,7 @@ std::string Usage(const std::string& program, const std::string& name) {
            "  --seed N          where contents and draws come from, 1 to 2^64 - 1, or \"random\"; the usual one is " +
            std::to_string(KOR_CONFORMANCE_USUAL_SEED) +
            "\n"
+           "  --random N        try N random cases of each function; their seed is drawn unless --seed gives it\n"
            "  --case N          try only case N of each function, as a report numbers it\n"
            "  --junit FILE      also write the results to FILE as JUnit XML\n"
            "  --list            print the names of all functions and whether the table has them\n"
@@ -177,8 +188,7 @@ std::uint64_t ParseNumber(const char* option, const char* text) {
 
 std::uint64_t ParseSeed(const char* text) {
     if (std::strcmp(text, "random") == 0) {
-        std::random_device device;
-        return ((static_cast<std::uint64_t>(device()) << 32) | device()) | 1;
+        return DrawSeed();
     }
     return ParseNumber("--seed", text);
 }
@@ -199,6 +209,7 @@ std::optional<int> RunCommandLine(int argc, char** argv, const KorConformanceTab
         {"function", required_argument, nullptr, 'f'},
         {"quick",    no_argument,       nullptr, 'q'},
         {"seed",     required_argument, nullptr, 's'},
+        {"random",   required_argument, nullptr, 'r'},
         {"case",     required_argument, nullptr, 'c'},
         {"junit",    required_argument, nullptr, 'j'},
         {"list",     no_argument,       nullptr, 'l'},
@@ -218,6 +229,9 @@ std::optional<int> RunCommandLine(int argc, char** argv, const KorConformanceTab
                 break;
             case 's':
                 options.seed = ParseSeed(optarg);
+                break;
+            case 'r':
+                options.randomCases = static_cast<size_t>(ParseNumber("--random", optarg));
                 break;
             case 'c':
                 options.caseNumber = static_cast<size_t>(ParseNumber("--case", optarg));

@@ -97,7 +97,9 @@ std::string TextSummary(const Request& request, const std::vector<Outcome>& outc
     const Totals totals(outcomes);
     return request.name + ": " + std::to_string(totals.same) + " same, " + std::to_string(totals.differ) +
            " different, " + std::to_string(totals.untried) + " not tried; " + std::to_string(totals.cases) +
-           " cases in " + Seconds(totals.seconds) + " s, seed " + std::to_string(request.seed) + "\n";
+           " cases in " + Seconds(totals.seconds) + " s, seed " + std::to_string(request.plan.seed) +
+           (request.plan.randomSeed == request.plan.seed ? "" : ", of random cases " + std::to_string(request.plan.randomSeed)) +
+           "\n";
 }
 
 std::string JUnitXml(const Request& request, const std::vector<Outcome>& outcomes) {
@@ -106,7 +108,8 @@ std::string JUnitXml(const Request& request, const std::vector<Outcome>& outcome
     xml += Attribute("name", request.name) + Attribute("tests", std::to_string(outcomes.size())) +
            Attribute("failures", std::to_string(totals.differ)) + Attribute("errors", "0") +
            Attribute("skipped", std::to_string(totals.untried)) + Attribute("time", Seconds(totals.seconds)) + ">\n";
-    xml += "    <properties>\n      <property name=\"seed\"" + Attribute("value", std::to_string(request.seed)) +
+    xml += "    <properties>\n      <property name=\"seed\"" + Attribute("value", std::to_string(request.plan.seed)) +
+           "/>\n      <property name=\"random-seed\"" + Attribute("value", std::to_string(request.plan.randomSeed)) +
            "/>\n    </properties>\n";
     for (const Outcome& outcome : outcomes) {
         xml += "    <testcase" + Attribute("classname", request.name) + Attribute("name", outcome.entry->name) +

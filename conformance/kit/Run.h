@@ -9,6 +9,7 @@
 
 #include "conformance/core/Catalogue.h"
 #include "conformance/kit/Differential.h"
+#include "conformance/kit/Plan.h"
 
 namespace kit {
 
@@ -17,8 +18,7 @@ struct Request {
     const KorConformanceTable* table = nullptr;
     const KorConformanceTable* model = nullptr;
     std::vector<const Entry*> entries;
-    std::uint64_t seed = KOR_CONFORMANCE_USUAL_SEED;
-    bool quick = false;
+    PlanOptions plan;
     std::size_t onlyCase = 0;
     std::string program;  // for the command that repeats a failure
 };
@@ -32,9 +32,6 @@ struct Outcome {
     // A function without a case is neither the same nor different.
     bool Tried() const { return offered && verdict.cases > 0; }
 };
-
-// All sizes, options, pitches, placements and patterns of a function.
-Sweep FullSweep(const Entry& entry, bool quick);
 
 Outcome TryFunction(const Request& request, const Entry& entry);
 
