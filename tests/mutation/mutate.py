@@ -6,6 +6,7 @@ the quickest first, until one of them fails. A change that no test notices has s
 line in equivalent.txt that says why no result can depend on it.
 
 usage: mutate.py --build DIR [--sanitized DIR] [--results FILE] [--sample N] [--only REGEX] [--jobs N]
+       mutate.py --planted --build DIR
        mutate.py --list | --check
 """
 import argparse
@@ -27,6 +28,7 @@ HERE = pathlib.Path(__file__).resolve().parent
 TOP = HERE.parent.parent
 SOURCE = TOP / "Kor/Video/Common/C/KorYuv420_C_.cpp"
 EQUIVALENT = HERE / "equivalent.txt"
+PLANTED = HERE / "planted.txt"
 
 # One line of the source before and after, and the definition that it stands in: PLACE, or PLACE[2] for the second line
 # of a definition that reads the same and changes in the same way.
@@ -153,6 +155,50 @@ def deletions(code):
         yield "deletion", indent + ";"
 
 
+def casts(code):
+    """Pitches, offsets and numbers of rows that lose their upper bits: the faults of code that was written for 32 bits, or
+    that keeps an offset in a lane of 16."""
+    if not code.startswith(" ") or "static_assert" in code:
+        return
+    # A pitch that is passed on; a declaration has a type before it.
+    for m in re.finditer(r"(?<=[({,*] )(?:\w+\.)?(pitch\w*|\w+Pitch)(?=[,})])|(?<=\{|\()(pitch\w*|\w+Pitch)(?=[,})])", code):
+        if not re.search(r"Kor\w+ $", code[:m.start()]):
+            for type_ in ("KorUint16", "KorUint"):
+                yield "narrowing", code[:m.start()] + f"static_cast<{type_}>({m.group(0)})" + code[m.end():]
+    # What is multiplied by a pitch.
+    for m in re.finditer(r"\w+ \* pitch\b|static_cast<KorDistanceT>\(\w+\) \* (?:dst\.)?(?:pitch|column|row)\b", code):
+        for type_ in ("KorInt16", "KorInt"):
+            yield "narrowing", code[:m.start()] + f"static_cast<{type_}>({m.group(0)})" + code[m.end():]
+    # Offsets that are added to a pointer, and numbers of rows.
+    for m in re.finditer(r"(?<=[+] )(\d+ \* )?(start|left|drift|entry|column)\b( / 2)?", code):
+        yield "narrowing", code[:m.start()] + f"static_cast<KorUint16>({m.group(0)})" + code[m.end():]
+    for m in re.finditer(r"\b(?:Row|At)\(", code):
+        end = closing(code, m.end() - 1)
+        arguments = top_level_split(code[m.end():end], ",") if end > 0 else []
+        if arguments and "KorSizeT" not in arguments[0]:
+            for i, argument in enumerate(arguments):
+                # A row of a tile has a small number.
+                if re.search(r"[a-z]", argument) and argument.strip() not in ("r", "k"):
+                    changed = [*arguments[:i], f" static_cast<KorUint16>({argument.strip()})", *arguments[i + 1:]]
+                    yield "narrowing", code[:m.end()] + ",".join(changed).strip() + code[end:]
+
+
+# Loops over a few things, whatever the picture.
+SHORT_LOOPS = re.compile(r"\b(h|half|bytes|kRun|8)$")
+
+
+def limits(code):
+    """Loops that end too early in rows and columns behind a limit, as vector code does that was tried with small pictures."""
+    m = re.match(r"(\s*for \(.*?; )(?:(\d) \* )?(\w+) < ((?:\w+)(?: / 2)?)(; .*)$", code)
+    if not m or SHORT_LOOPS.search(m.group(4)) or m.group(4) in ("n", "w") and m.group(3) in ("k", "r"):
+        return
+    head, scale, name, bound, rest = m.groups()
+    scaled = f"{scale} * {name}" if scale else name
+    # The runs of a row have at most 128 samples, or 64 pairs.
+    for limit in (50,) if bound in ("n", "whole", "end") else (100, 1100):
+        yield "limit", f"{head}{scaled} < {bound} && {name} < {limit}{rest}"
+
+
 def mutants_of(lines):
     places = definitions(lines)
     made = []
@@ -166,7 +212,7 @@ def mutants_of(lines):
             continue
         code = code_of(line)
         seen = {code}
-        for make in (constants, operators, bounds, choices, deletions):
+        for make in (constants, operators, bounds, choices, deletions, casts, limits):
             for kind, after in make(code):
                 if after not in seen:
                     seen.add(after)
@@ -202,6 +248,55 @@ class Equivalents:
 
     def stale(self):
         return [line for key, line in self.known.items() if key not in self.used]
+
+
+# ---- Faults that are planted by hand --------------------------------------------------------------------------------
+
+Planted = collections.namedtuple("Planted", "function line text after")
+
+
+def read_planted(path, lines):
+    """Lines of the form `FUNCTION: PLACE: BEFORE ==> AFTER`; the function whose conformance run has to tell."""
+    places = definitions(lines)
+    found, stale = [], []
+    for text in path.read_text().splitlines():
+        if text.strip() and not text.startswith("#"):
+            function, place, rest = text.split(": ", 2)
+            before, after = rest.split(" ==> ", 1)
+            at = [i for i, line in enumerate(lines) if places[i] == place and code_of(line).strip() == before.strip()]
+            if at:
+                found.append(Planted(function, at[0], text, after))
+            else:
+                stale.append(text)
+    return found, stale
+
+
+def try_planted(workshop, planted, build):
+    """Each fault alone: the conformance run of its function must find a difference, and none in the source as it is."""
+    where = workshop.directory / "planted"
+    program = [build / "tests/conformance/KorConformanceTest", "--seed", "420", "--function"]
+    environment = dict(os.environ, LD_LIBRARY_PATH=str(where))
+
+    def status(lines, function):
+        done = workshop.compile("\n".join(lines) + "\n", FAST, where)
+        if done.returncode != 0:
+            sys.exit(f"mutate: does not compile:\n{done.stderr}")
+        return subprocess.run([*program, function], env=environment, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+
+    missed = 0
+    for fault in planted:
+        lines = list(workshop.lines)
+        lines[fault.line] = fault.after
+        done = status(lines, fault.function)
+        title = re.search(r"DIFFERS.*\n +(.*)", done.stdout)
+        caught = done.returncode == 1 and title
+        missed += not caught
+        print(f"{'caught' if caught else 'MISSED'} {fault.text}" + (f"\n       {title.group(1)}" if caught else ""), flush=True)
+    for function in sorted({fault.function for fault in planted}):
+        if status(workshop.lines, function).returncode != 0:
+            sys.exit(f"mutate: {function} of the source as it is differs from the reference")
+    print(f"{len(planted)} faults planted, {len(planted) - missed} caught")
+    return 1 if missed else 0
 
 
 # ---- Running the tests ----------------------------------------------------------------------------------------------
@@ -326,6 +421,11 @@ class Workshop:
                 sys.exit(f"mutate: {stage.name} does not load the library that it is given")
 
 
+def soname_of(build):
+    name = next(build.glob("Kor/libKorYuv420.so.*.*")).resolve().name
+    return ".".join(name.split(".")[:4])
+
+
 def describe(mutant):
     return f"{SOURCE.name}:{mutant.line}: {mutant.place}: {mutant.before} ==> {mutant.after.strip()}"
 
@@ -353,6 +453,7 @@ def main():
     parser.add_argument("--only", help="take the mutants whose description matches this expression")
     parser.add_argument("--list", action="store_true", help="print the mutants and do nothing")
     parser.add_argument("--check", action="store_true", help="only tell whether equivalent.txt still fits the source")
+    parser.add_argument("--planted", action="store_true", help="plant the faults of planted.txt one by one")
     parser.add_argument("--jobs", type=int, default=os.cpu_count())
     options = parser.parse_args()
 
@@ -373,14 +474,19 @@ def main():
     equivalents = Equivalents(EQUIVALENT)
     explained = [m for m in made if equivalents.explains(m)]
     if options.check:
-        for line in equivalents.stale():
-            print("matches no mutant any more:", line)
-        return 1 if equivalents.stale() else 0
+        stale = equivalents.stale() + read_planted(PLANTED, lines)[1]
+        for line in stale:
+            print("fits the source no more:", line)
+        return 1 if stale else 0
+    if options.planted:
+        planted, stale = read_planted(PLANTED, lines)
+        workshop = Workshop(lines, [], soname_of(options.build), options.build / "mutants")
+        for line in stale:
+            print("fits the source no more:", line)
+        return try_planted(workshop, planted, options.build) or bool(stale)
     results = read_results(options.results, lines)
     pending = [m for m in made if m not in set(explained) and describe(m) not in results]
-    soname = next(options.build.glob("Kor/libKorYuv420.so.*.*")).resolve().name
-    soname = ".".join(soname.split(".")[:4])
-    workshop = Workshop(lines, stages(options.build, options.sanitized), soname, options.build / "mutants")
+    workshop = Workshop(lines, stages(options.build, options.sanitized), soname_of(options.build), options.build / "mutants")
     started = time.monotonic()
     if pending:
         workshop.calibrate()
