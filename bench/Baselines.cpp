@@ -1,5 +1,7 @@
 #include "bench/Baselines.h"
 
+#include <vector>
+
 #include "Kor/Video/Common/KorVideoCommonUtilityInline_.h"
 
 namespace bench {
@@ -42,17 +44,20 @@ void RenderWithByteStores(const KorUint8* y, KorSizeT pitchY,
 void ConvertThenRotate(KorUint8* y, KorSizeT pitchY,
                        KorUint8* u, KorSizeT pitchU,
                        KorUint8* v, KorSizeT pitchV,
-                       KorUint8* scratchY, KorSizeT pitchScratchY,
-                       KorUint8* scratchU, KorSizeT pitchScratchU,
-                       KorUint8* scratchV, KorSizeT pitchScratchV,
                        const KorUint8* x, KorSizeT pitchX,
-                       KorSizeT width, KorSizeT height, KorImageRotationDegree rotationDegree) {
+                       KorSizeT width, KorSizeT height, KorBool flip, KorImageRotationDegree rotationDegree) {
+    // Kept between calls, as a program that converts a stream would keep it.
+    static std::vector<KorUint8> scratch;
     const KorSizeT widthC = width / 2;
     const KorSizeT heightC = height / 2;
-    KorUYVYToI420_C_(scratchY, pitchScratchY, scratchU, pitchScratchU, scratchV, pitchScratchV, x, pitchX, width, height, 0);
-    KorPlanarRotation_C_(scratchY, static_cast<KorDistanceT>(pitchScratchY), y, pitchY, width, height, rotationDegree);
-    KorPlanarRotation_C_(scratchU, static_cast<KorDistanceT>(pitchScratchU), u, pitchU, widthC, heightC, rotationDegree);
-    KorPlanarRotation_C_(scratchV, static_cast<KorDistanceT>(pitchScratchV), v, pitchV, widthC, heightC, rotationDegree);
+    scratch.resize(width * height + 2 * widthC * heightC);
+    KorUint8* const scratchY = scratch.data();
+    KorUint8* const scratchU = scratchY + width * height;
+    KorUint8* const scratchV = scratchU + widthC * heightC;
+    KorUYVYToI420_C_(scratchY, width, scratchU, widthC, scratchV, widthC, x, pitchX, width, height, flip);
+    KorPlanarRotation_C_(scratchY, static_cast<KorDistanceT>(width), y, pitchY, width, height, rotationDegree);
+    KorPlanarRotation_C_(scratchU, static_cast<KorDistanceT>(widthC), u, pitchU, widthC, heightC, rotationDegree);
+    KorPlanarRotation_C_(scratchV, static_cast<KorDistanceT>(widthC), v, pitchV, widthC, heightC, rotationDegree);
 }
 
 }  // namespace bench

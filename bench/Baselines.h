@@ -13,16 +13,12 @@ void RenderWithByteStores(const KorUint8* y, KorSizeT pitchY,
                           KorUint8* x, KorSizeT pitchX,
                           KorSizeT width, KorSizeT height);
 
-// UYVY to turned I420 in two passes: the plain converter into scratch planes, which are the caller's, then three plane
-// rotations.
+// UYVY to rotated I420 in two passes: the plain converter into scratch planes, then three plane rotations.
 void ConvertThenRotate(KorUint8* y, KorSizeT pitchY,
                        KorUint8* u, KorSizeT pitchU,
                        KorUint8* v, KorSizeT pitchV,
-                       KorUint8* scratchY, KorSizeT pitchScratchY,
-                       KorUint8* scratchU, KorSizeT pitchScratchU,
-                       KorUint8* scratchV, KorSizeT pitchScratchV,
                        const KorUint8* x, KorSizeT pitchX,
-                       KorSizeT width, KorSizeT height, KorImageRotationDegree rotationDegree);
+                       KorSizeT width, KorSizeT height, KorBool flip, KorImageRotationDegree rotationDegree);
 
 }  // namespace bench
 

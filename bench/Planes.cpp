@@ -37,32 +37,11 @@ void Memory::FillWithNoise(KorSizeT bytes, uint64_t seed) const {
     }
 }
 
-Plane Planes::Read(KorSizeT rowBytes, KorSizeT rows) {
-    return Add(rowBytes, rows, 1);
-}
-
-Plane Planes::Write(KorSizeT rowBytes, KorSizeT rows) {
-    return Add(rowBytes, rows, 1);
-}
-
-Plane Planes::ReadAndWrite(KorSizeT rowBytes, KorSizeT rows) {
-    return Add(rowBytes, rows, 2);
-}
-
-Plane Planes::Scratch(KorSizeT rowBytes, KorSizeT rows) {
-    return Add(rowBytes, rows, 0);
-}
-
-void Planes::CountRead(KorSizeT rowBytes, KorSizeT rows) {
-    moved_ += static_cast<double>(rowBytes) * static_cast<double>(rows);
-}
-
-Plane Planes::Add(KorSizeT rowBytes, KorSizeT rows, int times) {
+kit::PlaneView Planes::Add(KorSizeT rowBytes, KorSizeT rows) {
     const KorSizeT pitch = RoundUp(rowBytes, size_.pitchMultiple);
     memory_.emplace_back(pitch * rows);
     memory_.back().FillWithNoise(pitch * rows, 0x9e3779b97f4a7c15u + memory_.size());
-    moved_ += times * static_cast<double>(rowBytes) * static_cast<double>(rows);
-    return {memory_.back().Data(), pitch};
+    return {memory_.back().Data(), pitch, rows};
 }
 
 }  // namespace bench

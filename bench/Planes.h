@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "conformance/core/PlaneShape.h"
 #include "Kor/Utils/SysDep/KorBaseTypes.h"
 
 namespace bench {
@@ -21,11 +22,6 @@ struct FrameSize {
     double Pixels() const { return static_cast<double>(width) * static_cast<double>(height); }
     // Such as 1280x720, or 1280x720@4096 with a multiple.
     std::string Label() const;
-};
-
-struct Plane {
-    KorUint8* data;
-    KorSizeT pitch;
 };
 
 // Bytes that the system hands out in whole pages, all of them touched.
@@ -51,20 +47,15 @@ class Planes {
     KorSizeT Width() const { return size_.width; }
     KorSizeT Height() const { return size_.height; }
 
-    // Planes of rows of so many bytes. The name says what the function does with every byte of them.
-    Plane Read(KorSizeT rowBytes, KorSizeT rows);
-    Plane Write(KorSizeT rowBytes, KorSizeT rows);
-    Plane ReadAndWrite(KorSizeT rowBytes, KorSizeT rows);
-    // Does not count: what lies between two passes, since the task is the same without, or a plane that is read in part.
-    Plane Scratch(KorSizeT rowBytes, KorSizeT rows);
-    void CountRead(KorSizeT rowBytes, KorSizeT rows);
+    // A plane of rows of so many bytes.
+    kit::PlaneView Add(KorSizeT rowBytes, KorSizeT rows);
+    // Bytes that the call reads and writes.
+    void Count(double moved) { moved_ += moved; }
 
     // Bytes read and bytes written, together.
     double Moved() const { return moved_; }
 
   private:
-    Plane Add(KorSizeT rowBytes, KorSizeT rows, int times);
-
     FrameSize size_;
     double moved_ = 0;
     std::vector<Memory> memory_;

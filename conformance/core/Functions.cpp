@@ -119,8 +119,8 @@ struct Scribe {
         }
     }
     void Write(const KorInt (*coefficients)[3]) {
-        text += coefficients == nullptr ? "NULL" : options.matrixInside ? "coeffs inside " + std::string(names[0])
-                                                                        : "coeffs";
+        text += coefficients == nullptr ? "NULL" : options.matrixPlace == MatrixPlace::Own ? "coeffs"
+                                                                                           : "coeffs inside a plane";
     }
     template <class Number>
     void Write(Number number) {

@@ -6,6 +6,7 @@
 
 #include "conformance/core/ScriptedRandom.h"
 #include "conformance/kit/Allocation.h"
+#include "conformance/kit/Contents.h"
 #include "conformance/kit/Poison.h"
 #include "conformance/kit/Shield.h"
 
@@ -31,7 +32,8 @@ constexpr std::size_t kMostOnPages = std::size_t{1} << 18;
 constexpr int kCallsForALeak = 8;
 
 std::string DescribeMemory(const Case& c) {
-    static const char* const kPitches[] = {"tight", "of whole 16 bytes", "odd"};
+    static const char* const kPitches[] = {
+        "tight", "of whole 16 bytes", "odd", "drawn", "of more than 16 bits", "of 30 bits, rows far apart", "of more than 32 bits"};
     return std::string("pitches ") + kPitches[static_cast<int>(c.pitches)] +
            (c.placement == Placement::Rear ? ", planes end before an unmapped page"
                                            : ", planes begin behind an unmapped page");
@@ -52,15 +54,17 @@ Differential::Differential(const Entry& entry, const AnyFunction& subject, const
       model_(model),
       progress_(progress == nullptr ? ownProgress_ : *progress) {}
 
-Verdict Differential::Run(const Sweep& sweep, std::uint64_t seed, std::size_t onlyCase) {
+Verdict Differential::Run(const Plan& plan, std::size_t onlyCase) {
     Verdict verdict;
-    options_ = sweep;
-    ForEachCase(sweep, seed, [&](const Case& options) {
+    ForEachCase(plan, [&](const Part& part, const Case& options) {
+        verdict.last = options.number;
         if (onlyCase != 0 && options.number != onlyCase) {
             return options.number < onlyCase;
         }
         ++verdict.cases;
         verdict.failing = options.number;
+        verdict.seed = part.seed;
+        options_ = part.sweep;
         verdict.finding = RunCase(options);
         return verdict.finding.None();
     });
@@ -134,7 +138,7 @@ void Differential::Lay(const Case& options) {
         }
         FillNoise(MixSeed(options.seed, i), plane.allocation(), plane.allocationSize());
         if (layout_.planes[i].access != Access::Write) {
-            plane.Fill(options.pattern, MixSeed(options.seed, 100 + i));
+            FillSource(plane, layout_, i, options);
         }
     }
     PlaceMatrix();
@@ -146,6 +150,9 @@ void Differential::Lay(const Case& options) {
 
 // Moves the rows to pages of their own, where all planes can have that.
 void Differential::ChooseReach() {
+    if (AreFarApart(case_.pitches)) {
+        manner_.reach = Reach::Usual;
+    }
     if (manner_.reach != Reach::RowsOnPages) {
         return;
     }
@@ -154,7 +161,7 @@ void Differential::ChooseReach() {
     };
     for (std::size_t i = 0; i < layout_.count; ++i) {
         const PlaneShape& shape = layout_.planes[i].shape;
-        if (shape.drifts || shape.margin > 0 || case_.matrixInside ||
+        if (shape.drifts || shape.margin > 0 || case_.matrixPlace != MatrixPlace::Own ||
             (shape.rows + shape.spareRows) * pitch(shape) > kMostOnPages) {
             manner_.reach = Reach::Usual;
             return;
@@ -165,14 +172,28 @@ void Differential::ChooseReach() {
     }
 }
 
-// Moves the matrix into the middle of the first plane, if there is room.
+// Moves the matrix into a plane that is written, if there is room: somewhere between its first byte and its last.
 void Differential::PlaceMatrix() {
-    const Plane& plane = planes_[0];
-    if (!case_.matrixInside || plane.shape().Span() < sizeof(Matrix) + alignof(Matrix)) {
+    if (case_.matrixPlace == MatrixPlace::Own) {
         return;
     }
-    void* place = plane.data() + (plane.shape().Span() - sizeof(Matrix) - alignof(Matrix)) / 2;
-    std::size_t room = sizeof(Matrix) + alignof(Matrix);
+    const std::size_t index = case_.matrixPlace == MatrixPlace::U ? 1 : case_.matrixPlace == MatrixPlace::V ? 2
+                                                                                                            : 0;
+    const PlaneShape& shape = planes_[index].shape();
+    std::size_t begin = 0;
+    std::size_t end = shape.Span();
+    if (case_.matrixPlace == MatrixPlace::SpareRow) {
+        begin = shape.spareRows == 0 ? end : shape.rows * shape.pitch;
+    }
+    constexpr std::size_t kRoom = sizeof(Matrix) + alignof(Matrix);
+    if (end < begin + kRoom) {
+        case_.matrixPlace = MatrixPlace::Own;
+        return;
+    }
+    const std::size_t places = end - begin - kRoom + 1;
+    const bool middle = case_.matrixPlace == MatrixPlace::Middle;
+    void* place = planes_[index].data() + begin + (middle ? (places - 1) / 2 : MixSeed(case_.seed, 300) % places);
+    std::size_t room = kRoom;
     std::memcpy(std::align(alignof(Matrix), sizeof(Matrix), place, room), case_.matrix, sizeof(Matrix));
     case_.matrix = static_cast<const Matrix*>(place);
 }
@@ -214,7 +235,7 @@ void Differential::PoisonGaps() const {
         planes_[i].ForEachGap(
             [&](std::size_t offset, std::size_t size) { Poison(planes_[i].allocation() + offset, size); });
     }
-    if (kPoisons && case_.matrixInside) {
+    if (kPoisons && case_.matrixPlace != MatrixPlace::Own) {
         Unpoison(static_cast<const std::uint8_t*>(static_cast<const void*>(case_.matrix)), sizeof(Matrix));
     }
 }
@@ -281,6 +302,9 @@ void Differential::CallOnce() {
     aftermath_.change.count = 0;
     PoisonGaps();
     ShieldPlanes();
+    if (AreFarApart(case_.pitches)) {
+        MoveFarApart();
+    }
     progress_.Enter(Stage::Subject);
     if (manner_.secondThread) {
         if (secondThread_ == nullptr) {
@@ -291,6 +315,9 @@ void Differential::CallOnce() {
         CallHere();
     }
     progress_.Enter(Stage::Kit);
+    if (AreFarApart(case_.pitches)) {
+        MoveBack();
+    }
     UnshieldPlanes();
     UnpoisonPlanes();
     if (aftermath_.fault) {
@@ -312,6 +339,21 @@ void Differential::CallHere() {
         [this] { CallWatched(subject_, views_.data(), case_, manner_.floats, aftermath_.change); });
     aftermath_.allocated = static_cast<std::ptrdiff_t>((manner_.repeated ? AllocatedBytes() : 0) - allocated);
     aftermath_.draws = ScriptedRandom::Draws();
+}
+
+// The same bytes in rows that lie far apart; what becomes of them is brought back.
+void Differential::MoveFarApart() {
+    for (std::size_t i = 0; i < layout_.count; ++i) {
+        farPlanes_[i] = FarPlane(planes_[i], case_.pitches, i);
+        views_[i] = farPlanes_[i].View();
+    }
+}
+
+void Differential::MoveBack() {
+    for (std::size_t i = 0; i < layout_.count; ++i) {
+        farPlanes_[i].ReturnTo(planes_[i]);
+        farPlanes_[i] = FarPlane();
+    }
 }
 
 // ---- What differs ------------------------------------------------------------------------------------------------

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -12,8 +13,10 @@
 #include "conformance/core/Case.h"
 #include "conformance/core/Catalogue.h"
 #include "conformance/core/Functions.h"
+#include "conformance/kit/FarPlane.h"
 #include "conformance/kit/Fault.h"
 #include "conformance/kit/Manner.h"
+#include "conformance/kit/Plan.h"
 #include "conformance/kit/Plane.h"
 #include "conformance/kit/Progress.h"
 #include "conformance/kit/SecondThread.h"
@@ -31,7 +34,9 @@ struct Finding {
 // What a comparison found. It stops at the first case that differs.
 struct Verdict {
     std::size_t cases = 0;    // that were tried
+    std::size_t last = 0;     // the highest number that was come across
     std::size_t failing = 0;  // the number of the one that differs
+    std::uint64_t seed = 0;   // that it follows from
     Finding finding;
 
     bool Same() const { return finding.None(); }
@@ -43,8 +48,11 @@ class Differential {
     Differential(const Entry& entry, const AnyFunction& subject, const AnyFunction& model,
                  Progress* progress = nullptr);
 
-    // Visits every case of the sweep, or the one that has the given number.
-    Verdict Run(const Sweep& sweep, std::uint64_t seed, std::size_t onlyCase = 0);
+    // Visits every case of the plan, or the one that has the given number.
+    Verdict Run(const Plan& plan, std::size_t onlyCase = 0);
+    Verdict Run(const Sweep& sweep, std::uint64_t seed, std::size_t onlyCase = 0) {
+        return Run(Plan{{sweep, seed}}, onlyCase);
+    }
     // One case in the manner that follows from its number.
     Finding RunCase(const Case& options);
 
@@ -68,6 +76,8 @@ class Differential {
     void RepeatSubject();
     void CallOnce();
     void CallHere();
+    void MoveFarApart();
+    void MoveBack();
     void DisguisePadding();
     void ComparePlanes();
     void CompareDraws();
@@ -108,6 +118,7 @@ class Differential {
     Layout layout_;
     std::array<std::shared_ptr<GuardedBuffer>, kMaximumPlanes> buffers_;
     std::array<Plane, kMaximumPlanes> planes_;
+    std::array<FarPlane, kMaximumPlanes> farPlanes_;
     std::array<PlaneView, kMaximumPlanes> views_;
     std::array<Bytes, kMaximumPlanes> initial_;
     std::array<Bytes, kMaximumPlanes> expected_;

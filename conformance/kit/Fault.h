@@ -39,10 +39,10 @@ class FaultCatcher {
     FaultCatcher& operator=(const FaultCatcher&) = delete;
 
     // Does the work and returns the fault that ended it, if one did. A fault leaves the work by a jump: no destructors
-    // run, so the work must not need any.
+    // run, so the work must not need any. An exception that leaves the work is a fault too, SIGABRT.
     template <class Work>
     std::optional<Fault> Run(Work&& work) const {
-        return Catch([](void* it) { (*static_cast<std::remove_reference_t<Work>*>(it))(); }, &work);
+        return Catch([](void* it) noexcept { (*static_cast<std::remove_reference_t<Work>*>(it))(); }, &work);
     }
 
   private:
