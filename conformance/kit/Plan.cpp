@@ -67,8 +67,7 @@ SizeList LargeBlocks() {
 }
 
 // Rows and columns whose numbers outgrow 8, 12 and 16 bits and the blocks of any kernel, and the rests of long rows.
-const SizeList kLong{{120, 8}, {248, 5}, {376, 6}, {504, 3}, {1040, 10}, {1144, 6}, {2050, 4}, {4400, 6}, {16644, 4},
-                     {65801, 2}, {2, 65538}, {64, 1200}, {34, 1100}, {20, 700}, {70, 650}};
+const SizeList kLong{{120, 8}, {248, 5}, {376, 6}, {504, 3}, {1040, 10}, {1144, 6}, {2050, 4}, {4400, 6}, {16644, 4}, {65801, 2}, {2, 65538}, {64, 1200}, {34, 1100}, {20, 700}, {70, 650}};
 
 // Chroma, too, has more than 65536 columns or rows.
 const SizeList kVeryLong{{131202, 3}, {131201, 2}, {2, 131079}};
