@@ -5,7 +5,8 @@ Makes one small change at a time, compiles the changed library as a shared objec
 the quickest first, until one of them fails. A change that no test notices has survived: it needs a new test, or a
 line in equivalent.txt that says why no result can depend on it.
 
-usage: mutate.py --build DIR [--sanitized DIR] [--results FILE] [--sample N] [--only REGEX] [--jobs N]
+usage: mutate.py --build DIR [--sanitized DIR] [--results FILE] [--sample N] [--only REGEX]
+                 [--kind KIND] [--jobs N]
        mutate.py --planted --build DIR
        mutate.py --list | --check
 """
@@ -335,6 +336,9 @@ def stages(build, sanitized):
                  for name in families]
         return ["sh", "-c", " && ".join(calls)]
 
+    # Function by function, to end with the first that differs.
+    kit = "tests/conformance/KorConformanceTest"
+    each = f"for name in $({kit} --list | cut -d' ' -f1); do {kit} --seed 420 --function $name || exit 1; done"
     unit = ["tests/KorUnitTests", "--gtest_filter=-*Kit*:*MatricesOf*:SharedMemory*", *brief]
     listed = [
         Stage("stored inputs of the fuzzers", build, QUICK, fuzzers("{corpus}")),
@@ -345,8 +349,9 @@ def stages(build, sanitized):
               ["tests/KorUnitTests", "--gtest_filter=*MatricesOf*:SharedMemory*", *brief]),
         Stage("stored inputs, Clang", build, CLANG, fuzzers("{corpus}")),
         Stage("unit tests, Clang", build, CLANG, unit),
-        Stage("short conformance run, Clang", build, CLANG, ["tests/conformance/KorConformanceTest", "--quick"]),
-        Stage("conformance run", build, FAST, ["tests/conformance/KorConformanceTest"]),
+        Stage("short conformance run, Clang", build, CLANG, [kit, "--quick"]),
+        Stage("short conformance run", build, FAST, [kit, "--quick"]),
+        Stage("conformance run", build, FAST, ["sh", "-c", each]),
         Stage("exhaustive tests", build, FAST, ["tests/KorExhaustiveTests", *brief]),
     ]
     if sanitized:
@@ -354,7 +359,7 @@ def stages(build, sanitized):
             Stage("stored inputs, sanitized", sanitized, SANITIZED, fuzzers("{corpus}")),
             Stage("unit tests, sanitized", sanitized, SANITIZED, unit),
             Stage("conformance run, sanitized", sanitized, SANITIZED,
-                  ["tests/conformance/KorConformanceTest", "--quick"]),
+                  [kit, "--quick"]),
         ]
     return listed
 
@@ -382,11 +387,13 @@ class Workshop:
              "-DKOR_BUILDING", f"-I{TOP}", source, "-o", where / self.soname, f"-Wl,-soname,{self.soname}"],
             capture_output=True, text=True)
 
-    def judge(self, text):
+    def judge(self, text, kind):
         """Names the stage that the text fails; "" when it passes all."""
         where = self.directory / threading.current_thread().name
         compiled = None
-        for stage in self.stages:
+        # Only the kit has pictures that are large enough for some kinds.
+        large = kind in ("narrowing", "limit")
+        for stage in sorted(self.stages, key=lambda s: large and s.flags != FAST or large and "conformance" not in s.name):
             if stage.flags != compiled:
                 done = self.compile(text, stage.flags, where)
                 compiled = stage.flags
@@ -451,6 +458,7 @@ def main():
     parser.add_argument("--results", type=pathlib.Path, help="one line a mutant is written here, and read to go on")
     parser.add_argument("--sample", type=int, help="take so many mutants at random")
     parser.add_argument("--only", help="take the mutants whose description matches this expression")
+    parser.add_argument("--kind", action="append", help="take the mutants of this kind; may be repeated")
     parser.add_argument("--list", action="store_true", help="print the mutants and do nothing")
     parser.add_argument("--check", action="store_true", help="only tell whether equivalent.txt still fits the source")
     parser.add_argument("--planted", action="store_true", help="plant the faults of planted.txt one by one")
@@ -463,6 +471,8 @@ def main():
     made = mutants_of(lines)
     if options.only:
         made = [m for m in made if re.search(options.only, describe(m))]
+    if options.kind:
+        made = [m for m in made if m.kind in options.kind]
     if options.sample and options.sample < len(made):
         made = sorted(random.Random(420).sample(made, options.sample))
     if options.list:
@@ -493,7 +503,7 @@ def main():
     print(f"{len(made)} mutants, {len(explained)} explained as equivalent, {len(pending)} to try", flush=True)
     log = open(options.results, "a", buffering=1) if options.results else None
     with concurrent.futures.ThreadPoolExecutor(options.jobs, "worker") as workers:
-        futures = {workers.submit(workshop.judge, workshop.mutated(m)): m for m in pending}
+        futures = {workers.submit(workshop.judge, workshop.mutated(m), m.kind): m for m in pending}
         for count, future in enumerate(concurrent.futures.as_completed(futures), 1):
             mutant = futures[future]
             verdict = future.result() or "survived"
@@ -516,7 +526,7 @@ def main():
         print(f"  killed by {name}: {count}")
     for mutant in survivors:
         print("survived", describe(mutant))
-    if not options.sample and not options.only:
+    if not options.sample and not options.only and not options.kind:
         for line in equivalents.stale():
             print("matches no mutant any more:", line)
     return 1 if survivors else 0
