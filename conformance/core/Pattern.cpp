@@ -32,6 +32,7 @@ void FillRow(Pattern pattern, Noise& noise, std::size_t start, std::size_t row, 
             }
             break;
         case Pattern::Noise:
+        case Pattern::Flat:
         case Pattern::Colours:
         case Pattern::Pairs:
             FillNoise(noise.Next(), line, count);
@@ -72,6 +73,8 @@ const char* NameOf(Pattern pattern) {
             return "ramp";
         case Pattern::Extremes:
             return "extremes";
+        case Pattern::Flat:
+            return "flat";
         case Pattern::Colours:
             return "colours";
         case Pattern::Pairs:

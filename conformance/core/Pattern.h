@@ -29,7 +29,8 @@ enum class Pattern {
     Alternating,  // 0, 255, 0, ... and the other way round on odd rows
     Ramp,         // rises by one a byte, starts at a seeded value
     Extremes,     // only values at which limited range, sign or clipping turn
-    // Whole pictures of 512 by 512, for planes whose part in the conversion is known; see kit/Contents.h.
+    // Pictures, of which a case has a number; see kit/Contents.h.
+    Flat,     // one value all over
     Colours,  // all colours, or all samples of two planes and a weight
     Pairs,    // all pairs of samples that lie one below the other
 };

@@ -85,7 +85,9 @@ void FillPairs(const Plane& plane) {
 void FillSource(const Plane& plane, const Layout& layout, std::size_t index, const Case& options) {
     const PlaneUse& use = layout.planes[index];
     const std::size_t pixelBytes = PixelBytes(use, options.width);
-    if (options.pattern == Pattern::Pairs) {
+    if (options.pattern == Pattern::Flat) {
+        plane.SetAll(LowByte(options.picture));
+    } else if (options.pattern == Pattern::Pairs) {
         FillPairs(plane);
     } else if (options.pattern == Pattern::Colours && pixelBytes >= 3) {
         FillColours(plane, pixelBytes, options.picture);

@@ -69,6 +69,9 @@ SizeList LargeBlocks() {
 // Rows and columns whose numbers outgrow 8, 12 and 16 bits and the blocks of any kernel, and the rests of long rows.
 const SizeList kLong{{120, 8}, {248, 5}, {376, 6}, {504, 3}, {1040, 10}, {1144, 6}, {2050, 4}, {4400, 6}, {16644, 4}, {65801, 2}, {2, 65538}, {64, 1200}, {34, 1100}, {20, 700}, {70, 650}};
 
+// Chroma, too, has more than 65536 columns or rows.
+const SizeList kVeryLong{{131202, 3}, {131201, 2}, {2, 131079}};
+
 const SizeList kPictures{{1280, 720}, {1366, 768}, {1921, 1081}};
 
 // A width or height on either side of every power of two up to 16, and one size for each kind of run and tile.
@@ -174,6 +177,22 @@ Sweep EveryColour(const Entry& entry) {
     return sweep;
 }
 
+// Every sample with every entry of the noise table, in chroma, too, which has half the columns.
+Sweep EveryNoise(const Entry& entry) {
+    Sweep sweep = Pictures(entry, Pattern::Flat, 256);
+    sweep.sizes = {{32768, 2}};
+    sweep.ditherLevels = {KOR_VIDEOFRAMEDITHERLEVEL_0, KOR_VIDEOFRAMEDITHERLEVEL_1, KOR_VIDEOFRAMEDITHERLEVEL_2};
+    if (sweep.randomizeNoiseOffsets.size() > 1) {
+        // The filter adds noise at level 0 as well.
+        sweep.ditherLevels.push_back(KOR_VIDEOFRAMEDITHERLEVEL_Off);
+        sweep.randomizeNoiseOffsets.resize(1);
+        sweep.inPlace = {false};
+    }
+    sweep.matrices.resize(1);
+    sweep.perSize = CountOptions(sweep);
+    return sweep;
+}
+
 // As far apart as this system lets them be.
 Sweep FarApart(const Entry& entry, bool quick) {
     Sweep sweep = InTurn(entry, {{66, 34}}, quick ? 6 : 2 * CountOptions(entry.options()) + 12);
@@ -213,6 +232,9 @@ Plan MakePlan(const Entry& entry, const PlanOptions& options) {
         Sweep longOnes = EachOption(entry, kLong);
         longOnes.patterns = {Pattern::Noise};
         add(longOnes);
+        Sweep veryLong = InTurn(entry, kVeryLong, std::min<std::size_t>(CountOptions(values), 10));
+        veryLong.patterns = {Pattern::Noise};
+        add(veryLong);
         Sweep pictures = InTurn(entry, kPictures, 3);
         pictures.patterns = {Pattern::Noise};
         add(pictures);
@@ -228,6 +250,9 @@ Plan MakePlan(const Entry& entry, const PlanOptions& options) {
     }
     if (!quick) {
         add(EveryColour(entry));
+    }
+    if (!quick && values.ditherLevels.size() > 1) {
+        add(EveryNoise(entry));
     }
     add(FarApart(entry, quick));
     plan.push_back({Random(entry, options.random, quick), options.randomSeed});

@@ -112,11 +112,11 @@ Plane::Differences Plane::Compare(const std::uint8_t* expected) const {
         if (from >= to || std::memcmp(expected + from, allocation_ + from, to - from) == 0) {
             return;
         }
+        if (count == 0) {
+            first = static_cast<std::size_t>(std::mismatch(expected + from, expected + to, allocation_ + from).first - expected);
+        }
         for (std::size_t i = from; i < to; ++i) {
-            if (expected[i] != allocation_[i]) {
-                first = count == 0 ? i : first;
-                ++count;
-            }
+            count += expected[i] != allocation_[i] ? 1 : 0;
         }
     };
     std::size_t behind = 0;
