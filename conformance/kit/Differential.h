@@ -68,6 +68,7 @@ class Differential {
     void OnlyDescribe(const std::string& title) { onlyTitle_ = title; }
 
   private:
+    Finding RunCase(const Case& options, const Manner& manner);
     void Lay(const Case& options);
     void ChooseReach();
     void PlaceMatrix();
@@ -124,7 +125,8 @@ class Differential {
     std::array<Bytes, kMaximumPlanes> expected_;
     std::vector<std::size_t> expectedDraws_;
     Aftermath aftermath_;
-    std::string before_;
+    std::string before_;  // what every finding begins with
+    bool repeating_ = false;
     Finding finding_;
 };
 

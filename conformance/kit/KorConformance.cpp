@@ -135,6 +135,7 @@ Request MakeRequest(const KorConformanceTable& table, const KorConformanceOption
     request.targets = ChooseTargets(options);
     request.select = options.selectTarget;
     request.oneProcess = options.oneProcess != 0;
+    request.timeLimit = options.timeLimit;
     request.secondsWithoutProgress =
         options.timeLimit != 0 ? static_cast<double>(options.timeLimit) : kSecondsWithoutProgress * Slowness();
     request.plan.seed = options.seed == 0 ? KOR_CONFORMANCE_USUAL_SEED : options.seed;

@@ -16,7 +16,7 @@ Manner MannerOf(std::size_t number) {
         manner.floats = static_cast<FloatMode>(1 + noise.Below(3));
     }
     manner.secondThread = noise.Below(64) == 0;
-    manner.repeated = noise.Below(16) == 0;
+    manner.repeated = noise.Below(64) == 0;
     if (noise.Below(64) == 0) {
         manner.reach = Reach::SourcesReadOnly;
     } else if (noise.Below(128) == 0) {
@@ -33,13 +33,13 @@ std::string Describe(const Manner& manner) {
     if (manner.reach == Reach::SourcesReadOnly) {
         text += "; sources read-only";
     } else if (manner.reach == Reach::RowsOnPages) {
-        text += "; each row on a page of its own";
+        text += "; unmapped pages between the rows";
     }
     if (manner.secondThread) {
         text += "; on a second thread with a stack of " + std::to_string(SecondThread::StackBytes() / 1024) + " KiB";
     }
     if (manner.repeated) {
-        text += "; called twice";
+        text += "; called again and again";
     }
     return text;
 }

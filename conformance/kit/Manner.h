@@ -19,7 +19,7 @@ struct Manner {
     FloatMode floats = FloatMode::Usual;
     Reach reach = Reach::Usual;
     bool secondThread = false;  // with a small stack
-    bool repeated = false;      // a second time with the same arguments, with an eye on what is allocated
+    bool repeated = false;      // several times with the same arguments, with an eye on what is allocated
 };
 
 // The manner of a case follows from its number, so that a case that is tried alone is tried as before. Number zero is

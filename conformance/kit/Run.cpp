@@ -161,6 +161,9 @@ std::string RepeatCommand(const Request& request, const Outcome& outcome) {
     if (request.plan.random != UsualRandom(request.plan.quick)) {
         command += " --random " + std::to_string(request.plan.random);
     }
+    if (request.timeLimit != 0) {
+        command += " --time-limit " + std::to_string(request.timeLimit);
+    }
     if (outcome.again != Again::WithTheOthers && outcome.verdict.failing != 0) {
         command += " --case " + std::to_string(outcome.verdict.failing);
     }

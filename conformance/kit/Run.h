@@ -25,6 +25,7 @@ struct Request {
     PlanOptions plan;
     std::size_t onlyCase = 0;
     bool oneProcess = false;
+    std::size_t timeLimit = 0;          // as it was asked for; zero: the usual one
     double secondsWithoutProgress = 0;  // after which a child is stuck
     std::string program;                // for the command that repeats a failure
 };
