@@ -33,7 +33,7 @@ constexpr Size kAtOnceSizes[] = {{130, 18}, {514, 6}, {1922, 4}};
 constexpr double kAtOnceSeconds = 0.02;
 constexpr double kAtOnceSecondsQuick = 0.001;
 constexpr double kAtOnceSecondsAlone = 0.4;  // a meeting is a matter of chance, and is to be had again
-constexpr std::size_t kAtOnceCalls = 20;  // at least
+constexpr std::size_t kAtOnceCalls = 20;     // at least
 
 // What this thread has worked. On a busy machine both threads need their share before they can have met.
 double WorkedSeconds() {
@@ -89,7 +89,8 @@ Verdict Trials::Run(bool quick, std::uint64_t seed, std::size_t firstNumber, std
     };
     run(ChooseCase(entry_, kOftenSize, 0),
         [&](const Case& options) { return CallOften(options, quick ? kManyCallsQuick : kManyCalls); });
-    const double seconds = onlyCase != 0 ? kAtOnceSecondsAlone : quick ? kAtOnceSecondsQuick : kAtOnceSeconds;
+    const double seconds = onlyCase != 0 ? kAtOnceSecondsAlone : quick ? kAtOnceSecondsQuick
+                                                                       : kAtOnceSeconds;
     for (std::size_t i = 0; i < std::size(kAtOnceSizes); ++i) {
         run(ChooseCase(entry_, kAtOnceSizes[i], 2 * i),
             [&](const Case& options) { return CallAtOnce(options, seconds); });
