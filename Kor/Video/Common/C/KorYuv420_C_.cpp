@@ -30,11 +30,15 @@
 // ---------------------------------------------------------------------------------------------------------------------
 
 // Kernels are never inlined: their loops would be vectorised once per caller, and some compilers forget what restrict
-// promised. They start at a cache line, so that their speed does not depend on where the linker puts them. KOR_INLINE is
-// for bodies that need their arguments as constants. KOR_PREFETCH requests a cache line that is read soon; it changes no
-// result.
+// promised. GCC starts them at cache lines, so that the speed of their loops does not depend on where the linker puts
+// them. KOR_INLINE is for bodies that need their arguments as constants. KOR_PREFETCH requests a cache line that is read
+// soon; it changes no result.
 #if defined(__GNUC__) || defined(__clang__)
+#if defined(__clang__)
+#define KOR_KERNEL __attribute__((noinline))
+#else
 #define KOR_KERNEL __attribute__((noinline, aligned(64)))
+#endif
 #define KOR_INLINE __attribute__((always_inline))
 #define KOR_PREFETCH(address) __builtin_prefetch(address)
 #elif defined(_MSC_VER)
@@ -144,7 +148,7 @@ KOR_INLINE inline KorUint8 ByteOfWord(const KorUint8* x, KorSizeT i) {
     static_assert(position < size, "inside the group");
     Word word;
     KorMemCpy(&word, x + size * i, size);
-    return LowByte(word >> 8 * (kBigEndian ? size - 1 - position : position));
+    return LowByte(KorUint{word} >> 8 * (kBigEndian ? size - 1 - position : position));
 }
 
 // The same, read in the way that suits the compiler.
@@ -587,7 +591,8 @@ void KorI420FlipVertical_C_(KorUint8* srcY, KorSizeT srcPitchY,
 
 namespace {
 
-struct RgbRun {
+// At cache lines, so that no load or store of a long vector straddles two.
+struct alignas(64) RgbRun {
     Run r, g, b;
 };
 
@@ -1908,7 +1913,7 @@ void Yuv2ToI420(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorS
 void I420ToYuv2(SourceRows y, SourceRows u, SourceRows v, Plane yuy2, KorSizeT width, KorSizeT height) {
     const KorSizeT width2 = width & ~KorSizeT{1};
     const KorSizeT height2 = height & ~KorSizeT{1};
-    // Stores of long vectors that straddle cache lines would delay the loads that follow.
+    // At cache lines, as RgbRun.
     alignas(64) Run uRun, vRun, chroma;
     for (KorSizeT row = 0; row < height2; row += 2) {
         const KorSizeT drift = Drift(row, width);
