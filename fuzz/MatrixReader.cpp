@@ -1,5 +1,4 @@
-// The tool's reader of matrix files: any bytes either give nine coefficients within bounds or are refused with an
-// error.
+// The tool's reader of matrix files: nine coefficients within their bounds, or an error that says what is wrong.
 #include <cstdlib>
 
 #include "fuzz/Harness.h"
@@ -30,7 +29,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* input, std::size_t siz
     try {
         ReadMatrix(file);
     } catch (const korframe::Error&) {
-        // Users get it as one line.
+        // The one-line message that the user would see.
     }
     return 0;
 }

@@ -1,4 +1,4 @@
-// The tool's reader of Y4M clips: any bytes either give frames or are refused with an error.
+// The tool's reader of Y4M clips: arbitrary bytes either give frames or are rejected with an error that says why.
 #include <algorithm>
 #include <memory>
 #include <utility>
@@ -10,7 +10,7 @@
 
 namespace {
 
-// A header may claim the largest size there is, and reading such frames would only take time.
+// A header may announce the largest possible picture. Reading it would only take time.
 constexpr std::size_t kMostPixels = std::size_t{1} << 20;
 
 void ReadClip(const fuzz::MemoryFile& file) {
@@ -35,7 +35,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* input, std::size_t siz
     try {
         ReadClip(file);
     } catch (const korframe::Error&) {
-        // Users get it as one line.
+        // The one-line message that the user would see.
     }
     return 0;
 }
