@@ -41,7 +41,9 @@ Matrix ReadMatrix(InputFile& input) {
     const std::vector<std::uint8_t> bytes = input.ReadAll(kLargestFile, "three lines of three numbers");
     std::istringstream lines(std::string(bytes.begin(), bytes.end()));
     Matrix matrix = {MatrixKind::Own, input.Name()};
-    const std::string range = "a whole number from -" + std::to_string(kLargest) + " to " + std::to_string(kLargest);
+    const std::string limit = std::to_string(kLargest);
+    const std::string expected =
+        "expected a whole number from -" + limit + " to " + limit + ", where 256 is 1.0, not '";
     std::size_t lineNumber = 1;
     std::size_t row = 0;
     const auto fail = [&](std::size_t at, const std::string& what) {
@@ -60,7 +62,7 @@ Matrix ReadMatrix(InputFile& input) {
             }
             const std::optional<long long> value = ParseSigned(word);
             if (!value || *value < -kLargest || *value > kLargest) {
-                fail(at, "expected " + range + ", where 256 is 1.0, not '" + word + "'");
+                fail(at, expected + word + "'");
             }
             matrix.coefficients[row][column] = static_cast<KorInt>(*value);
         }
