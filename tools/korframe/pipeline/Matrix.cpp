@@ -42,6 +42,8 @@ Matrix ReadMatrix(InputFile& input) {
     std::istringstream lines(std::string(bytes.begin(), bytes.end()));
     Matrix matrix = {MatrixKind::Own, input.Name()};
     const std::string limit = std::to_string(kLargest);
+    const std::string expected =
+        "expected a whole number from -" + limit + " to " + limit + ", where 256 is 1.0, not '";
     std::size_t lineNumber = 1;
     std::size_t row = 0;
     const auto fail = [&](std::size_t at, const std::string& what) {
@@ -60,8 +62,7 @@ Matrix ReadMatrix(InputFile& input) {
             }
             const std::optional<long long> value = ParseSigned(word);
             if (!value || *value < -kLargest || *value > kLargest) {
-                fail(at, "expected a whole number from -" + limit + " to " + limit + ", where 256 is 1.0, not '" +
-                             word + "'");
+                fail(at, expected + word + "'");
             }
             matrix.coefficients[row][column] = static_cast<KorInt>(*value);
         }
