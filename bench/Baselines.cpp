@@ -41,7 +41,7 @@ void RenderWithByteStores(const KorUint8* y, KorSizeT pitchY, const KorUint8* u,
 void ConvertThenRotate(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
                        const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip,
                        KorImageRotationDegree rotationDegree) {
-    // Kept between calls, as a program that converts a stream would keep it.
+    // Kept between calls, as in a program that converts a stream.
     static std::vector<KorUint8> scratch;
     const KorSizeT widthC = width / 2;
     const KorSizeT heightC = height / 2;

@@ -1,4 +1,4 @@
-// What users would write, or do, without the library: measured beside it, so that a gain is seen.
+// What users would write or do without the library, measured for comparison.
 #ifndef KOR_BENCH_BASELINES_H
 #define KOR_BENCH_BASELINES_H
 
@@ -6,7 +6,7 @@
 
 namespace bench {
 
-// I420 to BGRA as a plain nest over blocks with four byte stores a pixel.
+// I420 to BGRA as plain nested loops over blocks, with four byte stores per pixel.
 void RenderWithByteStores(const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v,
                           KorSizeT pitchV, KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height);
 

@@ -12,12 +12,11 @@ namespace bench {
 
 namespace {
 
-// Function and memcpy take turns in bursts this short, or of one call where that takes longer: a disturbance then meets
-// both, and few of the bursts.
+// Bursts of the function and of memcpy alternate and are this short, or one call if that takes longer, so that a
+// disturbance hits both, and only a few bursts.
 constexpr double kBurstSeconds = 50e-6;
 
-// The time that this thread was at work. Unlike that of a clock on the wall, it does not count what other programs took
-// from the processor in between.
+// The processor time of this thread. Unlike wall-clock time, it excludes what other programs take from the processor.
 double Now() {
 #if defined(CLOCK_THREAD_CPUTIME_ID)
     timespec now = {};
@@ -36,7 +35,7 @@ double SecondsOf(const std::function<void()>& call, int calls) {
     return Now() - start;
 }
 
-// How often to call in a burst. The calls that find it out also warm caches and predictors.
+// The number of calls in a burst. The calls that determine it also warm up caches and predictors.
 int CallsPerBurst(const std::function<void()>& call) {
     constexpr int kMost = 1 << 20;
     SecondsOf(call, 1);
@@ -80,7 +79,7 @@ Figure Measure(const Case& subject, FrameSize size, Effort effort, Samples& samp
     const Memory to(copied);
     from.FillWithNoise(copied, 1);
     to.FillWithNoise(copied, 2);
-    // Volatile, so that no compiler sees that nobody reads the copy.
+    // Volatile, so that no compiler notices that nothing reads the copy.
     void* (*volatile copy)(void*, const void*, std::size_t) = std::memcpy;
     const std::function<void()> memcpyOfAsMuch = [&] { copy(to.Data(), from.Data(), copied); };
 

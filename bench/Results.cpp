@@ -10,7 +10,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-// The compiler of this program, which is that of the library.
+// The compiler of this program, which also compiled the library.
 std::string Compiler() {
 #if defined(__clang__)
     return std::string("Clang ") + std::to_string(__clang_major__) + "." + std::to_string(__clang_minor__);
@@ -21,7 +21,7 @@ std::string Compiler() {
 #endif
 }
 
-// As Linux tells it; elsewhere it stays unknown.
+// As reported by Linux; unknown elsewhere.
 std::string Processor() {
     std::ifstream file("/proc/cpuinfo");
     for (std::string line; std::getline(file, line);) {
@@ -97,7 +97,7 @@ Results Results::Read(const std::string& path) {
         }
         return results;
     } catch (const Json::exception& error) {
-        throw std::runtime_error(path + ": is not what korbench --json writes: " + error.what());
+        throw std::runtime_error(path + ": expected a file written by korbench --json: " + error.what());
     }
 }
 

@@ -7,7 +7,7 @@ namespace {
 constexpr int kFunctionWidth = 36;
 constexpr int kOptionWidth = 22;
 
-// Three digits that count.
+// Three significant digits.
 std::string Milliseconds(double seconds) {
     const double value = 1000 * seconds;
     int decimals = 1;
@@ -19,7 +19,7 @@ std::string Milliseconds(double seconds) {
     return text;
 }
 
-// On a quiet machine a figure repeats better than this.
+// On a quiet machine figures repeat better than this.
 const char* NoiseMark(const Figure& figure) {
     constexpr double kQuiet = 0.1;
     return figure.spread > kQuiet ? "~" : " ";

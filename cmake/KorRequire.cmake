@@ -1,7 +1,8 @@
-# What a build needs, and how to come by it. CMake's own messages name neither the Debian package nor the way without.
+# What a build needs, and how to get it. CMake's own messages name neither the Debian package nor the option that does
+# without.
 
-# kor_require(<variable> <what> DEBIAN <package> [WITHOUT <option>=<value>]): records that something is missing unless the
-# variable is true. kor_report_missing() then names everything at once.
+# kor_require(<variable> <what> DEBIAN <package> [WITHOUT <option>=<value>]): records that something is missing unless
+# the variable is true. kor_report_missing() then reports everything at once.
 function(kor_require variable what)
   cmake_parse_arguments(PARSE_ARGV 2 need "" "DEBIAN;WITHOUT" "")
   if(NOT ${variable})
@@ -20,7 +21,7 @@ function(kor_find_package name)
   kor_require(${name}_FOUND ${name} DEBIAN ${need_DEBIAN} WITHOUT ${need_WITHOUT})
 endfunction()
 
-# Ends the configuration if something is missing.
+# Stops the configuration if something is missing.
 function(kor_report_missing)
   get_property(missing GLOBAL PROPERTY KOR_MISSING)
   if(missing)

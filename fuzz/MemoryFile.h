@@ -1,4 +1,4 @@
-// A file of given bytes that has a path and no place on a disk.
+// A file of given bytes that has a path but is not on disk.
 #ifndef KOR_FUZZ_MEMORYFILE_H
 #define KOR_FUZZ_MEMORYFILE_H
 

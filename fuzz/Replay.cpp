@@ -1,8 +1,8 @@
-// The plain main program of a fuzzer, for every compiler: tries stored inputs, or random ones.
+// The plain main program of a fuzzer, for every compiler: runs stored or random inputs.
 //
 //   FUZZER FILE...                     the content of each file
-//   FUZZER --stored FILE...            each line of a file of fuzz/corpus
-//   FUZZER --random COUNT [SEED]       so many random inputs
+//   FUZZER --stored FILE...            each line of a file in fuzz/corpus
+//   FUZZER --random COUNT [SEED]       COUNT random inputs
 #include <signal.h>
 
 #include <cinttypes>
@@ -21,10 +21,10 @@ namespace {
 
 using Input = std::vector<std::uint8_t>;
 
-// Long enough for every decision and a good many pixels.
+// Long enough for all decisions and a fair number of pixels.
 constexpr std::size_t kLongest = 512;
 
-// What is being tried, for the handler of a signal.
+// The current input, for the signal handler.
 char current[4096] = "a random input";
 
 void TellInput(int number) {
@@ -37,7 +37,7 @@ void Try(const Input& input) {
     LLVMFuzzerTestOneInput(input.data(), input.size());
 }
 
-// Reads the bytes from their hexadecimal digits. Returns whether there is nothing else, and at least one byte.
+// Reads bytes from hexadecimal digits. Returns whether the text is valid and holds at least one byte.
 bool ParseLine(const std::string& line, Input& input) {
     input.clear();
     for (std::size_t i = 0; i + 1 < line.size(); i += 2) {
@@ -51,7 +51,7 @@ bool ParseLine(const std::string& line, Input& input) {
     return !line.empty() && line.size() % 2 == 0;
 }
 
-// These return the number of inputs tried, or 0 after a failure, which they report.
+// These return the number of inputs tried, or 0 after reporting a failure.
 
 long TryFile(const char* path) {
     std::ifstream file(path, std::ios::binary);
@@ -113,7 +113,7 @@ int TryFiles(char** paths, long (*tryOne)(const char*)) {
 int main(int argc, char** argv) {
     for (const int number : {SIGSEGV, SIGBUS, SIGABRT}) {
         struct sigaction former = {};
-        if (sigaction(number, nullptr, &former) == 0 && former.sa_handler == SIG_DFL) {  // a sanitizer has its own
+        if (sigaction(number, nullptr, &former) == 0 && former.sa_handler == SIG_DFL) {  // sanitizers install their own
             signal(number, TellInput);
         }
     }

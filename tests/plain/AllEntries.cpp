@@ -1,5 +1,5 @@
 // Every sample value with every 16-bit entry that a noise table can hold, at every level. A table holds a quarter of
-// the entries, so there are four of these programs; KOR_FIRST_ENTRY is the least entry of this one.
+// the entries, so there are four of these programs; KOR_FIRST_ENTRY is the smallest entry of this one.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -19,7 +19,7 @@ constexpr KorSizeT kEntries = 16384;
 
 const KorInt16 KorTblDitherStd4[kEntries] = {KOR_4096(0), KOR_4096(4096), KOR_4096(8192), KOR_4096(12288)};
 
-// Every start is 0, but for V of the packed formats: it starts where a row of U ends, so that the two together walk
+// Every start is 0, except for V of the packed formats: it starts where a row of U ends, so that together they walk
 // through the whole table.
 KorBool KorRandomGetBytes(char* buffer, KorSizeT count) {
     static unsigned draws = 0;
@@ -35,7 +35,7 @@ namespace {
 
 using Bytes = std::vector<KorUint8>;
 
-// The entry divided by a power of two, rounded half up, on the sample, within a byte.
+// The sample plus the entry divided by a power of two, rounded half up and clamped to a byte.
 int NoisySample(int sample, int entry, int divisor) {
     const int scaled = entry + divisor / 2;
     const int quotient = scaled >= 0 ? scaled / divisor : -((divisor - 1 - scaled) / divisor);
@@ -44,7 +44,7 @@ int NoisySample(int sample, int entry, int divisor) {
 
 unsigned long long sums = 0;
 
-// Holds samples to the entries from `first` on.
+// Checks samples against the entries from `first` on.
 void Expect(const char* what, const KorUint8* found, KorSizeT step, KorSizeT count, KorSizeT first, int sample,
             int divisor) {
     for (KorSizeT i = 0; i < count; ++i) {
@@ -58,8 +58,7 @@ void Expect(const char* what, const KorUint8* found, KorSizeT step, KorSizeT cou
     sums += count;
 }
 
-// Planes of one value, as wide as the table, whose first rows meet every entry once; U meets the lower half, V the
-// upper.
+// Planes of one value, as wide as the table, whose first rows meet every entry once: U the lower half, V the upper.
 struct Picture {
     Bytes y = Bytes(2 * kEntries), u = Bytes(kEntries / 2), v = Bytes(kEntries / 2);
 
@@ -80,7 +79,7 @@ void TryFilter(const Picture& in, int sample, unsigned level) {
     Expect("filter, V", out.v.data(), 1, kEntries / 2, kEntries / 2, sample, 16 >> level);
 }
 
-// Packing moves samples and nothing else, so it shows the noise of the converters.
+// Packing only moves samples, so it exposes the noise of the conversions.
 void TryConverter(const Picture& in, int sample, unsigned level) {
     static Bytes x(4 * kEntries);
     KorI420ToYUY2_C_(in.y.data(), kEntries, in.u.data(), kEntries / 2, in.v.data(), kEntries / 2, x.data(),

@@ -1,5 +1,5 @@
-// The default services: the noise table is what docs/noise.md says it is, and the random service fills what it is
-// asked to fill and tells the truth about it.
+// The default services: the noise table has the properties that docs/noise.md states, and the random service fills what
+// it is asked to fill and reports failure.
 #include <algorithm>
 #include <array>
 #include <atomic>
@@ -48,7 +48,7 @@ double Mean(const std::vector<int>& noise) {
     return static_cast<double>(sum) / kSize;
 }
 
-// Of the ring, about its mean, as a share of the variance.
+// The autocorrelation of the ring about its mean, relative to the variance.
 double Autocorrelation(const std::vector<int>& noise, int lag) {
     int64_t products = 0;
     int64_t squares = 0;
@@ -61,7 +61,7 @@ double Autocorrelation(const std::vector<int>& noise, int lag) {
     return (static_cast<double>(products) - offset) / (static_cast<double>(squares) - offset);
 }
 
-// The autocorrelation that the table is made for, between entries of one row.
+// The autocorrelation along a row that the table is designed for.
 double AlongRow(int lag) {
     constexpr double kTarget[] = {1, -0.551, -0.086, 0.125, 0.073, -0.042, -0.048, 0.030};
     const int distance = std::abs(lag);
@@ -94,8 +94,8 @@ TEST(DitherTable, IsASymmetricBell) {
     EXPECT_GT(count[0], 0);
 }
 
-// Halves round up, so the mean moves by half the share of entries that lie half-way: of the odd ones at a shift of 1,
-// and so on. These are all of a zero-mean bell, and the counts are exact.
+// Halves round up, so the mean shifts by half the share of entries that lie half-way: at a shift of 1, the odd ones,
+// and so on. All of this follows from the zero-mean bell, and the counts are exact.
 TEST(DitherTable, HasTheDocumentedBiasAtEachShift) {
     constexpr double kBias[] = {0, 4096.0 / kSize, 2048.0 / kSize, 1011.0 / kSize, 225.0 / kSize};
     for (int shift = 0; shift <= 4; ++shift)
@@ -113,7 +113,7 @@ TEST(DitherTable, AlternatesAlongARow) {
     }
 }
 
-// The eye is sensitive at low frequencies, so there the noise has next to no power; white noise would have 1.
+// The eye is sensitive to low frequencies, so the noise has almost no power there; white noise would have 1.
 TEST(DitherTable, HasLittlePowerAtLowFrequencies) {
     constexpr double kPi = 3.14159265358979323846;
     constexpr double kAtMost[] = {0.0125, 0.015, 0.03, 0.08, 0.3};
@@ -132,13 +132,13 @@ TEST(DitherTable, HasLittlePowerAtLowFrequencies) {
     }
 }
 
-// Whether the entries at this lag are meant to lean to opposite signs, for the sake of the strides below.
+// Whether entries at this lag are meant to be negatively correlated, for the strides below.
 bool IsQuarterOrHalf(int lag) {
     return std::abs(lag - kSize / 4) < 8 || std::abs(lag - kSize / 2) < 8;
 }
 
-// Rows of a picture lie some multiple of 8 apart, which one depends on the width. The bounds of the last two hold for
-// shuffled values, too.
+// Rows of a picture are a multiple of 8 apart that depends on the width. Shuffled values meet the last two bounds as
+// well.
 TEST(DitherTable, IsWhiteAcrossRowsOfEveryWidth) {
     constexpr double kAtMost[] = {0.005, 0.005, 0.01, 0.03, 0.045};
     for (int shift = 0; shift <= 4; ++shift) {
@@ -151,7 +151,7 @@ TEST(DitherTable, IsWhiteAcrossRowsOfEveryWidth) {
     }
 }
 
-// The walks of free-running indices, and the diagonals of the others, meet every lag.
+// Free-running indices, and diagonals of the others, meet every lag.
 TEST(DitherTable, IsNearlyWhiteAtEveryOtherLag) {
     for (int shift = 0; shift <= 2; ++shift) {
         const std::vector<int> noise = Noise(shift);
@@ -175,8 +175,8 @@ TEST(DitherTable, LeansToOppositeSignsAtAQuarterAndAHalf) {
     }
 }
 
-// Strides that are powers of two bring the same noise back after a few rows. What does not cancel in a column makes
-// upright lines; 1 is what white noise would leave.
+// Power-of-two strides repeat the same noise after a few rows. What does not cancel in a column shows as vertical
+// lines; white noise would leave 1.
 TEST(DitherTable, CancelsInTheColumnsOfPowerOfTwoStrides) {
     constexpr double kAtMost[] = {0.27, 0.27, 0.27, 0.3, 0.4};
     for (int shift = 0; shift <= 4; ++shift) {
@@ -204,8 +204,8 @@ TEST(DitherTable, CancelsInTheColumnsOfPowerOfTwoStrides) {
 // ---- The random service ----
 
 #if defined(__linux__)
-// What the system's random source shall do on this thread: give no more than so many bytes a time, be interrupted so
-// many times first, fail after so many calls.
+// How the system's random source behaves on this thread: the most bytes it returns at a time, the number of
+// interruptions before that, and the number of calls before it fails.
 struct SystemScript {
     size_t most = SIZE_MAX;
     int interruptions = 0;
@@ -228,11 +228,11 @@ std::vector<char> Draw(size_t count) {
     char* middle = buffer.data() + kMargin;
     EXPECT_TRUE(KorRandomGetBytes(middle, count));
     EXPECT_TRUE(AllGuard(buffer.data(), middle)) << "wrote before the buffer, count " << count;
-    EXPECT_TRUE(AllGuard(middle + count, middle + count + kMargin)) << "wrote behind the buffer, count " << count;
+    EXPECT_TRUE(AllGuard(middle + count, middle + count + kMargin)) << "wrote past the buffer, count " << count;
     return std::vector<char>(middle, middle + count);
 }
 
-// Whether each of the count positions takes another value in one of a few draws; chance fails it once in 10^15.
+// Whether each of count bytes changes within a few draws; by chance this fails once in 10^15.
 bool EveryByteIsDrawn(size_t count) {
     std::vector<char> changed(count, 0);
     const std::vector<char> first = Draw(count);
@@ -269,8 +269,8 @@ TEST(RandomService, DrawsEveryValueOfAByte) {
     for (char byte : Draw(1u << 16))
         ++count[static_cast<unsigned char>(byte)];
     for (int n : count) {
-        EXPECT_GT(n, 128) << "256 expected, standard deviation 16";
-        EXPECT_LT(n, 384) << "256 expected, standard deviation 16";
+        EXPECT_GT(n, 128) << "expected 256, standard deviation 16";
+        EXPECT_LT(n, 384) << "expected 256, standard deviation 16";
     }
 }
 
@@ -346,8 +346,7 @@ TEST_F(ScriptedSystem, NothingIsAskedForNothing) {
 }  // namespace
 
 #if defined(__linux__)
-// Stands before the C library's function of this name, so that the service can be met with short reads, interruptions
-// and failures.
+// Replaces the C library's function of this name, to subject the service to short reads, interruptions and failures.
 extern "C" ssize_t getrandom(void* buffer, size_t count, unsigned int flags) {
     ++systemScript.calls;
     if (systemScript.interruptions > 0) {

@@ -27,7 +27,7 @@ void DitherChroma(const KorUint8* in, KorSizeT pitchIn, KorUint8* out, KorSizeT 
 
 }  // namespace
 
-// Deliberate: there is no Off. Level 0 scales the noise once more than the weakest level of the converters.
+// Deliberate: there is no Off. A level value of 0 halves the noise of the weakest level of the conversions.
 void KorI420Dither_C_(const KorUint8* yIn, KorSizeT yInPitch, const KorUint8* uIn, KorSizeT uInPitch,
                       const KorUint8* vIn, KorSizeT vInPitch, KorUint8* yOut, KorSizeT yOutPitch, KorUint8* uOut,
                       KorSizeT uOutPitch, KorUint8* vOut, KorSizeT vOutPitch, KorSizeT width, KorSizeT height,
@@ -35,7 +35,7 @@ void KorI420Dither_C_(const KorUint8* yIn, KorSizeT yInPitch, const KorUint8* uI
     if (!IsDefined(ditherLevel)) {
         return;
     }
-    // As if one stream of noise ran through luma, then U, then V, or else three streams from anywhere.
+    // As if one stream of noise ran through luma, then U, then V; or else three streams with random starts.
     NoiseStart start;
     if (randomizeNoiseOffsets != 0) {
         start.y = DrawShortIndex();
@@ -50,7 +50,7 @@ void KorI420Dither_C_(const KorUint8* yIn, KorSizeT yInPitch, const KorUint8* uI
     }
 
     for (KorSizeT row = 0; row < height - height % 2; ++row) {
-        // Deliberate: the noise moves on by one row for two rows of the image, so that the lower row of one pair and
+        // Deliberate: the noise advances by one row for two rows of the image, so that the lower row of one pair and
         // the upper row of the next have the same noise.
         const KorSizeT noiseRow = row / 2 + row % 2;
         for (KorSizeT column = 0; column < width - width % 2; ++column) {
@@ -65,7 +65,7 @@ void KorI420Dither_C_(const KorUint8* yIn, KorSizeT yInPitch, const KorUint8* uI
 
 namespace {
 
-// Deliberate: dividing by 255 is approximated; exact for multiples of 255, not rounded to nearest between them.
+// Deliberate: the division by 255 rounds down, not to nearest.
 KorUint8 Blend(Number background, Number foreground, Number alpha) {
     const Number weighted = background * (255 - alpha) + foreground * alpha;
     return LowByte((weighted + weighted / 256 + 1) / 256);

@@ -1,4 +1,4 @@
-/* Plane geometry: chroma reduction, chroma splitting, mirroring, turning and flipping. */
+/* Plane geometry: chroma reduction, chroma splitting, mirroring, rotating and flipping. */
 #include "tests/reference/Reference.h"
 #include "tests/reference/ReferenceDetail.h"
 
@@ -49,7 +49,7 @@ void KorPlanarUVDeinterlaceMirror_C_(const KorUint8* src, KorDistanceT pitchSrc,
 
 void KorPlanarRotation_C_(const KorUint8* src, KorDistanceT pitchSrc, KorUint8* dst, KorSizeT pitchDst,
                           KorSizeT widthSrc, KorSizeT heightSrc, KorImageRotationDegree rotationDegree) {
-    // Deliberate: an angle that is none of the four leaves the destination as it is, unlike in the split below.
+    // Deliberate: any other angle leaves the destination as it is, unlike in the split below.
     if (rotationDegree != 0 && rotationDegree != 90 && rotationDegree != 180 && rotationDegree != 270) {
         return;
     }
@@ -64,7 +64,7 @@ void KorPlanarRotation_C_(const KorUint8* src, KorDistanceT pitchSrc, KorUint8* 
     }
 }
 
-// Deliberate: an angle that is none of the four turns by 270.
+// Deliberate: any other angle rotates by 270.
 void KorPlanarUVDeinterlaceRotation_C_(const KorUint8* src, KorDistanceT pitchSrc, KorUint8* uv1, KorSizeT pitchUv1,
                                        KorUint8* uv2, KorSizeT pitchUv2, KorSizeT widthSrc, KorSizeT heightSrc,
                                        KorImageRotationDegree rotationDegree) {
@@ -94,7 +94,7 @@ void FlipPlane(KorUint8* plane, KorSizeT pitch, Number width, Number height) {
 
 void KorI420FlipVertical_C_(KorUint8* srcY, KorSizeT srcPitchY, KorUint8* srcU, KorSizeT srcPitchU, KorUint8* srcV,
                             KorSizeT srcPitchV, KorSizeT width, KorSizeT height) {
-    // Deliberate: the chroma planes count as rounded down, so the last chroma row or column of an odd size stays.
+    // Deliberate: chroma sizes are rounded down, so the last chroma row or column of an odd size stays in place.
     FlipPlane(srcU, srcPitchU, Signed(width / 2), Signed(height / 2));
     FlipPlane(srcV, srcPitchV, Signed(width / 2), Signed(height / 2));
     FlipPlane(srcY, srcPitchY, Signed(width), Signed(height));

@@ -1,12 +1,12 @@
 /*
  * The slow twin of the library: every exported function again, written to be read and checked rather than to be fast.
  *
- * Names and parameter lists equal those of the public header, so one function-pointer type holds both. Each function
- * is told sample by sample: a coordinate, a formula, an address. It shares no code with the library; from outside come
- * only the base types, the dither levels, the noise table and the random-bytes service.
+ * Names and parameter lists equal those of the public header, so one function-pointer type fits both. Each function is
+ * written sample by sample: a coordinate, a formula, an address. It shares no code with the library; it uses only the
+ * base types, the dither levels, the noise table and the random-bytes service.
  *
  * The functions keep the library's promises to the letter: the same bytes read and written, spare rows and columns
- * included, the same random draws in the same order.
+ * included, and the same random draws in the same order.
  */
 #ifndef KOR_TESTS_REFERENCE_REFERENCE_H
 #define KOR_TESTS_REFERENCE_REFERENCE_H

@@ -1,4 +1,4 @@
-// The M420 layout into I420: blocks of two luma rows and the chroma row they share.
+// M420 to I420: blocks of two luma rows and the chroma row they share.
 #include <gtest/gtest.h>
 
 #include <numeric>
@@ -13,7 +13,7 @@ using kit::I420Frame;
 using kit::Plane;
 using kit::Shape;
 
-// Blocks whose bytes count upwards.
+// Blocks whose bytes count up.
 Plane Counting(std::size_t blockBytes, std::size_t blocks, std::size_t padding = 0) {
     Plane m420(Shape(blockBytes, blocks, padding));
     Bytes samples(blockBytes * blocks);
