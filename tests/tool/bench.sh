@@ -1,5 +1,5 @@
 # The speed of the functions on this machine.
-. "$(dirname "$0")/kit.sh"
+. "$(dirname "$0")/common.sh"
 
 # Every case of every function runs, at a size that takes no time.
 "$korframe" bench --size 32x18 --function '*' --time 0 >table.txt 2>stderr.txt || fail "bench exited with $?: $(cat stderr.txt)"

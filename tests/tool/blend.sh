@@ -1,5 +1,5 @@
 # One picture or clip over another, at any position.
-. "$(dirname "$0")/kit.sh"
+. "$(dirname "$0")/common.sh"
 mkdir pictures
 "$fixtures" pictures || exit 1
 

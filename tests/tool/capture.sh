@@ -1,5 +1,5 @@
 # From RGB in every byte order, by each matrix, to planes of 4:2:0 and 4:4:4.
-. "$(dirname "$0")/kit.sh"
+. "$(dirname "$0")/common.sh"
 mkdir pictures
 "$fixtures" pictures || exit 1
 

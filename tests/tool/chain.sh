@@ -1,5 +1,5 @@
 # Steps in the order given, and frames on several threads.
-. "$(dirname "$0")/kit.sh"
+. "$(dirname "$0")/common.sh"
 mkdir pictures
 "$fixtures" pictures || exit 1
 

@@ -1,5 +1,5 @@
 # Raw layouts and Y4M as input, flips and rotations, streams of frames, and inputs that break off.
-. "$(dirname "$0")/kit.sh"
+. "$(dirname "$0")/common.sh"
 
 # Two rows of four pixels, the same in each layout.
 luma="01 02 03 04 05 06 07 08"

@@ -1,5 +1,5 @@
 # Whatever is wrong with an input or output gives one clear line, the right exit status and nothing half-written.
-. "$(dirname "$0")/kit.sh"
+. "$(dirname "$0")/common.sh"
 mkdir pictures
 "$fixtures" pictures || exit 1
 works testcard card.png --size 64x64

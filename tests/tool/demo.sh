@@ -1,5 +1,5 @@
 # The demo writes a picture of each stage.
-. "$(dirname "$0")/kit.sh"
+. "$(dirname "$0")/common.sh"
 
 "$korframe" demo stages --seed 1 >stdout.txt 2>stderr.txt || fail "the demo exited with $?: $(cat stderr.txt)"
 pictures="1-scene 2-camera 3-captured 4-composed 5-rendered 6-noise contact-sheet"

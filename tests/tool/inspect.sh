@@ -1,5 +1,5 @@
 # What the program says about files: info, compare, formats.
-. "$(dirname "$0")/kit.sh"
+. "$(dirname "$0")/common.sh"
 mkdir pictures
 "$fixtures" pictures || exit 1
 

@@ -1,5 +1,5 @@
 # The man page and the completions name exactly what the program has.
-. "$(dirname "$0")/kit.sh"
+. "$(dirname "$0")/common.sh"
 sources=$3/tools/korframe
 
 # The text of the man page without markup.

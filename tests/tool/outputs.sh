@@ -1,5 +1,5 @@
 # Where output goes, and what remains after a failure.
-. "$(dirname "$0")/kit.sh"
+. "$(dirname "$0")/common.sh"
 
 # The program itself.
 "$korframe" --version | grep -q '^korframe [0-9]*\.[0-9]*\.[0-9]*$' || fail "--version"

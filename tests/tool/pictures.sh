@@ -1,5 +1,5 @@
 # Pictures of every kind become planes; damaged or absurd ones are refused.
-. "$(dirname "$0")/kit.sh"
+. "$(dirname "$0")/common.sh"
 mkdir pictures
 "$fixtures" pictures || exit 1
 

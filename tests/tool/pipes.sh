@@ -1,5 +1,5 @@
 # Pipes from and to other programs. Those that are not installed are skipped, and the test says why.
-. "$(dirname "$0")/kit.sh"
+. "$(dirname "$0")/common.sh"
 ran=0
 
 ff() {

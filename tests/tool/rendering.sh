@@ -1,5 +1,5 @@
 # From planes to RGB in every byte order, by each matrix, with and without noise.
-. "$(dirname "$0")/kit.sh"
+. "$(dirname "$0")/common.sh"
 
 # Red, as capture makes it.
 bytes "51 51 51 51 5a ef" >red.i420

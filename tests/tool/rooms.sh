@@ -1,5 +1,5 @@
 # Dependencies between the rooms of the tool point one way: commands, pipeline, io, image.
-. "$(dirname "$0")/kit.sh"
+. "$(dirname "$0")/common.sh"
 sources=$3/tools/korframe
 
 allowed=none

@@ -1,6 +1,6 @@
 # The digests of the library that the tool is linked with.
 manifest=$(cd "$(dirname "$0")/../../conformance" && pwd)/digests.txt
-. "$(dirname "$0")/kit.sh"
+. "$(dirname "$0")/common.sh"
 
 works verify >found.txt
 count=$(grep -c '^Kor' "$manifest")
