@@ -154,6 +154,14 @@ typedef enum KorConformanceStatus {
     KOR_CONFORMANCE_USAGE = 2    /* nothing was tried: a bad option, a file that cannot be written, other services linked */
 } KorConformanceStatus;
 
+/*
+ * How a set that chooses among processor targets names them to the kit: list stores up to count names and returns how
+ * many there are; select makes one of them, or with null the automatic choice, the one that the functions use from then
+ * on, and returns false if this machine cannot run it.
+ */
+typedef KorSizeT (*KorConformanceListTargets)(const char** names, KorSizeT count);
+typedef KorBool (*KorConformanceSelectTarget)(const char* name);
+
 /* Where contents and draws come from unless another seed is given. */
 #define KOR_CONFORMANCE_USUAL_SEED 420
 
@@ -163,9 +171,16 @@ typedef struct KorConformanceOptions {
     const KorConformanceTable* model; /* what is expected; null: the portable functions */
     const char* const* functions;     /* names of the functions to try, with or without their suffix, all in the table; null: all */
     size_t functionCount;
-    uint64_t seed;           /* zero: the usual one */
-    KorBool quick;           /* fewer sizes: a tenth of the time, for a first look and for emulators */
-    size_t caseNumber;       /* try only this case of each function that has it, as a report numbers it; zero: all */
+    uint64_t seed;                           /* zero: the usual one */
+    size_t randomCases;                      /* of each function; zero: the usual number */
+    KorBool quick;                           /* fewer sizes: a tenth of the time, for a first look and for emulators */
+    size_t caseNumber;                       /* try only this case of each function that has it, as a report numbers it; zero: all */
+    KorConformanceListTargets listTargets;   /* both, or null for a set without targets: every target that this */
+    KorConformanceSelectTarget selectTarget; /* machine can run is tried, and the automatic choice */
+    const char* const* targets;              /* names of those to try, "automatic" among them; null: all */
+    size_t targetCount;
+    KorBool oneProcess;      /* call everything in this process, for a debugger; zero: each function in a child process */
+    size_t timeLimit;        /* seconds after which a call in a child process never returns; zero: 10, more on slow machines */
     FILE* text;              /* where to report; null: nowhere */
     const char* junitPath;   /* also write JUnit XML to this file; null: do not */
     const char* programName; /* for the command that repeats a failure; null: "PROGRAM" */
@@ -180,6 +195,11 @@ KOR_API KorConformanceStatus KorConformanceRun(const KorConformanceTable* table,
  */
 KOR_API int KorConformanceMain(int argc, char** argv, const char* name, const KorConformanceTable* table,
                                const KorConformanceTable* model);
+
+/* The same for a set with targets. */
+KOR_API int KorConformanceMainWithTargets(int argc, char** argv, const char* name, const KorConformanceTable* table,
+                                          const KorConformanceTable* model, KorConformanceListTargets list,
+                                          KorConformanceSelectTarget select);
 
 KOR_EXTERN_C_END
 

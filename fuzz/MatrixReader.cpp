@@ -1,10 +1,10 @@
 // The tool's reader of matrix files: nine coefficients within their bounds, or an error that says what is wrong.
 #include <cstdlib>
 
-#include "Errors.h"
 #include "fuzz/Harness.h"
 #include "fuzz/MemoryFile.h"
-#include "Matrix.h"
+#include "io/Errors.h"
+#include "pipeline/Matrix.h"
 
 namespace {
 

@@ -3,10 +3,10 @@
 #include <memory>
 #include <utility>
 
-#include "Errors.h"
 #include "fuzz/Harness.h"
 #include "fuzz/MemoryFile.h"
-#include "Y4mFile.h"
+#include "io/Errors.h"
+#include "io/Y4mFile.h"
 
 namespace {
 
@@ -16,7 +16,7 @@ constexpr std::size_t kMostPixels = std::size_t{1} << 20;
 void ReadClip(const fuzz::MemoryFile& file) {
     auto input = std::make_unique<korframe::InputFile>(file.Path());
     if (!korframe::IsY4m(input->Peek(10))) {
-        return;  // some other kind of file
+        return;  // another kind of file
     }
     korframe::Y4mSource source(std::move(input));
     const korframe::StreamInfo& info = source.Info();

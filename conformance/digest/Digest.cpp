@@ -147,7 +147,7 @@ std::vector<Digest> MakeDigests(const KorConformanceTable& table) {
         const AnyFunction function = entry.of(table);
         Sweep options = entry.options();
         // A matrix that shares memory with a plane has the byte order of the machine.
-        options.matrixInside = {false};
+        options.matrixPlaces = {MatrixPlace::Own};
         ForEachOption(options, Case{}, [&](const Case& option) {
             digests.push_back(
                 {entry.name, NameOption(options, option), DigestOption(entry, function, SweepOver(option), memory)});
