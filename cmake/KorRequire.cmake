@@ -28,7 +28,7 @@ function(kor_report_missing)
     list(REMOVE_DUPLICATES missing)
     list(JOIN missing "\n  " missing)
     message(FATAL_ERROR "Missing:\n  ${missing}\n"
-      "On Debian, \"scripts/install-dependencies test\" installs them, with \"ci\" for \"test\" Clang as well.")
+      "On Debian, \"scripts/install-dependencies test\" installs what is missing; for Clang, \"ci\" does.")
   endif()
 endfunction()
 
