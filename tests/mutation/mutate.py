@@ -454,8 +454,14 @@ def read_results(path, lines):
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--build", type=pathlib.Path, help="build directory with the test programs, shared library")
-    def judge(self, text, kind):
-        """The name of the stage that the text fails, or "" if it passes all."""
+    parser.add_argument("--sanitized", type=pathlib.Path, help="the same with AddressSanitizer and UBSan")
+    parser.add_argument("--results", type=pathlib.Path, help="results, one line per mutant; read again to resume")
+    parser.add_argument("--sample", type=int, help="try a random sample of this many mutants")
+    parser.add_argument("--only", help="try the mutants whose description matches this regular expression")
+    parser.add_argument("--kind", action="append", help="take the mutants of this kind; may be repeated")
+    parser.add_argument("--list", action="store_true", help="print the mutants and do nothing")
+    parser.add_argument("--check", action="store_true", help="only check that equivalent.txt still matches the source")
+    parser.add_argument("--planted", action="store_true", help="plant the faults of planted.txt one by one")
     parser.add_argument("--jobs", type=int, default=os.cpu_count())
     options = parser.parse_args()
 
