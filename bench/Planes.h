@@ -46,7 +46,7 @@ class Planes {
     KorSizeT Width() const { return size_.width; }
     KorSizeT Height() const { return size_.height; }
 
-    // A plane of rows of so many bytes.
+    // A plane with rows of rowBytes.
     kit::PlaneView Add(KorSizeT rowBytes, KorSizeT rows);
     // Bytes that the call reads and writes.
     void Count(double moved) { moved_ += moved; }

@@ -105,9 +105,9 @@ void Table::Row(const Case& subject, const std::vector<Cell>& cells, std::option
 void Table::Finish() {
     if (columns_ != Columns::Speed) {
         std::fputs(
-            "\nratio: the time in which memcpy reads and writes as many bytes, divided by the function's time\n"
-            "ms: the function's time for one frame; both are the best of many turns, on one thread\n"
-            "~: the machine was busy, and parts of the measurement differ by more than a tenth\n",
+            "\nratio: the time that memcpy takes to read and write as many bytes, divided by the function's time\n"
+            "ms: the function's time for one frame; both are the best of many rounds, on one thread\n"
+            "~: the machine was busy; parts of the measurement differ by more than a tenth\n",
             file_);
     }
     if (columns_ == Columns::Compared) {

@@ -2,7 +2,7 @@
 #
 #   libkorX.Y     runtime      both shared libraries. They have one version and one SONAME version, are released together
 #                              and are small, so one package serves both. A program with services of its own does not
-#                              link the second one; its file then lies unused.
+#                              link the second one, whose file is then unused.
 #   libkor-dev    development  headers, static libraries, conformance kit, CMake package, pkg-config files, examples
 #   korframe      tools        the command-line tool
 if(NOT BUILD_SHARED_LIBS)

@@ -12,7 +12,7 @@ set(korLibraries yuv420 platform)
 if(KOR_BUILD_CONFORMANCE AND TARGET KorConformance)
   install(TARGETS KorConformance EXPORT KorTargets
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
-  # The installed header stands alone: the table is written out, because the list that it is made from is not installed.
+  # The installed header is self-contained: its table is generated, because the list of functions is not installed.
   file(READ ${PROJECT_SOURCE_DIR}/conformance/KorConformance.h korHeader)
   kor_functions(korTable "    KorConformanceSHAPE NAME;\n")
   string(REGEX REPLACE "#define KOR_FUNCTION[^\n]*\n#include[^\n]*\n" "${korTable}" korHeader "${korHeader}")

@@ -14,8 +14,8 @@ enum {
     /* The frame as the camera delivers it. A rotation by 90 degrees swaps its width and height. */
     kWidth = 640,
     kHeight = 360,
-    kTurnedWidth = kHeight,
-    kTurnedHeight = kWidth,
+    kRotatedWidth = kHeight,
+    kRotatedHeight = kWidth,
 
     /* The pitch is the distance in bytes between two rows. YUY2 has two bytes per pixel; drivers often pad rows. */
     kPitch = 2 * kWidth + 64,
@@ -31,9 +31,9 @@ enum {
 static KorUint8 camera[kHeight * kPitch];
 
 /* The rotated picture: luma for every pixel, and two planes of chroma with a sample for every two by two pixels. */
-static KorUint8 y[kTurnedHeight][kTurnedWidth];
-static KorUint8 u[kTurnedHeight / 2][kTurnedWidth / 2];
-static KorUint8 v[kTurnedHeight / 2][kTurnedWidth / 2];
+static KorUint8 y[kRotatedHeight][kRotatedWidth];
+static KorUint8 u[kRotatedHeight / 2][kRotatedWidth / 2];
+static KorUint8 v[kRotatedHeight / 2][kRotatedWidth / 2];
 
 static void PointTheCamera(void) {
     int row, pair;
@@ -58,9 +58,9 @@ static void Expect(int condition, const char* what) {
 
 static void CheckThePicture(void) {
     int row, column;
-    for (row = 0; row < kTurnedHeight; ++row) {
-        for (column = 0; column < kTurnedWidth; ++column) {
-            const int inSquare = row < kSquare && column >= kTurnedWidth - kSquare;
+    for (row = 0; row < kRotatedHeight; ++row) {
+        for (column = 0; column < kRotatedWidth; ++column) {
+            const int inSquare = row < kSquare && column >= kRotatedWidth - kSquare;
             Expect(y[row][column] == (inSquare ? kWhite : kBlack), "the square is not in the upper right corner");
             Expect(u[row / 2][column / 2] == kNoColour && v[row / 2][column / 2] == kNoColour,
                    "the picture is not grey");
@@ -75,11 +75,11 @@ int main(void) {
      * Destinations come first, each with the pitch of the rotated plane; then the source, with its size before the
      * rotation. Nothing is allocated, and nothing can fail: the caller provides planes that are large enough.
      */
-    KorYUY2ToI420WithRotation_C_(y[0], kTurnedWidth, u[0], kTurnedWidth / 2, v[0], kTurnedWidth / 2, camera, kPitch,
+    KorYUY2ToI420WithRotation_C_(y[0], kRotatedWidth, u[0], kRotatedWidth / 2, v[0], kRotatedWidth / 2, camera, kPitch,
                                  kWidth, kHeight, /* flip: */ 0, /* degrees, clockwise: */ 90);
 
     CheckThePicture();
     printf("YUY2 of %d by %d became I420 of %d by %d, and the square is where it belongs.\n", kWidth, kHeight,
-           kTurnedWidth, kTurnedHeight);
+           kRotatedWidth, kRotatedHeight);
     return 0;
 }

@@ -67,9 +67,9 @@ void Render(Plane& bgra, const I420& picture, Band band) {
 
 // Rotates luma by 90 degrees. Source rows become destination columns, counted from the right, so a band of rows fills a
 // band of columns. Threads write side by side in the same rows, but never to the same byte.
-void Turn(Plane& turned, const Plane& luma, Band band) {
+void Rotate(Plane& rotated, const Plane& luma, Band band) {
     const KorSizeT firstColumn = kHeight - (band.first + band.rows);
-    KorPlanarRotation_C_(luma.data() + band.first * kWidth, kWidth, turned.data() + firstColumn, kHeight, kWidth,
+    KorPlanarRotation_C_(luma.data() + band.first * kWidth, kWidth, rotated.data() + firstColumn, kHeight, kWidth,
                          band.rows, 90);
 }
 
@@ -101,10 +101,10 @@ int main() {
 
     // The odd last row and column are not rendered and stay zero in all of the pictures.
     I420 whole;
-    Plane rendered(screen.size()), turned(whole.y.size());
+    Plane rendered(screen.size()), rotated(whole.y.size());
     Capture(whole, screen, kWholeFrame);
     Render(rendered, whole, kWholeFrame);
-    Turn(turned, whole.y, kWholeFrame);
+    Rotate(rotated, whole.y, kWholeFrame);
 
     for (KorSizeT count = 1; count <= 16; ++count) {
         I420 captured;
@@ -115,9 +115,9 @@ int main() {
         InBands(count, [&](Band band) { Render(renderedInBands, captured, band); });
         Expect(renderedInBands == rendered, "the rendering", count);
 
-        Plane turnedInBands(turned.size());
-        InBands(count, [&](Band band) { Turn(turnedInBands, captured.y, band); });
-        Expect(turnedInBands == turned, "the rotation", count);
+        Plane rotatedInBands(rotated.size());
+        InBands(count, [&](Band band) { Rotate(rotatedInBands, captured.y, band); });
+        Expect(rotatedInBands == rotated, "the rotation", count);
     }
     std::printf("Captured, rendered and rotated in 1 to 16 bands, each time with the same bytes as in one call.\n");
     return 0;

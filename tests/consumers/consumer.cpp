@@ -8,9 +8,9 @@ static_assert(KOR_VERSION_MAJOR >= 0 && sizeof(KorVideoFrameDitherLevel) == 4, "
 
 int main() {
     const std::array<KorUint8, 6> plane = {'a', 'b', 'c', 'd', 'e', 'f'};
-    std::array<KorUint8, 6> turned{};
-    KorPlanarRotation_C_(plane.data(), 3, turned.data(), 2, 3, 2, 90);
-    if (turned != std::array<KorUint8, 6>{'d', 'a', 'e', 'b', 'f', 'c'}) {
+    std::array<KorUint8, 6> rotated{};
+    KorPlanarRotation_C_(plane.data(), 3, rotated.data(), 2, 3, 2, 90);
+    if (rotated != std::array<KorUint8, 6>{'d', 'a', 'e', 'b', 'f', 'c'}) {
         std::cerr << "consumer: the rotated plane is wrong\n";
         return 1;
     }

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Mutation run over the library's source: are the tests able to fail?
+"""Mutation testing of the library's source: can the tests fail?
 
-Makes one small change at a time, compiles the changed library as a shared object and lets the test programs load it,
-the quickest first, until one of them fails. A change that no test notices has survived: it needs a new test, or a
-line in equivalent.txt that says why no result can depend on it.
+Makes one small change at a time, compiles the changed library as a shared object and runs the test programs with it,
+the quickest first, until one of them fails. A change that no test notices has survived: it needs a new test, or a line
+in equivalent.txt that says why no result can depend on it.
 
 usage: mutate.py --build DIR [--sanitized DIR] [--results FILE] [--sample N] [--only REGEX]
                  [--kind KIND] [--jobs N]
@@ -31,8 +31,8 @@ SOURCE = TOP / "Kor/Video/Common/C/KorYuv420_C_.cpp"
 EQUIVALENT = HERE / "equivalent.txt"
 PLANTED = HERE / "planted.txt"
 
-# One line of the source before and after, and the definition that it stands in: PLACE, or PLACE[2] for the second line
-# of a definition that reads the same and changes in the same way.
+# A line of the source before and after, and its definition: PLACE, or PLACE[2] for the second line of a definition that
+# reads the same and changes in the same way.
 Mutant = collections.namedtuple("Mutant", "line place before after kind nth")
 
 
@@ -50,7 +50,7 @@ def is_code(line):
 
 
 def definitions(lines):
-    """For each line the name of the definition at the left margin that it belongs to."""
+    """For each line, the name of its top-level definition."""
     names, name = [], ""
     for line in lines:
         if line and line[0].isalpha() and is_code(line) and not line.startswith("}"):
@@ -106,7 +106,7 @@ def constants(code):
 
 def operators(code):
     kinds = {"<<": "shift", ">>": "shift", "&": "mask", "|": "mask", "^": "mask", "&&": "condition", "||": "condition"}
-    # The formatter puts blanks around binary operators and nowhere else.
+    # The formatter puts spaces around binary operators and nowhere else.
     for m in re.finditer(r"(?<= )(\+=|-=|<<|>>|<=|>=|==|!=|&&|\|\||[-+*/%<>&|^])(?= )", code):
         kind = kinds.get(m.group(1)) or ("comparison" if m.group(1)[0] in "<>=!" else "arithmetic")
         for other in BINARY[m.group(1)]:
@@ -206,7 +206,7 @@ def mutants_of(lines):
     alike = collections.Counter()
     asserting = False
     for number, line in enumerate(lines, 1):
-        # A static assertion is itself a test, to its last line.
+        # A static assertion is itself a test, up to its last line.
         asserting = line.strip().startswith("static_assert") or asserting
         if asserting or not is_code(line):
             asserting = asserting and not code_of(line).rstrip().endswith(";")
@@ -313,7 +313,7 @@ class Stage:
     def run(self, library):
         environment = dict(os.environ, LD_LIBRARY_PATH=str(library.parent), UBSAN_OPTIONS="print_stacktrace=0",
                            ASAN_OPTIONS="detect_leaks=0")
-        # Time is counted in what the program uses, so that a busy machine makes no mutant look hung.
+        # The limit is processor time, so that no mutant looks hung on a busy machine.
         done = subprocess.run(["prlimit", f"--cpu={self.cpu_seconds}", "--core=0", *self.command], cwd=self.build,
                               env=environment, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         return done.returncode == 0
@@ -322,12 +322,12 @@ class Stage:
 QUICK = ["g++", "-O0"]
 FAST = ["g++", "-O1"]
 SANITIZED = ["g++", "-O1", "-fsanitize=address,undefined", "-fno-sanitize-recover=all"]
-# Some loops are told in another way to Clang.
+# Clang compiles some loops differently.
 CLANG = ["clang++", "-O1"]
 
 
 def stages(build, sanitized):
-    """The quickest first; what survives them all has survived."""
+    """The quickest first; a change that passes all of them has survived."""
     brief = ["--gtest_brief=1", "--gtest_fail_fast"]
     families = ["RgbToYuv", "YuvToRgb", "PackedYuv", "PlaneGeometry", "Compositing"]
 
@@ -388,7 +388,7 @@ class Workshop:
             capture_output=True, text=True)
 
     def judge(self, text, kind):
-        """Names the stage that the text fails; "" when it passes all."""
+        """The name of the stage that the text fails, or "" if it passes all."""
         where = self.directory / threading.current_thread().name
         compiled = None
         # Only the kit has pictures that are large enough for some kinds.
@@ -409,7 +409,7 @@ class Workshop:
         return "\n".join(lines) + "\n"
 
     def calibrate(self):
-        """The source as it is must pass; what it takes sets the time after which a mutant counts as hung."""
+        """The unchanged source must pass; the time it takes sets the limit after which a mutant counts as hung."""
         text = "\n".join(self.lines) + "\n"
         where = self.directory / "calibration"
         for stage in self.stages:
@@ -418,14 +418,14 @@ class Workshop:
                 sys.exit(f"mutate: the source does not compile:\n{done.stderr}")
             start = cpu_time_of_children()
             if not stage.run(where / self.soname):
-                sys.exit(f"mutate: the source as it is fails: {stage.name}: {' '.join(map(str, stage.command))}")
+                sys.exit(f"mutate: the unchanged source fails: {stage.name}: {' '.join(map(str, stage.command))}")
             took = cpu_time_of_children() - start
             stage.cpu_seconds = math.ceil(2 + 3 * took)
             print(f"{stage.name}: {took:.1f} s", flush=True)
-            # A library without its functions must not pass, or the programs load another one.
+            # A library without functions must fail, or the programs load another one.
             self.compile("", stage.flags, where)
             if stage.run(where / self.soname):
-                sys.exit(f"mutate: {stage.name} does not load the library that it is given")
+                sys.exit(f"mutate: {stage.name} does not load the given library")
 
 
 def soname_of(build):
@@ -438,8 +438,8 @@ def describe(mutant):
 
 
 def read_results(path, lines):
-    """What an earlier run over the same source killed; survivors are tried again, as there may be new tests. A file
-    about another source is begun anew."""
+    """The mutants that an earlier run over the same source killed; survivors are tried again, because there may be new
+    tests. A file about a different source is started anew."""
     if not path:
         return {}
     header = "source\t" + hashlib.sha256("\n".join(lines).encode()).hexdigest()
@@ -454,13 +454,13 @@ def read_results(path, lines):
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--build", type=pathlib.Path, help="build directory with the test programs, shared library")
-    parser.add_argument("--sanitized", type=pathlib.Path, help="the same under address and undefined sanitizers")
-    parser.add_argument("--results", type=pathlib.Path, help="one line a mutant is written here, and read to go on")
-    parser.add_argument("--sample", type=int, help="take so many mutants at random")
-    parser.add_argument("--only", help="take the mutants whose description matches this expression")
+    parser.add_argument("--sanitized", type=pathlib.Path, help="the same with AddressSanitizer and UBSan")
+    parser.add_argument("--results", type=pathlib.Path, help="results, one line per mutant; read again to resume")
+    parser.add_argument("--sample", type=int, help="try a random sample of this many mutants")
+    parser.add_argument("--only", help="try the mutants whose description matches this regular expression")
     parser.add_argument("--kind", action="append", help="take the mutants of this kind; may be repeated")
     parser.add_argument("--list", action="store_true", help="print the mutants and do nothing")
-    parser.add_argument("--check", action="store_true", help="only tell whether equivalent.txt still fits the source")
+    parser.add_argument("--check", action="store_true", help="only check that equivalent.txt still matches the source")
     parser.add_argument("--planted", action="store_true", help="plant the faults of planted.txt one by one")
     parser.add_argument("--jobs", type=int, default=os.cpu_count())
     options = parser.parse_args()

@@ -184,29 +184,30 @@ void CaptureM420(Frame& f, std::size_t x, std::size_t y, std::size_t width, std:
 
 // Rotation exchanges the axes: a part's destination is as far down as the part is to the right.
 template <KorImageRotationDegree angle>
-constexpr std::size_t kTurnedPitch = angle == 90 || angle == 270 ? 64 : kPitch;
+constexpr std::size_t kRotatedPitch = angle == 90 || angle == 270 ? 64 : kPitch;
 
 template <KorImageRotationDegree angle>
-KorUint8* Turned(Bytes& plane, std::size_t x, std::size_t y) {
-    return plane.data() + (kTurnedPitch<angle> == kPitch ? y * kPitch + x : x * kTurnedPitch<angle> + y);
+KorUint8* Rotated(Bytes& plane, std::size_t x, std::size_t y) {
+    return plane.data() + (kRotatedPitch<angle> == kPitch ? y * kPitch + x : x * kRotatedPitch<angle> + y);
 }
 
 template <KorImageRotationDegree angle>
-void Turn(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
-    KorPlanarRotation_C_(f.At(0, x, y), kPitch, Turned<angle>(f.planes[1], x, y), kTurnedPitch<angle>, width, height,
+void Rotate(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
+    KorPlanarRotation_C_(f.At(0, x, y), kPitch, Rotated<angle>(f.planes[1], x, y), kRotatedPitch<angle>, width, height,
                          angle);
 }
 
 template <KorImageRotationDegree angle>
-void SplitTurned(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
-    KorPlanarUVDeinterlaceRotation_C_(f.At(0, 2 * x, y), kPitch, Turned<angle>(f.planes[1], x, y), kTurnedPitch<angle>,
-                                      Turned<angle>(f.planes[2], x, y), kTurnedPitch<angle>, width, height, angle);
+void SplitRotated(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
+    KorPlanarUVDeinterlaceRotation_C_(f.At(0, 2 * x, y), kPitch, Rotated<angle>(f.planes[1], x, y),
+                                      kRotatedPitch<angle>, Rotated<angle>(f.planes[2], x, y), kRotatedPitch<angle>,
+                                      width, height, angle);
 }
 
 template <decltype(&KorYUY2ToI420WithRotation_C_) capture, KorImageRotationDegree angle>
-void CaptureTurned(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
-    capture(Turned<angle>(f.planes[0], x, y), kTurnedPitch<angle>, Turned<angle>(f.planes[1], x / 2, y / 2),
-            kTurnedPitch<angle>, Turned<angle>(f.planes[2], x / 2, y / 2), kTurnedPitch<angle>, f.At(3, 2 * x, y),
+void CaptureRotated(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
+    capture(Rotated<angle>(f.planes[0], x, y), kRotatedPitch<angle>, Rotated<angle>(f.planes[1], x / 2, y / 2),
+            kRotatedPitch<angle>, Rotated<angle>(f.planes[2], x / 2, y / 2), kRotatedPitch<angle>, f.At(3, 2 * x, y),
             kPitch, width, height, 0, angle);
 }
 
@@ -250,14 +251,14 @@ constexpr NamedPart kParts[] = {
     {"Kor24BGToI420_C_", CaptureI420<&Kor24BGToI420_C_, 3>},
     {"KorYUY2ToI420_C_", CaptureI420<&KorYUY2ToI420_C_, 2>},
     {"KorUYVYToI420_C_", CaptureI420<&KorUYVYToI420_C_, 2>},
-    {"KorYUY2ToI420WithRotation_C_, 0", CaptureTurned<&KorYUY2ToI420WithRotation_C_, 0>},
-    {"KorYUY2ToI420WithRotation_C_, 90", CaptureTurned<&KorYUY2ToI420WithRotation_C_, 90>},
-    {"KorYUY2ToI420WithRotation_C_, 180", CaptureTurned<&KorYUY2ToI420WithRotation_C_, 180>},
-    {"KorYUY2ToI420WithRotation_C_, 270", CaptureTurned<&KorYUY2ToI420WithRotation_C_, 270>},
-    {"KorUYVYToI420WithRotation_C_, 0", CaptureTurned<&KorUYVYToI420WithRotation_C_, 0>},
-    {"KorUYVYToI420WithRotation_C_, 90", CaptureTurned<&KorUYVYToI420WithRotation_C_, 90>},
-    {"KorUYVYToI420WithRotation_C_, 180", CaptureTurned<&KorUYVYToI420WithRotation_C_, 180>},
-    {"KorUYVYToI420WithRotation_C_, 270", CaptureTurned<&KorUYVYToI420WithRotation_C_, 270>},
+    {"KorYUY2ToI420WithRotation_C_, 0", CaptureRotated<&KorYUY2ToI420WithRotation_C_, 0>},
+    {"KorYUY2ToI420WithRotation_C_, 90", CaptureRotated<&KorYUY2ToI420WithRotation_C_, 90>},
+    {"KorYUY2ToI420WithRotation_C_, 180", CaptureRotated<&KorYUY2ToI420WithRotation_C_, 180>},
+    {"KorYUY2ToI420WithRotation_C_, 270", CaptureRotated<&KorYUY2ToI420WithRotation_C_, 270>},
+    {"KorUYVYToI420WithRotation_C_, 0", CaptureRotated<&KorUYVYToI420WithRotation_C_, 0>},
+    {"KorUYVYToI420WithRotation_C_, 90", CaptureRotated<&KorUYVYToI420WithRotation_C_, 90>},
+    {"KorUYVYToI420WithRotation_C_, 180", CaptureRotated<&KorUYVYToI420WithRotation_C_, 180>},
+    {"KorUYVYToI420WithRotation_C_, 270", CaptureRotated<&KorUYVYToI420WithRotation_C_, 270>},
     {"KorYuv2ToI420_C_", CaptureI420<&KorYuv2ToI420_C_, 2>},
     {"KorM420ToI420_C_", CaptureM420},
     {"KorI420ToRGBA_C_", RenderI420<&KorI420ToRGBA_C_, 4>},
@@ -276,12 +277,12 @@ constexpr NamedPart kParts[] = {
     {"KorPlanarUV422To420_C_", Halve},
     {"KorPlanarUVDeinterlace_C_", Split<&KorPlanarUVDeinterlace_C_>},
     {"KorPlanarUVDeinterlaceMirror_C_", Split<&KorPlanarUVDeinterlaceMirror_C_>},
-    {"KorPlanarRotation_C_, 90", Turn<90>},
-    {"KorPlanarRotation_C_, 180", Turn<180>},
-    {"KorPlanarRotation_C_, 270", Turn<270>},
-    {"KorPlanarUVDeinterlaceRotation_C_, 90", SplitTurned<90>},
-    {"KorPlanarUVDeinterlaceRotation_C_, 180", SplitTurned<180>},
-    {"KorPlanarUVDeinterlaceRotation_C_, 270", SplitTurned<270>},
+    {"KorPlanarRotation_C_, 90", Rotate<90>},
+    {"KorPlanarRotation_C_, 180", Rotate<180>},
+    {"KorPlanarRotation_C_, 270", Rotate<270>},
+    {"KorPlanarUVDeinterlaceRotation_C_, 90", SplitRotated<90>},
+    {"KorPlanarUVDeinterlaceRotation_C_, 180", SplitRotated<180>},
+    {"KorPlanarUVDeinterlaceRotation_C_, 270", SplitRotated<270>},
     {"KorI420FlipVertical_C_", FlipInPlace},
     {"KorI420Dither_C_", DitherInPlace},
     {"KorI420AlphaBlend_C_", Blend},

@@ -127,7 +127,7 @@ TEST(DitherTable, HasLittlePowerAtLowFrequencies) {
             double power = 1;
             for (size_t lag = 1; lag < 32; ++lag)
                 power += 2 * windowed[lag] * std::cos(2 * kPi * frequency * static_cast<double>(lag));
-            EXPECT_LT(power, kAtMost[shift]) << "shift " << shift << ", cycles a pixel " << frequency;
+            EXPECT_LT(power, kAtMost[shift]) << "shift " << shift << ", cycles per pixel " << frequency;
         }
     }
 }

@@ -135,7 +135,7 @@ void PrintTo(const Named& function, std::ostream* out) {
 
 class Rgb32Capture : public testing::TestWithParam<Named> {};
 
-TEST_P(Rgb32Capture, FlipIsTheSameAsASourceTurnedUpsideDown) {
+TEST_P(Rgb32Capture, FlipIsTheSameAsASourceUpsideDown) {
     for (const Picture& p : Pictures()) {
         EXPECT_EQ(Capture(GetParam().convert, p.x, p.width, p.height, 1),
                   Capture(GetParam().convert, UpsideDown(p.x), p.width, p.height, 0));

@@ -121,7 +121,7 @@ TEST(YuvToRgbProperties, OddSizesRenderAsTheEvenSizesBelow) {
     }
 }
 
-TEST(YuvToRgbProperties, GeneralMatrixTurnedToBlueIsRedAndBlueExchanged) {
+TEST(YuvToRgbProperties, GeneralMatrixWithRowsExchangedExchangesRedAndBlue) {
     static const KorInt rows[3][3] = {{298, -20, 409}, {298, -100, -208}, {298, 516, 31}};
     static const KorInt exchanged[3][3] = {{298, 516, 31}, {298, -100, -208}, {298, -20, 409}};
     const I420Frame from = Random<I420Frame>(34, 6);

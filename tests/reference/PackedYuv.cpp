@@ -195,8 +195,8 @@ namespace {
 // The image is padded to an even height with a copy of its last row. Deliberate: odd widths, which are outside the
 // contract, drift; with every row pair the source lies two bytes and the luma one sample further left, chroma stays.
 // Deliberate: any other angle rotates by 270.
-void ToI420Turned(PlanesOut to, const KorUint8* x, KorSizeT pitchX, GroupFormat format, KorSizeT width, KorSizeT height,
-                  KorBool flip, KorImageRotationDegree degree) {
+void ToI420Rotated(PlanesOut to, const KorUint8* x, KorSizeT pitchX, GroupFormat format, KorSizeT width,
+                   KorSizeT height, KorBool flip, KorImageRotationDegree degree) {
     const Number drift = Signed(width % 2);
     const Number widthC = Signed(width / 2);
     const Number pairs = Signed((height + 1) / 2);
@@ -204,7 +204,7 @@ void ToI420Turned(PlanesOut to, const KorUint8* x, KorSizeT pitchX, GroupFormat 
         return At(x, pitchX, 4 * group + byte - 2 * drift * (row / 2), SourceRow(row, height, flip));
     };
     const auto storeLuma = [&](Number column, Number row, Number value) {
-        const Position place = Turned({column - drift * (row / 2), row}, Signed(width), 2 * pairs, degree);
+        const Position place = Rotated({column - drift * (row / 2), row}, Signed(width), 2 * pairs, degree);
         At(to.y, to.pitchY, place.column, place.row) = LowByte(value);
     };
 
@@ -216,7 +216,7 @@ void ToI420Turned(PlanesOut to, const KorUint8* x, KorSizeT pitchX, GroupFormat 
             storeLuma(2 * group + 1, upper, packed(group, format.right, upper));
             storeLuma(2 * group, upper + 1, packed(group, format.left, lower));
             storeLuma(2 * group + 1, upper + 1, packed(group, format.right, lower));
-            const Position place = Turned({group, pair}, widthC, pairs, degree);
+            const Position place = Rotated({group, pair}, widthC, pairs, degree);
             At(to.u, to.pitchU, place.column, place.row) =
                 LowByte(Average(packed(group, format.u, upper), packed(group, format.u, lower)));
             At(to.v, to.pitchV, place.column, place.row) =
@@ -230,13 +230,13 @@ void ToI420Turned(PlanesOut to, const KorUint8* x, KorSizeT pitchX, GroupFormat 
 void KorYUY2ToI420WithRotation_C_(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v,
                                   KorSizeT pitchV, const KorUint8* x, KorSizeT pitchX, KorSizeT widthSrc,
                                   KorSizeT heightSrc, KorBool flip, KorImageRotationDegree rotationDegree) {
-    ToI420Turned({y, pitchY, u, pitchU, v, pitchV}, x, pitchX, kYuy2, widthSrc, heightSrc, flip, rotationDegree);
+    ToI420Rotated({y, pitchY, u, pitchU, v, pitchV}, x, pitchX, kYuy2, widthSrc, heightSrc, flip, rotationDegree);
 }
 
 void KorUYVYToI420WithRotation_C_(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v,
                                   KorSizeT pitchV, const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height,
                                   KorBool flip, KorImageRotationDegree rotationDegree) {
-    ToI420Turned({y, pitchY, u, pitchU, v, pitchV}, x, pitchX, kUyvy, width, height, flip, rotationDegree);
+    ToI420Rotated({y, pitchY, u, pitchU, v, pitchV}, x, pitchX, kUyvy, width, height, flip, rotationDegree);
 }
 
 }  // namespace reference

@@ -58,7 +58,7 @@ void KorPlanarRotation_C_(const KorUint8* src, KorDistanceT pitchSrc, KorUint8* 
     }
     for (Number row = 0; row < Signed(heightSrc); ++row) {
         for (Number column = 0; column < Signed(widthSrc); ++column) {
-            const Position to = Turned({column, row}, Signed(widthSrc), Signed(heightSrc), rotationDegree);
+            const Position to = Rotated({column, row}, Signed(widthSrc), Signed(heightSrc), rotationDegree);
             At(dst, pitchDst, to.column, to.row) = At(src, pitchSrc, column, row);
         }
     }
@@ -70,7 +70,7 @@ void KorPlanarUVDeinterlaceRotation_C_(const KorUint8* src, KorDistanceT pitchSr
                                        KorImageRotationDegree rotationDegree) {
     for (Number row = 0; row < Signed(heightSrc); ++row) {
         for (Number column = 0; column < Signed(widthSrc); ++column) {
-            const Position to = Turned({column, row}, Signed(widthSrc), Signed(heightSrc), rotationDegree);
+            const Position to = Rotated({column, row}, Signed(widthSrc), Signed(heightSrc), rotationDegree);
             At(uv1, pitchUv1, to.column, to.row) = At(src, pitchSrc, 2 * column, row);
             At(uv2, pitchUv2, to.column, to.row) = At(src, pitchSrc, 2 * column + 1, row);
         }

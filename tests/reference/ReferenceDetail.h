@@ -73,7 +73,7 @@ struct Position {
 
 // The place of a sample of a width by height plane after a clockwise rotation. An angle other than the four counts as
 // 270.
-inline Position Turned(Position from, Number width, Number height, KorImageRotationDegree degree) {
+inline Position Rotated(Position from, Number width, Number height, KorImageRotationDegree degree) {
     switch (degree) {
         case 0:
             return from;

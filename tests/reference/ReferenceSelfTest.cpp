@@ -218,19 +218,19 @@ TEST(ReferencePlaneGeometry, SplitsAndMirrors) {
     EXPECT_EQ(dst, (Bytes{1, 3, 2, 1, o, 5, 7, 6, 5}));
 }
 
-TEST(ReferencePlaneGeometry, TurnsClockwise) {
+TEST(ReferencePlaneGeometry, RotatesClockwise) {
     const Bytes src = {'a', 'b', 'c', 'd', 'e', 'f'};
-    const auto turned = [&](KorSizeT pitch, KorSizeT rows, KorImageRotationDegree degree) {
+    const auto rotated = [&](KorSizeT pitch, KorSizeT rows, KorImageRotationDegree degree) {
         Bytes dst = Blank(pitch * rows);
         KorPlanarRotation_C_(src.data(), 3, dst.data(), pitch, 3, 2, degree);
         return dst;
     };
-    EXPECT_EQ(turned(4, 2, 0), (Bytes{'a', 'b', 'c', o, 'd', 'e', 'f', o}));
-    EXPECT_EQ(turned(3, 3, 90), (Bytes{'d', 'a', o, 'e', 'b', o, 'f', 'c', o}));
-    EXPECT_EQ(turned(3, 2, 180), (Bytes{'f', 'e', 'd', 'c', 'b', 'a'}));
-    EXPECT_EQ(turned(2, 3, 270), (Bytes{'c', 'f', 'b', 'e', 'a', 'd'}));
-    EXPECT_EQ(turned(3, 3, 45), Blank(9));
-    EXPECT_EQ(turned(3, 3, 360), Blank(9));
+    EXPECT_EQ(rotated(4, 2, 0), (Bytes{'a', 'b', 'c', o, 'd', 'e', 'f', o}));
+    EXPECT_EQ(rotated(3, 3, 90), (Bytes{'d', 'a', o, 'e', 'b', o, 'f', 'c', o}));
+    EXPECT_EQ(rotated(3, 2, 180), (Bytes{'f', 'e', 'd', 'c', 'b', 'a'}));
+    EXPECT_EQ(rotated(2, 3, 270), (Bytes{'c', 'f', 'b', 'e', 'a', 'd'}));
+    EXPECT_EQ(rotated(3, 3, 45), Blank(9));
+    EXPECT_EQ(rotated(3, 3, 360), Blank(9));
 
     Bytes upwards = Blank(6);
     KorPlanarRotation_C_(src.data() + 3, -3, upwards.data(), 2, 3, 2, 90);
@@ -241,7 +241,7 @@ TEST(ReferencePlaneGeometry, TurnsClockwise) {
     EXPECT_EQ(same, src);
 }
 
-TEST(ReferencePlaneGeometry, TurnsAndSplits) {
+TEST(ReferencePlaneGeometry, RotatesAndSplits) {
     const Bytes src = {'a', 'A', 'b', 'B', 'c', 'C', 'd', 'D', 'e', 'E', 'f', 'F'};
     struct Expected {
         KorImageRotationDegree degree;
@@ -249,15 +249,15 @@ TEST(ReferencePlaneGeometry, TurnsAndSplits) {
         Bytes uv1;
         Bytes uv2;
     };
-    const Bytes turned270a = {'c', 'f', 'b', 'e', 'a', 'd'};
-    const Bytes turned270b = {'C', 'F', 'B', 'E', 'A', 'D'};
+    const Bytes rotated270a = {'c', 'f', 'b', 'e', 'a', 'd'};
+    const Bytes rotated270b = {'C', 'F', 'B', 'E', 'A', 'D'};
     for (const Expected& expected :
          std::vector<Expected>{{0, 3, {'a', 'b', 'c', 'd', 'e', 'f'}, {'A', 'B', 'C', 'D', 'E', 'F'}},
                                {90, 2, {'d', 'a', 'e', 'b', 'f', 'c'}, {'D', 'A', 'E', 'B', 'F', 'C'}},
                                {180, 3, {'f', 'e', 'd', 'c', 'b', 'a'}, {'F', 'E', 'D', 'C', 'B', 'A'}},
-                               {270, 2, turned270a, turned270b},
-                               {45, 2, turned270a, turned270b},
-                               {360, 2, turned270a, turned270b}}) {
+                               {270, 2, rotated270a, rotated270b},
+                               {45, 2, rotated270a, rotated270b},
+                               {360, 2, rotated270a, rotated270b}}) {
         Bytes uv1 = Blank(6);
         Bytes uv2 = Blank(6);
         KorPlanarUVDeinterlaceRotation_C_(src.data(), 6, uv1.data(), expected.pitch, uv2.data(), expected.pitch, 3, 2,
@@ -918,87 +918,87 @@ TEST(ReferencePackedYuv, M420) {
     EXPECT_EQ(none.y, Blank(8));
 }
 
-Image Turned(decltype(&KorYUY2ToI420WithRotation_C_) capture, Image to, const Bytes& from, KorSizeT pitchX,
-             KorSizeT width, KorSizeT height, KorImageRotationDegree degree, bool flip = false) {
+Image Rotated(decltype(&KorYUY2ToI420WithRotation_C_) capture, Image to, const Bytes& from, KorSizeT pitchX,
+              KorSizeT width, KorSizeT height, KorImageRotationDegree degree, bool flip = false) {
     capture(to.y.data(), to.pitchY, to.u.data(), to.pitchC, to.v.data(), to.pitchC, from.data(), pitchX, width, height,
             flip, degree);
     return to;
 }
 
-TEST(ReferencePackedYuv, TurnsAPairOfRows) {
+TEST(ReferencePackedYuv, RotatesAPairOfRows) {
     const Bytes yuy2 = {1, 10, 2, 20, 3, 30, 4, 40, 5, 11, 6, 20, 7, 32, 8, 43};
     const auto capture = &KorYUY2ToI420WithRotation_C_;
-    const Image at0 = Turned(capture, BlankImage(5, 2, 3, 1), yuy2, 8, 4, 2, 0);
+    const Image at0 = Rotated(capture, BlankImage(5, 2, 3, 1), yuy2, 8, 4, 2, 0);
     EXPECT_EQ(at0.y, (Bytes{1, 2, 3, 4, o, 5, 6, 7, 8, o}));
     EXPECT_EQ(at0.u, (Bytes{11, 31, o}));
     EXPECT_EQ(at0.v, (Bytes{20, 42, o}));
-    const Image at90 = Turned(capture, BlankImage(3, 4, 2, 2), yuy2, 8, 4, 2, 90);
+    const Image at90 = Rotated(capture, BlankImage(3, 4, 2, 2), yuy2, 8, 4, 2, 90);
     EXPECT_EQ(at90.y, (Bytes{5, 1, o, 6, 2, o, 7, 3, o, 8, 4, o}));
     EXPECT_EQ(at90.u, (Bytes{11, o, 31, o}));
     EXPECT_EQ(at90.v, (Bytes{20, o, 42, o}));
-    const Image at180 = Turned(capture, BlankImage(4, 2, 2, 1), yuy2, 8, 4, 2, 180);
+    const Image at180 = Rotated(capture, BlankImage(4, 2, 2, 1), yuy2, 8, 4, 2, 180);
     EXPECT_EQ(at180.y, (Bytes{8, 7, 6, 5, 4, 3, 2, 1}));
     EXPECT_EQ(at180.u, (Bytes{31, 11}));
     for (const KorImageRotationDegree degree : {270U, 45U, 360U}) {
-        const Image at270 = Turned(capture, BlankImage(2, 4, 1, 2), yuy2, 8, 4, 2, degree);
+        const Image at270 = Rotated(capture, BlankImage(2, 4, 1, 2), yuy2, 8, 4, 2, degree);
         EXPECT_EQ(at270.y, (Bytes{4, 8, 3, 7, 2, 6, 1, 5}));
         EXPECT_EQ(at270.u, (Bytes{31, 11}));
         EXPECT_EQ(at270.v, (Bytes{42, 20}));
     }
 
     // A flip and then a rotation by 180 is a mirror.
-    const Image mirror = Turned(capture, BlankImage(4, 2, 2, 1), yuy2, 8, 4, 2, 180, true);
+    const Image mirror = Rotated(capture, BlankImage(4, 2, 2, 1), yuy2, 8, 4, 2, 180, true);
     EXPECT_EQ(mirror.y, (Bytes{4, 3, 2, 1, 8, 7, 6, 5}));
 
     const Bytes uyvy = {10, 1, 20, 2, 11, 5, 21, 6};
-    const Image other = Turned(KorUYVYToI420WithRotation_C_, BlankImage(2, 2, 1, 1), uyvy, 4, 2, 2, 90);
+    const Image other = Rotated(KorUYVYToI420WithRotation_C_, BlankImage(2, 2, 1, 1), uyvy, 4, 2, 2, 90);
     EXPECT_EQ(other.y, (Bytes{5, 1, 6, 2}));
     EXPECT_EQ(other.u, (Bytes{11}));
     EXPECT_EQ(other.v, (Bytes{21}));
 }
 
-TEST(ReferencePackedYuv, TurnsAnOddHeightPadded) {
+TEST(ReferencePackedYuv, RotatesAnOddHeightPadded) {
     const Bytes yuy2 = {1, 10, 2, 20, 3, 12, 4, 22, 5, 30, 6, 40};
     const auto capture = &KorYUY2ToI420WithRotation_C_;
-    const Image at0 = Turned(capture, BlankImage(2, 4, 1, 2), yuy2, 4, 2, 3, 0);
+    const Image at0 = Rotated(capture, BlankImage(2, 4, 1, 2), yuy2, 4, 2, 3, 0);
     EXPECT_EQ(at0.y, (Bytes{1, 2, 3, 4, 5, 6, 5, 6}));
     EXPECT_EQ(at0.u, (Bytes{11, 30}));
     EXPECT_EQ(at0.v, (Bytes{21, 40}));
-    const Image at90 = Turned(capture, BlankImage(4, 2, 2, 1), yuy2, 4, 2, 3, 90);
+    const Image at90 = Rotated(capture, BlankImage(4, 2, 2, 1), yuy2, 4, 2, 3, 90);
     EXPECT_EQ(at90.y, (Bytes{5, 5, 3, 1, 6, 6, 4, 2}));
     EXPECT_EQ(at90.u, (Bytes{30, 11}));
-    const Image at180 = Turned(capture, BlankImage(2, 4, 1, 2), yuy2, 4, 2, 3, 180);
+    const Image at180 = Rotated(capture, BlankImage(2, 4, 1, 2), yuy2, 4, 2, 3, 180);
     EXPECT_EQ(at180.y, (Bytes{6, 5, 6, 5, 4, 3, 2, 1}));
     EXPECT_EQ(at180.v, (Bytes{40, 21}));
-    const Image at270 = Turned(capture, BlankImage(4, 2, 2, 1), yuy2, 4, 2, 3, 270);
+    const Image at270 = Rotated(capture, BlankImage(4, 2, 2, 1), yuy2, 4, 2, 3, 270);
     EXPECT_EQ(at270.y, (Bytes{2, 4, 6, 6, 1, 3, 5, 5}));
     EXPECT_EQ(at270.u, (Bytes{11, 30}));
 
     // Flipped, the row on its own is the first in memory: the mirrored rows move down by one.
-    const Image mirror = Turned(capture, BlankImage(2, 4, 1, 2), yuy2, 4, 2, 3, 180, true);
+    const Image mirror = Rotated(capture, BlankImage(2, 4, 1, 2), yuy2, 4, 2, 3, 180, true);
     EXPECT_EQ(mirror.y, (Bytes{2, 1, 2, 1, 4, 3, 6, 5}));
     EXPECT_EQ(mirror.u, (Bytes{10, 21}));
 
-    const Image row = Turned(capture, BlankImage(2, 2, 1, 1), yuy2, 4, 2, 1, 90);
+    const Image row = Rotated(capture, BlankImage(2, 2, 1, 1), yuy2, 4, 2, 1, 90);
     EXPECT_EQ(row.y, (Bytes{1, 1, 2, 2}));
     EXPECT_EQ(row.u, (Bytes{10}));
     for (const KorImageRotationDegree degree : {0U, 90U, 180U, 270U}) {
         for (const auto& size : {std::pair<KorSizeT, KorSizeT>{1, 1}, {1, 2}, {2, 0}, {0, 3}}) {
-            const Image none = Turned(capture, BlankImage(2, 2, 1, 1), yuy2, 4, size.first, size.second, degree, true);
+            const Image none = Rotated(capture, BlankImage(2, 2, 1, 1), yuy2, 4, size.first, size.second, degree, true);
             EXPECT_EQ(none.y, Blank(4));
             EXPECT_EQ(none.u, Blank(1));
         }
     }
 }
 
-TEST(ReferencePackedYuv, TurningDriftsAtOddWidths) {
+TEST(ReferencePackedYuv, RotationDriftsAtOddWidths) {
     // Width 3, pitch 8: rows at 0, 8, 14 and 22. Bytes are numbered.
     Bytes yuy2(32);
     for (KorSizeT i = 0; i < yuy2.size(); ++i) {
         yuy2[i] = static_cast<KorUint8>(i);
     }
     const auto capture = &KorYUY2ToI420WithRotation_C_;
-    const Image at0 = Turned(capture, BlankImage(4, 4, 1, 2), yuy2, 8, 3, 4, 0);
+    const Image at0 = Rotated(capture, BlankImage(4, 4, 1, 2), yuy2, 8, 3, 4, 0);
     EXPECT_EQ(at0.y, (Bytes{0, 2, o, o, 8, 10, o, 14, 16, o, o, 22, 24, o, o, o}));
     EXPECT_EQ(at0.u, (Bytes{5, 19}));
     EXPECT_EQ(at0.v, (Bytes{7, 21}));
@@ -1009,12 +1009,12 @@ TEST(ReferencePackedYuv, TurningDriftsAtOddWidths) {
     EXPECT_EQ(at90.y, (Bytes{22, 14, o, o, 24, 16, 8, 0, o, o, 10, 2, o, o, o, o}));
     EXPECT_EQ(at90.u, (Bytes{19, 5}));
 
-    const Image at180 = Turned(capture, BlankImage(4, 4, 1, 2), yuy2, 8, 3, 4, 180);
+    const Image at180 = Rotated(capture, BlankImage(4, 4, 1, 2), yuy2, 8, 3, 4, 180);
     EXPECT_EQ(at180.y, (Bytes{o, o, 24, 22, o, o, 16, 14, o, 10, 8, o, o, 2, 0, o}));
     EXPECT_EQ(at180.v, (Bytes{21, 7}));
 
     // A last row on its own is read at 14, and both its copies drift.
-    const Image at270 = Turned(capture, BlankImage(4, 4, 2, 1), yuy2, 8, 3, 3, 270);
+    const Image at270 = Rotated(capture, BlankImage(4, 4, 2, 1), yuy2, 8, 3, 3, 270);
     EXPECT_EQ(at270.y, (Bytes{o, o, o, o, 2, 10, o, o, 0, 8, 16, 16, o, o, 14, 14}));
     EXPECT_EQ(at270.u, (Bytes{5, 15}));
 }

@@ -24,12 +24,12 @@ class Packed:
 NO_FLIP = ctypes.c_uint8(0)
 
 PACKED = [
-    Packed("RGBA", "rgba", "32-bit RGB, four bytes a pixel", ["R", "G", "B", "A"], 1, "KorRGBAToI420_C_"),
-    Packed("BGRA", "bgra", "32-bit RGB, four bytes a pixel", ["B", "G", "R", "A"], 1, "KorBGRAToI420_C_"),
-    Packed("ARGB", "argb", "32-bit RGB, four bytes a pixel", ["A", "R", "G", "B"], 1, "KorARGBToI420_C_"),
-    Packed("ABGR", "abgr", "32-bit RGB, four bytes a pixel", ["A", "B", "G", "R"], 1, "KorABGRToI420_C_"),
-    Packed("Raw", "raw", "24-bit RGB, three bytes a pixel", ["R", "G", "B"], 1, "KorRawToI420_C_", "rgb"),
-    Packed("24BG", "24bg", "24-bit RGB, three bytes a pixel", ["B", "G", "R"], 1, "Kor24BGToI420_C_", "bgr"),
+    Packed("RGBA", "rgba", "32-bit RGB, four bytes per pixel", ["R", "G", "B", "A"], 1, "KorRGBAToI420_C_"),
+    Packed("BGRA", "bgra", "32-bit RGB, four bytes per pixel", ["B", "G", "R", "A"], 1, "KorBGRAToI420_C_"),
+    Packed("ARGB", "argb", "32-bit RGB, four bytes per pixel", ["A", "R", "G", "B"], 1, "KorARGBToI420_C_"),
+    Packed("ABGR", "abgr", "32-bit RGB, four bytes per pixel", ["A", "B", "G", "R"], 1, "KorABGRToI420_C_"),
+    Packed("Raw", "raw", "24-bit RGB, three bytes per pixel", ["R", "G", "B"], 1, "KorRawToI420_C_", "rgb"),
+    Packed("24BG", "24bg", "24-bit RGB, three bytes per pixel", ["B", "G", "R"], 1, "Kor24BGToI420_C_", "bgr"),
     Packed("YUY2", "yuy2", "packed 4:2:2, four bytes for two pixels", ["Y0", "U", "Y1", "V"], 2, "KorYUY2ToI420_C_"),
     Packed("UYVY", "uyvy", "packed 4:2:2, four bytes for two pixels", ["U", "Y0", "V", "Y1"], 2, "KorUYVYToI420_C_"),
     Packed("Yuv2", "yuv2", "like YUY2, but luma is full range and chroma is signed", ["Y0", "U", "Y1", "V"], 2,
@@ -176,7 +176,7 @@ def draw_overview(path):
     for number, layout in enumerate(PACKED):
         top = 94 + number * step
         card.text(36, top + 22, layout.name, size=14, weight="bold")
-        card.text(104, top + 22, f"{8 * len(layout.group) // layout.pixels} bits a pixel", size=11, fill=FAINT)
+        card.text(104, top + 22, f"{8 * len(layout.group) // layout.pixels} bits per pixel", size=11, fill=FAINT)
         for byte in range(8):
             component = layout.group[byte % len(layout.group)]
             group = byte // len(layout.group)
