@@ -314,11 +314,11 @@ void Differential::CallOnce() {
     }
     aftermath_.fault.reset();
     aftermath_.change.count = 0;
-    PoisonGaps();
-    ShieldPlanes();
     if (AreFarApart(case_.pitches)) {
         MoveFarApart();
     }
+    PoisonGaps();
+    ShieldPlanes();
     progress_.Enter(Stage::Subject);
     if (manner_.secondThread) {
         if (secondThread_ == nullptr) {
@@ -329,11 +329,11 @@ void Differential::CallOnce() {
         CallHere();
     }
     progress_.Enter(Stage::Kit);
+    UnshieldPlanes();
+    UnpoisonPlanes();
     if (AreFarApart(case_.pitches)) {
         MoveBack();
     }
-    UnshieldPlanes();
-    UnpoisonPlanes();
     if (aftermath_.fault) {
         ReportFault("crashed", *aftermath_.fault);
         return;

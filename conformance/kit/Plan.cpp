@@ -200,6 +200,7 @@ Sweep FarApart(const Entry& entry, bool quick) {
         sweep.sizes.insert(sweep.sizes.end(), {{35, 7}, {130, 18}, {258, 10}});
     }
     sweep.patterns = {Pattern::Noise};
+    sweep.matrixPlaces = {MatrixPlace::Own};
     sweep.pitches = FarPitches();
     return sweep;
 }

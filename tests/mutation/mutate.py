@@ -338,7 +338,7 @@ def stages(build, sanitized):
 
     # Function by function, to end with the first that differs.
     kit = "tests/conformance/KorConformanceTest"
-    each = f"for name in $({kit} --list | cut -d' ' -f1); do {kit} --seed 420 --function $name || exit 1; done"
+    each = f"names=$({kit} --list) && for name in $(echo \"$names\" | cut -d' ' -f1); do {kit} --seed 420 --function $name || exit 1; done"
     unit = ["tests/KorUnitTests", "--gtest_filter=-*Kit*:*MatricesOf*:SharedMemory*", *brief]
     listed = [
         Stage("stored inputs of the fuzzers", build, QUICK, fuzzers("{corpus}")),
