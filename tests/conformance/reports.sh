@@ -78,7 +78,7 @@ if [ "$sanitized" -eq 0 ]; then
     finds padrewrite $mirror "crashed: SIGSEGV on touching plane dst, row 0, column "
 else
     # The sanitizer ends the process at the touch itself.
-    for crime in padding before padread padrewrite; do
+    for crime in padding padread padrewrite; do
         finds $crime $mirror "ended the process: exit status 1"
     done
 fi
