@@ -1,8 +1,10 @@
 #!/bin/sh
-# cases.sh BROKEN: the kit comes across variants that are wrong in few cases only.
+# cases.sh BROKEN [--quick]: the kit comes across variants that are wrong in few cases only. With --quick, those that take
+# all cases are left out.
 set -u
 
 broken=$1
+depth=${2-}
 output=$(mktemp)
 trap 'rm -f "$output"' EXIT
 failures=0
@@ -49,17 +51,18 @@ finds KorI420AlphaBlend "rows beyond 255" "$wrong" --quick
 finds KorBGRAToI420General "matrix in u" "$wrong" --quick
 finds KorBGRAToI420General "matrix in v" "$wrong" --quick
 finds KorBGRAToI420General "matrix in the spare row" "$wrong" --quick
-finds KorI444ToBGRA "noise from row 600" "$wrong"
-if [ "${KOR_CONFORMANCE_QUICK-0}" -eq 0 ]; then
+finds KorI444ToBGRA "noise from row 600" "$wrong" --quick
+if [ -z "$depth" ]; then
     finds KorBGRAToI420 "one colour" "$wrong"
     finds KorI444ToBGRA "one triple" "$wrong"
 fi
-# A touch far from the planes has a title of its own, and another one under the sanitizers.
-finds KorPlanarMirror "pitch of 16 bits" "$wrong\|.*SIG.*" --quick
+# A touch far from the planes has a title of its own, and sanitizers end the program.
+touch="wrong byte in a destination: \|crashed: SIG\|exited\|ended"
+finds KorPlanarMirror "pitch of 16 bits" "$touch" --quick
 if ! "$broken" none --quick | grep -q "not tried: pitches\|were not tried:"; then
-    finds KorPlanarMirror "pitch of 32 bits" "$wrong\|.*SIG.*" --quick
-    finds KorPlanarMirror "offset of 32 bits" "$wrong\|.*SIG.*" --quick
-    finds KorPlanarMirror "source offset of 32 bits" "$wrong\|.*SIG.*" --quick
+    finds KorPlanarMirror "pitch of 32 bits" "$touch" --quick
+    finds KorPlanarMirror "offset of 32 bits" "$touch" --quick
+    finds KorPlanarMirror "source offset of 32 bits" "$touch" --quick
 fi
 
 "$broken" none --quick >"$output" 2>&1 || fail "none: ended with $?"
