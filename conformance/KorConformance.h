@@ -150,7 +150,7 @@ typedef struct KorConformanceTable {
 } KorConformanceTable;
 
 /* The portable functions of the library that is linked. A variant of a few may copy it and replace those. */
-KOR_API const KorConformanceTable* KorConformancePortable(void);
+KOR_SERVICE const KorConformanceTable* KorConformancePortable(void);
 
 /* ------------------------------------------------------------------------------------------------------------------
  * The run

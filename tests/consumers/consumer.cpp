@@ -1,4 +1,4 @@
-// A program in C++: the version of the headers, and a plane turned by a quarter.
+// A C++ program: the version of the headers, and a plane rotated by 90 degrees.
 #include <array>
 #include <iostream>
 
@@ -11,7 +11,7 @@ int main() {
     std::array<KorUint8, 6> turned{};
     KorPlanarRotation_C_(plane.data(), 3, turned.data(), 2, 3, 2, 90);
     if (turned != std::array<KorUint8, 6>{'d', 'a', 'e', 'b', 'f', 'c'}) {
-        std::cerr << "consumer: the turned plane is wrong\n";
+        std::cerr << "consumer: the rotated plane is wrong\n";
         return 1;
     }
     return 0;

@@ -332,7 +332,7 @@ def stages(build, sanitized):
     families = ["RgbToYuv", "YuvToRgb", "PackedYuv", "PlaneGeometry", "Compositing"]
 
     def fuzzers(*arguments):
-        calls = [f"fuzz/KorFuzz{name} " + " ".join(arguments).format(corpus=TOP / "fuzz/corpus" / name)
+        calls = [f"fuzz/KorFuzz{name} " + " ".join(arguments).format(corpus=f"{TOP}/fuzz/corpus/{name}.txt")
                  for name in families]
         return ["sh", "-c", " && ".join(calls)]
 
@@ -341,13 +341,13 @@ def stages(build, sanitized):
     each = f"names=$({kit} --list) && for name in $(echo \"$names\" | cut -d' ' -f1); do {kit} --seed 420 --function $name || exit 1; done"
     unit = ["tests/KorUnitTests", "--gtest_filter=-*Kit*:*MatricesOf*:SharedMemory*", *brief]
     listed = [
-        Stage("stored inputs of the fuzzers", build, QUICK, fuzzers("{corpus}")),
+        Stage("stored inputs of the fuzzers", build, QUICK, fuzzers("--stored", "{corpus}")),
         Stage("unit tests", build, QUICK, unit),
         Stage("property tests", build, QUICK, ["tests/KorPropertyTests", *brief]),
         Stage("random inputs of the fuzzers", build, QUICK, fuzzers("--random", "1000")),
         Stage("unit tests of matrices", build, FAST,
               ["tests/KorUnitTests", "--gtest_filter=*MatricesOf*:SharedMemory*", *brief]),
-        Stage("stored inputs, Clang", build, CLANG, fuzzers("{corpus}")),
+        Stage("stored inputs, Clang", build, CLANG, fuzzers("--stored", "{corpus}")),
         Stage("unit tests, Clang", build, CLANG, unit),
         Stage("short conformance run, Clang", build, CLANG, [kit, "--quick"]),
         Stage("short conformance run", build, FAST, [kit, "--quick"]),
@@ -356,7 +356,7 @@ def stages(build, sanitized):
     ]
     if sanitized:
         listed += [
-            Stage("stored inputs, sanitized", sanitized, SANITIZED, fuzzers("{corpus}")),
+            Stage("stored inputs, sanitized", sanitized, SANITIZED, fuzzers("--stored", "{corpus}")),
             Stage("unit tests, sanitized", sanitized, SANITIZED, unit),
             Stage("conformance run, sanitized", sanitized, SANITIZED,
                   [kit, "--quick"]),

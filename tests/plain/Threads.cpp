@@ -1,5 +1,5 @@
-// All functions on several threads at the same time: on frames of their own, and on parts of one frame. What they write
-// equals what one thread writes alone. Under ThreadSanitizer a byte that is not the call's own business shows as a race.
+// All functions on several threads at the same time: on frames of their own, and on parts of one frame. They write what
+// a single thread writes. Under ThreadSanitizer, accessing a byte that does not belong to the call shows as a race.
 #include <array>
 #include <cstdio>
 #include <cstdlib>
@@ -20,7 +20,7 @@ thread_local std::uint64_t drawSeed = 0;
 
 }  // namespace
 
-// Draws that follow from a seed of the thread, so that results can be foretold.
+// Draws that depend on a seed of the thread, so that results are predictable.
 KorBool KorRandomGetBytes(char* buffer, KorSizeT count) {
     const std::uint64_t value = kit::MixSeed(drawSeed++, 0);
     std::memcpy(buffer, &value, count);
@@ -70,7 +70,7 @@ Bytes MakeCall(const kit::Entry& entry, const kit::Case& options) {
     return all;
 }
 
-// Each thread makes all calls of a function, starting at another place, so that different ones meet.
+// Each thread makes all calls of a function, starting at a different one, so that different calls coincide.
 std::size_t TryFramesOfTheirOwn(const kit::Entry& entry) {
     std::vector<kit::Case> cases;
     kit::Sweep sweep = entry.options();
@@ -89,7 +89,8 @@ std::size_t TryFramesOfTheirOwn(const kit::Entry& entry) {
         for (std::size_t i = 0; i < cases.size(); ++i) {
             const std::size_t which = (i + number * cases.size() / kThreads) % cases.size();
             if (MakeCall(entry, cases[which]) != expected[which]) {
-                std::fprintf(stderr, "%s on a thread differs with %s\n", entry.name, kit::Describe(cases[which]).c_str());
+                std::fprintf(stderr, "%s on a thread differs with %s\n", entry.name,
+                             kit::Describe(cases[which]).c_str());
                 std::exit(EXIT_FAILURE);
             }
         }
@@ -99,7 +100,7 @@ std::size_t TryFramesOfTheirOwn(const kit::Entry& entry) {
 
 // ---- Parts of one frame ---------------------------------------------------------------------------------------------
 
-// Frames large enough for all; every plane has this pitch. Rows of neighbouring parts lie next to each other.
+// Frames large enough for all functions; every plane has this pitch. Rows of neighbouring parts are adjacent.
 constexpr std::size_t kPitch = 1024;
 constexpr std::size_t kWidth = 240;
 constexpr std::size_t kHeight = 48;
@@ -118,7 +119,7 @@ struct Frame {
     }
 };
 
-// Converts the part of a frame from (x, y) on; sizes and positions are even.
+// Converts the part of a frame at (x, y); sizes and positions are even.
 using Part = void (*)(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height);
 
 template <decltype(&KorRGBAToI420_C_) capture, std::size_t pixelBytes>
@@ -175,13 +176,13 @@ void Split(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_
     split(f.At(0, 2 * x, y), kPitch, f.At(1, x, y), kPitch, f.At(2, x, y), kPitch, width, height);
 }
 
-// Blocks of M420 cannot be cut into columns: each column has narrow blocks of its own, next to the others'.
+// M420 blocks cannot be cut into columns: each column has narrow blocks of its own, next to the others'.
 void CaptureM420(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
     KorM420ToI420_C_(f.At(0, x, y), kPitch, f.At(1, x / 2, y / 2), kPitch, f.At(2, x / 2, y / 2), kPitch,
                      f.At(3, 3 * x, y / 2), kPitch, width, height, 0);
 }
 
-// Quarter turns trade places: a part's destination is as far down as the part is to the right.
+// Rotation exchanges the axes: a part's destination is as far down as the part is to the right.
 template <KorImageRotationDegree angle>
 constexpr std::size_t kTurnedPitch = angle == 90 || angle == 270 ? 64 : kPitch;
 
@@ -205,8 +206,8 @@ void SplitTurned(Frame& f, std::size_t x, std::size_t y, std::size_t width, std:
 template <decltype(&KorYUY2ToI420WithRotation_C_) capture, KorImageRotationDegree angle>
 void CaptureTurned(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
     capture(Turned<angle>(f.planes[0], x, y), kTurnedPitch<angle>, Turned<angle>(f.planes[1], x / 2, y / 2),
-            kTurnedPitch<angle>, Turned<angle>(f.planes[2], x / 2, y / 2), kTurnedPitch<angle>, f.At(3, 2 * x, y), kPitch,
-            width, height, 0, angle);
+            kTurnedPitch<angle>, Turned<angle>(f.planes[2], x / 2, y / 2), kTurnedPitch<angle>, f.At(3, 2 * x, y),
+            kPitch, width, height, 0, angle);
 }
 
 void FlipInPlace(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
@@ -226,8 +227,8 @@ void Blend(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_
 }
 
 void BlendArray(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
-    KorI420AlphaArrayBlend_C_(f.At(0, 0, 0), kPitch, f.At(1, 0, 0), kPitch, f.At(2, 0, 0), kPitch, f.At(3, x, y), kPitch,
-                              f.At(4, x / 2, y / 2), kPitch, f.At(5, x / 2, y / 2), kPitch, width, height, x, y,
+    KorI420AlphaArrayBlend_C_(f.At(0, 0, 0), kPitch, f.At(1, 0, 0), kPitch, f.At(2, 0, 0), kPitch, f.At(3, x, y),
+                              kPitch, f.At(4, x / 2, y / 2), kPitch, f.At(5, x / 2, y / 2), kPitch, width, height, x, y,
                               f.At(6, x, y), kPitch, f.At(7, x / 2, y / 2), kPitch, f.At(8, x / 2, y / 2), kPitch);
 }
 
@@ -287,7 +288,7 @@ constexpr NamedPart kParts[] = {
     {"KorI420AlphaArrayBlend_C_", BlendArray},
 };
 
-// A function that is added to the catalogue and not to the parts would go untried.
+// A function added to the catalogue but not to the parts would go untested.
 void RequireParts(const kit::Entry& entry) {
     for (const NamedPart& part : kParts) {
         if (std::strncmp(part.name, entry.name, std::strlen(entry.name)) == 0) {
@@ -298,7 +299,7 @@ void RequireParts(const kit::Entry& entry) {
     std::exit(EXIT_FAILURE);
 }
 
-// The parts are columns or bands of rows, one a thread.
+// The parts are columns or bands of rows, one per thread.
 void TryPartsOfOneFrame(const NamedPart& part, bool columns) {
     const std::size_t width = columns ? kWidth / kThreads : kWidth;
     const std::size_t height = columns ? kHeight : kHeight / kThreads;

@@ -23,7 +23,7 @@ Plane Random(std::size_t rowBytes, std::size_t rows) {
     return plane;
 }
 
-// The same bytes with neighbours exchanged, which makes UYVY of YUY2 and the other way round.
+// The same bytes with neighbours exchanged, which turns YUY2 into UYVY and vice versa.
 Plane NeighboursExchanged(const Plane& x) {
     Plane result(x.shape());
     for (std::size_t row = 0; row < x.shape().rows; ++row) {
@@ -152,7 +152,7 @@ TEST(PackedYuvProperties, TurningOnTheWayIsTurningAfterwards) {
 }
 
 TEST(PackedYuvProperties, Yuv2LumaOutAndInIsTheRangeMapping) {
-    // One direction copies luma, the other maps it: out and in again is the mapping alone.
+    // One direction copies luma, the other maps it: the round trip is the mapping alone.
     ForEachSize([](std::size_t width, std::size_t height) {
         const I420Frame from(width, height), back(width, height);
         const Plane x(Shape(2 * width, height));

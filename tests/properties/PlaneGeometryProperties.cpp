@@ -107,7 +107,7 @@ TEST(PlaneGeometryProperties, SplittingAndTurningAtOnceIsSplittingAndThenTurning
 
 TEST(PlaneGeometryProperties, HalvingEqualRowsIsACopy) {
     ForEachPlane(1, [](const Plane& plane) {
-        // A pitch of zero makes both rows of every pair the same one.
+        // With a pitch of zero, both rows of every pair are the same.
         const std::size_t width = plane.shape().rowBytes;
         const Plane dst(Shape(width, 1));
         KorPlanarUV422To420_C_(plane.data(), 0, dst.data(), dst.pitch(), width, 1);

@@ -1,7 +1,8 @@
-# What the tests of the tool share. Sourced by each with: the program, the fixture writer. Runs in a directory of its
-# own, which goes when the test ends.
+# What the tool's tests share. Each sources it with the program and the fixture writer as arguments. It changes to a
+# temporary directory, which is removed when the test ends.
 set -u
 
+test=$0
 korframe=$1
 fixtures=$2
 directory=$(mktemp -d)
@@ -14,6 +15,11 @@ fail() {
     failures=$((failures + 1))
 }
 
+# What a test leaves out, and why: skips REASON. CTest's summary ends with these lines.
+skips() {
+    echo "skipped: $(basename "$test" .sh): $*"
+}
+
 finish() {
     if [ "$failures" -gt 0 ]; then
         echo "$failures failed"
@@ -22,7 +28,7 @@ finish() {
     echo "all passed"
 }
 
-# Bytes as hexadecimal pairs: bytes "50 36 0a".
+# Writes bytes given in hexadecimal: bytes "50 36 0a".
 bytes() {
     for pair in $1; do
         # shellcheck disable=SC2059
@@ -30,7 +36,7 @@ bytes() {
     done
 }
 
-# A byte many times: repeat COUNT 80.
+# Repeats a byte: repeat COUNT 80.
 repeat() {
     head -c "$1" /dev/zero | tr '\0' "\\$(printf '%03o' "0x$2")"
 }
@@ -39,7 +45,7 @@ hex() {
     od -An -v -tx1 "$1" | tr -s ' \n' '  ' | sed 's/^ //; s/ $//'
 }
 
-# The bytes of a file: holds FILE "51 5a ...".
+# Checks the bytes of a file: holds FILE "51 5a ...".
 holds() {
     actual=$(hex "$1")
     [ "$actual" = "$2" ] || fail "$1 holds '$actual', expected '$2'"
@@ -49,15 +55,15 @@ same() {
     cmp "$1" "$2" || fail "$1 and $2 differ"
 }
 
-# A run that succeeds and says nothing: works ARGUMENTS...
+# Checks that a run succeeds without messages: works ARGUMENTS...
 works() {
     "$korframe" "$@" 2>stderr.txt
     status=$?
-    [ "$status" -eq 0 ] || fail "korframe $* ended with $status: $(cat stderr.txt)"
-    [ ! -s stderr.txt ] || fail "korframe $* said: $(cat stderr.txt)"
+    [ "$status" -eq 0 ] || fail "korframe $* exited with $status: $(cat stderr.txt)"
+    [ ! -s stderr.txt ] || fail "korframe $* printed: $(cat stderr.txt)"
 }
 
-# A run that ends with STATUS and a line that contains MESSAGE, and leaves no temporary file:
+# Checks that a run exits with STATUS and one line that contains MESSAGE, and leaves no temporary file:
 # refuses STATUS MESSAGE ARGUMENTS...
 refuses() {
     expected=$1
@@ -65,19 +71,19 @@ refuses() {
     shift 2
     "$korframe" "$@" >stdout.txt 2>stderr.txt
     status=$?
-    [ "$status" -eq "$expected" ] || fail "korframe $* ended with $status, expected $expected: $(cat stderr.txt)"
-    [ "$(wc -l <stderr.txt)" -eq 1 ] || fail "korframe $* did not say one line: $(cat stderr.txt)"
-    grep -qF -- "korframe: " stderr.txt || fail "korframe $* did not give its name: $(cat stderr.txt)"
-    grep -qF -- "$message" stderr.txt || fail "korframe $* said '$(cat stderr.txt)', expected '$message'"
+    [ "$status" -eq "$expected" ] || fail "korframe $* exited with $status, expected $expected: $(cat stderr.txt)"
+    [ "$(wc -l <stderr.txt)" -eq 1 ] || fail "korframe $* did not print one line: $(cat stderr.txt)"
+    grep -qF -- "korframe: " stderr.txt || fail "korframe $* did not print its name: $(cat stderr.txt)"
+    grep -qF -- "$message" stderr.txt || fail "korframe $* printed '$(cat stderr.txt)', expected '$message'"
     leaves_nothing
 }
 
 leaves_nothing() {
-    [ -z "$(find . -name '.korframe-*')" ] || fail "a temporary file stayed: $(find . -name '.korframe-*')"
+    [ -z "$(find . -name '.korframe-*')" ] || fail "a temporary file remains: $(find . -name '.korframe-*')"
 }
 
 absent() {
     for name in "$@"; do
-        [ ! -e "$name" ] || fail "$name is there"
+        [ ! -e "$name" ] || fail "$name exists"
     done
 }

@@ -1,4 +1,4 @@
-// Capture of packed 4:2:2, plain and turned: YUY2 and UYVY into I420.
+// Capture of packed 4:2:2, plain and rotated: YUY2 and UYVY to I420.
 #include <gtest/gtest.h>
 
 #include <ostream>
@@ -29,7 +29,7 @@ void PrintTo(const Format& format, std::ostream* out) {
     *out << format.name;
 }
 
-// The planes that a conversion writes, spare luma row included, all zero at first.
+// The planes that a conversion writes, including the spare luma row, zeroed.
 struct Result {
     Plane y, u, v;
 
@@ -55,7 +55,7 @@ struct Result {
 
 class PackedToI420 : public testing::TestWithParam<Format> {
   protected:
-    // The groups row by row; an odd width leaves half a group at the end of each row, which must not be touched.
+    // The groups row by row; an odd width leaves half a group at the end of each row, which must not be read.
     Plane Source(std::size_t groups, std::size_t rows, const std::vector<Group>& content) const {
         Plane x(Shape(4 * groups, rows, 2));
         for (std::size_t i = 0; i < content.size(); ++i) {
@@ -87,12 +87,7 @@ INSTANTIATE_TEST_SUITE_P(, PackedToI420,
 
 const std::vector<Group> kTwoByTwoGroups{{1, 10, 2, 110}, {3, 20, 4, 120}, {5, 12, 6, 113}, {7, 21, 8, 122}};
 const std::vector<Group> kThreeRows{
-    {1, 10, 2, 110},
-    {3, 20, 4, 120},
-    {5, 12, 6, 113},
-    {7, 21, 8, 122},
-    {9, 30, 10, 130},
-    {11, 40, 12, 140},
+    {1, 10, 2, 110}, {3, 20, 4, 120}, {5, 12, 6, 113}, {7, 21, 8, 122}, {9, 30, 10, 130}, {11, 40, 12, 140},
 };
 
 // ---- Plain -------------------------------------------------------------------------------------------------------
@@ -164,7 +159,7 @@ TEST_P(PackedToI420, FlippedOddHeightEndsWithTheFirstRowInMemory) {
 }
 
 TEST_P(PackedToI420, OddLastColumnIsIgnored) {
-    // Two groups for five pixels: the fifth lies in the padding of the source and in the padding of the destination.
+    // Two groups for five pixels: the fifth falls into the padding of source and destination.
     const Result to(4, 2, 0, 3);
     const Bytes before = to.y.Snapshot();
     Convert(to, Source(2, 2, kTwoByTwoGroups), 5, 2);
@@ -187,7 +182,7 @@ TEST_P(PackedToI420, TooSmallSizesTouchNothing) {
     }
 }
 
-// ---- Turned ------------------------------------------------------------------------------------------------------
+// ---- Rotated -----------------------------------------------------------------------------------------------------
 
 TEST_P(PackedToI420, QuarterTurnOfFourByTwo) {
     const Plane x = Source(2, 2, kTwoByTwoGroups);
@@ -262,7 +257,7 @@ TEST_P(PackedToI420, TwoByOneFillsABlock) {
 }
 
 TEST_P(PackedToI420, OddWidthDriftsByOneSampleAColumnPairAndRowPair) {
-    // Three pixels a row, of which one group is converted; the second row pair reads two bytes further left.
+    // Three pixels a row, one group of which is converted; the second row pair is read two bytes further left.
     const Plane x(Shape(6, 4));
     x.Fill(kit::Pattern::Ramp, 3);
     const Result to(3, 4, 0);

@@ -1,4 +1,4 @@
-// Plane geometry: halving chroma, splitting interleaved chroma, mirroring, turning, flipping in place.
+// Plane geometry: halving chroma, splitting interleaved chroma, mirroring, rotating, flipping in place.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -28,7 +28,7 @@ const KorUint8* LastRow(const Plane& plane) {
     return &plane.At(plane.shape().rows - 1, 0);
 }
 
-// ---- Chroma of full height to half height ------------------------------------------------------------------------
+// ---- Halving the height of chroma --------------------------------------------------------------------------------
 
 TEST(HalveChroma, AveragesRowPairsRoundingUp) {
     const Plane src = Filled(Shape(3, 2), {10, 20, 255, 11, 21, 255});
@@ -132,7 +132,7 @@ TEST(Mirror, ZeroSizesTouchNothing) {
     KorPlanarMirror_C_(nullptr, -8, nullptr, 8, 3, 0);
 }
 
-// ---- Turning -----------------------------------------------------------------------------------------------------
+// ---- Rotation ----------------------------------------------------------------------------------------------------
 
 Bytes Turn(const Plane& src, KorImageRotationDegree degree, std::size_t width, std::size_t height) {
     const Plane dst(Shape(width, height));
@@ -196,7 +196,7 @@ TEST(Rotation, ZeroSizesTouchNothing) {
 }
 
 TEST(Rotation, AngleZeroOfNoColumnsTouchesNothing) {
-    // Rows of no bytes are still rows; the planes differ, so the shortcut for identical ones does not help.
+    // Empty rows are rows too; the planes differ, so the shortcut for identical planes is not taken.
     const Plane src(Shape(0, 3, 4)), dst(Shape(0, 3, 7));
     KorPlanarRotation_C_(src.data(), Down(src), dst.data(), dst.pitch(), 0, 3, 0);
 }
@@ -244,7 +244,7 @@ TEST(SplitRotation, ZeroSizesTouchNothingAtAnyAngle) {
 
 // ---- Flipping in place -------------------------------------------------------------------------------------------
 
-// An image of full I420 planes, chroma rounded up, whose samples tell their row and column.
+// An image of full I420 planes, chroma rounded up, whose samples encode their row and column.
 struct Picture {
     Plane y, u, v;
 
@@ -268,7 +268,7 @@ TEST(FlipVertical, ExchangesRowsAboutTheMiddle) {
     const Picture picture(4, 5);
     picture.Flip(4, 5);
     EXPECT_EQ(picture.y.Samples(), (Bytes{40, 41, 42, 43, 30, 31, 32, 33, 20, 21, 22, 23, 10, 11, 12, 13, 0, 1, 2, 3}));
-    // Chroma counts as 2 by 2; the third row stays.
+    // Chroma counts as 2 by 2; the third row stays in place.
     EXPECT_EQ(picture.u.Samples(), (Bytes{10, 11, 0, 1, 20, 21}));
     EXPECT_EQ(picture.v.Samples(), (Bytes{110, 111, 100, 101, 120, 121}));
 }
