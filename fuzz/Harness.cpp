@@ -20,7 +20,7 @@ namespace fuzz {
 
 namespace {
 
-// Room for any plane that an input can request, so that memory is mapped once.
+// Room for nearly every plane that an input can ask for, so that memory is seldom mapped.
 constexpr std::size_t kArenaBytes = std::size_t{1} << 21;
 
 struct Call {
@@ -42,13 +42,17 @@ std::vector<const kit::Entry*> FunctionsOf(kit::Family family) {
     return functions;
 }
 
-// Mostly small sizes, where every edge is near; now and then rows or columns longer than any run or tile.
+// Mostly small sizes, where every edge is near; now and then rows or columns longer than any run or tile, and seldom
+// frames of many tiles.
 void TakeSize(Input& input, kit::Case& options) {
     constexpr std::uint32_t kWidths[] = {9, 41, 41, 300, 300, 1100, 20, 3};
     constexpr std::uint32_t kHeights[] = {9, 13, 5, 70, 3, 4, 300, 2};
-    const std::size_t kind = input.Byte() % 8;
-    options.width = input.Below(kWidths[kind]);
-    options.height = input.Below(kHeights[kind]);
+    constexpr std::uint32_t kLargeWidths[] = {600, 4600, 40, 1300};
+    constexpr std::uint32_t kLargeHeights[] = {600, 12, 1300, 140};
+    const std::uint8_t choice = input.Byte();
+    const bool large = choice >= 252;
+    options.width = input.Below(large ? kLargeWidths[choice % 4] : kWidths[choice % 8]);
+    options.height = input.Below(large ? kLargeHeights[choice % 4] : kHeights[choice % 8]);
 }
 
 KorImageRotationDegree TakeAngle(Input& input) {
@@ -109,8 +113,9 @@ class Arena {
             const std::size_t tight = std::max(use.nominalRowBytes, use.shape.rowBytes + use.shape.spareColumns);
             use.shape.pitch = tight + call.padding[i];
             use.shape.margin += use.marginRows * use.shape.pitch;
-            if (buffers_[i] == nullptr) {
-                buffers_[i] = std::make_shared<kit::GuardedBuffer>(kArenaBytes);
+            const std::size_t bytes = kit::Plane::BytesFor(use.shape);
+            if (buffers_[i] == nullptr || buffers_[i]->size() < bytes) {
+                buffers_[i] = std::make_shared<kit::GuardedBuffer>(std::max(kArenaBytes, bytes));
             }
             planes_[i] = kit::Plane(use.shape, call.placement[i], buffers_[i]);
             views_[i] = planes_[i].View();

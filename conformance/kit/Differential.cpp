@@ -26,7 +26,7 @@ std::string DescribeDraws(const std::vector<std::size_t>& draws) {
 }
 
 // With rows on pages, the most bytes that a plane may take.
-constexpr std::size_t kMostOnPages = std::size_t{1} << 18;
+constexpr std::size_t kMostOnPages = std::size_t{1} << 17;
 
 // So many calls more of a case that is repeated; if the last ones all allocate, what they allocate is lost.
 constexpr int kRepeats = 11;

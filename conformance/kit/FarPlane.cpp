@@ -18,6 +18,9 @@ namespace {
 // What belongs to a row begins so many bytes before its first sample; walks that drift go less far.
 constexpr std::ptrdiff_t kBeforeRow = 128;
 
+// Zero where addresses have 32 bits, and nothing is that far apart.
+constexpr std::size_t kGiB = sizeof(std::size_t) > 4 ? std::size_t{1} << 30 : 0;
+
 std::size_t PageSize() {
     static const std::size_t size = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
     return size;
@@ -30,15 +33,14 @@ void* Reserve(std::size_t bytes) {
 // Another one for each plane, odd and even, so that a pitch used for another plane shows.
 std::size_t PitchOf(Pitches pitches, std::size_t index) {
     const std::size_t extra = 4096 + 1237 * index;
-    if constexpr (sizeof(std::size_t) > 4) {
-        if (pitches == Pitches::Far) {
-            return (std::size_t{3} << 28) + extra;
-        }
-        if (pitches == Pitches::Huge) {
-            return (std::size_t{1} << 32) + extra;
-        }
+    switch (pitches) {
+        case Pitches::Far:
+            return 3 * kGiB / 4 + extra;
+        case Pitches::Huge:
+            return 4 * kGiB + extra;
+        default:
+            return 65536 + extra;
     }
-    return 65536 + extra;
 }
 
 // Sanitizers keep a shadow of all addresses, and emulators a record of every page.
@@ -61,7 +63,7 @@ std::string FindHindrance() {
         return "the sanitizer shadows every address";
     } else {
         // An emulator that records pages takes its time for a million of them; others take microseconds.
-        constexpr std::size_t kSample = std::size_t{1} << 32;
+        constexpr std::size_t kSample = 4 * kGiB;
         const std::clock_t start = std::clock();
         void* const sample = Reserve(kSample);
         if (sample != MAP_FAILED) {
@@ -70,11 +72,11 @@ std::string FindHindrance() {
         if (std::clock() - start > CLOCKS_PER_SEC / 500) {
             return "this system takes long to reserve addresses";
         }
-        // The largest plane has fewer than 512 rows.
-        constexpr std::size_t kMost = std::size_t{1} << 41;
+        // All planes of a case together take less.
+        constexpr std::size_t kMost = 8192 * kGiB;
         void* const most = Reserve(kMost);
         if (most == MAP_FAILED) {
-            return "this system does not reserve two terabytes of addresses";
+            return "this system does not reserve eight terabytes of addresses";
         }
         munmap(most, kMost);
         return "";

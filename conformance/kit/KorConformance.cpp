@@ -191,6 +191,8 @@ KorConformanceStatus Run(const KorConformanceTable& table, const KorConformanceO
     const Request request = MakeRequest(table, options);
     RequireOwnServices();
     const File junit = OpenReport(options.junitPath);
+    // Found out once, for all children.
+    const std::string notFar = WhyNotFar();
 
     const SharedProgress progress;
     const ExitWatch exitWatch(request.oneProcess ? progress.get() : nullptr);
@@ -232,8 +234,8 @@ KorConformanceStatus Run(const KorConformanceTable& table, const KorConformanceO
         throw UsageError("there is no case " + std::to_string(request.onlyCase));
     }
     Say(options.text, TextSummary(request, outcomes));
-    if (!WhyNotFar().empty()) {
-        Say(options.text, request.name + ": " + WhyNotFar() + "\n");
+    if (!notFar.empty()) {
+        Say(options.text, request.name + ": " + notFar + "\n");
     }
     Say(junit.get(), JUnitXml(request, outcomes));
     if (junit != nullptr && std::ferror(junit.get()) != 0) {

@@ -38,17 +38,14 @@ SizeList SmallAndSmallBlocks() {
     return sizes;
 }
 
-// Every width and every height from 41 to 140, each with three sizes in the other direction.
+// Every width from 41 to 140 with three heights, and every height from 13 to 140.
 SizeList EverySizeBelowABlock() {
     const std::size_t others[] = {8, 33, 17, 9, 64, 18, 50, 5, 34, 16, 65};
     SizeList sizes;
-    for (std::size_t size = 41; size <= 140; ++size) {
-        for (std::size_t k = 0; k < 3; ++k) {
-            const std::size_t other = others[(size + 4 * k) % std::size(others)];
-            sizes.emplace_back(size, other);
-            if (k == 0) {
-                sizes.emplace_back(other, size);
-            }
+    for (std::size_t size = 13; size <= 140; ++size) {
+        sizes.emplace_back(others[size % std::size(others)], size);
+        for (std::size_t k = 0; size > 40 && k < 3; ++k) {
+            sizes.emplace_back(size, others[(size + 4 * k) % std::size(others)]);
         }
     }
     return sizes;

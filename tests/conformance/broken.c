@@ -191,7 +191,7 @@ static void CrimeAtEverySize(const KorUint8* src, KorDistanceT pitchSrc, KorUint
 static void Mirror(const KorUint8* src, KorDistanceT pitchSrc,
                    KorUint8* dst, KorSizeT pitchDst,
                    KorSizeT width, KorSizeT height) {
-    if (Commits("scratch") && width <= 65536) {
+    if (Commits("scratch") && width > 0 && width <= 65536) {
         MirrorByScratch(src, pitchSrc, dst, pitchDst, width, height);
         return;
     }

@@ -78,7 +78,7 @@ if [ "$sanitized" -eq 0 ]; then
     finds padrewrite $mirror "crashed: SIGSEGV on touching plane dst, row 0, column "
 else
     # The sanitizer ends the process at the touch itself.
-    for crime in padding before padread padrewrite; do
+    for crime in padding padread padrewrite; do
         finds $crime $mirror "ended the process: exit status 1"
     done
 fi
@@ -128,7 +128,11 @@ finds again $mirror "differs when called again with the same arguments: wrong by
 finds nth $mirror "differs in call " --function $mirror
 finds thread $mirror "wrong byte in a destination: plane dst, row 0, column 0: expected "
 says "; on a second thread with a stack of "
-finds scratch $mirror "differs on two threads at once: wrong byte in a destination: plane dst, row "
+# Two threads meet by chance; one of the last cases, tried alone, gives them long enough.
+ends 0 "$broken" none --quick --function $mirror
+cases=$(sed -n 's/.* not tried; \([0-9]*\) cases .*/\1/p' stdout.txt)
+finds scratch $mirror "differs on two threads at once: wrong byte in a destination: plane dst, row " \
+    --quick --function $mirror --case $((cases - 1))
 ends 0 "$broken" none --quick
 if grep -q '^not checked here: .*leaks of memory' stdout.txt; then
     echo "leaks: not checked here"

@@ -171,7 +171,7 @@ def casts(code):
         for type_ in ("KorInt16", "KorInt"):
             yield "narrowing", code[:m.start()] + f"static_cast<{type_}>({m.group(0)})" + code[m.end():]
     # Offsets that are added to a pointer, and numbers of rows.
-    for m in re.finditer(r"(?<=[+] )(\d+ \* )?(start|left|drift|entry|column)\b( / 2)?", code):
+    for m in re.finditer(r"(?<=[+] )(\d+ \* )?(run\.)?(start|left|drift|entry|column)\b( / 2)?", code):
         yield "narrowing", code[:m.start()] + f"static_cast<KorUint16>({m.group(0)})" + code[m.end():]
     for m in re.finditer(r"\b(?:Row|At)\(", code):
         end = closing(code, m.end() - 1)
@@ -490,6 +490,7 @@ def main():
         return 1 if stale else 0
     if options.planted:
         planted, stale = read_planted(PLANTED, lines)
+        planted = [fault for fault in planted if re.search(options.only or "", fault.text)]
         workshop = Workshop(lines, [], soname_of(options.build), options.build / "mutants")
         for line in stale:
             print("fits the source no more:", line)
