@@ -17,11 +17,8 @@ void StorePixel(KorUint8* x, KorInt yY, KorInt rR, KorInt gG, KorInt bB) {
 
 }  // namespace
 
-void RenderWithByteStores(const KorUint8* y, KorSizeT pitchY,
-                          const KorUint8* u, KorSizeT pitchU,
-                          const KorUint8* v, KorSizeT pitchV,
-                          KorUint8* x, KorSizeT pitchX,
-                          KorSizeT width, KorSizeT height) {
+void RenderWithByteStores(const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v,
+                          KorSizeT pitchV, KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height) {
     for (KorSizeT i = 0; i < height / 2; ++i) {
         const KorUint8* y0 = y + 2 * i * pitchY;
         const KorUint8* y1 = y0 + pitchY;
@@ -41,12 +38,10 @@ void RenderWithByteStores(const KorUint8* y, KorSizeT pitchY,
     }
 }
 
-void ConvertThenRotate(KorUint8* y, KorSizeT pitchY,
-                       KorUint8* u, KorSizeT pitchU,
-                       KorUint8* v, KorSizeT pitchV,
-                       const KorUint8* x, KorSizeT pitchX,
-                       KorSizeT width, KorSizeT height, KorBool flip, KorImageRotationDegree rotationDegree) {
-    // Kept between calls, as a program that converts a stream would keep it.
+void ConvertThenRotate(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
+                       const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip,
+                       KorImageRotationDegree rotationDegree) {
+    // Kept between calls, as in a program that converts a stream.
     static std::vector<KorUint8> scratch;
     const KorSizeT widthC = width / 2;
     const KorSizeT heightC = height / 2;

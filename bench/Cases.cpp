@@ -11,14 +11,14 @@ namespace bench {
 
 namespace {
 
-// --- The calls that are measured ---
+// --- Measured calls ---
 
-// The arguments of a call besides its planes and sizes, and their name in a label.
+// The arguments of a call besides planes and sizes, and their name in a label.
 struct Option {
     std::string name;
     bool isBrief = true;
     kit::Case arguments;
-    bool matrixInside = false;  // the matrix is read from the first plane
+    bool matrixInside = false;  // the matrix lies in the first plane
 };
 
 using Options = std::vector<Option>;
@@ -36,7 +36,7 @@ std::string Joined(const std::string& a, const std::string& b) {
     return a.empty() || b.empty() ? a + b : a + " " + b;
 }
 
-// The options of each shape of parameters that take a path of their own through a function.
+// The options of each shape of parameters that take a separate path through a function.
 struct OptionsOf {
     std::string function;
 
@@ -83,7 +83,7 @@ struct OptionsOf {
         return options;
     }
 
-    // Noise is a stage of its own, so one level stands for all; one renderer and one packer show that.
+    // Dither is a stage of its own, so one level represents all; one renderer and one packer show that.
     Options operator()(KorConformanceRender) const {
         const bool everyLevel = function == "KorI420ToBGRA_C_" || function == "KorI420ToYUY2_C_";
         Options options = {With("", true)};
@@ -109,7 +109,7 @@ struct OptionsOf {
         return options;
     }
 
-    // The filter has no Off: the value is its weakest level.
+    // The filter has no Off; the value is its weakest level.
     Options operator()(KorConformanceDither) const {
         Options options;
         const auto add = [&options](const char* name, KorVideoFrameDitherLevel level, KorBool randomize, bool inPlace) {
@@ -138,7 +138,7 @@ struct OptionsOf {
 
 // --- Planes ---
 
-// The bytes that a call reads and writes. A flipped walk that starts elsewhere reads as many as any other.
+// The bytes that a call reads and writes. A flipped walk that starts elsewhere reads just as many.
 double Moved(const kit::Entry& entry, kit::Case arguments) {
     arguments.flip = 0;
     const kit::Layout layout = kit::LayOut(entry, arguments);
@@ -151,7 +151,7 @@ double Moved(const kit::Entry& entry, kit::Case arguments) {
     return moved;
 }
 
-// Sizes count pixels of the frame that a function reads; that of the function that halves rows is twice as high as what it
+// Sizes count pixels of the frame that a function reads; the function that halves rows reads twice the height that it
 // writes.
 void SetSize(const kit::Entry& entry, const Planes& planes, kit::Case& arguments) {
     arguments.width = planes.Width();
@@ -203,7 +203,7 @@ Case MakeCase(const char* family, const std::string& label, const kit::Entry& en
             [&entry, function, option](Planes& planes) { return Prepare(entry, function, option, planes); }};
 }
 
-// What users would write, or do, without the library. It works on the planes of the function that it is compared with.
+// What users would write or do without the library, on the planes of the function that it is compared with.
 void AddBaselines(std::vector<Case>& cases) {
     constexpr const char* kFamily = "For comparison, without the library or in two passes";
     const kit::Entry& render = kit::Find("KorI420ToBGRA_C_");
@@ -218,7 +218,7 @@ char Lower(char c) {
     return static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
 }
 
-// Whether what stands at text begins with pattern, in which * stands for anything and a last $ for the end.
+// Whether text begins with pattern, in which * matches anything and a final $ the end.
 bool BeginsWith(const char* text, const char* pattern) {
     if (*pattern == 0) {
         return true;

@@ -13,22 +13,21 @@ namespace bench {
 struct Case {
     std::string family;
     std::string function;
-    // Words such as "90 flip"; none for the function as it is called most.
+    // For example "90 flip"; empty for the most common call.
     std::string option;
-    // One of the few that stand for the rest in a short table.
+    // One of the few that represent the rest in a short table.
     bool isBrief;
     // Lays out the planes and returns the call that works on them.
     std::function<std::function<void()>(Planes&)> prepare;
 
-    // Such as "KorPlanarRotation_C_ 90".
+    // For example "KorPlanarRotation_C_ 90".
     std::string Label() const { return option.empty() ? function : function + " " + option; }
 };
 
 // All cases, family by family in the order of the header. Sizes must be even.
 std::vector<Case> Cases();
 
-// Whether a label contains a pattern, in which * stands for anything and a last $ for the end. Upper and lower case are
-// the same.
+// Whether a label contains a pattern, in which * matches anything and a final $ the end. Ignores case.
 bool Matches(const std::string& label, const std::string& pattern);
 
 }  // namespace bench

@@ -21,7 +21,8 @@ Floors::Floors(const std::string& path) {
             continue;
         }
         if (!(words >> floor) || !std::getline(words >> std::ws, pattern)) {
-            throw std::runtime_error(std::string(path).append(": not a ratio and a pattern: ").append(line));
+            throw std::runtime_error(
+                std::string(path).append(": expected a ratio and a pattern, found: ").append(line));
         }
         floors_.emplace_back(pattern, floor);
     }

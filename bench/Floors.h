@@ -1,4 +1,4 @@
-// Ratios that are aimed at, from a file of lines: a ratio, then a pattern of labels. The first pattern that fits counts.
+// Target ratios, from a file of lines: a ratio, then a pattern of labels. The first pattern that matches counts.
 #ifndef KOR_BENCH_FLOORS_H
 #define KOR_BENCH_FLOORS_H
 

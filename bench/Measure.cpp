@@ -12,12 +12,11 @@ namespace bench {
 
 namespace {
 
-// Function and memcpy take turns in bursts this short, or of one call where that takes longer: a disturbance then meets
-// both, and few of the bursts.
+// Bursts of the function and of memcpy alternate and are this short, or one call if that takes longer, so that a
+// disturbance hits both, and only a few bursts.
 constexpr double kBurstSeconds = 50e-6;
 
-// The time that this thread was at work. Unlike that of a clock on the wall, it does not count what other programs took
-// from the processor in between.
+// The processor time of this thread. Unlike wall-clock time, it excludes what other programs take from the processor.
 double Now() {
 #if defined(CLOCK_THREAD_CPUTIME_ID)
     timespec now = {};
@@ -36,7 +35,7 @@ double SecondsOf(const std::function<void()>& call, int calls) {
     return Now() - start;
 }
 
-// How often to call in a burst. The calls that find it out also warm caches and predictors.
+// The number of calls in a burst. The calls that determine it also warm up caches and predictors.
 int CallsPerBurst(const std::function<void()>& call) {
     constexpr int kMost = 1 << 20;
     SecondsOf(call, 1);
@@ -47,29 +46,28 @@ int CallsPerBurst(const std::function<void()>& call) {
     return calls;
 }
 
-double Quantile(std::vector<double> values, double part) {
-    const auto nth = values.begin() + std::lround(part * static_cast<double>(values.size() - 1));
-    std::nth_element(values.begin(), nth, values.end());
-    return *nth;
-}
-
-double Median(const std::vector<double>& values) {
-    return Quantile(values, 0.5);
-}
-
-double Spread(const std::vector<double>& values) {
-    return (Quantile(values, 0.75) - Quantile(values, 0.25)) / Median(values);
-}
-
 }  // namespace
 
 void Samples::Add(double functionSeconds, double memcpySeconds) {
-    function_.push_back(functionSeconds);
-    memcpy_.push_back(memcpySeconds);
+    Best& lot = lots_[runs_ % lots_.size()];
+    lot.function = std::min(lot.function, functionSeconds);
+    lot.memcpy = std::min(lot.memcpy, memcpySeconds);
+    ++rounds_;
 }
 
 Figure Samples::Summary(FrameSize size, double bytes) const {
-    return {size, bytes, Median(function_), Median(memcpy_), std::max(Spread(function_), Spread(memcpy_)), function_.size()};
+    Best best;
+    double least = std::numeric_limits<double>::infinity();
+    double most = 0;
+    for (const Best& lot : lots_) {
+        if (std::isfinite(lot.function)) {
+            best.function = std::min(best.function, lot.function);
+            best.memcpy = std::min(best.memcpy, lot.memcpy);
+            least = std::min(least, lot.memcpy / lot.function);
+            most = std::max(most, lot.memcpy / lot.function);
+        }
+    }
+    return {size, bytes, best.function, best.memcpy, (most - least) * best.function / best.memcpy, rounds_};
 }
 
 Figure Measure(const Case& subject, FrameSize size, Effort effort, Samples& samples) {
@@ -81,18 +79,21 @@ Figure Measure(const Case& subject, FrameSize size, Effort effort, Samples& samp
     const Memory to(copied);
     from.FillWithNoise(copied, 1);
     to.FillWithNoise(copied, 2);
-    // Volatile, so that no compiler sees that nobody reads the copy.
+    // Volatile, so that no compiler notices that nothing reads the copy.
     void* (*volatile copy)(void*, const void*, std::size_t) = std::memcpy;
     const std::function<void()> memcpyOfAsMuch = [&] { copy(to.Data(), from.Data(), copied); };
 
     const int functionCalls = CallsPerBurst(function);
     const int memcpyCalls = CallsPerBurst(memcpyOfAsMuch);
-    double spent = 0;
-    for (int round = 0; round < effort.rounds || spent < effort.seconds; ++round) {
-        const double functionTime = SecondsOf(function, functionCalls);
-        const double memcpyTime = SecondsOf(memcpyOfAsMuch, memcpyCalls);
-        samples.Add(functionTime / functionCalls, memcpyTime / memcpyCalls);
-        spent += functionTime + memcpyTime;
+    for (int run = 0; run < effort.runs; ++run) {
+        samples.StartRun();
+        double spent = 0;
+        for (int round = 0; round * effort.runs < effort.rounds || spent * effort.runs < effort.seconds; ++round) {
+            const double functionTime = SecondsOf(function, functionCalls);
+            const double memcpyTime = SecondsOf(memcpyOfAsMuch, memcpyCalls);
+            samples.Add(functionTime / functionCalls, memcpyTime / memcpyCalls);
+            spent += functionTime + memcpyTime;
+        }
     }
     return samples.Summary(size, planes.Moved());
 }

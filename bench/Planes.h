@@ -1,5 +1,5 @@
-// The memory that a case works on: planes of the right size, filled with noise, and the count of the bytes that the
-// function reads and writes in them.
+// The memory of a case: planes of the right size, filled with noise, and the number of bytes that the function reads
+// and writes in them.
 #ifndef KOR_BENCH_PLANES_H
 #define KOR_BENCH_PLANES_H
 
@@ -20,11 +20,11 @@ struct FrameSize {
     KorSizeT pitchMultiple = 1;
 
     double Pixels() const { return static_cast<double>(width) * static_cast<double>(height); }
-    // Such as 1280x720, or 1280x720@4096 with a multiple.
+    // For example 1280x720, or 1280x720@4096 with a multiple.
     std::string Label() const;
 };
 
-// Bytes that the system hands out in whole pages, all of them touched.
+// Bytes from the system in whole pages, all of them present.
 class Memory {
   public:
     explicit Memory(KorSizeT bytes);
@@ -41,18 +41,17 @@ class Memory {
 
 class Planes {
   public:
-    explicit Planes(FrameSize size)
-        : size_(size) {}
+    explicit Planes(FrameSize size) : size_(size) {}
 
     KorSizeT Width() const { return size_.width; }
     KorSizeT Height() const { return size_.height; }
 
-    // A plane of rows of so many bytes.
+    // A plane with rows of rowBytes.
     kit::PlaneView Add(KorSizeT rowBytes, KorSizeT rows);
     // Bytes that the call reads and writes.
     void Count(double moved) { moved_ += moved; }
 
-    // Bytes read and bytes written, together.
+    // Bytes read plus bytes written.
     double Moved() const { return moved_; }
 
   private:

@@ -10,7 +10,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-// The compiler of this program, which is that of the library.
+// The compiler of this program, which also compiled the library.
 std::string Compiler() {
 #if defined(__clang__)
     return std::string("Clang ") + std::to_string(__clang_major__) + "." + std::to_string(__clang_minor__);
@@ -21,7 +21,7 @@ std::string Compiler() {
 #endif
 }
 
-// As Linux tells it; elsewhere it stays unknown.
+// As reported by Linux; unknown elsewhere.
 std::string Processor() {
     std::ifstream file("/proc/cpuinfo");
     for (std::string line; std::getline(file, line);) {
@@ -41,7 +41,8 @@ void Results::Add(const Case& subject, const Figure& figure) {
 
 std::optional<Figure> Results::Find(const Case& subject, const FrameSize& size) const {
     for (const Entry& entry : entries_) {
-        if (entry.function == subject.function && entry.option == subject.option && entry.figure.size.Label() == size.Label()) {
+        if (entry.function == subject.function && entry.option == subject.option &&
+            entry.figure.size.Label() == size.Label()) {
             return entry.figure;
         }
     }
@@ -87,11 +88,16 @@ Results Results::Read(const std::string& path) {
         const Json document = Json::parse(file);
         for (const Json& entry : document.at("results")) {
             const FrameSize size = {entry.at("width"), entry.at("height"), entry.at("pitchMultiple")};
-            results.entries_.push_back({entry.at("family"), entry.at("function"), entry.at("option"), entry.at("brief"), {size, entry.at("bytes"), entry.at("seconds"), entry.at("memcpySeconds"), entry.at("spread"), entry.at("rounds")}});
+            results.entries_.push_back({entry.at("family"),
+                                        entry.at("function"),
+                                        entry.at("option"),
+                                        entry.at("brief"),
+                                        {size, entry.at("bytes"), entry.at("seconds"), entry.at("memcpySeconds"),
+                                         entry.at("spread"), entry.at("rounds")}});
         }
         return results;
     } catch (const Json::exception& error) {
-        throw std::runtime_error(path + ": is not what korbench --json writes: " + error.what());
+        throw std::runtime_error(path + ": expected a file written by korbench --json: " + error.what());
     }
 }
 

@@ -7,7 +7,7 @@ namespace {
 constexpr int kFunctionWidth = 36;
 constexpr int kOptionWidth = 22;
 
-// Three digits that count.
+// Three significant digits.
 std::string Milliseconds(double seconds) {
     const double value = 1000 * seconds;
     int decimals = 1;
@@ -19,7 +19,7 @@ std::string Milliseconds(double seconds) {
     return text;
 }
 
-// The figures of a quiet machine lie closer together.
+// On a quiet machine figures repeat better than this.
 const char* NoiseMark(const Figure& figure) {
     constexpr double kQuiet = 0.1;
     return figure.spread > kQuiet ? "~" : " ";
@@ -47,7 +47,8 @@ void Table::Head() {
     for (const FrameSize& size : sizes_) {
         std::fprintf(file_, "%*s", CellWidth(columns_), size.Label().c_str());
     }
-    std::fprintf(file_, "\n%-*s%-*s%s", kFunctionWidth, "function", kOptionWidth, "option", withFloors_ ? "  floor" : "");
+    std::fprintf(file_, "\n%-*s%-*s%s", kFunctionWidth, "function", kOptionWidth, "option",
+                 withFloors_ ? "  floor" : "");
     for (std::size_t i = 0; i < sizes_.size(); ++i) {
         switch (columns_) {
             case Columns::Full:
@@ -79,13 +80,17 @@ void Table::Row(const Case& subject, const std::vector<Cell>& cells, std::option
     for (const Cell& cell : cells) {
         switch (columns_) {
             case Columns::Full:
-                std::fprintf(file_, "%8.3f%s%9s%10.0f", cell.now.Roofline(), NoiseMark(cell.now), Milliseconds(cell.now.seconds).c_str(), cell.now.PixelsPerSecond() / 1e6);
+                std::fprintf(file_, "%8.3f%s%9s%10.0f", cell.now.Roofline(), NoiseMark(cell.now),
+                             Milliseconds(cell.now.seconds).c_str(), cell.now.PixelsPerSecond() / 1e6);
                 break;
             case Columns::Compared:
                 if (cell.before) {
-                    std::fprintf(file_, "%8.3f%s%8.3f%s%9s%8.2fx", cell.before->Roofline(), NoiseMark(*cell.before), cell.now.Roofline(), NoiseMark(cell.now), Milliseconds(cell.now.seconds).c_str(), cell.before->seconds / cell.now.seconds);
+                    std::fprintf(file_, "%8.3f%s%8.3f%s%9s%8.2fx", cell.before->Roofline(), NoiseMark(*cell.before),
+                                 cell.now.Roofline(), NoiseMark(cell.now), Milliseconds(cell.now.seconds).c_str(),
+                                 cell.before->seconds / cell.now.seconds);
                 } else {
-                    std::fprintf(file_, "%8s %8.3f%s%9s%9s", "-", cell.now.Roofline(), NoiseMark(cell.now), Milliseconds(cell.now.seconds).c_str(), "-");
+                    std::fprintf(file_, "%8s %8.3f%s%9s%9s", "-", cell.now.Roofline(), NoiseMark(cell.now),
+                                 Milliseconds(cell.now.seconds).c_str(), "-");
                 }
                 break;
             case Columns::Speed:
@@ -100,9 +105,9 @@ void Table::Row(const Case& subject, const std::vector<Cell>& cells, std::option
 void Table::Finish() {
     if (columns_ != Columns::Speed) {
         std::fputs(
-            "\nratio: the time in which memcpy reads and writes as many bytes, divided by the function's time\n"
-            "ms: the function's time for one frame; both are medians of runs in turn, on one thread\n"
-            "~: the machine was busy, and the quartiles of these runs lie more than a tenth apart\n",
+            "\nratio: the time that memcpy takes to read and write as many bytes, divided by the function's time\n"
+            "ms: the function's time for one frame; both are the best of many rounds, on one thread\n"
+            "~: the machine was busy; parts of the measurement differ by more than a tenth\n",
             file_);
     }
     if (columns_ == Columns::Compared) {

@@ -1,4 +1,4 @@
-// Figures as a table that a person can read: a row for each case, a group of rows for each family.
+// Figures as a readable table: a row for each case, a group of rows for each family.
 #ifndef KOR_BENCH_TABLE_H
 #define KOR_BENCH_TABLE_H
 
@@ -16,18 +16,18 @@ class Table {
     enum class Columns {
         Full,      // ratio, time and speed
         Compared,  // ratio before and now, time, and how many times as fast
-        Speed      // pixels a second only, for many sizes
+        Speed      // only pixels per second, for many sizes
     };
 
     Table(std::FILE* file, const std::vector<FrameSize>& sizes, Columns columns, bool withFloors);
 
-    // What stands in a row beside the case: for each size a figure and, in a comparison, what it was before.
+    // The cells of a row: for each size a figure and, in a comparison, the older one.
     struct Cell {
         Figure now;
         std::optional<Figure> before;
     };
     void Row(const Case& subject, const std::vector<Cell>& cells, std::optional<double> floor = std::nullopt);
-    // Says what the columns mean.
+    // Explains the columns.
     void Finish();
 
   private:

@@ -2,7 +2,7 @@
 #
 #   libkorX.Y     runtime      both shared libraries. They have one version and one SONAME version, are released together
 #                              and are small, so one package serves both. A program with services of its own does not
-#                              link the second one; its file then lies unused.
+#                              link the second one, whose file is then unused.
 #   libkor-dev    development  headers, static libraries, conformance kit, CMake package, pkg-config files, examples
 #   korframe      tools        the command-line tool
 if(NOT BUILD_SHARED_LIBS)
@@ -15,8 +15,8 @@ set(korRuntimePackage libkor${korSoVersion})
 set(korDevelopmentPackage libkor-dev)
 set(korToolsPackage korframe)
 
-# The static libraries are made of the objects of the shared ones, which are position-independent anyway. Rules that only
-# the packages need are left out of a plain installation.
+# The static libraries consist of the shared ones' objects, which are position-independent anyway. A plain installation
+# omits rules that only packages need.
 foreach(library KorYuv420 KorPlatform)
   add_library(${library}Archive STATIC $<TARGET_OBJECTS:${library}>)
   set_target_properties(${library}Archive PROPERTIES OUTPUT_NAME ${library} LINKER_LANGUAGE C)
@@ -27,7 +27,7 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples
   DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${korDevelopmentPackage} COMPONENT development EXCLUDE_FROM_ALL
   REGEX "/examples/CMakeLists\\.txt$" EXCLUDE)
 
-# Every package has the project's changelog and one of the packaging.
+# Every package has the project's changelog and a packaging changelog.
 find_program(KOR_GZIP gzip REQUIRED)
 function(kor_gzip from to)
   execute_process(COMMAND ${KOR_GZIP} --best --no-name --stdout ${from} OUTPUT_FILE ${to} COMMAND_ERROR_IS_FATAL ANY)
@@ -62,7 +62,7 @@ set(CPACK_DEBIAN_PACKAGE_MAINTAINER ${KOR_PACKAGE_CONTACT})
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
-# Dependencies: of one package on another by component, on the system's libraries by what the files need.
+# Dependencies: between these packages by component, on the system's libraries by what the files need.
 set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
 set(CPACK_COMPONENT_DEVELOPMENT_DEPENDS runtime)
 set(CPACK_COMPONENT_TOOLS_DEPENDS runtime)
@@ -71,13 +71,13 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
   ${PROJECT_BINARY_DIR}/Kor ${PROJECT_BINARY_DIR}/platform)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 
-# The first line of each description is its summary; CPack would put one line before all three.
+# The first line of each description is its summary; CPack would put the same line before all three.
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
 set(korAboutTheLibrary
 "Kor converts raw video frames: captures (RGB, YUY2, UYVY, Yuv2, M420,
-interleaved chroma) into planar I420 and I444, turned and flipped on the
-way; I420 and I444 back into RGB or packed YUV, dithered if wanted; one
-picture laid over another. The same bytes come out on every machine.")
+interleaved chroma) to planar I420 and I444, rotated and flipped on the way;
+I420 and I444 back to RGB or packed YUV, dithered on request; and lays one
+picture over another. Every machine produces the same bytes.")
 
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${korRuntimePackage})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
@@ -86,22 +86,22 @@ set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
 "Video pixel-format conversions, exact to the bit
 ${korAboutTheLibrary}
 .
-This package holds the shared libraries: the conversions, and the default
-services that they draw random bytes and dither noise from.")
+This package contains the shared libraries: the conversions, and the default
+services that provide their random bytes and dither noise.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME ${korDevelopmentPackage})
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
-"Video pixel-format conversions, files for development
+"Video pixel-format conversions, development files
 ${korAboutTheLibrary}
 .
-This package holds what programs are built with: headers, static libraries,
-the CMake package, pkg-config files, and examples; and the kit that holds a
-faster variant of a conversion against the portable one.")
+This package contains headers, static libraries, the CMake package,
+pkg-config files and examples; and the conformance kit, which checks faster
+variants of the conversions against the portable ones.")
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME ${korToolsPackage})
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION video)
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION
 "Raw video frames on the command line
-korframe converts, turns, renders and blends raw video frames, Y4M clips
+korframe converts, rotates, renders and blends raw video frames, Y4M clips
 and pictures (PNG, JPEG, PPM) with the conversions of the Kor library.")

@@ -1,5 +1,5 @@
-# kor_functions(<variable> <template>): the template once for each function of the library, in the order of the list, with
-# NAME, SHAPE and FAMILY filled in.
+# kor_functions(<variable> <template>): repeats the template for each function of the library, in the order of the list,
+# with NAME, SHAPE and FAMILY filled in.
 function(kor_functions variable template)
   set(list ${PROJECT_SOURCE_DIR}/Kor/Video/Common/KorYuv420Functions_.inc)
   set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${list})

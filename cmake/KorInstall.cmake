@@ -1,4 +1,4 @@
-# Installation: headers, libraries, the CMake package, the pkg-config files, and a target that takes it all away again.
+# Installation: headers, libraries, the CMake package, the pkg-config files, and an uninstall target.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS KorYuv420 KorPlatform KorPlatformInOrder EXPORT KorTargets
@@ -12,7 +12,7 @@ set(korLibraries yuv420 platform)
 if(KOR_BUILD_CONFORMANCE AND TARGET KorConformance)
   install(TARGETS KorConformance EXPORT KorTargets
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
-  # The installed header stands alone: the table is written out, because the list that it is made from is not installed.
+  # The installed header is self-contained: its table is generated, because the list of functions is not installed.
   file(READ ${PROJECT_SOURCE_DIR}/conformance/KorConformance.h korHeader)
   kor_functions(korTable "    KorConformanceSHAPE NAME;\n")
   string(REGEX REPLACE "#define KOR_FUNCTION[^\n]*\n#include[^\n]*\n" "${korTable}" korHeader "${korHeader}")
@@ -21,7 +21,7 @@ if(KOR_BUILD_CONFORMANCE AND TARGET KorConformance)
   install(FILES ${CMAKE_CURRENT_BINARY_DIR}/KorConformance.h
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
   list(APPEND korLibraries conformance)
-  # A program in C has to be told which C++ library the kit was built with.
+  # A C program must link the C++ library that the kit was built with.
   set(korCxxLibrary ${CMAKE_CXX_IMPLICIT_LINK_LIBRARIES})
   list(FILTER korCxxLibrary INCLUDE REGEX "^(stdc\\+\\+|c\\+\\+)$")
   list(TRANSFORM korCxxLibrary PREPEND " -l")
@@ -36,8 +36,8 @@ write_basic_package_version_file(KorConfigVersion.cmake COMPATIBILITY SameMinorV
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/KorConfig.cmake ${CMAKE_CURRENT_BINARY_DIR}/KorConfigVersion.cmake
   DESTINATION ${korPackageDir} COMPONENT development)
 
-# The .pc files find the prefix from where they lie, so that an installed tree can be moved. Packages stay in the system's
-# prefix, and name it, because pkg-config then leaves out the directories that compilers search anyway.
+# The .pc files derive the prefix from their own location, so that an installed tree can be moved. Packages stay in the
+# system's prefix and name it, because pkg-config then omits the directories that compilers search anyway.
 file(RELATIVE_PATH korPrefixFromPc
   ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 set(korPcPrefix "\${pcfiledir}/${korPrefixFromPc}")
@@ -46,7 +46,7 @@ if(KOR_DEBIAN_PACKAGES)
 endif()
 set(korPcCflags "$<$<BOOL:${BUILD_SHARED_LIBS}>: -DKOR_SHARED>")
 if(UNIX AND NOT APPLE)
-  # As the CMake target: the order of the libraries does not matter.
+  # Like the CMake target: the order of the libraries does not matter.
   set(korPcServices "-Wl,-u,KorRandomGetBytes,-u,KorTblDitherStd4 ")
 endif()
 foreach(library IN LISTS korLibraries)

@@ -5,8 +5,8 @@ set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
 set(CPACK_VERBATIM_VARIABLES ON)
 set(CPACK_GENERATOR TGZ)
 
-# The source archive holds the tree without what git ignores, builds, and git itself. The patterns are matched against
-# whole paths, so they are tied to this tree, wherever it lies.
+# The source archive holds the tree without ignored files, builds, and git itself. The patterns match whole paths, so
+# they start with the path of this tree.
 string(TOLOWER ${PROJECT_NAME} korSourceName)
 set(CPACK_SOURCE_GENERATOR TGZ)
 set(CPACK_SOURCE_PACKAGE_FILE_NAME ${korSourceName}-${PROJECT_VERSION})

@@ -1,6 +1,6 @@
-# kor_symbol_versions(<target>): on ELF systems, a shared library exports what <target>.map.in beside its CMakeLists.txt
-# names and nothing else. Every name bears a version that changes with the SONAME, so that two generations of the
-# library in one process keep apart.
+# kor_symbol_versions(<target>): on ELF systems, a shared library exports only what <target>.map.in beside its
+# CMakeLists.txt names. Every name has a version that changes with the SONAME, so that two generations of the library
+# can coexist in one process.
 include(CheckLinkerFlag)
 
 function(kor_symbol_versions target)

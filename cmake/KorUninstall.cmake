@@ -1,4 +1,4 @@
-# Removes what the last install from this build directory put in place, and the directories that it leaves empty.
+# Removes what the last install from this build directory put in place, and directories that are then empty.
 set(manifest install_manifest.txt)
 if(NOT EXISTS ${manifest})
   message(FATAL_ERROR "Nothing to uninstall: ${manifest} is missing, so nothing was installed from this build directory.")
@@ -14,7 +14,7 @@ foreach(file IN LISTS installed)
   else()
     message(STATUS "Already gone: ${path}")
   endif()
-  # Only directories of our own may go: those below a component named Kor.
+  # Only our own directories may be removed: those below a component named Kor.
   cmake_path(GET path PARENT_PATH directory)
   while(directory MATCHES "/Kor(/|$)")
     list(APPEND directories ${directory})

@@ -1,4 +1,4 @@
-# KorWarnings: the warnings that all of the project's own code is held to. Link it privately.
+# KorWarnings: the warnings for all of the project's own code. Link it privately.
 add_library(KorWarnings INTERFACE)
 
 if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")

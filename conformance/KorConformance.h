@@ -16,16 +16,21 @@
  *
  * What is tried
  *
- *   Sizes      Every width from 0 to 40 by every height from 0 to 12; then widths and heights around 16, 32, 48, 64,
- *              128, 192, 256 and 512, very wide and very high ones.
- *   Arguments  At each size all combinations of flips, levels, angles (legal ones and others), directions of the source,
- *              positions, weights, matrices (six, up to sums that wrap; also one that lies in the luma plane
- *              which is written), work in place where it is allowed.
- *   Memory     Tight pitches, pitches of whole 16 bytes, and odd ones that put every row on another alignment; planes
- *              that end right before an unmapped page, and planes that begin right behind one. At sizes of zero also
- *              null pointers.
- *   Content    Noise, and in turn all 0, all 255, alternating, ramps, and the values at which arithmetic turns.
+ *   Sizes      Every width from 0 to 40 by every height from 0 to 12; every width and height up to 140; then around the
+ *              blocks that kernels have up to 512 in both directions, rows and columns longer than 65536, whole
+ *              pictures up to 1921x1081, and random sizes up to 2000x2000 from a seed that is printed.
+ *   Arguments  All combinations of flips, levels, angles (legal ones and others), directions of the source, positions,
+ *              weights, matrices (six, up to sums that wrap; in memory of their own and in the planes that are written),
+ *              work in place where it is allowed.
+ *   Memory     Tight pitches, pitches of whole 16 bytes, odd ones that put every row on another alignment, and pitches
+ *              of more than 16 and 32 bits; planes that end right before an unmapped page, and planes that begin right
+ *              behind one. At sizes of zero also null pointers.
+ *   Content    Noise, and in turn all 0, all 255, alternating, ramps, and the values at which arithmetic turns. Every
+ *              colour, and every sample with every weight.
  *   Noise      A table with regions of small, extreme, rising and wide 16-bit values; draws that follow from the seed.
+ *   Calls      Some under another rounding mode with denormal numbers flushed to zero, on a second thread with a stack
+ *              of 64 KiB, with sources that are mapped read-only, with unmapped pages between the rows, again with the
+ *              same arguments; one case 110000 times, and a few on two threads at once.
  *
  * What is compared
  *
@@ -35,12 +40,16 @@
  *                  that finds its way from there into a result shows.
  *   Draws          Their number, order and sizes.
  *   Reads          Sources end with the last byte that may be read, so that one more meets the unmapped page.
+ *   Processor      Registers that a function has to preserve, rounding mode and other controls of floating point, the
+ *                  x87 unit, the direction flag: on x86-64 and AArch64, elsewhere the rounding mode alone.
+ *   Memory         Bytes that the C library counts as allocated, where it counts.
  *
- * Functions run in the process itself, one after the other, on one thread. A touch on an unmapped page, or another
- * signal of the processor, is caught and reported like any difference. After its first difference a function is left,
- * and the next one is tried.
+ * Each function is tried in a child process, which is watched. A touch on an unmapped page, any other signal, the end of
+ * the process and a call that does not return are reported like any difference, with the case that was running. After
+ * its first difference a function is left, and the next one is tried. What cannot be checked on a machine is named at the
+ * end of the run.
  *
- * Valid C99 and C++17. For systems with mmap and POSIX signals.
+ * Valid C99 and C++17. For systems with mmap, fork, POSIX signals and threads.
  */
 #ifndef KORCONFORMANCE_H
 #define KORCONFORMANCE_H
@@ -141,7 +150,7 @@ typedef struct KorConformanceTable {
 } KorConformanceTable;
 
 /* The portable functions of the library that is linked. A variant of a few may copy it and replace those. */
-KOR_API const KorConformanceTable* KorConformancePortable(void);
+KOR_SERVICE const KorConformanceTable* KorConformancePortable(void);
 
 /* ------------------------------------------------------------------------------------------------------------------
  * The run
@@ -154,6 +163,14 @@ typedef enum KorConformanceStatus {
     KOR_CONFORMANCE_USAGE = 2    /* nothing was tried: a bad option, a file that cannot be written, other services linked */
 } KorConformanceStatus;
 
+/*
+ * How a set that chooses among processor targets names them to the kit: list stores up to count names and returns how
+ * many there are; select makes one of them, or with null the automatic choice, the one that the functions use from then
+ * on, and returns false if this machine cannot run it.
+ */
+typedef KorSizeT (*KorConformanceListTargets)(const char** names, KorSizeT count);
+typedef KorBool (*KorConformanceSelectTarget)(const char* name);
+
 /* Where contents and draws come from unless another seed is given. */
 #define KOR_CONFORMANCE_USUAL_SEED 420
 
@@ -163,9 +180,16 @@ typedef struct KorConformanceOptions {
     const KorConformanceTable* model; /* what is expected; null: the portable functions */
     const char* const* functions;     /* names of the functions to try, with or without their suffix, all in the table; null: all */
     size_t functionCount;
-    uint64_t seed;           /* zero: the usual one */
-    KorBool quick;           /* fewer sizes: a tenth of the time, for a first look and for emulators */
-    size_t caseNumber;       /* try only this case of each function that has it, as a report numbers it; zero: all */
+    uint64_t seed;                           /* zero: the usual one */
+    size_t randomCases;                      /* of each function; zero: the usual number */
+    KorBool quick;                           /* fewer sizes: a tenth of the time, for a first look and for emulators */
+    size_t caseNumber;                       /* try only this case of each function that has it, as a report numbers it; zero: all */
+    KorConformanceListTargets listTargets;   /* both, or null for a set without targets: every target that this */
+    KorConformanceSelectTarget selectTarget; /* machine can run is tried, and the automatic choice */
+    const char* const* targets;              /* names of those to try, "automatic" among them; null: all */
+    size_t targetCount;
+    KorBool oneProcess;      /* call everything in this process, for a debugger; zero: each function in a child process */
+    size_t timeLimit;        /* seconds after which a call in a child process never returns; zero: 10, more on slow machines */
     FILE* text;              /* where to report; null: nowhere */
     const char* junitPath;   /* also write JUnit XML to this file; null: do not */
     const char* programName; /* for the command that repeats a failure; null: "PROGRAM" */
@@ -180,6 +204,11 @@ KOR_API KorConformanceStatus KorConformanceRun(const KorConformanceTable* table,
  */
 KOR_API int KorConformanceMain(int argc, char** argv, const char* name, const KorConformanceTable* table,
                                const KorConformanceTable* model);
+
+/* The same for a set with targets. */
+KOR_API int KorConformanceMainWithTargets(int argc, char** argv, const char* name, const KorConformanceTable* table,
+                                          const KorConformanceTable* model, KorConformanceListTargets list,
+                                          KorConformanceSelectTarget select);
 
 KOR_EXTERN_C_END
 

@@ -20,7 +20,7 @@ namespace fuzz {
 
 namespace {
 
-// Room for every plane that an input can ask for, so that memory is mapped once.
+// Room for nearly every plane that an input can ask for, so that memory is seldom mapped.
 constexpr std::size_t kArenaBytes = std::size_t{1} << 21;
 
 struct Call {
@@ -31,7 +31,7 @@ struct Call {
     std::array<kit::Placement, kit::kMaximumPlanes> placement;
 };
 
-// The functions of a family in the order of the catalogue, so that a stored input stays the same call.
+// The functions of a family in the order of the catalogue, so that a stored input always makes the same call.
 std::vector<const kit::Entry*> FunctionsOf(kit::Family family) {
     std::vector<const kit::Entry*> functions;
     for (const kit::Entry& entry : kit::Catalogue()) {
@@ -42,13 +42,17 @@ std::vector<const kit::Entry*> FunctionsOf(kit::Family family) {
     return functions;
 }
 
-// Mostly small sizes, where every edge is near; now and then rows or columns longer than any run or tile.
+// Mostly small sizes, where every edge is near; now and then rows or columns longer than any run or tile, and seldom
+// frames of many tiles.
 void TakeSize(Input& input, kit::Case& options) {
     constexpr std::uint32_t kWidths[] = {9, 41, 41, 300, 300, 1100, 20, 3};
     constexpr std::uint32_t kHeights[] = {9, 13, 5, 70, 3, 4, 300, 2};
-    const std::size_t kind = input.Byte() % 8;
-    options.width = input.Below(kWidths[kind]);
-    options.height = input.Below(kHeights[kind]);
+    constexpr std::uint32_t kLargeWidths[] = {600, 4600, 40, 1300};
+    constexpr std::uint32_t kLargeHeights[] = {600, 12, 1300, 140};
+    const std::uint8_t choice = input.Byte();
+    const bool large = choice >= 252;
+    options.width = input.Below(large ? kLargeWidths[choice % 4] : kWidths[choice % 8]);
+    options.height = input.Below(large ? kLargeHeights[choice % 4] : kHeights[choice % 8]);
 }
 
 KorImageRotationDegree TakeAngle(Input& input) {
@@ -56,13 +60,13 @@ KorImageRotationDegree TakeAngle(Input& input) {
     return choice < 240 ? choice % 4 * 90u : input.Word();
 }
 
-// One of few levels, or a number that names none.
+// One of the levels, or a number that names none.
 KorVideoFrameDitherLevel TakeLevel(Input& input) {
     const std::uint8_t choice = input.Byte();
     return static_cast<KorVideoFrameDitherLevel>(choice < 240 ? choice % 4 : input.Word());
 }
 
-// Coefficients of any magnitude: small ones as matrices have them, and others up to sums that wrap.
+// Coefficients of any magnitude: small ones as in real matrices, and others up to sums that wrap.
 void TakeMatrix(Input& input, kit::Matrix& matrix) {
     const unsigned shift = input.Byte() % 25;
     for (auto& row : matrix.rows) {
@@ -89,7 +93,7 @@ void TakeCall(Input& input, const std::vector<const kit::Entry*>& functions, Cal
     TakeMatrix(input, call.matrix);
     options.matrix = &call.matrix;
     options.seed = input.Word();
-    // Paddings and places differ from plane to plane, so that a pitch used for another plane shows.
+    // Padding and placement differ from plane to plane, so that a pitch used for the wrong plane shows.
     const std::uint32_t places = input.Word();
     const std::uint8_t spread = input.Byte();
     for (std::size_t i = 0; i < kit::kMaximumPlanes; ++i) {
@@ -98,7 +102,7 @@ void TakeCall(Input& input, const std::vector<const kit::Entry*>& functions, Cal
     }
 }
 
-// The planes of a call, each in a piece of memory of its own, and what stands in them before it.
+// The planes of a call, each in memory of its own, and their contents before it.
 class Arena {
   public:
     void Lay(const Call& call, const Input& pixels) {
@@ -109,8 +113,9 @@ class Arena {
             const std::size_t tight = std::max(use.nominalRowBytes, use.shape.rowBytes + use.shape.spareColumns);
             use.shape.pitch = tight + call.padding[i];
             use.shape.margin += use.marginRows * use.shape.pitch;
-            if (buffers_[i] == nullptr) {
-                buffers_[i] = std::make_shared<kit::GuardedBuffer>(kArenaBytes);
+            const std::size_t bytes = kit::Plane::BytesFor(use.shape);
+            if (buffers_[i] == nullptr || buffers_[i]->size() < bytes) {
+                buffers_[i] = std::make_shared<kit::GuardedBuffer>(std::max(kArenaBytes, bytes));
             }
             planes_[i] = kit::Plane(use.shape, call.placement[i], buffers_[i]);
             views_[i] = planes_[i].View();
@@ -119,7 +124,7 @@ class Arena {
         }
     }
 
-    // What the reference makes of the planes is what is expected; it keeps to the bounds of the catalogue itself.
+    // The reference's planes are the expected result; the reference itself must stay within the catalogue's bounds.
     void MakeExpected(const Call& call) {
         Make(call.entry->of(reference::Table()), call);
         expectedDraws_ = kit::ScriptedRandom::Draws();
@@ -127,7 +132,7 @@ class Arena {
             expected_[i].assign(Begin(i), Begin(i) + Size(i));
             planes_[i].ForEachGap([&](std::size_t offset, std::size_t size) {
                 if (std::memcmp(Begin(i) + offset, initial_[i].data() + offset, size) != 0) {
-                    Fail(call, "the reference itself leaves the plane", layout_.planes[i].name);
+                    Fail(call, "the reference itself writes outside the plane", layout_.planes[i].name);
                 }
             });
             if (layout_.planes[i].access == kit::Access::Read && expected_[i] != initial_[i]) {
@@ -136,7 +141,7 @@ class Arena {
         }
     }
 
-    // The library gets sources with another padding, which it must not even read.
+    // The library gets sources with different padding, which it must not even read.
     void Compare(const Call& call) {
         for (std::size_t i = 0; i < layout_.count; ++i) {
             std::memcpy(Begin(i), initial_[i].data(), Size(i));
@@ -153,7 +158,8 @@ class Arena {
             planes_[i].ForEachGap([&](std::size_t offset, std::size_t size) { Allow(Begin(i) + offset, size); });
             CheckDefined(Begin(i), Size(i));
             if (std::memcmp(Begin(i), expected_[i].data(), Size(i)) != 0) {
-                Fail(call, "library and reference differ", planes_[i].Difference(layout_.planes[i].name, expected_[i].data()).c_str());
+                Fail(call, "library and reference differ",
+                     planes_[i].Difference(layout_.planes[i].name, expected_[i].data()).c_str());
             }
         }
         if (kit::ScriptedRandom::Draws() != expectedDraws_) {
@@ -165,7 +171,7 @@ class Arena {
     std::uint8_t* Begin(std::size_t i) const { return planes_[i].allocation(); }
     std::size_t Size(std::size_t i) const { return planes_[i].allocationSize(); }
 
-    // Noise, or the pixels of the input again and again, from another place on for each plane.
+    // Noise, or the pixels of the input over and over, from a different start for each plane.
     static void Fill(const kit::Plane& plane, std::uint64_t seed, const Input& pixels, std::size_t i) {
         if (pixels.Size() == 0) {
             kit::FillNoise(seed, plane.allocation(), plane.allocationSize());
@@ -188,7 +194,8 @@ class Arena {
     }
 
     [[noreturn]] static void Fail(const Call& call, const char* what, const char* where) {
-        std::fprintf(stderr, "fuzz: %s: %s with %s\n%s\n", what, call.entry->name, kit::Describe(call.options).c_str(), where);
+        std::fprintf(stderr, "fuzz: %s: %s with %s\n%s\n", what, call.entry->name, kit::Describe(call.options).c_str(),
+                     where);
         std::abort();
     }
 

@@ -1,4 +1,4 @@
-// The bytes of a fuzzer's input, taken one decision after the other. What lies behind the end counts as zero.
+// The bytes of a fuzzer's input, consumed one decision at a time. Bytes past the end count as zero.
 #ifndef KOR_FUZZ_INPUT_H
 #define KOR_FUZZ_INPUT_H
 
@@ -9,8 +9,7 @@ namespace fuzz {
 
 class Input {
   public:
-    Input(const std::uint8_t* bytes, std::size_t size)
-        : bytes_(bytes), size_(size) {}
+    Input(const std::uint8_t* bytes, std::size_t size) : bytes_(bytes), size_(size) {}
 
     std::uint8_t Byte() {
         if (size_ == 0) {
@@ -30,7 +29,7 @@ class Input {
 
     std::uint32_t Below(std::uint32_t limit) { return (Byte() | std::uint32_t{Byte()} << 8) % limit; }
 
-    // What is left.
+    // The remaining bytes.
     const std::uint8_t* Bytes() const { return bytes_; }
     std::size_t Size() const { return size_; }
 

@@ -1,10 +1,10 @@
-// The tool's reader of matrix files: nine coefficients within their bounds, or an error that says why not.
+// The tool's reader of matrix files: nine coefficients within their bounds, or an error that says what is wrong.
 #include <cstdlib>
 
-#include "Errors.h"
 #include "fuzz/Harness.h"
 #include "fuzz/MemoryFile.h"
-#include "Matrix.h"
+#include "io/Errors.h"
+#include "pipeline/Matrix.h"
 
 namespace {
 
@@ -29,7 +29,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* input, std::size_t siz
     try {
         ReadMatrix(file);
     } catch (const korframe::Error&) {
-        // What the user would read as one line.
+        // The one-line message that the user would see.
     }
     return 0;
 }

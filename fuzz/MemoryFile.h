@@ -1,4 +1,4 @@
-// A file of given bytes that has a path and no place on a disk.
+// A file of given bytes that has a path but is not on disk.
 #ifndef KOR_FUZZ_MEMORYFILE_H
 #define KOR_FUZZ_MEMORYFILE_H
 
@@ -14,9 +14,9 @@ namespace fuzz {
 
 class MemoryFile {
   public:
-    MemoryFile(const std::uint8_t* bytes, std::size_t size)
-        : descriptor_(memfd_create("input", MFD_CLOEXEC)) {
-        if (descriptor_ < 0 || write(descriptor_, bytes, size) != static_cast<ssize_t>(size) || lseek(descriptor_, 0, SEEK_SET) != 0) {
+    MemoryFile(const std::uint8_t* bytes, std::size_t size) : descriptor_(memfd_create("input", MFD_CLOEXEC)) {
+        if (descriptor_ < 0 || write(descriptor_, bytes, size) != static_cast<ssize_t>(size) ||
+            lseek(descriptor_, 0, SEEK_SET) != 0) {
             std::abort();
         }
     }

@@ -1,18 +1,17 @@
-// The plain main program of a fuzzer, for every compiler: tries stored inputs, or random ones.
+// The plain main program of a fuzzer, for every compiler: runs stored or random inputs.
 //
-//   FUZZER FILE|DIRECTORY...           each file once
-//   FUZZER --random COUNT [SEED]       so many random inputs
-#include <dirent.h>
-#include <fcntl.h>
+//   FUZZER FILE...                     the content of each file
+//   FUZZER --stored FILE...            each line of a file in fuzz/corpus
+//   FUZZER --random COUNT [SEED]       COUNT random inputs
 #include <signal.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
-#include <cerrno>
 #include <cinttypes>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
+#include <iterator>
+#include <string>
 #include <vector>
 
 #include "conformance/core/Pattern.h"
@@ -20,10 +19,12 @@
 
 namespace {
 
-// Long enough for every decision and a good many pixels.
+using Input = std::vector<std::uint8_t>;
+
+// Long enough for all decisions and a fair number of pixels.
 constexpr std::size_t kLongest = 512;
 
-// What is being tried, for the handler of a signal.
+// The current input, for the signal handler.
 char current[4096] = "a random input";
 
 void TellInput(int number) {
@@ -32,62 +33,59 @@ void TellInput(int number) {
     raise(number);
 }
 
-void Try(const std::vector<std::uint8_t>& input) {
+void Try(const Input& input) {
     LLVMFuzzerTestOneInput(input.data(), input.size());
 }
 
-bool TryFile(const char* path) {
-    std::snprintf(current, sizeof current, "%s", path);
-    const int file = open(path, O_RDONLY | O_CLOEXEC);
-    struct stat status = {};
-    if (file < 0 || fstat(file, &status) != 0) {
-        std::perror(path);
-        return false;
-    }
-    std::vector<std::uint8_t> input(static_cast<std::size_t>(status.st_size));
-    const ssize_t count = read(file, input.data(), input.size());
-    close(file);
-    if (count != status.st_size) {
-        std::perror(path);
-        return false;
-    }
-    Try(input);
-    return true;
-}
-
-// The next entry; without one, errno tells the end (0) from a failure.
-const dirent* NextEntry(DIR* directory) {
-    errno = 0;
-    return readdir(directory);
-}
-
-// The number of files tried; -1 after a failure.
-long TryPath(const char* path) {
-    DIR* const directory = opendir(path);
-    if (directory == nullptr) {
-        return TryFile(path) ? 1 : -1;
-    }
-    long tried = 0;
-    bool good = true;
-    while (const dirent* entry = NextEntry(directory)) {
-        char name[4096];
-        std::snprintf(name, sizeof name, "%s/%s", path, entry->d_name);
-        if (entry->d_name[0] != '.') {
-            good = good && TryFile(name);
-            ++tried;
+// Reads bytes from hexadecimal digits. Returns whether the text is valid and holds at least one byte.
+bool ParseLine(const std::string& line, Input& input) {
+    input.clear();
+    for (std::size_t i = 0; i + 1 < line.size(); i += 2) {
+        const char digits[3] = {line[i], line[i + 1], 0};
+        char* end = nullptr;
+        input.push_back(static_cast<std::uint8_t>(std::strtoul(digits, &end, 16)));
+        if (end != digits + 2) {
+            return false;
         }
     }
-    if (errno != 0) {
+    return !line.empty() && line.size() % 2 == 0;
+}
+
+// These return the number of inputs tried, or 0 after reporting a failure.
+
+long TryFile(const char* path) {
+    std::ifstream file(path, std::ios::binary);
+    const Input input{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    if (!file) {
         std::perror(path);
-        good = false;
+        return 0;
     }
-    closedir(directory);
-    return good ? tried : -1;
+    std::snprintf(current, sizeof current, "%s", path);
+    Try(input);
+    return 1;
+}
+
+long TryStored(const char* path) {
+    std::ifstream file(path);
+    long tried = 0;
+    Input input;
+    for (std::string line; std::getline(file, line); ++tried) {
+        std::snprintf(current, sizeof current, "%s:%ld", path, tried + 1);
+        if (!ParseLine(line, input)) {
+            std::fprintf(stderr, "%s: not an input in hexadecimal digits\n", current);
+            return 0;
+        }
+        Try(input);
+    }
+    if (tried == 0) {
+        std::fprintf(stderr, "%s: no inputs\n", path);
+    }
+    return tried;
 }
 
 int TryRandom(unsigned long count, std::uint64_t seed) {
     kit::Noise noise(seed);
-    std::vector<std::uint8_t> input;
+    Input input;
     for (unsigned long i = 0; i < count; ++i) {
         input.resize(noise.Below(kLongest));
         kit::FillNoise(noise.Next(), input.data(), input.size());
@@ -97,30 +95,37 @@ int TryRandom(unsigned long count, std::uint64_t seed) {
     return EXIT_SUCCESS;
 }
 
+int TryFiles(char** paths, long (*tryOne)(const char*)) {
+    long tried = 0;
+    for (; *paths != nullptr; ++paths) {
+        const long more = tryOne(*paths);
+        if (more == 0) {
+            return EXIT_FAILURE;
+        }
+        tried += more;
+    }
+    std::printf("%ld inputs\n", tried);
+    return EXIT_SUCCESS;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     for (const int number : {SIGSEGV, SIGBUS, SIGABRT}) {
         struct sigaction former = {};
-        if (sigaction(number, nullptr, &former) == 0 && former.sa_handler == SIG_DFL) {  // a sanitizer has its own
+        if (sigaction(number, nullptr, &former) == 0 && former.sa_handler == SIG_DFL) {  // sanitizers install their own
             signal(number, TellInput);
         }
     }
     if (argc >= 3 && std::strcmp(argv[1], "--random") == 0) {
         return TryRandom(std::strtoul(argv[2], nullptr, 10), argc > 3 ? std::strtoull(argv[3], nullptr, 10) : 420);
     }
-    long tried = 0;
-    for (int i = 1; i < argc; ++i) {
-        const long more = TryPath(argv[i]);
-        if (more < 0) {
-            return EXIT_FAILURE;
-        }
-        tried += more;
+    if (argc >= 3 && std::strcmp(argv[1], "--stored") == 0) {
+        return TryFiles(argv + 2, TryStored);
     }
-    if (tried == 0) {
-        std::fprintf(stderr, "%s: no inputs; name files or directories, or --random COUNT [SEED]\n", argv[0]);
-        return EXIT_FAILURE;
+    if (argc >= 2 && argv[1][0] != '-') {
+        return TryFiles(argv + 1, TryFile);
     }
-    std::printf("%ld stored inputs\n", tried);
-    return EXIT_SUCCESS;
+    std::fprintf(stderr, "usage: %s FILE... | --stored FILE... | --random COUNT [SEED]\n", argv[0]);
+    return EXIT_FAILURE;
 }

@@ -1,4 +1,4 @@
-// Bytes that are not the library's business. Under AddressSanitizer a touch ends the process; under MemorySanitizer they
+// Bytes that the library must not use. Under AddressSanitizer an access ends the process; under MemorySanitizer they
 // may be read, but nothing that is written may depend on them. Elsewhere nothing happens.
 #ifndef KOR_FUZZ_WATCH_H
 #define KOR_FUZZ_WATCH_H

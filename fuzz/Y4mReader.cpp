@@ -1,22 +1,22 @@
-// The tool's reader of Y4M clips: any bytes at all either make frames or are refused with an error that says why.
+// The tool's reader of Y4M clips: arbitrary bytes either give frames or are rejected with an error that says why.
 #include <algorithm>
 #include <memory>
 #include <utility>
 
-#include "Errors.h"
 #include "fuzz/Harness.h"
 #include "fuzz/MemoryFile.h"
-#include "Y4mFile.h"
+#include "io/Errors.h"
+#include "io/Y4mFile.h"
 
 namespace {
 
-// A header may promise the largest picture there is. Reading it then only takes time.
+// A header may announce the largest possible picture. Reading it would only take time.
 constexpr std::size_t kMostPixels = std::size_t{1} << 20;
 
 void ReadClip(const fuzz::MemoryFile& file) {
     auto input = std::make_unique<korframe::InputFile>(file.Path());
     if (!korframe::IsY4m(input->Peek(10))) {
-        return;  // some other kind of file
+        return;  // another kind of file
     }
     korframe::Y4mSource source(std::move(input));
     const korframe::StreamInfo& info = source.Info();
@@ -35,7 +35,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* input, std::size_t siz
     try {
         ReadClip(file);
     } catch (const korframe::Error&) {
-        // What the user would read as one line.
+        // The one-line message that the user would see.
     }
     return 0;
 }

@@ -1,7 +1,7 @@
 /*
  * The default random-bytes service: random bytes straight from the operating system.
  *
- * There is no state here, so any number of threads may call at once. A product that wants another source defines
+ * It keeps no state, so any number of threads may call it at once. A product that wants another source defines
  * KorRandomGetBytes itself and leaves this file out.
  */
 #include "Kor/Os/KorRandom.h"
@@ -29,8 +29,8 @@
 
 namespace {
 
-// Each system's SomeBytes writes at least one and at most count random bytes and returns how many, or 0 when the system
-// has none to give. count is never 0.
+// Each system's SomeBytes writes at least one and at most count random bytes and returns how many, or 0 if the system
+// cannot provide any. count is never 0.
 
 #if defined(_WIN32)
 
@@ -43,7 +43,7 @@ KorSizeT SomeBytes(char* buffer, KorSizeT count) {
 
 #elif defined(__linux__)
 
-// A signal may end a long request early, or before its first byte.
+// A signal may interrupt a long request, even before its first byte.
 KorSizeT SomeBytes(char* buffer, KorSizeT count) {
     ssize_t got;
     do {
@@ -70,7 +70,7 @@ KorSizeT SomeBytes(char* buffer, KorSizeT count) {
 
 #else
 
-// Opened for each request: a descriptor that is kept would be state, and could be closed behind our back.
+// Opened for each request: a descriptor kept open would be state, and other code could close it.
 KorSizeT SomeBytes(char* buffer, KorSizeT count) {
     const KorSizeT part = count < 0x10000000 ? count : 0x10000000;
     int file;

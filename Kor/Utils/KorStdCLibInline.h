@@ -1,5 +1,5 @@
 /** @file
- * Inline wrappers of the few standard-library calls that the library makes. */
+ * Inline wrappers of the standard-library calls that the library makes. */
 #ifndef KOR_UTILS_KORSTDCLIBINLINE_H
 #define KOR_UTILS_KORSTDCLIBINLINE_H
 

@@ -1,8 +1,9 @@
 #include "conformance/core/Case.h"
 
 #include <algorithm>
-#include <initializer_list>
+#include <numeric>
 #include <sstream>
+#include <tuple>
 
 namespace kit {
 
@@ -31,32 +32,129 @@ std::string NameOf(Walk walk) {
     return walk == Walk::Up ? "up" : "down";
 }
 
+std::string NameOf(MatrixPlace place) {
+    static const char* const kNames[] = {"own", "middle", "y", "u", "v", "spare"};
+    return kNames[static_cast<int>(place)];
+}
+
 // Minus 90 is told as such.
 std::string NameOfAngle(KorImageRotationDegree angle) {
     return std::to_string(static_cast<KorInt>(angle));
 }
 
-}  // namespace
+// ---- The three ways to go through a sweep --------------------------------------------------------------------------
 
-std::vector<std::pair<std::size_t, std::size_t>> SmallSizes() {
-    std::vector<std::pair<std::size_t, std::size_t>> sizes;
-    for (std::size_t height = 0; height <= 12; ++height) {
-        for (std::size_t width = 0; width <= 40; ++width) {
-            sizes.emplace_back(width, height);
+using Next = std::function<bool(Case&)>;
+
+void VisitAll(const Sweep& sweep, const Next& next) {
+    std::size_t turn = 0;
+    const auto visitOption = [&](const Case& options) {
+        Case c = options;
+        const auto visitWith = [&](Pattern pattern) {
+            c.pattern = pattern;
+            return next(c);
+        };
+        const auto patterns = [&] {
+            return visitWith(Pattern::Noise) && visitWith(sweep.patterns[turn++ % sweep.patterns.size()]);
+        };
+        const auto placements = [&] { return ForEachValue(sweep.placements, c, &Case::placement, patterns); };
+        return ForEachValue(sweep.pitches, c, &Case::pitches, placements);
+    };
+    for (const auto& size : sweep.sizes) {
+        Case c;
+        c.width = size.first;
+        c.height = size.second;
+        if (!ForEachOption(sweep, c, visitOption)) {
+            break;
         }
     }
-    return sizes;
 }
 
-std::vector<std::pair<std::size_t, std::size_t>> AwkwardSizes() {
-    using Sizes = std::initializer_list<std::size_t>;
-    std::vector<std::pair<std::size_t, std::size_t>> sizes{{641, 3}, {640, 4}, {1283, 7}, {4099, 2}, {3, 301}, {2, 514}};
-    // Where runs of samples and tiles end, and one sample before and behind.
-    for (const std::size_t width : Sizes{63, 64, 65, 127, 128, 129, 130, 191, 193, 255, 256, 257, 258, 511, 512, 513, 514}) {
-        sizes.emplace_back(width, 2 + width % 3);
+std::vector<Case> ListOptions(const Sweep& sweep) {
+    std::vector<Case> options;
+    ForEachOption(sweep, Case{}, [&](const Case& c) {
+        options.push_back(c);
+        return true;
+    });
+    return options;
+}
+
+// A step through so many things that comes to all of them, and to unlike ones first.
+std::size_t Stride(std::size_t count) {
+    std::size_t step = count * 5 / 8 + 1;
+    while (std::gcd(step, count) != 1) {
+        ++step;
     }
-    for (const std::size_t width : Sizes{15, 16, 17, 32, 47, 49}) {
-        for (const std::size_t height : Sizes{15, 16, 17, 32, 33, 49}) {
+    return step;
+}
+
+void VisitInTurn(const Sweep& sweep, const Next& next) {
+    const std::vector<Case> options = ListOptions(sweep);
+    const std::size_t stride = Stride(options.size());
+    std::size_t turn = 0;
+    for (const auto& size : sweep.sizes) {
+        for (std::size_t k = 0; k < sweep.perSize; ++k, ++turn) {
+            Case c = options[turn * stride % options.size()];
+            c.width = size.first;
+            c.height = size.second;
+            // An option that comes again has another memory.
+            std::size_t memory = turn + turn / options.size();
+            const auto take = [&memory](const auto& values) {
+                const auto value = values[memory % values.size()];
+                memory /= values.size();
+                return value;
+            };
+            c.pitches = take(sweep.pitches);
+            c.placement = take(sweep.placements);
+            c.pattern = take(sweep.patterns);
+            if (!next(c)) {
+                return;
+            }
+        }
+    }
+}
+
+// Mostly small pictures, where many can be tried; now and then large ones.
+std::pair<std::size_t, std::size_t> DrawSize(Noise& noise, std::size_t limit) {
+    const std::size_t small = std::min<std::size_t>(limit, 300);
+    const std::pair<std::size_t, std::size_t> limits[] = {{small, small}, {small, small}, {small, small}, {limit, 40}, {limit, 12}, {40, limit}, {limit / 2, limit / 2}, {limit, limit}};
+    const auto& most = limits[noise.Below(8)];
+    const auto below = [&noise](std::size_t end) { return noise.Below(static_cast<std::uint32_t>(end)); };
+    const std::size_t width = 1 + below(most.first);
+    return {width, 1 + below(most.second)};
+}
+
+void VisitDrawn(const Sweep& sweep, std::uint64_t seed, const Next& next) {
+    const std::vector<Case> options = ListOptions(sweep);
+    for (std::size_t k = 0; k < sweep.drawn; ++k) {
+        Noise noise(MixSeed(~seed, k));
+        const auto draw = [&noise](const auto& values) {
+            return values[noise.Below(static_cast<std::uint32_t>(values.size()))];
+        };
+        Case c = draw(options);
+        std::tie(c.width, c.height) = DrawSize(noise, sweep.drawnLimit);
+        c.pitches = draw(sweep.pitches);
+        c.placement = draw(sweep.placements);
+        c.pattern = draw(sweep.patterns);
+        if (sweep.positions.size() > 1) {
+            c.xPosition = noise.Below(200);
+            c.yPosition = noise.Below(200);
+        }
+        if (sweep.alphas.size() > 1) {
+            c.alpha = static_cast<KorUint8>(noise.Below(256));
+        }
+        if (!next(c)) {
+            return;
+        }
+    }
+}
+
+}  // namespace
+
+SizeList SmallSizes() {
+    SizeList sizes;
+    for (std::size_t height = 0; height <= 12; ++height) {
+        for (std::size_t width = 0; width <= 40; ++width) {
             sizes.emplace_back(width, height);
         }
     }
@@ -66,8 +164,9 @@ std::vector<std::pair<std::size_t, std::size_t>> AwkwardSizes() {
 bool ForEachOption(const Sweep& sweep, const Case& start, const Visitor& visit) {
     Case c = start;
     const auto visitThis = [&] { return visit(c); };
-    const auto insides = [&] { return ForEachValue(sweep.matrixInside, c, &Case::matrixInside, visitThis); };
-    const auto matrices = [&] { return ForEachValue(sweep.matrices, c, &Case::matrix, insides); };
+    const auto pictures = [&] { return ForEachValue(sweep.pictures, c, &Case::picture, visitThis); };
+    const auto places = [&] { return ForEachValue(sweep.matrixPlaces, c, &Case::matrixPlace, pictures); };
+    const auto matrices = [&] { return ForEachValue(sweep.matrices, c, &Case::matrix, places); };
     const auto alphas = [&] { return ForEachValue(sweep.alphas, c, &Case::alpha, matrices); };
     const auto positions = [&] {
         return std::all_of(sweep.positions.begin(), sweep.positions.end(), [&](const auto& position) {
@@ -86,30 +185,23 @@ bool ForEachOption(const Sweep& sweep, const Case& start, const Visitor& visit) 
     return ForEachValue(sweep.flips, c, &Case::flip, levels);
 }
 
+std::size_t CountOptions(const Sweep& sweep) {
+    return ListOptions(sweep).size();
+}
+
 std::size_t ForEachCase(const Sweep& sweep, std::uint64_t seed, const Visitor& visit) {
     std::size_t visited = 0;
-    std::size_t turn = 0;
-    const auto visitOption = [&](const Case& options) {
-        Case c = options;
-        const auto visitWith = [&](Pattern pattern) {
-            c.pattern = pattern;
-            c.seed = MixSeed(seed, visited);
-            c.number = ++visited;
-            return visit(c);
-        };
-        const auto patterns = [&] {
-            return visitWith(Pattern::Noise) && visitWith(sweep.patterns[turn++ % sweep.patterns.size()]);
-        };
-        const auto placements = [&] { return ForEachValue(sweep.placements, c, &Case::placement, patterns); };
-        return ForEachValue(sweep.pitches, c, &Case::pitches, placements);
+    const auto visitNext = [&](Case& c) {
+        c.seed = MixSeed(seed, visited);
+        c.number = ++visited;
+        return visit(c);
     };
-    for (const auto& size : sweep.sizes) {
-        Case c;
-        c.width = size.first;
-        c.height = size.second;
-        if (!ForEachOption(sweep, c, visitOption)) {
-            break;
-        }
+    if (sweep.drawn > 0) {
+        VisitDrawn(sweep, seed, visitNext);
+    } else if (sweep.perSize > 0) {
+        VisitInTurn(sweep, visitNext);
+    } else {
+        VisitAll(sweep, visitNext);
     }
     return visited;
 }
@@ -131,12 +223,13 @@ std::string NameOption(const Sweep& sweep, const Case& c) {
     add(sweep.positions, "position", Number(c.xPosition) + ":" + Number(c.yPosition));
     add(sweep.alphas, "alpha", Number(c.alpha));
     add(sweep.matrices, "matrix", Number(static_cast<std::size_t>(matrix)));
-    add(sweep.matrixInside, "inside", Number(c.matrixInside));
+    add(sweep.matrixPlaces, "place", NameOf(c.matrixPlace));
+    add(sweep.pictures, "picture", Number(c.picture));
     return name.empty() ? "-" : name;
 }
 
 std::string Describe(const Case& c) {
-    static const char* const kPitches[] = {"tight", "loose", "odd"};
+    static const char* const kPitches[] = {"tight", "loose", "odd", "drawn", "wide", "far", "huge"};
     std::ostringstream text;
     text << c.width << "x" << c.height << ", flip " << int{c.flip} << ", dither level "
          << static_cast<KorUint>(c.ditherLevel) << ", angle " << c.rotationDegree << ", source walked "
@@ -150,7 +243,7 @@ std::string Describe(const Case& c) {
         for (const auto& row : c.matrix->rows) {
             text << " {" << row[0] << ", " << row[1] << ", " << row[2] << "}";
         }
-        text << (c.matrixInside ? " inside the first plane" : "");
+        text << ", place " << NameOf(c.matrixPlace);
     }
     return text.str();
 }

@@ -24,6 +24,26 @@ enum class Pitches {
     Tight,  // as many bytes as a row has
     Loose,  // some bytes of padding, another number for each plane, all rows aligned alike
     Odd,    // padding that puts every row on another alignment
+    Drawn,  // padding from the seed of the case
+    // The subject's rows lie far apart: a pitch of more than 16 bits, rows whose offsets have more than 32, and a pitch of
+    // more than 32.
+    Wide,
+    Far,
+    Huge,
+};
+
+constexpr bool AreFarApart(Pitches pitches) {
+    return pitches == Pitches::Wide || pitches == Pitches::Far || pitches == Pitches::Huge;
+}
+
+// Where the caller's matrix lies: in memory of its own, or in a plane that is written.
+enum class MatrixPlace {
+    Own,
+    Middle,  // of luma
+    Y,
+    U,
+    V,
+    SpareRow,
 };
 
 // How a plane-geometry function walks its source.
@@ -45,7 +65,8 @@ struct Case {
     std::size_t yPosition = 0;
     KorUint8 alpha = 0;
     const Matrix* matrix = nullptr;
-    bool matrixInside = false;  // the matrix lies in the first plane, which is written
+    MatrixPlace matrixPlace = MatrixPlace::Own;
+    std::size_t picture = 0;  // of those that the pattern has
 
     Pitches pitches = Pitches::Tight;
     Placement placement = Placement::Rear;
@@ -56,9 +77,11 @@ struct Case {
 
 std::string Describe(const Case& options);
 
-// The values that each argument takes; all combinations are visited.
+using SizeList = std::vector<std::pair<std::size_t, std::size_t>>;
+
+// The values that each argument takes, and which of their combinations are visited.
 struct Sweep {
-    std::vector<std::pair<std::size_t, std::size_t>> sizes;
+    SizeList sizes;
     std::vector<KorBool> flips{0};
     std::vector<KorVideoFrameDitherLevel> ditherLevels{KOR_VIDEOFRAMEDITHERLEVEL_Off};
     std::vector<KorImageRotationDegree> rotationDegrees{0};
@@ -68,19 +91,27 @@ struct Sweep {
     std::vector<std::pair<std::size_t, std::size_t>> positions{{0, 0}};
     std::vector<KorUint8> alphas{0};
     std::vector<const Matrix*> matrices{nullptr};
-    std::vector<bool> matrixInside{false};
+    std::vector<MatrixPlace> matrixPlaces{MatrixPlace::Own};
+    std::vector<std::size_t> pictures{0};
 
     std::vector<Pitches> pitches{Pitches::Tight, Pitches::Loose, Pitches::Odd};
     std::vector<Placement> placements{Placement::Rear, Placement::Front};
     // Every combination is visited with noise and with one of these in turn.
     std::vector<Pattern> patterns{Pattern::Zeros, Pattern::Full, Pattern::Alternating, Pattern::Ramp,
                                   Pattern::Extremes};
+
+    // Visits only so many combinations of each size. They take turns from size to size, so that all come round.
+    std::size_t perSize = 0;
+    // Visits so many cases at sizes up to a limit, with everything drawn from the seed.
+    std::size_t drawn = 0;
+    std::size_t drawnLimit = 2000;
 };
 
 // Every width from 0 to 40 by every height from 0 to 12.
-std::vector<std::pair<std::size_t, std::size_t>> SmallSizes();
-// A few sizes at which long rows, many rows and the ends of vector loops show.
-std::vector<std::pair<std::size_t, std::size_t>> AwkwardSizes();
+SizeList SmallSizes();
+
+// The number of combinations of the options, without pitches, placements and patterns.
+std::size_t CountOptions(const Sweep& sweep);
 
 // The values of the options that a sweep varies, as in "flip=1,angle=90"; "-" for a sweep that varies none.
 std::string NameOption(const Sweep& sweep, const Case& options);

@@ -291,7 +291,7 @@ Sweep OptionsCapture() {
 Sweep OptionsCaptureGeneral() {
     Sweep sweep = OptionsCapture();
     sweep.matrices = Matrices();
-    sweep.matrixInside = {false, true};
+    sweep.matrixPlaces = {MatrixPlace::Own, MatrixPlace::Middle};
     return sweep;
 }
 
@@ -370,14 +370,21 @@ AnyFunction Of(const KorConformanceTable& table) {
 // ---- Pitches -----------------------------------------------------------------------------------------------------
 
 // Destinations and sources take different paddings, so that a pitch used for another plane shows.
-std::size_t ChoosePitch(Pitches pitches, std::size_t plane, std::size_t tight) {
-    switch (pitches) {
+std::size_t ChoosePitch(const Case& c, std::size_t plane, std::size_t tight) {
+    switch (c.pitches) {
         case Pitches::Tight:
             break;
         case Pitches::Loose:
             return (tight + 15) / 16 * 16 + 16 * (1 + plane % 3);
         case Pitches::Odd:
             return (tight + 2 + 2 * (plane % 4)) | 1;
+        case Pitches::Drawn:
+            return tight + static_cast<std::size_t>(MixSeed(c.seed, 200 + plane) % 160);
+        case Pitches::Wide:
+        case Pitches::Far:
+        case Pitches::Huge:
+            // The model's rows lie near each other, with room for what drifts.
+            return tight + 320 + 3 * plane;
     }
     return tight;
 }
@@ -391,7 +398,7 @@ Layout LayOut(const Entry& entry, const Case& options) {
         const PlaneUse& use = layout.planes[i];
         PlaneShape& shape = layout.planes[i].shape;
         const std::size_t tight = std::max(use.nominalRowBytes, shape.rowBytes + shape.spareColumns);
-        shape.pitch = ChoosePitch(options.pitches, i, tight);
+        shape.pitch = ChoosePitch(options, i, tight);
         shape.margin += use.marginRows * shape.pitch;
     }
     return layout;

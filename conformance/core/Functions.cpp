@@ -119,8 +119,8 @@ struct Scribe {
         }
     }
     void Write(const KorInt (*coefficients)[3]) {
-        text += coefficients == nullptr ? "NULL" : options.matrixInside ? "coeffs inside " + std::string(names[0])
-                                                                        : "coeffs";
+        text += coefficients == nullptr ? "NULL" : options.matrixPlace == MatrixPlace::Own ? "coeffs"
+                                                                                           : "coeffs inside a plane";
     }
     template <class Number>
     void Write(Number number) {
@@ -140,6 +140,30 @@ bool IsNull(const AnyFunction& function) {
 
 void Call(const AnyFunction& function, const PlaneView* planes, const Case& options) {
     std::visit([&](auto pointer) { Arguments{planes, options}.Pass(pointer, pointer); }, function);
+}
+
+MachineCall ToMachineCall(const AnyFunction& function, const PlaneView* planes, const Case& options) {
+    MachineCall call;
+    std::size_t count = 0;
+    const auto write = [&](auto argument) {
+        if constexpr (std::is_pointer_v<decltype(argument)>) {
+            call.words[count++] = reinterpret_cast<std::uintptr_t>(argument);
+        } else {
+            // Signed arguments keep their sign in all 64 bits.
+            call.words[count++] = static_cast<std::uint64_t>(argument);
+        }
+    };
+    const auto writeAll = [&](auto... arguments) {
+        static_assert(sizeof...(arguments) <= MachineCall::kMost);
+        (write(arguments), ...);
+    };
+    std::visit(
+        [&](auto pointer) {
+            call.function = reinterpret_cast<void (*)()>(pointer);
+            Arguments{planes, options}.Pass(pointer, writeAll);
+        },
+        function);
+    return call;
 }
 
 std::string CallText(const AnyFunction& function, const PlaneView* planes, const char* const* names,

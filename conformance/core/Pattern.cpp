@@ -1,27 +1,43 @@
 #include "conformance/core/Pattern.h"
 
+#include <cstring>
+
 namespace kit {
 
 namespace {
 
 constexpr std::uint8_t kTurningPoints[16] = {0, 1, 2, 15, 16, 17, 127, 128, 129, 234, 235, 236, 240, 241, 254, 255};
 
-std::uint8_t Sample(Pattern pattern, Noise& noise, std::size_t start, std::size_t row, std::size_t column) {
+void FillRow(Pattern pattern, Noise& noise, std::size_t start, std::size_t row, std::uint8_t* line, std::size_t count) {
     switch (pattern) {
         case Pattern::Zeros:
-            return 0;
+            std::memset(line, 0, count);
+            break;
         case Pattern::Full:
-            return 255;
+            std::memset(line, 255, count);
+            break;
         case Pattern::Alternating:
-            return (row + column) % 2 == 0 ? 0 : 255;
+            for (std::size_t column = 0; column < count; ++column) {
+                line[column] = static_cast<std::uint8_t>((row + column) % 2 * 255);
+            }
+            break;
         case Pattern::Ramp:
-            return static_cast<std::uint8_t>((start + row * 31 + column) & 0xff);
+            for (std::size_t column = 0; column < count; ++column) {
+                line[column] = static_cast<std::uint8_t>((start + row * 31 + column) & 0xff);
+            }
+            break;
         case Pattern::Extremes:
-            return kTurningPoints[noise.Below(16)];
+            for (std::size_t column = 0; column < count; ++column) {
+                line[column] = kTurningPoints[noise.Below(16)];
+            }
+            break;
         case Pattern::Noise:
+        case Pattern::Flat:
+        case Pattern::Colours:
+        case Pattern::Pairs:
+            FillNoise(noise.Next(), line, count);
             break;
     }
-    return static_cast<std::uint8_t>(noise.Next() >> 56);
 }
 
 }  // namespace
@@ -57,6 +73,12 @@ const char* NameOf(Pattern pattern) {
             return "ramp";
         case Pattern::Extremes:
             return "extremes";
+        case Pattern::Flat:
+            return "flat";
+        case Pattern::Colours:
+            return "colours";
+        case Pattern::Pairs:
+            return "pairs";
     }
     return "?";
 }
@@ -64,12 +86,18 @@ const char* NameOf(Pattern pattern) {
 // Low byte first, whatever the byte order of the machine.
 void FillNoise(std::uint64_t seed, std::uint8_t* bytes, std::size_t count) {
     Noise noise(seed);
-    std::uint64_t word = 0;
-    for (std::size_t i = 0; i < count; ++i, word >>= 8) {
-        if (i % 8 == 0) {
-            word = noise.Next();
+    // Whole words are stored at once by every compiler that is asked like this.
+    for (; count >= 8; bytes += 8, count -= 8) {
+        const std::uint64_t word = noise.Next();
+        for (unsigned k = 0; k < 8; ++k) {
+            bytes[k] = static_cast<std::uint8_t>(word >> 8 * k & 0xff);
         }
-        bytes[i] = static_cast<std::uint8_t>(word & 0xff);
+    }
+    if (count > 0) {
+        std::uint64_t word = noise.Next();
+        for (std::size_t i = 0; i < count; ++i, word >>= 8) {
+            bytes[i] = static_cast<std::uint8_t>(word & 0xff);
+        }
     }
 }
 
@@ -78,14 +106,7 @@ void FillPattern(Pattern pattern, std::uint64_t seed, std::uint8_t* plane, std::
     Noise noise(seed);
     const std::size_t start = noise.Below(256);
     for (std::size_t row = 0; row < rows; ++row) {
-        std::uint8_t* line = plane + row * pitch;
-        if (pattern == Pattern::Noise) {
-            FillNoise(noise.Next(), line, rowBytes);
-            continue;
-        }
-        for (std::size_t column = 0; column < rowBytes; ++column) {
-            line[column] = Sample(pattern, noise, start, row, column);
-        }
+        FillRow(pattern, noise, start, row, plane + row * pitch, rowBytes);
     }
 }
 

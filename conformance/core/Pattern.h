@@ -29,10 +29,11 @@ enum class Pattern {
     Alternating,  // 0, 255, 0, ... and the other way round on odd rows
     Ramp,         // rises by one a byte, starts at a seeded value
     Extremes,     // only values at which limited range, sign or clipping turn
+    // Pictures, of which a case has a number; see kit/Contents.h.
+    Flat,     // one value all over
+    Colours,  // all colours, or all samples of two planes and a weight
+    Pairs,    // all pairs of samples that lie one below the other
 };
-
-constexpr Pattern kAllPatterns[] = {Pattern::Noise, Pattern::Zeros, Pattern::Full,
-                                    Pattern::Alternating, Pattern::Ramp, Pattern::Extremes};
 
 const char* NameOf(Pattern pattern);
 

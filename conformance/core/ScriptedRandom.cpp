@@ -21,8 +21,9 @@ struct Service {
     std::vector<std::size_t> draws;
 };
 
+// One for each thread, so that functions can be called on several at once.
 Service& TheService() {
-    static Service service;
+    thread_local Service service;
     return service;
 }
 

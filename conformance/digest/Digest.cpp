@@ -29,8 +29,8 @@ class Fnv1a {
     std::uint64_t value_ = UINT64_C(0xcbf29ce484222325);
 };
 
-// Small sizes of every kind, ends of vectors, of runs of 64 and 128 samples and of tiles of 16 by 16, more than 128 rows
-// and more than 256, and rows long enough for the noise to come round the end of its table.
+// Small sizes of every kind, ends of vectors, of runs of 64 and 128 samples and of tiles of 16 by 16, more than 128
+// rows and more than 256, and rows long enough for the noise to come round the end of its table.
 const std::vector<std::pair<std::size_t, std::size_t>>& Sizes() {
     // clang-format off
     static const std::vector<std::pair<std::size_t, std::size_t>> sizes{
@@ -147,10 +147,10 @@ std::vector<Digest> MakeDigests(const KorConformanceTable& table) {
         const AnyFunction function = entry.of(table);
         Sweep options = entry.options();
         // A matrix that shares memory with a plane has the byte order of the machine.
-        options.matrixInside = {false};
+        options.matrixPlaces = {MatrixPlace::Own};
         ForEachOption(options, Case{}, [&](const Case& option) {
-            digests.push_back({entry.name, NameOption(options, option),
-                               DigestOption(entry, function, SweepOver(option), memory)});
+            digests.push_back(
+                {entry.name, NameOption(options, option), DigestOption(entry, function, SweepOver(option), memory)});
             return true;
         });
     }
@@ -159,7 +159,8 @@ std::vector<Digest> MakeDigests(const KorConformanceTable& table) {
 
 std::string WriteManifest(const std::vector<Digest>& digests) {
     std::string text =
-        "# What the library writes, as digests: function, option, 64-bit FNV-1a over every byte of every plane of a fixed\n"
+        "# What the library writes, as digests: function, option, 64-bit FNV-1a over every byte of every plane of a "
+        "fixed\n"
         "# set of cases. Every build on every machine has to reproduce this file. A change of a line is a change of a\n"
         "# result. Made by \"kordigest --write FILE\", held by \"kordigest --check FILE\" and \"korframe verify\".\n";
     for (const Digest& digest : digests) {

@@ -2,8 +2,8 @@
 //
 // A digest is FNV-1a of 64 bits over, case by case, every byte of every plane after the call (with its padding and what
 // lies around it, sources included) and the sizes of the random draws. Inputs and draws follow from fixed seeds in
-// integer arithmetic, so the digests are the same from every compiler and on every machine. They hold for the noise table
-// of the platform target.
+// integer arithmetic, so the digests are the same from every compiler and on every machine. They hold for the noise
+// table of the platform target.
 #ifndef KOR_CONFORMANCE_DIGEST_DIGEST_H
 #define KOR_CONFORMANCE_DIGEST_DIGEST_H
 

@@ -5,7 +5,10 @@
 #include <optional>
 
 #include "conformance/core/ScriptedRandom.h"
+#include "conformance/kit/Allocation.h"
+#include "conformance/kit/Contents.h"
 #include "conformance/kit/Poison.h"
+#include "conformance/kit/Shield.h"
 
 namespace kit {
 
@@ -22,9 +25,18 @@ std::string DescribeDraws(const std::vector<std::size_t>& draws) {
     return text + (draws.empty() ? "" : ")");
 }
 
-std::string DescribeMemory(const Case& c) {
-    static const char* const kPitches[] = {"tight", "of whole 16 bytes", "odd"};
-    return std::string("pitches ") + kPitches[static_cast<int>(c.pitches)] +
+// With rows on pages, the most bytes that a plane may take.
+constexpr std::size_t kMostOnPages = std::size_t{1} << 17;
+
+// So many calls more of a case that is repeated; if the last ones all allocate, what they allocate is lost.
+constexpr int kRepeats = 11;
+constexpr int kGrowingCalls = 3;
+
+std::string DescribeMemory(const Case& c, Reach reach) {
+    static const char* const kPitches[] = {
+        "tight", "of whole 16 bytes", "odd", "drawn", "of more than 16 bits", "of 30 bits, rows far apart", "of more than 32 bits"};
+    return std::string("pitches ") +
+           (reach == Reach::RowsOnPages ? "of whole pages" : kPitches[static_cast<int>(c.pitches)]) +
            (c.placement == Placement::Rear ? ", planes end before an unmapped page"
                                            : ", planes begin behind an unmapped page");
 }
@@ -36,18 +48,25 @@ bool TakesNullPointers(const Case& c) {
 
 }  // namespace
 
-Differential::Differential(const Entry& entry, const AnyFunction& subject, const AnyFunction& model)
-    : entry_(entry), options_(entry.options()), subject_(subject), model_(model) {}
+Differential::Differential(const Entry& entry, const AnyFunction& subject, const AnyFunction& model,
+                           Progress* progress)
+    : entry_(entry),
+      options_(entry.options()),
+      subject_(subject),
+      model_(model),
+      progress_(progress == nullptr ? ownProgress_ : *progress) {}
 
-Verdict Differential::Run(const Sweep& sweep, std::uint64_t seed, std::size_t onlyCase) {
+Verdict Differential::Run(const Plan& plan, std::size_t onlyCase) {
     Verdict verdict;
-    options_ = sweep;
-    ForEachCase(sweep, seed, [&](const Case& options) {
+    ForEachCase(plan, [&](const Part& part, const Case& options) {
+        verdict.last = options.number;
         if (onlyCase != 0 && options.number != onlyCase) {
             return options.number < onlyCase;
         }
         ++verdict.cases;
         verdict.failing = options.number;
+        verdict.seed = part.seed;
+        options_ = part.sweep;
         verdict.finding = RunCase(options);
         return verdict.finding.None();
     });
@@ -55,18 +74,62 @@ Verdict Differential::Run(const Sweep& sweep, std::uint64_t seed, std::size_t on
 }
 
 Finding Differential::RunCase(const Case& options) {
-    finding_ = {};
-    asked_ = options;
-    case_ = options;
-    Lay(options);
-    RunModel();
+    const Finding finding = RunCase(options, MannerOf(options.number));
+    if (finding.None() || repeating_ || !onlyTitle_.empty()) {
+        return finding;
+    }
+    // What fails in the usual manner too is told more simply so.
+    const Finding usual = RunCase(options, {});
+    return usual.None() ? finding : usual;
+}
+
+Finding Differential::RunCase(const Case& options, const Manner& manner) {
+    Prepare(options, manner);
     if (finding_.None()) {
         RunSubject();
     }
-    if (!finding_.None()) {
-        finding_.report += DescribeCall();
+    return Found();
+}
+
+Finding Differential::Prepare(const Case& options, const Manner& manner, const std::string& circumstance) {
+    finding_ = {};
+    before_.clear();
+    repeating_ = false;
+    asked_ = options;
+    case_ = options;
+    manner_ = manner;
+    circumstance_ = circumstance;
+    progress_.number = static_cast<std::uint32_t>(options.number);
+    progress_.Enter(Stage::Kit);
+    Lay(options);
+    if (!onlyTitle_.empty()) {
+        return Blame(onlyTitle_);
     }
-    return finding_;
+    RunModel();
+    if (finding_.None()) {
+        DisguisePadding();
+    }
+    return Found();
+}
+
+Finding Differential::CallSubject() {
+    RunSubject();
+    return Found();
+}
+
+Finding Differential::Blame(const std::string& title) {
+    Report(title + "\n");
+    return Found();
+}
+
+// With the description of the call, once.
+Finding Differential::Found() {
+    if (finding_.None()) {
+        return {};
+    }
+    Finding found = finding_;
+    found.report += DescribeCall();
+    return found;
 }
 
 // ---- Memory ------------------------------------------------------------------------------------------------------
@@ -74,6 +137,7 @@ Finding Differential::RunCase(const Case& options) {
 // Places the planes and makes up their content.
 void Differential::Lay(const Case& options) {
     layout_ = LayOut(entry_, options);
+    ChooseReach();
     for (std::size_t i = 0; i < layout_.count; ++i) {
         const PlaneShape& shape = layout_.planes[i].shape;
         if (buffers_[i] == nullptr || buffers_[i]->size() < Plane::BytesFor(shape)) {
@@ -87,7 +151,7 @@ void Differential::Lay(const Case& options) {
         }
         FillNoise(MixSeed(options.seed, i), plane.allocation(), plane.allocationSize());
         if (layout_.planes[i].access != Access::Write) {
-            plane.Fill(options.pattern, MixSeed(options.seed, 100 + i));
+            FillSource(plane, layout_, i, options);
         }
     }
     PlaceMatrix();
@@ -97,14 +161,52 @@ void Differential::Lay(const Case& options) {
     }
 }
 
-// Moves the matrix into the middle of the first plane, if there is room.
-void Differential::PlaceMatrix() {
-    const Plane& plane = planes_[0];
-    if (!case_.matrixInside || plane.shape().Span() < sizeof(Matrix) + alignof(Matrix)) {
+// Moves the rows to pages of their own, where all planes can have that.
+void Differential::ChooseReach() {
+    if (AreFarApart(case_.pitches)) {
+        manner_.reach = Reach::Usual;
+    }
+    if (manner_.reach != Reach::RowsOnPages) {
         return;
     }
-    void* place = plane.data() + (plane.shape().Span() - sizeof(Matrix) - alignof(Matrix)) / 2;
-    std::size_t room = sizeof(Matrix) + alignof(Matrix);
+    const auto pitch = [](const PlaneShape& shape) {
+        return (shape.rowBytes + shape.spareColumns + PageBytes() - 1) / PageBytes() * PageBytes() + PageBytes();
+    };
+    for (std::size_t i = 0; i < layout_.count; ++i) {
+        const PlaneShape& shape = layout_.planes[i].shape;
+        if (shape.drifts || shape.margin > 0 || case_.matrixPlace != MatrixPlace::Own ||
+            (shape.rows + shape.spareRows) * pitch(shape) > kMostOnPages) {
+            manner_.reach = Reach::Usual;
+            return;
+        }
+    }
+    for (std::size_t i = 0; i < layout_.count; ++i) {
+        layout_.planes[i].shape.pitch = pitch(layout_.planes[i].shape);
+    }
+}
+
+// Moves the matrix into a plane that is written, if there is room: somewhere between its first byte and its last.
+void Differential::PlaceMatrix() {
+    if (case_.matrixPlace == MatrixPlace::Own) {
+        return;
+    }
+    const std::size_t index = case_.matrixPlace == MatrixPlace::U ? 1 : case_.matrixPlace == MatrixPlace::V ? 2
+                                                                                                            : 0;
+    const PlaneShape& shape = planes_[index].shape();
+    std::size_t begin = 0;
+    std::size_t end = shape.Span();
+    if (case_.matrixPlace == MatrixPlace::SpareRow) {
+        begin = shape.spareRows == 0 ? end : shape.rows * shape.pitch;
+    }
+    constexpr std::size_t kRoom = sizeof(Matrix) + alignof(Matrix);
+    if (end < begin + kRoom) {
+        case_.matrixPlace = MatrixPlace::Own;
+        return;
+    }
+    const std::size_t places = end - begin - kRoom + 1;
+    const bool middle = case_.matrixPlace == MatrixPlace::Middle;
+    void* place = planes_[index].data() + begin + (middle ? (places - 1) / 2 : MixSeed(case_.seed, 300) % places);
+    std::size_t room = kRoom;
     std::memcpy(std::align(alignof(Matrix), sizeof(Matrix), place, room), case_.matrix, sizeof(Matrix));
     case_.matrix = static_cast<const Matrix*>(place);
 }
@@ -116,11 +218,27 @@ void Differential::DisguisePadding() {
         if (layout_.planes[i].access == Access::Read) {
             plane.ForEachGap([&](std::size_t offset, std::size_t size) {
                 for (std::size_t k = offset; k < offset + size; ++k) {
-                    plane.allocation()[k] = static_cast<std::uint8_t>(~initial_[i][k] & 0xff);
-                    expected_[i][k] = plane.allocation()[k];
+                    initial_[i][k] = static_cast<std::uint8_t>(~initial_[i][k] & 0xff);
+                    expected_[i][k] = initial_[i][k];
                 }
             });
         }
+    }
+}
+
+void Differential::ShieldPlanes() const {
+    for (std::size_t i = 0; i < layout_.count; ++i) {
+        if (manner_.reach == Reach::SourcesReadOnly && layout_.planes[i].access == Access::Read) {
+            ForbidWriting(planes_[i]);
+        } else if (manner_.reach == Reach::RowsOnPages) {
+            HideGaps(planes_[i]);
+        }
+    }
+}
+
+void Differential::UnshieldPlanes() const {
+    for (std::size_t i = 0; manner_.reach != Reach::Usual && i < layout_.count; ++i) {
+        AllowAll(planes_[i]);
     }
 }
 
@@ -130,7 +248,7 @@ void Differential::PoisonGaps() const {
         planes_[i].ForEachGap(
             [&](std::size_t offset, std::size_t size) { Poison(planes_[i].allocation() + offset, size); });
     }
-    if (kPoisons && case_.matrixInside) {
+    if (kPoisons && case_.matrixPlace != MatrixPlace::Own) {
         Unpoison(static_cast<const std::uint8_t*>(static_cast<const void*>(case_.matrix)), sizeof(Matrix));
     }
 }
@@ -146,7 +264,9 @@ void Differential::UnpoisonPlanes() const {
 // Lets the model write what is expected, and holds the model to the bounds of the catalogue.
 void Differential::RunModel() {
     ScriptedRandom::ServeSeed(case_.seed);
-    const std::optional<Fault> fault = catcher_.Call(model_, views_.data(), case_);
+    progress_.Enter(Stage::Model);
+    const std::optional<Fault> fault = catcher_.Run([&] { Call(model_, views_.data(), case_); });
+    progress_.Enter(Stage::Kit);
     if (fault) {
         ReportFault("the model crashed", *fault);
         return;
@@ -166,20 +286,88 @@ void Differential::RunModel() {
 }
 
 void Differential::RunSubject() {
+    CallOnce();
+    if (finding_.None() && manner_.repeated) {
+        RepeatSubject();
+    }
+}
+
+// The same call on the same memory has the same result, and leaves as much allocated as before. The first calls may take
+// what an allocator keeps at hand, which is not counted.
+void Differential::RepeatSubject() {
+    repeating_ = true;
+    before_ = "differs when called again with the same arguments: ";
+    int growing = 0;  // calls in a row that left more than there was
+    for (int i = 0; i < kRepeats && finding_.None(); ++i) {
+        CallOnce();
+        growing = aftermath_.allocated > 0 ? growing + 1 : 0;
+    }
+    before_.clear();
+    if (growing >= kGrowingCalls && finding_.None()) {
+        Report("leaks memory: " + std::to_string(aftermath_.allocated) + " bytes at every call\n");
+    }
+}
+
+void Differential::CallOnce() {
     for (std::size_t i = 0; i < layout_.count; ++i) {
         std::memcpy(planes_[i].allocation(), initial_[i].data(), initial_[i].size());
     }
-    DisguisePadding();
-    ScriptedRandom::ServeSeed(case_.seed);
+    aftermath_.fault.reset();
+    aftermath_.change.count = 0;
+    if (AreFarApart(case_.pitches)) {
+        MoveFarApart();
+    }
     PoisonGaps();
-    const std::optional<Fault> fault = catcher_.Call(subject_, views_.data(), case_);
+    ShieldPlanes();
+    progress_.Enter(Stage::Subject);
+    if (manner_.secondThread) {
+        if (secondThread_ == nullptr) {
+            secondThread_ = std::make_unique<SecondThread>();
+        }
+        secondThread_->Run([this] { CallHere(); });
+    } else {
+        CallHere();
+    }
+    progress_.Enter(Stage::Kit);
+    UnshieldPlanes();
     UnpoisonPlanes();
-    if (fault) {
-        ReportFault("crashed", *fault);
+    if (AreFarApart(case_.pitches)) {
+        MoveBack();
+    }
+    if (aftermath_.fault) {
+        ReportFault("crashed", *aftermath_.fault);
         return;
     }
     ComparePlanes();
     CompareDraws();
+    if (aftermath_.change.count > 0) {
+        Report("left the processor changed: " + aftermath_.change.Text() + "\n");
+    }
+}
+
+// The call itself, on whatever thread this is.
+void Differential::CallHere() {
+    ScriptedRandom::ServeSeed(case_.seed);
+    const std::size_t allocated = manner_.repeated ? AllocatedBytes() : 0;
+    aftermath_.fault = catcher_.Run(
+        [this] { CallWatched(subject_, views_.data(), case_, manner_.floats, aftermath_.change); });
+    aftermath_.allocated = static_cast<std::ptrdiff_t>((manner_.repeated ? AllocatedBytes() : 0) - allocated);
+    aftermath_.draws = ScriptedRandom::Draws();
+}
+
+// The same bytes in rows that lie far apart; what becomes of them is brought back.
+void Differential::MoveFarApart() {
+    for (std::size_t i = 0; i < layout_.count; ++i) {
+        farPlanes_[i] = FarPlane(planes_[i], case_.pitches, i);
+        views_[i] = farPlanes_[i].View();
+    }
+}
+
+void Differential::MoveBack() {
+    for (std::size_t i = 0; i < layout_.count; ++i) {
+        farPlanes_[i].ReturnTo(planes_[i]);
+        farPlanes_[i] = FarPlane();
+    }
 }
 
 // ---- What differs ------------------------------------------------------------------------------------------------
@@ -204,7 +392,7 @@ void Differential::ComparePlanes() {
 }
 
 void Differential::CompareDraws() {
-    const std::vector<std::size_t>& draws = ScriptedRandom::Draws();
+    const std::vector<std::size_t>& draws = aftermath_.draws;
     if (draws != expectedDraws_) {
         Report("drew other random bytes: expected " + DescribeDraws(expectedDraws_) + ", found " +
                DescribeDraws(draws) + "\n");
@@ -213,29 +401,55 @@ void Differential::CompareDraws() {
 
 // The first line of the first text becomes the title.
 void Differential::Report(const std::string& text, std::size_t differing) {
+    const std::string line = finding_.None() ? before_ + text : text;
     if (finding_.None()) {
-        finding_.title = text.substr(0, text.find('\n'));
+        finding_.title = line.substr(0, line.find('\n'));
     }
-    finding_.report += text;
+    finding_.report += line;
     if (differing > 1) {
         finding_.report += "(" + std::to_string(differing) + " such bytes)\n";
     }
 }
 
 void Differential::ReportFault(const char* who, const Fault& fault) {
-    std::string text = std::string(who) + ": " + fault.signal;
-    if (fault.memory) {
-        std::string where = fault.address < 65536 ? "at a null pointer or near it" : "at an address far from all planes";
-        for (std::size_t i = 0; i < layout_.count; ++i) {
-            if (planes_[i].IsNear(fault.address)) {
-                const auto place = static_cast<std::ptrdiff_t>(
-                    fault.address - reinterpret_cast<std::uintptr_t>(planes_[i].data()));
-                where = std::string("on touching plane ") + layout_.planes[i].name + ", " + planes_[i].Where(place);
-            }
-        }
-        text += " " + where;
+    const std::string place = PlaceOf(fault.address);
+    if (!fault.memory) {
+        Report(std::string(who) + ": " + fault.signal + "\n");
+    } else if (secondThread_ != nullptr && secondThread_->IsBelowStack(fault.address)) {
+        Report("needs more stack than " + std::to_string(SecondThread::StackBytes() / 1024) + " KiB: " + fault.signal +
+               " below the stack of a second thread\n");
+    } else if (IsReadOnly(fault.address)) {
+        Report("wrote to a source that it may only read: " + place + "\n");
+    } else {
+        Report(std::string(who) + ": " + fault.signal +
+               (!place.empty()          ? " on touching " + place
+                : fault.address < 65536 ? " at a null pointer or near it"
+                                        : " at an address far from all planes") +
+               "\n");
     }
-    Report(text + "\n");
+}
+
+// The place in words, if it is in a plane or near one.
+std::string Differential::PlaceOf(std::uintptr_t address) const {
+    for (std::size_t i = 0; i < layout_.count; ++i) {
+        if (planes_[i].IsNear(address)) {
+            const auto place =
+                static_cast<std::ptrdiff_t>(address - reinterpret_cast<std::uintptr_t>(planes_[i].data()));
+            return std::string("plane ") + layout_.planes[i].name + ", " + planes_[i].Where(place);
+        }
+    }
+    return "";
+}
+
+// Whether the address lies in a source that only writing could fail for.
+bool Differential::IsReadOnly(std::uintptr_t address) const {
+    for (std::size_t i = 0; manner_.reach == Reach::SourcesReadOnly && i < layout_.count; ++i) {
+        const auto begin = reinterpret_cast<std::uintptr_t>(planes_[i].allocation());
+        if (layout_.planes[i].access == Access::Read && address - begin < planes_[i].allocationSize()) {
+            return true;
+        }
+    }
+    return false;
 }
 
 std::string Differential::DescribeCall() const {
@@ -246,8 +460,9 @@ std::string Differential::DescribeCall() const {
     std::string text = "call: " + std::string(entry_.name) + CallText(subject_, views_.data(), names.data(), case_) +
                        "\ncase: " + std::to_string(case_.width) + "x" + std::to_string(case_.height);
     const std::string option = NameOption(options_, asked_);
-    text += (option == "-" ? "" : ", " + option) + "; " + DescribeMemory(case_) + "; content " +
-            NameOf(case_.pattern) + "; seed of the case " + std::to_string(case_.seed) + "\n";
+    text += (option == "-" ? "" : ", " + option) + "; " + DescribeMemory(case_, manner_.reach) + "; content " +
+            NameOf(case_.pattern) + "; seed of the case " + std::to_string(case_.seed) + Describe(manner_) +
+            (circumstance_.empty() ? "" : "; " + circumstance_) + "\n";
     if (asked_.matrix != nullptr) {
         text += "coeffs:";
         for (const auto& row : asked_.matrix->rows) {

@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <iterator>
 
+#include "conformance/kit/ProcessorState.h"
+
 namespace kit {
 
 namespace {
@@ -14,18 +16,19 @@ struct Caught {
     const char* name;
 };
 
-// A trap that a compiler put in raises SIGILL on x86 and SIGTRAP on AArch64.
-constexpr Caught kCaught[] = {
-    {SIGSEGV, "SIGSEGV"}, {SIGBUS, "SIGBUS"}, {SIGILL, "SIGILL"}, {SIGTRAP, "SIGTRAP"}, {SIGFPE, "SIGFPE"}};
+// A trap that a compiler put in raises SIGILL on x86 and SIGTRAP on AArch64. SIGABRT is what abort() and a failed
+// assertion raise.
+constexpr Caught kCaught[] = {{SIGSEGV, "SIGSEGV"}, {SIGBUS, "SIGBUS"}, {SIGILL, "SIGILL"}, {SIGTRAP, "SIGTRAP"}, {SIGFPE, "SIGFPE"}, {SIGABRT, "SIGABRT"}, {SIGSYS, "SIGSYS"}};
 
-sigjmp_buf wayOut;
-volatile sig_atomic_t calling = 0;
-volatile sig_atomic_t signalNumber = 0;
-void* volatile faultAddress = nullptr;
+constexpr std::size_t kSignalStackBytes = std::size_t{1} << 16;
 
-// A fault of anything but the function under test belongs to the program: the default action takes it when the
-// instruction runs again.
-void LeaveCall(int number, siginfo_t* info, void*) {
+thread_local sigjmp_buf wayOut;
+thread_local volatile sig_atomic_t calling = 0;
+thread_local volatile sig_atomic_t signalNumber = 0;
+thread_local void* volatile faultAddress = nullptr;
+
+// A fault of anything but the work belongs to the program: the default action takes it when the instruction runs again.
+void LeaveWork(int number, siginfo_t* info, void*) {
     if (calling == 0) {
         signal(number, SIG_DFL);
         return;
@@ -38,12 +41,31 @@ void LeaveCall(int number, siginfo_t* info, void*) {
 
 }  // namespace
 
+SignalStack::SignalStack() {
+    stack_t present = {};
+    if (sigaltstack(nullptr, &present) == 0 && (present.ss_flags & SS_DISABLE) != 0) {
+        memory_.resize(kSignalStackBytes);
+        stack_t stack = {};
+        stack.ss_sp = memory_.data();
+        stack.ss_size = memory_.size();
+        sigaltstack(&stack, nullptr);
+    }
+}
+
+SignalStack::~SignalStack() {
+    if (!memory_.empty()) {
+        stack_t none = {};
+        none.ss_flags = SS_DISABLE;
+        sigaltstack(&none, nullptr);
+    }
+}
+
 FaultCatcher::FaultCatcher()
     : former_(std::size(kCaught)) {
     struct sigaction action = {};
-    action.sa_sigaction = LeaveCall;
+    action.sa_sigaction = LeaveWork;
     // The handler does not return, so that the signal must not stay blocked.
-    action.sa_flags = SA_SIGINFO | SA_NODEFER;
+    action.sa_flags = SA_SIGINFO | SA_NODEFER | SA_ONSTACK;
     for (std::size_t i = 0; i < former_.size(); ++i) {
         sigaction(kCaught[i].number, &action, &former_[i]);
     }
@@ -56,14 +78,14 @@ FaultCatcher::~FaultCatcher() {
 }
 
 // Nothing between the jump and its target has a destructor.
-std::optional<Fault> FaultCatcher::Call(const AnyFunction& function, const PlaneView* planes,
-                                        const Case& options) const {
+std::optional<Fault> FaultCatcher::Catch(void (*run)(void*), void* work) {
     if (sigsetjmp(wayOut, 0) == 0) {
         calling = 1;
-        kit::Call(function, planes, options);
+        run(work);
         calling = 0;
         return std::nullopt;
     }
+    ResetProcessor();
     Fault fault;
     for (const Caught& caught : kCaught) {
         if (caught.number == signalNumber) {

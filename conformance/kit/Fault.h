@@ -1,5 +1,4 @@
-// Calls a function so that a touch on an unmapped page, or another signal of the processor, ends the call and not the
-// process.
+// Runs work so that a touch on an unmapped page, or another signal of the processor, ends the work and not the process.
 #ifndef KOR_CONFORMANCE_KIT_FAULT_H
 #define KOR_CONFORMANCE_KIT_FAULT_H
 
@@ -7,9 +6,8 @@
 
 #include <cstdint>
 #include <optional>
+#include <type_traits>
 #include <vector>
-
-#include "conformance/core/Functions.h"
 
 namespace kit {
 
@@ -19,7 +17,20 @@ struct Fault {
     bool memory = false;         // a touch on memory
 };
 
-// Catches faults for as long as it lives; handlers that were there before come back afterwards.
+// A stack for the handlers of this thread's signals, so that a thread that has used up its own can be caught. Leaves a
+// stack that is there already.
+class SignalStack {
+  public:
+    SignalStack();
+    ~SignalStack();
+    SignalStack(const SignalStack&) = delete;
+    SignalStack& operator=(const SignalStack&) = delete;
+
+  private:
+    std::vector<char> memory_;
+};
+
+// Catches faults on every thread for as long as it lives; handlers that were there before come back afterwards.
 class FaultCatcher {
   public:
     FaultCatcher();
@@ -27,10 +38,17 @@ class FaultCatcher {
     FaultCatcher(const FaultCatcher&) = delete;
     FaultCatcher& operator=(const FaultCatcher&) = delete;
 
-    // Calls the function and tells the fault that ended the call, if one did.
-    std::optional<Fault> Call(const AnyFunction& function, const PlaneView* planes, const Case& options) const;
+    // Does the work and returns the fault that ended it, if one did. A fault leaves the work by a jump: no destructors
+    // run, so the work must not need any. An exception that leaves the work is a fault too, SIGABRT.
+    template <class Work>
+    std::optional<Fault> Run(Work&& work) const {
+        return Catch([](void* it) noexcept { (*static_cast<std::remove_reference_t<Work>*>(it))(); }, &work);
+    }
 
   private:
+    static std::optional<Fault> Catch(void (*run)(void*), void* work);
+
+    SignalStack stack_;
     std::vector<struct sigaction> former_;
 };
 

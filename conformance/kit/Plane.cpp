@@ -105,21 +105,26 @@ void Plane::Fill(Pattern pattern, std::uint64_t seed) const {
     FillPattern(pattern, seed, data_, shape_.pitch, shape_.rowBytes, shape_.rows);
 }
 
+// What is forbidden and what is not take turns; most of either is alike and told so at once.
 Plane::Differences Plane::Compare(const std::uint8_t* expected) const {
     Differences differences;
-    if (std::memcmp(expected, allocation_, allocationSize_) == 0) {
-        return differences;
-    }
-    std::vector<bool> forbidden(allocationSize_);
-    ForEachGap([&](std::size_t offset, std::size_t size) {
-        std::fill_n(forbidden.begin() + static_cast<std::ptrdiff_t>(offset), size, true);
-    });
-    for (std::size_t i = allocationSize_; i-- > 0;) {
-        if (expected[i] != allocation_[i]) {
-            (forbidden[i] ? differences.firstOutside : differences.firstInside) = i;
-            ++(forbidden[i] ? differences.outside : differences.inside);
+    const auto compare = [&](std::size_t from, std::size_t to, std::size_t& count, std::size_t& first) {
+        if (from >= to || std::memcmp(expected + from, allocation_ + from, to - from) == 0) {
+            return;
         }
-    }
+        if (count == 0) {
+            first = static_cast<std::size_t>(std::mismatch(expected + from, expected + to, allocation_ + from).first - expected);
+        }
+        for (std::size_t i = from; i < to; ++i) {
+            count += expected[i] != allocation_[i] ? 1 : 0;
+        }
+    };
+    std::size_t behind = 0;
+    ForEachGap([&](std::size_t offset, std::size_t size) {
+        compare(behind, offset, differences.inside, differences.firstInside);
+        compare(offset, offset + size, differences.outside, differences.firstOutside);
+        behind = offset + size;
+    });
     return differences;
 }
 

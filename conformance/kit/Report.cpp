@@ -58,14 +58,38 @@ std::string Attribute(const char* name, const std::string& value) {
 }
 
 // Why a function was not tried.
-const char* WhyUntried(const Outcome& outcome) {
-    return outcome.offered ? "no such case" : "not in the table";
+std::string WhyUntried(const Outcome& outcome) {
+    return !outcome.offered  ? "not in the table"
+           : outcome.refused ? "not run: this machine cannot run target " + outcome.target->name
+                             : "no such case";
+}
+
+// The names of the targets that this machine cannot run.
+std::string Refused(const std::vector<Outcome>& outcomes) {
+    std::string names;
+    const Target* last = nullptr;
+    for (const Outcome& outcome : outcomes) {
+        if (outcome.refused && outcome.target != last) {
+            names += (names.empty() ? "" : ", ") + outcome.target->name;
+            last = outcome.target;
+        }
+    }
+    return names;
+}
+
+std::string Joined(const std::vector<std::string>& words) {
+    std::string text;
+    for (const std::string& word : words) {
+        text += (text.empty() ? "" : ", ") + word;
+    }
+    return text;
 }
 
 struct Totals {
     std::size_t same = 0;
     std::size_t differ = 0;
     std::size_t untried = 0;
+    std::size_t refused = 0;
     std::size_t cases = 0;
     double seconds = 0;
 
@@ -73,31 +97,50 @@ struct Totals {
         for (const Outcome& outcome : outcomes) {
             cases += outcome.verdict.cases;
             seconds += outcome.seconds;
-            ++(!outcome.Tried() ? untried : outcome.verdict.Same() ? same
-                                                                   : differ);
+            ++(outcome.refused          ? refused
+               : !outcome.Tried()       ? untried
+               : outcome.verdict.Same() ? same
+                                        : differ);
         }
     }
 };
 
 }  // namespace
 
-std::string TextLine(const Request& request, const Outcome& outcome) {
-    char line[128];
+std::string TextHeading(const Target& target) {
+    return target.Named() ? "target " + target.name + "\n" : "";
+}
+
+std::string TextName(const Entry& entry) {
+    char text[64];
+    std::snprintf(text, sizeof text, "%-34s ", entry.name);
+    return text;
+}
+
+std::string TextResult(const Request& request, const Outcome& outcome) {
     if (!outcome.Tried()) {
-        std::snprintf(line, sizeof line, "%-34s %s\n", outcome.entry->name, WhyUntried(outcome));
-        return line;
+        return WhyUntried(outcome) + "\n";
     }
     const Verdict& verdict = outcome.verdict;
-    std::snprintf(line, sizeof line, "%-34s %-8s %9zu cases %8s s\n", outcome.entry->name,
-                  verdict.Same() ? "same" : "DIFFERS", verdict.cases, Seconds(outcome.seconds).c_str());
+    char line[128];
+    std::snprintf(line, sizeof line, "%-8s %9zu cases %8s s\n", verdict.Same() ? "same" : "DIFFERS", verdict.cases,
+                  Seconds(outcome.seconds).c_str());
     return line + (verdict.Same() ? "" : Indented(FailureText(request, outcome)));
 }
 
 std::string TextSummary(const Request& request, const std::vector<Outcome>& outcomes) {
     const Totals totals(outcomes);
-    return request.name + ": " + std::to_string(totals.same) + " same, " + std::to_string(totals.differ) +
-           " different, " + std::to_string(totals.untried) + " not tried; " + std::to_string(totals.cases) +
-           " cases in " + Seconds(totals.seconds) + " s, seed " + std::to_string(request.seed) + "\n";
+    const std::string refused = Refused(outcomes);
+    const std::string unchecked = Joined(NotChecked(request));
+    return (unchecked.empty() ? "" : "not checked here: " + unchecked + "\n") +
+           (refused.empty() ? "" : "targets not run, as this machine cannot: " + refused + "\n") + request.name + ": " +
+           std::to_string(totals.same) + " same, " + std::to_string(totals.differ) + " different, " +
+           std::to_string(totals.untried) + " not tried; " + std::to_string(totals.cases) + " cases in " +
+           Seconds(totals.seconds) + " s, seed " + std::to_string(request.plan.seed) +
+           (request.plan.randomSeed == request.plan.seed
+                ? ""
+                : ", of random cases " + std::to_string(request.plan.randomSeed)) +
+           "\n";
 }
 
 std::string JUnitXml(const Request& request, const std::vector<Outcome>& outcomes) {
@@ -105,11 +148,15 @@ std::string JUnitXml(const Request& request, const std::vector<Outcome>& outcome
     std::string xml = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites>\n  <testsuite";
     xml += Attribute("name", request.name) + Attribute("tests", std::to_string(outcomes.size())) +
            Attribute("failures", std::to_string(totals.differ)) + Attribute("errors", "0") +
-           Attribute("skipped", std::to_string(totals.untried)) + Attribute("time", Seconds(totals.seconds)) + ">\n";
-    xml += "    <properties>\n      <property name=\"seed\"" + Attribute("value", std::to_string(request.seed)) +
+           Attribute("skipped", std::to_string(totals.untried + totals.refused)) +
+           Attribute("time", Seconds(totals.seconds)) + ">\n";
+    xml += "    <properties>\n      <property name=\"seed\"" + Attribute("value", std::to_string(request.plan.seed)) +
+           "/>\n      <property name=\"random-seed\"" + Attribute("value", std::to_string(request.plan.randomSeed)) +
+           "/>\n      <property name=\"not-checked\"" + Attribute("value", Joined(NotChecked(request))) +
            "/>\n    </properties>\n";
     for (const Outcome& outcome : outcomes) {
-        xml += "    <testcase" + Attribute("classname", request.name) + Attribute("name", outcome.entry->name) +
+        const std::string target = outcome.target->Named() ? "." + outcome.target->name : "";
+        xml += "    <testcase" + Attribute("classname", request.name + target) + Attribute("name", outcome.entry->name) +
                Attribute("time", Seconds(outcome.seconds));
         if (!outcome.Tried()) {
             xml += ">\n      <skipped" + Attribute("message", WhyUntried(outcome)) + "/>\n    </testcase>\n";

@@ -1,7 +1,7 @@
 /*
- * Capture: a YUY2 frame of a camera that hangs on its side becomes an upright I420 picture, in one call.
+ * Capture: a YUY2 frame from a camera mounted sideways becomes an upright I420 picture, in one call.
  *
- * The camera's frame is made up here: black, with a white square in its upper left corner. Turned clockwise by 90
+ * The camera's frame is made up: black, with a white square in its upper left corner. After a clockwise rotation by 90
  * degrees, the square must be in the upper right corner.
  */
 #include <stdio.h>
@@ -11,16 +11,16 @@
 #include "Kor/Video/Common/C/KorYuv420_C_.h"
 
 enum {
-    /* The frame as the camera delivers it. Turned by a quarter, its sides change places. */
+    /* The frame as the camera delivers it. A rotation by 90 degrees swaps its width and height. */
     kWidth = 640,
     kHeight = 360,
-    kTurnedWidth = kHeight,
-    kTurnedHeight = kWidth,
+    kRotatedWidth = kHeight,
+    kRotatedHeight = kWidth,
 
-    /* The pitch is the distance in bytes between two rows. YUY2 has two bytes a pixel; drivers like to pad a row. */
+    /* The pitch is the distance in bytes between two rows. YUY2 has two bytes per pixel; drivers often pad rows. */
     kPitch = 2 * kWidth + 64,
 
-    /* Limited range: luma goes from 16 to 235, and 128 is no colour. */
+    /* Limited range: luma is 16 to 235, and chroma of 128 is colourless. */
     kBlack = 16,
     kWhite = 235,
     kNoColour = 128,
@@ -30,10 +30,10 @@ enum {
 
 static KorUint8 camera[kHeight * kPitch];
 
-/* The turned picture: luma for every pixel, and two planes of chroma with a sample for every two by two pixels. */
-static KorUint8 y[kTurnedHeight][kTurnedWidth];
-static KorUint8 u[kTurnedHeight / 2][kTurnedWidth / 2];
-static KorUint8 v[kTurnedHeight / 2][kTurnedWidth / 2];
+/* The rotated picture: luma for every pixel, and two planes of chroma with a sample for every two by two pixels. */
+static KorUint8 y[kRotatedHeight][kRotatedWidth];
+static KorUint8 u[kRotatedHeight / 2][kRotatedWidth / 2];
+static KorUint8 v[kRotatedHeight / 2][kRotatedWidth / 2];
 
 static void PointTheCamera(void) {
     int row, pair;
@@ -58,11 +58,12 @@ static void Expect(int condition, const char* what) {
 
 static void CheckThePicture(void) {
     int row, column;
-    for (row = 0; row < kTurnedHeight; ++row) {
-        for (column = 0; column < kTurnedWidth; ++column) {
-            const int inSquare = row < kSquare && column >= kTurnedWidth - kSquare;
+    for (row = 0; row < kRotatedHeight; ++row) {
+        for (column = 0; column < kRotatedWidth; ++column) {
+            const int inSquare = row < kSquare && column >= kRotatedWidth - kSquare;
             Expect(y[row][column] == (inSquare ? kWhite : kBlack), "the square is not in the upper right corner");
-            Expect(u[row / 2][column / 2] == kNoColour && v[row / 2][column / 2] == kNoColour, "there is colour");
+            Expect(u[row / 2][column / 2] == kNoColour && v[row / 2][column / 2] == kNoColour,
+                   "the picture is not grey");
         }
     }
 }
@@ -71,17 +72,14 @@ int main(void) {
     PointTheCamera();
 
     /*
-     * Destinations come first, each with the pitch of its plane as it is after the turn; then the source with its size
-     * as it is before. Nothing is allocated, and nothing can fail: the caller provides planes that are large enough.
+     * Destinations come first, each with the pitch of the rotated plane; then the source, with its size before the
+     * rotation. Nothing is allocated, and nothing can fail: the caller provides planes that are large enough.
      */
-    KorYUY2ToI420WithRotation_C_(y[0], kTurnedWidth,
-                                 u[0], kTurnedWidth / 2,
-                                 v[0], kTurnedWidth / 2,
-                                 camera, kPitch,
+    KorYUY2ToI420WithRotation_C_(y[0], kRotatedWidth, u[0], kRotatedWidth / 2, v[0], kRotatedWidth / 2, camera, kPitch,
                                  kWidth, kHeight, /* flip: */ 0, /* degrees, clockwise: */ 90);
 
     CheckThePicture();
-    printf("YUY2 of %d by %d became I420 of %d by %d, and the square is where it belongs.\n",
-           kWidth, kHeight, kTurnedWidth, kTurnedHeight);
+    printf("YUY2 of %d by %d became I420 of %d by %d, and the square is where it belongs.\n", kWidth, kHeight,
+           kRotatedWidth, kRotatedHeight);
     return 0;
 }

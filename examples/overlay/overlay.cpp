@@ -1,4 +1,4 @@
-// Overlay: a round logo with a soft edge is laid over a video frame, each sample with an opacity of its own.
+// Overlay: lays a round logo with a soft edge over a video frame, with a separate opacity for each sample.
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -10,7 +10,7 @@ namespace {
 
 using Samples = std::vector<KorUint8>;
 
-// An I420 picture whose sides are even: a full plane of luma, two of chroma at half its width and half its height.
+// An I420 picture of even size: a full plane of luma, two planes of chroma at half its width and height.
 struct I420 {
     KorSizeT width, height;
     Samples y, u, v;
@@ -30,13 +30,12 @@ void Expect(bool condition, const char* what) {
     }
 }
 
-// A red disc, as drawing programs deliver it: BGRA with the opacity in A. The edge fades over eight pixels.
+// A red disc as drawing programs export it: BGRA with the opacity in A. The edge fades over eight pixels.
 Samples DrawLogo() {
     Samples bgra;
     for (KorSizeT row = 0; row < kLogo; ++row) {
         for (KorSizeT column = 0; column < kLogo; ++column) {
-            const double distance =
-                std::hypot(static_cast<double>(column) - 31.5, static_cast<double>(row) - 31.5);
+            const double distance = std::hypot(static_cast<double>(column) - 31.5, static_cast<double>(row) - 31.5);
             const double opacity = std::fmin(1, std::fmax(0, (30 - distance) / 8));
             bgra.insert(bgra.end(), {0, 0, 255, static_cast<KorUint8>(std::lround(255 * opacity))});
         }
@@ -44,8 +43,8 @@ Samples DrawLogo() {
     return bgra;
 }
 
-// The library leaves alpha alone when it captures, so the opacity is taken out by hand: as it is for luma, and for chroma
-// the average of each two by two pixels, because that is the area that a chroma sample covers.
+// Captures ignore alpha, so the opacity is extracted by hand: unchanged for luma, and for chroma the average of each
+// two by two pixels, because that is the area that a chroma sample covers.
 I420 OpacityOf(const Samples& bgra) {
     I420 opacity = OneColour(kLogo, kLogo, 0, 0, 0);
     for (KorSizeT i = 0; i < opacity.y.size(); ++i)
@@ -73,28 +72,19 @@ int main() {
 
     const Samples bgra = DrawLogo();
     I420 logo = OneColour(kLogo, kLogo, 0, 0, 0);
-    KorBGRAToI420_C_(logo.y.data(), kLogo,
-                     logo.u.data(), kLogo / 2,
-                     logo.v.data(), kLogo / 2,
-                     bgra.data(), 4 * kLogo,
+    KorBGRAToI420_C_(logo.y.data(), kLogo, logo.u.data(), kLogo / 2, logo.v.data(), kLogo / 2, bgra.data(), 4 * kLogo,
                      kLogo, kLogo, /* flip: */ 0);
     I420 opacity = OpacityOf(bgra);
 
-    // Even positions: then the logo's chroma samples meet those of the frame. The logo has to lie inside the frame, since
-    // nothing is clipped.
+    // At even positions the logo's chroma samples coincide with those of the frame. The logo must lie inside the frame,
+    // because nothing is clipped.
     const KorSizeT left = 240, top = 16;
-    KorI420AlphaArrayBlend_C_(frame.y.data(), frame.width,
-                              frame.u.data(), frame.width / 2,
-                              frame.v.data(), frame.width / 2,
-                              logo.y.data(), kLogo,
-                              logo.u.data(), kLogo / 2,
-                              logo.v.data(), kLogo / 2,
-                              kLogo, kLogo, left, top,
-                              opacity.y.data(), kLogo,
-                              opacity.u.data(), kLogo / 2,
+    KorI420AlphaArrayBlend_C_(frame.y.data(), frame.width, frame.u.data(), frame.width / 2, frame.v.data(),
+                              frame.width / 2, logo.y.data(), kLogo, logo.u.data(), kLogo / 2, logo.v.data(), kLogo / 2,
+                              kLogo, kLogo, left, top, opacity.y.data(), kLogo, opacity.u.data(), kLogo / 2,
                               opacity.v.data(), kLogo / 2);
 
-    // Opacity 0 and 255 are exact; between them, a sample lies between the two pictures.
+    // Opacity 0 and 255 are exact; in between, a sample lies between those of the two pictures.
     for (KorSizeT row = 0; row < frame.height; ++row) {
         for (KorSizeT column = 0; column < frame.width; ++column) {
             const bool isInside = column >= left && column < left + kLogo && row >= top && row < top + kLogo;
@@ -108,6 +98,6 @@ int main() {
     const KorSizeT middle = (top + kLogo / 2) / 2 * (frame.width / 2) + (left + kLogo / 2) / 2;
     Expect(frame.u[middle] == 90 && frame.v[middle] == 239, "the logo is not red");
 
-    std::printf("A logo of %zu by %zu lies over the frame at %zu, %zu, with a soft edge.\n", kLogo, kLogo, left, top);
+    std::printf("Laid a logo of %zu by %zu over the frame at %zu, %zu, with a soft edge.\n", kLogo, kLogo, left, top);
     return 0;
 }

@@ -1,6 +1,6 @@
-// Own services: a program that brings its own random bytes and its own noise table, and links no Kor::Platform.
+// Own services: a program that provides its own random bytes and noise table instead of linking Kor::Platform.
 //
-// With these services (services.cpp) dithering can be repeated: the same seed gives the same bytes.
+// These services (services.cpp) make dithering repeatable: the same seed gives the same bytes.
 #include <cstdio>
 #include <cstdlib>
 #include <vector>
@@ -26,15 +26,12 @@ std::vector<KorUint8> DitheredGrey(uint64_t seed) {
     const std::vector<KorUint8> grey(kWidth * kHeight, kGrey);
     std::vector<KorUint8> uyvy(2 * kWidth * kHeight);
     SeedNoise(seed);
-    KorI420ToUYVY_C_(grey.data(), kWidth,
-                     grey.data(), kWidth / 2,
-                     grey.data(), kWidth / 2,
-                     uyvy.data(), 2 * kWidth,
+    KorI420ToUYVY_C_(grey.data(), kWidth, grey.data(), kWidth / 2, grey.data(), kWidth / 2, uyvy.data(), 2 * kWidth,
                      kWidth, kHeight, KOR_VIDEOFRAMEDITHERLEVEL_2);
     return uyvy;
 }
 
-// At the strongest level luma gets the entries of the table as they are, from some multiple of eight on.
+// At the strongest level, luma gets unscaled entries of the table, starting at a multiple of eight.
 bool FirstRowHasNoiseFrom(KorSizeT start, const std::vector<KorUint8>& uyvy) {
     for (KorSizeT column = 0; column < kWidth; ++column) {
         if (uyvy[2 * column + 1] != kGrey + KorTblDitherStd4[(start + column) % 16384])
@@ -55,9 +52,9 @@ bool FirstRowHasNoiseOfTheTable(const std::vector<KorUint8>& uyvy) {
 
 int main() {
     const std::vector<KorUint8> first = DitheredGrey(1);
-    Expect(FirstRowHasNoiseOfTheTable(first), "the noise is not that of the program's table");
-    Expect(DitheredGrey(2) != first, "another seed gave the same noise");
-    Expect(DitheredGrey(1) == first, "the same seed gave other noise");
-    std::printf("Dithered with the program's own noise, and once more to the same bytes.\n");
+    Expect(FirstRowHasNoiseOfTheTable(first), "the noise is not from the program's table");
+    Expect(DitheredGrey(2) != first, "a different seed gave the same noise");
+    Expect(DitheredGrey(1) == first, "the same seed gave different noise");
+    std::printf("Dithered twice with the program's own noise, to the same bytes.\n");
     return 0;
 }

@@ -1,7 +1,7 @@
-// The two services of this program: noise that can be repeated, for tests and for encoders that compare runs.
+// The two services of this program: repeatable noise, for tests and for encoders that compare runs.
 //
-// The library asks for random bytes to learn where in the noise table to start, three times a dithered frame. Both
-// symbols have C linkage by the headers that declare them, so they could as well be written in C.
+// The library asks for random bytes three times per dithered frame, to choose where in the noise table to start. Both
+// symbols get C linkage from the headers that declare them, so they could just as well be written in C.
 #include "services.h"
 
 #include <atomic>
@@ -11,19 +11,19 @@
 
 namespace {
 
-// Makes a random number of every count.
+// Maps a counter to random numbers.
 constexpr uint64_t Mix(uint64_t x) {
     x = (x ^ (x >> 30)) * 0xbf58476d1ce4e5b9u;
     x = (x ^ (x >> 27)) * 0x94d049bb133111ebu;
     return x ^ (x >> 31);
 }
 
-// Two dice with the faces 0 to 7, less their mean: -7 to 7, and the middle more often than the ends.
+// Two dice with faces 0 to 7, minus their mean: -7 to 7, the middle more often than the ends.
 constexpr KorInt16 Noise(uint64_t index) {
     return static_cast<KorInt16>(static_cast<int>(Mix(index) % 8 + (Mix(index) >> 32) % 8) - 7);
 }
 
-// Any thread may call the service while others do, so its state is one atomic counter.
+// Several threads may call the service at the same time, so its state is one atomic counter.
 std::atomic<uint64_t> counter{0};
 
 }  // namespace
@@ -32,15 +32,15 @@ void SeedNoise(uint64_t seed) {
     counter = Mix(seed);
 }
 
-// Fills the buffer. True says that it did; a service that cannot deliver returns false.
+// Fills the buffer and returns true; a service that fails returns false.
 KorBool KorRandomGetBytes(char* buffer, KorSizeT count) {
     for (KorSizeT i = 0; i < count; ++i)
         buffer[i] = static_cast<char>(Mix(++counter) & 0xff);
     return 1;
 }
 
-// The table: 16384 values around zero. Plain noise serves here; the default table of Kor::Platform is shaped so that the
-// eye overlooks it.
+// The table: 16384 values around zero. Plain noise is enough here; the default table of Kor::Platform is shaped to be
+// less visible.
 #define NOISE_4(i) Noise(i), Noise((i) + 1), Noise((i) + 2), Noise((i) + 3)
 #define NOISE_16(i) NOISE_4(i), NOISE_4((i) + 4), NOISE_4((i) + 8), NOISE_4((i) + 12)
 #define NOISE_64(i) NOISE_16(i), NOISE_16((i) + 16), NOISE_16((i) + 32), NOISE_16((i) + 48)

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-// Dithered frames that follow the same seed, in the same order, get the same noise.
+// Frames dithered in the same order after the same seed get the same noise.
 void SeedNoise(uint64_t seed);
 
 #endif

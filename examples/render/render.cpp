@@ -1,9 +1,9 @@
-// Render: an I420 picture to BGRA, once as it is and once dithered, and written as a picture that any viewer opens.
+// Render: converts an I420 picture to BGRA, once plain and once dithered, and writes a picture that any viewer opens.
 //
-// The picture is a soft dark ramp, which is where eight bits show: rendered as it is, it falls into vertical stripes, each
-// of one shade. Dithering adds a little noise before the conversion, and the eye sees no stripe any more.
+// The picture is a soft, dark ramp, where eight bits are visibly too few: rendered plain, it shows vertical stripes.
+// Dithering adds a little noise before the conversion, and the stripes disappear.
 //
-//   render [FILE.ppm]       upper half as it is, lower half dithered; render.ppm, if no name is given
+//   render [FILE.ppm]       upper half plain, lower half dithered; the default is render.ppm
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -27,19 +27,16 @@ void Expect(bool condition, const char* what) {
     }
 }
 
-// Luma climbs from 32 to 52 over the whole width; chroma says no colour.
+// Luma rises from 32 to 52 across the width; chroma is colourless.
 Picture Render(KorVideoFrameDitherLevel level) {
     Picture y(kWidth * kHeight);
     for (KorSizeT i = 0; i < y.size(); ++i)
         y[i] = static_cast<KorUint8>(32 + i % kWidth * 20 / kWidth);
-    const Picture chroma(kWidth / 2 * kHeight / 2, 128);  // both planes may be the same: they are only read
+    const Picture chroma(kWidth / 2 * kHeight / 2, 128);  // both planes may be the same, because they are only read
 
     Picture bgra(kWidth * kHeight * kBytes);
-    KorI420ToBGRA_C_(y.data(), kWidth,
-                     chroma.data(), kWidth / 2,
-                     chroma.data(), kWidth / 2,
-                     bgra.data(), kWidth * kBytes,
-                     kWidth, kHeight, level);
+    KorI420ToBGRA_C_(y.data(), kWidth, chroma.data(), kWidth / 2, chroma.data(), kWidth / 2, bgra.data(),
+                     kWidth * kBytes, kWidth, kHeight, level);
     return bgra;
 }
 
@@ -50,19 +47,19 @@ double Mean(const Picture& picture) {
     return sum / static_cast<double>(picture.size());
 }
 
-// The noise changes single pixels, by a few steps at the weakest level, and leaves the brightness of the whole alone.
+// The noise changes single pixels, by a few steps at the weakest level, but not the overall brightness.
 void Check(const Picture& plain, const Picture& dithered) {
     KorSizeT changed = 0;
     for (KorSizeT i = 0; i < plain.size(); ++i) {
         Expect(std::abs(plain[i] - dithered[i]) <= 16, "the noise is too strong");
-        Expect(i % kBytes != 3 || dithered[i] == 255, "a rendered picture is opaque");
+        Expect(i % kBytes != 3 || dithered[i] == 255, "the rendered picture is not opaque");
         changed += plain[i] != dithered[i];
     }
     Expect(changed > plain.size() / 4, "there is no noise");
     Expect(std::abs(Mean(plain) - Mean(dithered)) < 1, "the noise changed the brightness");
 }
 
-// PPM wants R, G, B.
+// PPM stores R, G, B.
 void AppendAsRgb(std::ofstream& file, const Picture& bgra) {
     for (KorSizeT i = 0; i < bgra.size(); i += kBytes) {
         file.put(static_cast<char>(bgra[i + 2]));
@@ -81,12 +78,11 @@ int main(int argc, char** argv) {
     Check(plain, dithered);
 
     std::ofstream file(name, std::ios::binary);
-    file << "P6\n"
-         << kWidth << " " << 2 * kHeight << "\n255\n";
+    file << "P6\n" << kWidth << " " << 2 * kHeight << "\n255\n";
     AppendAsRgb(file, plain);
     AppendAsRgb(file, dithered);
     file.close();
     Expect(file.good(), ("cannot write " + name).c_str());
-    std::printf("Written to %s: a dark ramp, as it is above, dithered below.\n", name.c_str());
+    std::printf("Wrote %s: a dark ramp, plain above, dithered below.\n", name.c_str());
     return 0;
 }

@@ -1,23 +1,24 @@
 /*
- * Makes the table of dither noise, platform/KorTblDitherStd4.cpp.
+ * Generates the table of dither noise, platform/KorTblDitherStd4.cpp.
  *
  *   GenerateDitherTable                prints the source file of the table
- *   GenerateDitherTable --check FILE   succeeds when FILE is, byte for byte, what would be printed
+ *   GenerateDitherTable --check FILE   succeeds if FILE is, byte for byte, what would be printed
  *
- * The table is a ring of 16384 values. What it must look like, and why, stands in docs/noise.md; in short:
+ * The table is a ring of 16384 values. docs/noise.md explains its requirements; in short:
  *
- *   - The histogram is a bell with sum 0 and variance 16, both exactly. It is fixed below; the search only orders it.
- *   - Along a row of pixels the noise has next to no energy at low frequencies, where the eye is sensitive: the
+ *   - The histogram is a bell with sum 0 and variance 16, both exact. It is fixed below; the search only orders it.
+ *   - Along a row of pixels the noise has almost no energy at low frequencies, where the eye is sensitive: the
  *     autocorrelation at lags 1 to 7 is prescribed.
- *   - Everywhere else it is white. Rows of a picture lie 8 n entries apart, and every width has another n, so the
+ *   - Everywhere else it is white. Rows of a picture lie 8 n entries apart, and n differs from width to width, so the
  *     autocorrelation at all multiples of 8 is driven to zero.
- *   - Strides of 512, 1024, 2048 and 4096 bring the same noise back after a few rows, which would draw upright lines.
- *     Entries a quarter and a half of the table apart lean to opposite signs, so that most of it cancels in a column.
- *   - The conversions use the values shifted right by 0 to 4 bits, and rounding adds noise of its own. So all this is
- *     asked of the five shifted tables together, not of the values alone.
+ *   - Strides of 512, 1024, 2048 and 4096 repeat the same noise after a few rows, which would draw vertical lines.
+ *     Entries a quarter and a half of the table apart are negatively correlated, so that most of it cancels in a
+ *     column.
+ *   - The conversions use the values shifted right by 0 to 4 bits, and rounding adds noise of its own. So all of this
+ *     is required of the five shifted tables together, not only of the values.
  *
- * The search starts from a shuffled table and tries to swap two random entries; a swap stays when it brings the
- * autocorrelations nearer to their targets. Everything is integer arithmetic and the random numbers are drawn below,
+ * The search starts from a shuffled table and repeatedly tries to swap two random entries; it keeps a swap that brings
+ * the autocorrelations closer to their targets. All arithmetic is integer, and the random numbers are generated below,
  * so every compiler and every machine makes the same table.
  */
 #include <algorithm>
@@ -36,10 +37,10 @@ namespace {
 constexpr int kSize = 16384;
 constexpr int kMask = kSize - 1;
 
-// ---- What the table shall be ----
+// ---- Requirements on the table ----
 
-// How often a value occurs: entry e is the count of +e, and of -e. These are 16384 throws of 64 coins (a binomial
-// distribution of variance 16), rounded; 0, 8, 13 and 14 are a few counts off so that size and variance are exact.
+// How often a value occurs: entry e is the count of +e, and of -e. These are 16384 tosses of 64 coins (a binomial
+// distribution of variance 16), rounded; 0, 8, 13 and 14 are a few counts off, to make size and variance exact.
 constexpr std::array<int, 15> kCountOf = {1624, 1578, 1439, 1234, 994, 752, 534, 356, 225, 130, 71, 37, 17, 9, 4};
 
 constexpr int SumOverHistogram(int power) {
@@ -51,9 +52,9 @@ constexpr int SumOverHistogram(int power) {
 static_assert(SumOverHistogram(0) == kSize, "the histogram fills the table");
 static_assert(SumOverHistogram(2) == 16 * kSize, "the standard deviation is exactly 4");
 
-// The autocorrelation along a row, in thousandths of the variance; 0 at every lag beyond the last. Of all noise with
-// so short a memory this has next to the least energy below 0.15 cycles a pixel (-25 dB), without a peak above: it is
-// the mean spectrum of the four best filters of eight taps for that stop band (platform/noise/evidence.py derives it).
+// The autocorrelation along a row, in thousandths of the variance; 0 at every lag beyond the last. Of all noise with so
+// short a memory this has close to the least energy below 0.15 cycles per pixel (-25 dB), without a peak above: it is
+// the mean spectrum of the four best eight-tap filters for that stop band (platform/noise/evidence.py derives it).
 constexpr std::array<int, 8> kAlongRow = {1000, -551, -86, 125, 73, -42, -48, 30};
 constexpr int kReach = static_cast<int>(kAlongRow.size()) - 1;
 
@@ -62,14 +63,14 @@ constexpr int AlongRow(int lag) {
     return distance <= kReach ? kAlongRow[static_cast<size_t>(distance)] : 0;
 }
 
-// The whole target at lags from 1 to half the ring, in quarters of a thousandth. Where the index has come round to the
-// same column by a quarter or a half of the table, the correlation is -1/4 of that along a row. That leaves a column a
-// quarter of its power; at -1/3, the limit, it would have to cancel altogether.
+// The complete target at lags from 1 to half the ring, in quarters of a thousandth. Where the index returns to the same
+// column after a quarter or a half of the table, the correlation is -1/4 of that along a row. That leaves a column a
+// quarter of its power; at -1/3, the limit, it would have to cancel completely.
 constexpr int TargetAt(int lag) {
     return 4 * AlongRow(lag) - AlongRow(lag - kSize / 4) - AlongRow(lag - kSize / 2);
 }
 
-// The table is used shifted right by 0 to 4 bits: luma by 2, 1, 0; chroma by 3, 2, 1; the dither filter also 3 and 4.
+// The table is used shifted right by 0 to 4 bits: luma by 2, 1, 0; chroma by 3, 2, 1; the filter also by 3 and 4.
 constexpr int kShifts = 5;
 
 // The noise rule of the conversions: halves round up.
@@ -79,7 +80,7 @@ constexpr int ShiftRight(int entry, int shift) {
 
 // ---- The search ----
 
-// A linear congruential generator modulo 2^64, of which only the upper half is used.
+// A linear congruential generator modulo 2^64, using only the upper half.
 class Random {
   public:
     // A number from 0 to bound - 1.
@@ -92,12 +93,12 @@ class Random {
     uint64_t state_ = 1;
 };
 
-// A ring of values, how far its autocorrelation is from the target at the lags kStep * kFirst, ..., kStep * kLast, and
-// how a swap of two values would change that.
+// A ring of values, the errors of its autocorrelation at the lags kStep * kFirst, ..., kStep * kLast, and how a swap of
+// two values would change them.
 template <int kStep, int kFirst, int kLast>
 class LagErrors {
   public:
-    // Takes the values over and measures all errors, in sums of products over the ring.
+    // Takes over the values and computes all errors, as sums of products over the ring.
     void Load(const std::array<int, kSize>& table, int shift) {
         int64_t sum = 0;
         int64_t squares = 0;
@@ -117,8 +118,8 @@ class LagErrors {
         }
     }
 
-    // What swapping the values at a and b would add to the sum of squared errors. The two must not lie half a ring
-    // apart: there a lag would meet the pair from both sides.
+    // What swapping the values at a and b would add to the sum of squared errors. They must not be half a ring apart,
+    // where a lag would meet the pair from both sides.
     int64_t CostOfSwap(int a, int b) {
         const int16_t* nextA = At(a);
         const int16_t* nextB = At(b);
@@ -128,7 +129,7 @@ class LagErrors {
         for (int k = kFirst; k <= kLast; ++k)
             change_[k - kFirst] = static_cast<int16_t>(step * (nextA[k] + lastA[-k] - nextB[k] - lastB[-k]));
 
-        // At the lag between them the two are each other's neighbours, and their product stays what it was.
+        // At the lag between them they are each other's neighbours, and their product does not change.
         const int apart = std::min((b - a) & kMask, (a - b) & kMask);
         if (apart % kStep == 0 && apart >= kStep * kFirst && apart <= kStep * kLast) {
             int16_t& change = change_[apart / kStep - kFirst];
@@ -143,7 +144,7 @@ class LagErrors {
         return cost;
     }
 
-    // Makes the swap that CostOfSwap was asked about last.
+    // Performs the swap that CostOfSwap evaluated last.
     void Swap(int a, int b) {
         for (size_t j = 0; j < kCount; ++j)
             error_[j] += change_[j];
@@ -172,13 +173,13 @@ class LagErrors {
         entry[0] = entry[kPeriod] = static_cast<int16_t>(value);
     }
 
-    // Values kStep apart lie side by side, and everything is laid out twice so that no lag needs to wrap.
+    // Values kStep apart are adjacent, and everything is stored twice so that no lag needs to wrap.
     int16_t ring_[kPhases][kPositions];
     int error_[kCount];
     int16_t change_[kCount];
 };
 
-// The table, shifted by some number of bits: all the lags that have a target of their own, and the multiples of 8.
+// The table, shifted by a number of bits: all lags with a target of their own, and the multiples of 8.
 struct ShiftedTable {
     LagErrors<1, 1, 31> row;
     LagErrors<1, kSize / 4 - kReach, kSize / 4 + kReach> quarter;
@@ -192,11 +193,10 @@ struct ShiftedTable {
     int64_t ErrorOfShape() const { return row.SquaredError() + quarter.SquaredError() + half.SquaredError(); }
 };
 
-// The table, shifted five ways, and the swaps that improve it.
+// The table at all five shifts, and the swaps that improve it.
 class Search {
   public:
-    explicit Search(Random& random)
-        : random_(random) {
+    explicit Search(Random& random) : random_(random) {
         int i = 0;
         for (int e = 1 - static_cast<int>(kCountOf.size()); e < static_cast<int>(kCountOf.size()); ++e)
             for (int n = kCountOf[static_cast<size_t>(e < 0 ? -e : e)]; n > 0; --n)
@@ -205,7 +205,7 @@ class Search {
             std::swap(Entry(i), Entry(random_.Below(i + 1)));
     }
 
-    // First the prescribed lags alone: they are few, so swaps are cheap and take it nearly all the way.
+    // First only the prescribed lags: they are few, so swaps are cheap, and they get nearly all the way.
     void Shape(int swaps) {
         for (int shift = 0; shift < kShifts; ++shift) {
             Shifted(shift).row.Load(table_, shift);
@@ -218,8 +218,8 @@ class Search {
         }
     }
 
-    // Then the distances between rows as well. An error of shape counts 64 times as much; and where a swap makes the
-    // shape worse by more than a thousandth part, the long sum over all distances is not worth forming.
+    // Then the distances between rows too. An error of shape counts 64 times as much; and if a swap makes the shape
+    // worse by more than a thousandth, the long sum over all distances is not worth computing.
     void Whiten(int swaps) {
         for (int shift = 0; shift < kShifts; ++shift)
             Shifted(shift).rows.Load(table_, shift);
@@ -241,7 +241,7 @@ class Search {
     int& Entry(int index) { return table_[static_cast<size_t>(index)]; }
     ShiftedTable& Shifted(int shift) { return shifted_[static_cast<size_t>(shift)]; }
 
-    // The weight that makes errors of a shifted table comparable with those of the unshifted one: a product shrinks by
+    // The weight that makes errors of a shifted table comparable to those of the unshifted one: a product shrinks by
     // 4^shift, its square by 16^shift.
     static int64_t Weighted(int64_t squares, int shift) { return squares * (int64_t{1} << (4 * shift)); }
 
@@ -290,7 +290,7 @@ class Search {
         std::swap(Entry(a_), Entry(b_));
     }
 
-    // Many values fall together when they are shifted; then their swap changes nothing there.
+    // Many values become equal when shifted; swapping them then changes nothing.
     bool Matters(int shift) { return ShiftRight(Entry(a_), shift) != ShiftRight(Entry(b_), shift); }
 
     Random& random_;
@@ -351,6 +351,6 @@ int main(int argc, char** argv) {
         return std::fwrite(text.data(), 1, text.size(), stdout) == text.size() ? 0 : 1;
     if (IsContentOf(argv[2], text))
         return 0;
-    std::fprintf(stderr, "%s is not what %s makes\n", argv[2], argv[0]);
+    std::fprintf(stderr, "%s differs from the output of %s\n", argv[2], argv[0]);
     return 1;
 }

@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Shows what the table of dither noise is like: figures on the terminal, pictures in a directory.
+"""Analyses the table of dither noise: figures on the terminal, pictures in a directory.
 
     python3 platform/noise/evidence.py                      figures only
     python3 platform/noise/evidence.py docs/pictures/noise  and the pictures of docs/noise.md
 
 Needs numpy, and for the pictures matplotlib and Pillow (Debian: python3-numpy, python3-matplotlib, python3-pil).
-The rules by which the library applies noise are stated here a second time, so that this program needs no library.
+The library's noise rules are implemented here a second time, so that this program does not need the library.
 """
 import math
 import pathlib
@@ -45,7 +45,7 @@ def raster(table, row_stride, width, height, start=0):
 
 
 def render(y, u, v, table, level, starts):
-    """The renderers of 4:2:0 pictures with the BT.601 matrix: planes of samples to rows of R, G, B."""
+    """The I420 renderers with the BT.601 matrix: planes of samples to rows of R, G, B."""
     height, width = y.shape
     if level > 0:
         chroma_index = np.arange(height // 2)[:, None] * (width // 2) + np.arange(width // 2)
@@ -63,7 +63,7 @@ def render(y, u, v, table, level, starts):
 # ---- Measures ----
 
 def spectrum(noise):
-    """Power at k / SIZE cycles a pixel, as a multiple of that of white noise of the same variance."""
+    """Power at k / SIZE cycles per pixel, relative to white noise of the same variance."""
     noise = noise - noise.mean()
     return np.abs(np.fft.fft(noise)) ** 2 / (SIZE * noise.var())
 
@@ -82,7 +82,7 @@ def band(power, low, high):
 
 
 def nearest_repeat(row_stride, width):
-    """The shortest (rows, columns) by which the noise of a picture repeats itself."""
+    """The smallest (rows, columns) after which the noise of a picture repeats."""
     best = None
     for rows in range(0, SIZE // 8 + 1):
         columns = (-row_stride * rows) % SIZE
@@ -94,7 +94,7 @@ def nearest_repeat(row_stride, width):
 
 
 def column_power(noise, row_stride):
-    """Power of the sum over a column when the noise returns every SIZE / row_stride rows; white noise has 1."""
+    """Power of the sum over a column when the noise repeats every SIZE / row_stride rows; white noise has 1."""
     rows = SIZE // row_stride
     columns = (noise - noise.mean()).reshape(rows, row_stride).sum(axis=0)
     return columns.var() / rows / noise.var()
@@ -116,8 +116,8 @@ def blurred_deviation(plane):
 
 
 def filters_target():
-    """The autocorrelation that the generator prescribes: the mean of those of the four filters of eight taps that
-    leave the least energy below 0.15 cycles a pixel (the first eigenvectors of the stop band's energy)."""
+    """The autocorrelation that the generator prescribes: the mean over the four eight-tap filters that leave the least
+    energy below 0.15 cycles per pixel (the first eigenvectors of the stop band's energy)."""
     taps, edge, kept = 8, 0.15, 4
     distance = np.subtract.outer(np.arange(taps), np.arange(taps))
     energy = 2 * edge * np.sinc(2 * edge * distance)
@@ -131,7 +131,7 @@ def print_figures(table):
     print(f"entries {table.size}, sum {table.sum()}, standard deviation {table.std():.4f}, "
           f"range {table.min()} to {table.max()}")
 
-    print("\nper shift (mean and deviation in code values; power in dB against white noise)")
+    print("\nper shift (mean and deviation in code values; power in dB relative to white noise)")
     print("shift  mean    dev.   <0.05  <0.10  <0.15  0.15-0.2  >0.20   used for")
     for shift, use in enumerate(SHIFT_USES):
         noise = shifted(table, shift)
@@ -155,12 +155,12 @@ def print_figures(table):
     r = np.abs(autocorrelation(shuffled)[8:SIZE // 2 + 1])
     print(f"a shuffled table, for comparison: largest at any lag {r.max():.4f}")
 
-    print("\nwhat is left of the noise in a column at strides that return to it (white noise: 1)")
+    print("\nresidual column power at strides that repeat the noise (white noise: 1)")
     for shift in range(5):
         noise = shifted(table, shift)
         print(f"{shift:3d}   " + "   ".join(f"{s}: {column_power(noise, s):.3f}" for s in (512, 1024, 2048, 4096)))
 
-    print("\nwhat is left of luma noise in two dimensions after a Gaussian blur of 2 pixels (deviation in code values)")
+    print("\nresidual luma noise in two dimensions after a Gaussian blur of 2 pixels (deviation in code values)")
     white = np.random.default_rng(5).normal(0, 4, (400, 400)).round().astype(int)
     for level, shift in ((2, 0), (1, 1), (0, 2)):
         left = {width: blurred_deviation(shifted(raster(table, stride(width), 400, 400), shift))
@@ -190,7 +190,7 @@ def draw_spectrum(table, path):
     ideal = 1 + 2 * sum(target[k] * np.cos(2 * np.pi * k * frequency) for k in range(1, 8))
     axes.plot(frequency, decibel(ideal), "k--", linewidth=1, label="target")
     axes.axhline(0, color="grey", linewidth=1, label="white noise")
-    axes.set(xlabel="cycles a pixel, along a row", ylabel="dB against white noise", ylim=(-32, 6), xlim=(0, .5))
+    axes.set(xlabel="cycles per pixel, along a row", ylabel="dB relative to white noise", ylim=(-32, 6), xlim=(0, .5))
     axes.legend(fontsize=7)
     figure.tight_layout()
     figure.savefig(path, dpi=90)
@@ -219,7 +219,7 @@ def draw_spectrum_2d(table, path):
             name = f"width {width}" if width else "shuffled"
             axes[row, column].set_title(f"{name}, shift {shift}", fontsize=8)
             axes[row, column].set_axis_off()
-    figure.colorbar(image, ax=axes, shrink=.8, label="dB against white noise")
+    figure.colorbar(image, ax=axes, shrink=.8, label="dB relative to white noise")
     figure.savefig(path, dpi=64, bbox_inches="tight")
     plt.close(figure)
 
@@ -265,7 +265,7 @@ def draw_autocorrelation(table, path):
 
 
 def white_table():
-    """Plain white Gaussian noise of the same deviation."""
+    """White Gaussian noise of the same deviation."""
     return np.round(np.random.default_rng(3).normal(0, 4, SIZE)).astype(int)
 
 
@@ -286,8 +286,8 @@ def save(image, path):
 
 
 def draw_gradients(table, directory):
-    """A ramp of eight luma codes near black; from top to bottom not dithered, then levels 0, 1 and 2; left with this
-    table, right with plain white noise. Once from afar (blurred as the eye blurs), once a part of it enlarged."""
+    """A ramp of eight luma codes near black: from top to bottom not dithered, then levels 0, 1 and 2; on the left with
+    this table, on the right with white noise. Once from a distance (blurred as the eye does), once partly enlarged."""
     width, height, gap = 960, 128, 6
     y, u, v = gradient(width, height, 24, 32)
     far, near = [], []
@@ -308,7 +308,8 @@ def draw_gradients(table, directory):
 
 
 def draw_flat(table, directory):
-    """Luma noise on a flat area at several widths, full size and strongly stretched; right: plain white noise."""
+    """Luma noise on a flat area at several widths, full size, with strongly raised contrast; on the right, white
+    noise."""
     side, gap = 240, 4
     for name, shift in (("flat-level-2.png", 0), ("flat-level-0.png", 2)):
         tiles = []

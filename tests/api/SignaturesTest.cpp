@@ -1,5 +1,5 @@
-// The binary interface behind the names: the type of every exported function, written out in fundamental types, so that
-// a changed parameter, or a typedef that changed its meaning, does not compile.
+// The binary interface behind the names: the type of every exported function, spelled out in fundamental types, so that
+// a changed parameter or typedef does not compile.
 #include <gtest/gtest.h>
 
 #include <cstddef>
@@ -25,7 +25,7 @@ static_assert(KOR_VIDEOFRAMEDITHERLEVEL_Off == 0 && KOR_VIDEOFRAMEDITHERLEVEL_0 
                   KOR_VIDEOFRAMEDITHERLEVEL_1 == 2 && KOR_VIDEOFRAMEDITHERLEVEL_2 == 3,
               "compiled programs contain the values of the levels");
 
-// The shapes of the functions. Planes are a pointer and a pitch each.
+// The shapes of the functions. Each plane is a pointer and a pitch.
 namespace shape {
 using Plane = void(Source, ptrdiff_t, Bytes, Size, Size, Size);
 using Split = void(Source, ptrdiff_t, Bytes, Size, Bytes, Size, Size, Size);
@@ -41,12 +41,12 @@ using Render = void(Source, Size, Source, Size, Source, Size, Bytes, Size, Size,
 using RenderGeneral = void(Source, Size, Source, Size, Source, Size, Bytes, Size, Size, Size, Matrix, Level);
 using Pack = void(Source, Size, Source, Size, Source, Size, Bytes, Size, Size, Size);
 
-using Dither = void(Source, Size, Source, Size, Source, Size, Bytes, Size, Bytes, Size, Bytes, Size,
-                    Size, Size, Level, uint8_t);
-using Blend = void(Bytes, Size, Bytes, Size, Bytes, Size, Source, Size, Source, Size, Source, Size,
-                   Size, Size, Size, Size, uint8_t);
-using BlendArray = void(Bytes, Size, Bytes, Size, Bytes, Size, Source, Size, Source, Size, Source, Size,
-                        Size, Size, Size, Size, Bytes, Size, Bytes, Size, Bytes, Size);
+using Dither = void(Source, Size, Source, Size, Source, Size, Bytes, Size, Bytes, Size, Bytes, Size, Size, Size, Level,
+                    uint8_t);
+using Blend = void(Bytes, Size, Bytes, Size, Bytes, Size, Source, Size, Source, Size, Source, Size, Size, Size, Size,
+                   Size, uint8_t);
+using BlendArray = void(Bytes, Size, Bytes, Size, Bytes, Size, Source, Size, Source, Size, Source, Size, Size, Size,
+                        Size, Size, Bytes, Size, Bytes, Size, Bytes, Size);
 }  // namespace shape
 
 #define KOR_FUNCTION(name, type, family, frames) \
@@ -56,7 +56,7 @@ using BlendArray = void(Bytes, Size, Bytes, Size, Bytes, Size, Source, Size, Sou
 static_assert(std::is_same_v<decltype(KorRandomGetBytes), uint8_t(char*, size_t)>, "the random service has changed");
 static_assert(std::is_same_v<decltype(KorTblDitherStd4), const int16_t[]>, "the noise table has changed");
 
-// The list of functions, from which all tables are made, names what the library exports, and nothing else.
+// The list of functions, from which all tables are generated, names exactly what the library exports.
 TEST(Signatures, CoverEveryExportedFunction) {
     const std::set<std::string> listed = {
 #define KOR_FUNCTION(name, type, family, frames) #name "_C_",

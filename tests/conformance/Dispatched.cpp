@@ -1,28 +1,10 @@
-// The dispatched functions held against the portable ones, for one target. The name of the target is the first argument; a
-// target that this machine cannot run is said to be skipped, with the exit status 77, and so is one that was not built.
-#include <cstdio>
-#include <cstring>
-
-#include "KorConformance.h"
+// The dispatched functions held against the portable ones: every target that this machine can run, and the automatic choice.
 #include "Kor/Video/Common/KorYuv420.h"
+#include "KorConformance.h"
 
 int main(int argc, char** argv) {
-    if (argc < 2) {
-        std::fprintf(stderr, "usage: %s TARGET [OPTION...]\n", argv[0]);
-        return KOR_CONFORMANCE_USAGE;
-    }
-    const char* const target = argv[1];
-    if (!KorYuv420SelectTarget(target)) {
-        std::printf("%s: not run; this machine or this build does not have it\n", target);
-        return 77;
-    }
-    if (std::strcmp(KorYuv420Target(), target) != 0) {
-        std::fprintf(stderr, "%s was selected, and the library names %s\n", target, KorYuv420Target());
-        return KOR_CONFORMANCE_DIFFERS;
-    }
     KorConformanceTable table = {};
 #define KOR_FUNCTION(name, shape, family, frames) table.name = &name;
 #include "Kor/Video/Common/KorYuv420Functions_.inc"
-    argv[1] = argv[0];
-    return KorConformanceMain(argc - 1, argv + 1, target, &table, nullptr);
+    return KorConformanceMainWithTargets(argc, argv, "dispatched", &table, nullptr, &KorYuv420Targets, &KorYuv420SelectTarget);
 }

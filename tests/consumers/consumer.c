@@ -1,4 +1,4 @@
-/* A program in C: a red picture through a capture, and back through a dithering renderer. */
+/* A C program: captures a red picture and renders it again with dither. */
 #include <stdio.h>
 #include <string.h>
 

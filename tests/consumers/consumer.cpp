@@ -1,4 +1,4 @@
-// A program in C++: the version of the headers, and a plane turned by a quarter.
+// A C++ program: the version of the headers, and a plane rotated by 90 degrees.
 #include <array>
 #include <iostream>
 
@@ -8,10 +8,10 @@ static_assert(KOR_VERSION_MAJOR >= 0 && sizeof(KorVideoFrameDitherLevel) == 4, "
 
 int main() {
     const std::array<KorUint8, 6> plane = {'a', 'b', 'c', 'd', 'e', 'f'};
-    std::array<KorUint8, 6> turned{};
-    KorPlanarRotation_C_(plane.data(), 3, turned.data(), 2, 3, 2, 90);
-    if (turned != std::array<KorUint8, 6>{'d', 'a', 'e', 'b', 'f', 'c'}) {
-        std::cerr << "consumer: the turned plane is wrong\n";
+    std::array<KorUint8, 6> rotated{};
+    KorPlanarRotation_C_(plane.data(), 3, rotated.data(), 2, 3, 2, 90);
+    if (rotated != std::array<KorUint8, 6>{'d', 'a', 'e', 'b', 'f', 'c'}) {
+        std::cerr << "consumer: the rotated plane is wrong\n";
         return 1;
     }
     return 0;

@@ -1,11 +1,13 @@
 #!/usr/bin/env python3
-"""Mutation run over the library's source: are the tests able to fail?
+"""Mutation testing of the library's source: can the tests fail?
 
-Makes one small change at a time, compiles the changed library as a shared object and lets the test programs load it,
-the quickest first, until one of them fails. A change that no test notices has survived: it needs a new test, or a
-line in equivalent.txt that says why no result can depend on it.
+Makes one small change at a time, compiles the changed library as a shared object and runs the test programs with it,
+the quickest first, until one of them fails. A change that no test notices has survived: it needs a new test, or a line
+in equivalent.txt that says why no result can depend on it.
 
-usage: mutate.py --build DIR [--sanitized DIR] [--results FILE] [--sample N] [--only REGEX] [--jobs N]
+usage: mutate.py --build DIR [--sanitized DIR] [--results FILE] [--sample N] [--only REGEX]
+                 [--kind KIND] [--jobs N]
+       mutate.py --planted --build DIR
        mutate.py --list | --check
 """
 import argparse
@@ -27,9 +29,10 @@ HERE = pathlib.Path(__file__).resolve().parent
 TOP = HERE.parent.parent
 SOURCE = TOP / "Kor/Video/Common/C/KorYuv420_C_.cpp"
 EQUIVALENT = HERE / "equivalent.txt"
+PLANTED = HERE / "planted.txt"
 
-# One line of the source before and after, and the definition that it stands in: PLACE, or PLACE[2] for the second line
-# of a definition that reads the same and changes in the same way.
+# A line of the source before and after, and its definition: PLACE, or PLACE[2] for the second line of a definition that
+# reads the same and changes in the same way.
 Mutant = collections.namedtuple("Mutant", "line place before after kind nth")
 
 
@@ -47,7 +50,7 @@ def is_code(line):
 
 
 def definitions(lines):
-    """For each line the name of the definition at the left margin that it belongs to."""
+    """For each line, the name of its top-level definition."""
     names, name = [], ""
     for line in lines:
         if line and line[0].isalpha() and is_code(line) and not line.startswith("}"):
@@ -103,7 +106,7 @@ def constants(code):
 
 def operators(code):
     kinds = {"<<": "shift", ">>": "shift", "&": "mask", "|": "mask", "^": "mask", "&&": "condition", "||": "condition"}
-    # The formatter puts blanks around binary operators and nowhere else.
+    # The formatter puts spaces around binary operators and nowhere else.
     for m in re.finditer(r"(?<= )(\+=|-=|<<|>>|<=|>=|==|!=|&&|\|\||[-+*/%<>&|^])(?= )", code):
         kind = kinds.get(m.group(1)) or ("comparison" if m.group(1)[0] in "<>=!" else "arithmetic")
         for other in BINARY[m.group(1)]:
@@ -153,20 +156,64 @@ def deletions(code):
         yield "deletion", indent + ";"
 
 
+def casts(code):
+    """Pitches, offsets and numbers of rows that lose their upper bits: the faults of code that was written for 32 bits, or
+    that keeps an offset in a lane of 16."""
+    if not code.startswith(" ") or "static_assert" in code:
+        return
+    # A pitch that is passed on; a declaration has a type before it.
+    for m in re.finditer(r"(?<=[({,*] )(?:\w+\.)?(pitch\w*|\w+Pitch)(?=[,})])|(?<=\{|\()(pitch\w*|\w+Pitch)(?=[,})])", code):
+        if not re.search(r"Kor\w+ $", code[:m.start()]):
+            for type_ in ("KorUint16", "KorUint"):
+                yield "narrowing", code[:m.start()] + f"static_cast<{type_}>({m.group(0)})" + code[m.end():]
+    # What is multiplied by a pitch.
+    for m in re.finditer(r"\w+ \* pitch\b|static_cast<KorDistanceT>\(\w+\) \* (?:dst\.)?(?:pitch|column|row)\b", code):
+        for type_ in ("KorInt16", "KorInt"):
+            yield "narrowing", code[:m.start()] + f"static_cast<{type_}>({m.group(0)})" + code[m.end():]
+    # Offsets that are added to a pointer, and numbers of rows.
+    for m in re.finditer(r"(?<=[+] )(\d+ \* )?(run\.)?(start|left|drift|entry|column)\b( / 2)?", code):
+        yield "narrowing", code[:m.start()] + f"static_cast<KorUint16>({m.group(0)})" + code[m.end():]
+    for m in re.finditer(r"\b(?:Row|At)\(", code):
+        end = closing(code, m.end() - 1)
+        arguments = top_level_split(code[m.end():end], ",") if end > 0 else []
+        if arguments and "KorSizeT" not in arguments[0]:
+            for i, argument in enumerate(arguments):
+                # A row of a tile has a small number.
+                if re.search(r"[a-z]", argument) and argument.strip() not in ("r", "k"):
+                    changed = [*arguments[:i], f" static_cast<KorUint16>({argument.strip()})", *arguments[i + 1:]]
+                    yield "narrowing", code[:m.end()] + ",".join(changed).strip() + code[end:]
+
+
+# Loops over a few things, whatever the picture.
+SHORT_LOOPS = re.compile(r"\b(h|half|bytes|kRun|8)$")
+
+
+def limits(code):
+    """Loops that end too early in rows and columns behind a limit, as vector code does that was tried with small pictures."""
+    m = re.match(r"(\s*for \(.*?; )(?:(\d) \* )?(\w+) < ((?:\w+)(?: / 2)?)(; .*)$", code)
+    if not m or SHORT_LOOPS.search(m.group(4)) or m.group(4) in ("n", "w") and m.group(3) in ("k", "r"):
+        return
+    head, scale, name, bound, rest = m.groups()
+    scaled = f"{scale} * {name}" if scale else name
+    # The runs of a row have at most 128 samples, or 64 pairs.
+    for limit in (50,) if bound in ("n", "whole", "end") else (100, 1100):
+        yield "limit", f"{head}{scaled} < {bound} && {name} < {limit}{rest}"
+
+
 def mutants_of(lines):
     places = definitions(lines)
     made = []
     alike = collections.Counter()
     asserting = False
     for number, line in enumerate(lines, 1):
-        # A static assertion is itself a test, to its last line.
+        # A static assertion is itself a test, up to its last line.
         asserting = line.strip().startswith("static_assert") or asserting
         if asserting or not is_code(line):
             asserting = asserting and not code_of(line).rstrip().endswith(";")
             continue
         code = code_of(line)
         seen = {code}
-        for make in (constants, operators, bounds, choices, deletions):
+        for make in (constants, operators, bounds, choices, deletions, casts, limits):
             for kind, after in make(code):
                 if after not in seen:
                     seen.add(after)
@@ -204,6 +251,55 @@ class Equivalents:
         return [line for key, line in self.known.items() if key not in self.used]
 
 
+# ---- Faults that are planted by hand --------------------------------------------------------------------------------
+
+Planted = collections.namedtuple("Planted", "function line text after")
+
+
+def read_planted(path, lines):
+    """Lines of the form `FUNCTION: PLACE: BEFORE ==> AFTER`; the function whose conformance run has to tell."""
+    places = definitions(lines)
+    found, stale = [], []
+    for text in path.read_text().splitlines():
+        if text.strip() and not text.startswith("#"):
+            function, place, rest = text.split(": ", 2)
+            before, after = rest.split(" ==> ", 1)
+            at = [i for i, line in enumerate(lines) if places[i] == place and code_of(line).strip() == before.strip()]
+            if at:
+                found.append(Planted(function, at[0], text, after))
+            else:
+                stale.append(text)
+    return found, stale
+
+
+def try_planted(workshop, planted, build):
+    """Each fault alone: the conformance run of its function must find a difference, and none in the source as it is."""
+    where = workshop.directory / "planted"
+    program = [build / "tests/conformance/KorConformanceTest", "--seed", "420", "--function"]
+    environment = dict(os.environ, LD_LIBRARY_PATH=str(where))
+
+    def status(lines, function):
+        done = workshop.compile("\n".join(lines) + "\n", FAST, where)
+        if done.returncode != 0:
+            sys.exit(f"mutate: does not compile:\n{done.stderr}")
+        return subprocess.run([*program, function], env=environment, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+
+    missed = 0
+    for fault in planted:
+        lines = list(workshop.lines)
+        lines[fault.line] = fault.after
+        done = status(lines, fault.function)
+        title = re.search(r"DIFFERS.*\n +(.*)", done.stdout)
+        caught = done.returncode == 1 and title
+        missed += not caught
+        print(f"{'caught' if caught else 'MISSED'} {fault.text}" + (f"\n       {title.group(1)}" if caught else ""), flush=True)
+    for function in sorted({fault.function for fault in planted}):
+        if status(workshop.lines, function).returncode != 0:
+            sys.exit(f"mutate: {function} of the source as it is differs from the reference")
+    print(f"{len(planted)} faults planted, {len(planted) - missed} caught")
+    return 1 if missed else 0
+
+
 # ---- Running the tests ----------------------------------------------------------------------------------------------
 
 class Stage:
@@ -217,7 +313,7 @@ class Stage:
     def run(self, library):
         environment = dict(os.environ, LD_LIBRARY_PATH=str(library.parent), UBSAN_OPTIONS="print_stacktrace=0",
                            ASAN_OPTIONS="detect_leaks=0")
-        # Time is counted in what the program uses, so that a busy machine makes no mutant look hung.
+        # The limit is processor time, so that no mutant looks hung on a busy machine.
         done = subprocess.run(["prlimit", f"--cpu={self.cpu_seconds}", "--core=0", *self.command], cwd=self.build,
                               env=environment, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         return done.returncode == 0
@@ -226,40 +322,44 @@ class Stage:
 QUICK = ["g++", "-O0"]
 FAST = ["g++", "-O1"]
 SANITIZED = ["g++", "-O1", "-fsanitize=address,undefined", "-fno-sanitize-recover=all"]
-# Some loops are told in another way to Clang.
+# Clang compiles some loops differently.
 CLANG = ["clang++", "-O1"]
 
 
 def stages(build, sanitized):
-    """The quickest first; what survives them all has survived."""
+    """The quickest first; a change that passes all of them has survived."""
     brief = ["--gtest_brief=1", "--gtest_fail_fast"]
     families = ["RgbToYuv", "YuvToRgb", "PackedYuv", "PlaneGeometry", "Compositing"]
 
     def fuzzers(*arguments):
-        calls = [f"fuzz/KorFuzz{name} " + " ".join(arguments).format(corpus=TOP / "fuzz/corpus" / name)
+        calls = [f"fuzz/KorFuzz{name} " + " ".join(arguments).format(corpus=f"{TOP}/fuzz/corpus/{name}.txt")
                  for name in families]
         return ["sh", "-c", " && ".join(calls)]
 
+    # Function by function, to end with the first that differs.
+    kit = "tests/conformance/KorConformanceTest"
+    each = f"names=$({kit} --list) && for name in $(echo \"$names\" | cut -d' ' -f1); do {kit} --seed 420 --function $name || exit 1; done"
     unit = ["tests/KorUnitTests", "--gtest_filter=-*Kit*:*MatricesOf*:SharedMemory*", *brief]
     listed = [
-        Stage("stored inputs of the fuzzers", build, QUICK, fuzzers("{corpus}")),
+        Stage("stored inputs of the fuzzers", build, QUICK, fuzzers("--stored", "{corpus}")),
         Stage("unit tests", build, QUICK, unit),
         Stage("property tests", build, QUICK, ["tests/KorPropertyTests", *brief]),
         Stage("random inputs of the fuzzers", build, QUICK, fuzzers("--random", "1000")),
         Stage("unit tests of matrices", build, FAST,
               ["tests/KorUnitTests", "--gtest_filter=*MatricesOf*:SharedMemory*", *brief]),
-        Stage("stored inputs, Clang", build, CLANG, fuzzers("{corpus}")),
+        Stage("stored inputs, Clang", build, CLANG, fuzzers("--stored", "{corpus}")),
         Stage("unit tests, Clang", build, CLANG, unit),
-        Stage("short conformance run, Clang", build, CLANG, ["tests/conformance/KorConformanceTest", "--quick"]),
-        Stage("conformance run", build, FAST, ["tests/conformance/KorConformanceTest"]),
+        Stage("short conformance run, Clang", build, CLANG, [kit, "--quick"]),
+        Stage("short conformance run", build, FAST, [kit, "--quick"]),
+        Stage("conformance run", build, FAST, ["sh", "-c", each]),
         Stage("exhaustive tests", build, FAST, ["tests/KorExhaustiveTests", *brief]),
     ]
     if sanitized:
         listed += [
-            Stage("stored inputs, sanitized", sanitized, SANITIZED, fuzzers("{corpus}")),
+            Stage("stored inputs, sanitized", sanitized, SANITIZED, fuzzers("--stored", "{corpus}")),
             Stage("unit tests, sanitized", sanitized, SANITIZED, unit),
             Stage("conformance run, sanitized", sanitized, SANITIZED,
-                  ["tests/conformance/KorConformanceTest", "--quick"]),
+                  [kit, "--quick"]),
         ]
     return listed
 
@@ -287,11 +387,13 @@ class Workshop:
              "-DKOR_BUILDING", f"-I{TOP}", source, "-o", where / self.soname, f"-Wl,-soname,{self.soname}"],
             capture_output=True, text=True)
 
-    def judge(self, text):
-        """Names the stage that the text fails; "" when it passes all."""
+    def judge(self, text, kind):
+        """The name of the stage that the text fails, or "" if it passes all."""
         where = self.directory / threading.current_thread().name
         compiled = None
-        for stage in self.stages:
+        # Only the kit has pictures that are large enough for some kinds.
+        large = kind in ("narrowing", "limit")
+        for stage in sorted(self.stages, key=lambda s: large and s.flags != FAST or large and "conformance" not in s.name):
             if stage.flags != compiled:
                 done = self.compile(text, stage.flags, where)
                 compiled = stage.flags
@@ -307,7 +409,7 @@ class Workshop:
         return "\n".join(lines) + "\n"
 
     def calibrate(self):
-        """The source as it is must pass; what it takes sets the time after which a mutant counts as hung."""
+        """The unchanged source must pass; the time it takes sets the limit after which a mutant counts as hung."""
         text = "\n".join(self.lines) + "\n"
         where = self.directory / "calibration"
         for stage in self.stages:
@@ -316,14 +418,19 @@ class Workshop:
                 sys.exit(f"mutate: the source does not compile:\n{done.stderr}")
             start = cpu_time_of_children()
             if not stage.run(where / self.soname):
-                sys.exit(f"mutate: the source as it is fails: {stage.name}: {' '.join(map(str, stage.command))}")
+                sys.exit(f"mutate: the unchanged source fails: {stage.name}: {' '.join(map(str, stage.command))}")
             took = cpu_time_of_children() - start
             stage.cpu_seconds = math.ceil(2 + 3 * took)
             print(f"{stage.name}: {took:.1f} s", flush=True)
-            # A library without its functions must not pass, or the programs load another one.
+            # A library without functions must fail, or the programs load another one.
             self.compile("", stage.flags, where)
             if stage.run(where / self.soname):
-                sys.exit(f"mutate: {stage.name} does not load the library that it is given")
+                sys.exit(f"mutate: {stage.name} does not load the given library")
+
+
+def soname_of(build):
+    name = next(build.glob("Kor/libKorYuv420.so.*.*")).resolve().name
+    return ".".join(name.split(".")[:4])
 
 
 def describe(mutant):
@@ -331,8 +438,8 @@ def describe(mutant):
 
 
 def read_results(path, lines):
-    """What an earlier run over the same source killed; survivors are tried again, as there may be new tests. A file
-    about another source is begun anew."""
+    """The mutants that an earlier run over the same source killed; survivors are tried again, because there may be new
+    tests. A file about a different source is started anew."""
     if not path:
         return {}
     header = "source\t" + hashlib.sha256("\n".join(lines).encode()).hexdigest()
@@ -347,12 +454,14 @@ def read_results(path, lines):
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--build", type=pathlib.Path, help="build directory with the test programs, shared library")
-    parser.add_argument("--sanitized", type=pathlib.Path, help="the same under address and undefined sanitizers")
-    parser.add_argument("--results", type=pathlib.Path, help="one line a mutant is written here, and read to go on")
-    parser.add_argument("--sample", type=int, help="take so many mutants at random")
-    parser.add_argument("--only", help="take the mutants whose description matches this expression")
+    parser.add_argument("--sanitized", type=pathlib.Path, help="the same with AddressSanitizer and UBSan")
+    parser.add_argument("--results", type=pathlib.Path, help="results, one line per mutant; read again to resume")
+    parser.add_argument("--sample", type=int, help="try a random sample of this many mutants")
+    parser.add_argument("--only", help="try the mutants whose description matches this regular expression")
+    parser.add_argument("--kind", action="append", help="take the mutants of this kind; may be repeated")
     parser.add_argument("--list", action="store_true", help="print the mutants and do nothing")
-    parser.add_argument("--check", action="store_true", help="only tell whether equivalent.txt still fits the source")
+    parser.add_argument("--check", action="store_true", help="only check that equivalent.txt still matches the source")
+    parser.add_argument("--planted", action="store_true", help="plant the faults of planted.txt one by one")
     parser.add_argument("--jobs", type=int, default=os.cpu_count())
     options = parser.parse_args()
 
@@ -362,6 +471,8 @@ def main():
     made = mutants_of(lines)
     if options.only:
         made = [m for m in made if re.search(options.only, describe(m))]
+    if options.kind:
+        made = [m for m in made if m.kind in options.kind]
     if options.sample and options.sample < len(made):
         made = sorted(random.Random(420).sample(made, options.sample))
     if options.list:
@@ -373,21 +484,27 @@ def main():
     equivalents = Equivalents(EQUIVALENT)
     explained = [m for m in made if equivalents.explains(m)]
     if options.check:
-        for line in equivalents.stale():
-            print("matches no mutant any more:", line)
-        return 1 if equivalents.stale() else 0
+        stale = equivalents.stale() + read_planted(PLANTED, lines)[1]
+        for line in stale:
+            print("fits the source no more:", line)
+        return 1 if stale else 0
+    if options.planted:
+        planted, stale = read_planted(PLANTED, lines)
+        planted = [fault for fault in planted if re.search(options.only or "", fault.text)]
+        workshop = Workshop(lines, [], soname_of(options.build), options.build / "mutants")
+        for line in stale:
+            print("fits the source no more:", line)
+        return try_planted(workshop, planted, options.build) or bool(stale)
     results = read_results(options.results, lines)
     pending = [m for m in made if m not in set(explained) and describe(m) not in results]
-    soname = next(options.build.glob("Kor/libKorYuv420.so.*.*")).resolve().name
-    soname = ".".join(soname.split(".")[:4])
-    workshop = Workshop(lines, stages(options.build, options.sanitized), soname, options.build / "mutants")
+    workshop = Workshop(lines, stages(options.build, options.sanitized), soname_of(options.build), options.build / "mutants")
     started = time.monotonic()
     if pending:
         workshop.calibrate()
     print(f"{len(made)} mutants, {len(explained)} explained as equivalent, {len(pending)} to try", flush=True)
     log = open(options.results, "a", buffering=1) if options.results else None
     with concurrent.futures.ThreadPoolExecutor(options.jobs, "worker") as workers:
-        futures = {workers.submit(workshop.judge, workshop.mutated(m)): m for m in pending}
+        futures = {workers.submit(workshop.judge, workshop.mutated(m), m.kind): m for m in pending}
         for count, future in enumerate(concurrent.futures.as_completed(futures), 1):
             mutant = futures[future]
             verdict = future.result() or "survived"
@@ -410,7 +527,7 @@ def main():
         print(f"  killed by {name}: {count}")
     for mutant in survivors:
         print("survived", describe(mutant))
-    if not options.sample and not options.only:
+    if not options.sample and not options.only and not options.kind:
         for line in equivalents.stale():
             print("matches no mutant any more:", line)
     return 1 if survivors else 0

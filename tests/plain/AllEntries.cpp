@@ -1,5 +1,5 @@
-// Every sample value with every 16-bit entry that a noise table can hold, at every level. A table holds a quarter of the
-// entries, so there are four of these programs; KOR_FIRST_ENTRY is the least entry of this one.
+// Every sample value with every 16-bit entry that a noise table can hold, at every level. A table holds a quarter of
+// the entries, so there are four of these programs; KOR_FIRST_ENTRY is the smallest entry of this one.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -19,7 +19,7 @@ constexpr KorSizeT kEntries = 16384;
 
 const KorInt16 KorTblDitherStd4[kEntries] = {KOR_4096(0), KOR_4096(4096), KOR_4096(8192), KOR_4096(12288)};
 
-// Every start is 0, but for V of the packed formats: it starts where a row of U ends, so that the two together walk
+// Every start is 0, except for V of the packed formats: it starts where a row of U ends, so that together they walk
 // through the whole table.
 KorBool KorRandomGetBytes(char* buffer, KorSizeT count) {
     static unsigned draws = 0;
@@ -35,7 +35,7 @@ namespace {
 
 using Bytes = std::vector<KorUint8>;
 
-// The entry divided by a power of two, rounded half up, on the sample, within a byte.
+// The sample plus the entry divided by a power of two, rounded half up and clamped to a byte.
 int NoisySample(int sample, int entry, int divisor) {
     const int scaled = entry + divisor / 2;
     const int quotient = scaled >= 0 ? scaled / divisor : -((divisor - 1 - scaled) / divisor);
@@ -44,8 +44,9 @@ int NoisySample(int sample, int entry, int divisor) {
 
 unsigned long long sums = 0;
 
-// Holds samples to the entries from `first` on.
-void Expect(const char* what, const KorUint8* found, KorSizeT step, KorSizeT count, KorSizeT first, int sample, int divisor) {
+// Checks samples against the entries from `first` on.
+void Expect(const char* what, const KorUint8* found, KorSizeT step, KorSizeT count, KorSizeT first, int sample,
+            int divisor) {
     for (KorSizeT i = 0; i < count; ++i) {
         const int entry = KOR_FIRST_ENTRY + static_cast<int>(first + i);
         if (found[step * i] != NoisySample(sample, entry, divisor)) {
@@ -57,7 +58,7 @@ void Expect(const char* what, const KorUint8* found, KorSizeT step, KorSizeT cou
     sums += count;
 }
 
-// Planes of one value, as wide as the table, whose first rows meet every entry once; U meets the lower half, V the upper.
+// Planes of one value, as wide as the table, whose first rows meet every entry once: U the lower half, V the upper.
 struct Picture {
     Bytes y = Bytes(2 * kEntries), u = Bytes(kEntries / 2), v = Bytes(kEntries / 2);
 
@@ -70,19 +71,19 @@ struct Picture {
 
 void TryFilter(const Picture& in, int sample, unsigned level) {
     static Picture out;
-    KorI420Dither_C_(in.y.data(), kEntries, in.u.data(), kEntries / 2, in.v.data(), kEntries / 2, out.y.data(), kEntries,
-                     out.u.data(), kEntries / 2, out.v.data(), kEntries / 2, kEntries, 2,
+    KorI420Dither_C_(in.y.data(), kEntries, in.u.data(), kEntries / 2, in.v.data(), kEntries / 2, out.y.data(),
+                     kEntries, out.u.data(), kEntries / 2, out.v.data(), kEntries / 2, kEntries, 2,
                      static_cast<KorVideoFrameDitherLevel>(level), 0);
     Expect("filter, luma", out.y.data(), 1, kEntries, 0, sample, 8 >> level);
     Expect("filter, U", out.u.data(), 1, kEntries / 2, 0, sample, 16 >> level);
     Expect("filter, V", out.v.data(), 1, kEntries / 2, kEntries / 2, sample, 16 >> level);
 }
 
-// Packing moves samples and nothing else, so it shows the noise of the converters.
+// Packing only moves samples, so it exposes the noise of the conversions.
 void TryConverter(const Picture& in, int sample, unsigned level) {
     static Bytes x(4 * kEntries);
-    KorI420ToYUY2_C_(in.y.data(), kEntries, in.u.data(), kEntries / 2, in.v.data(), kEntries / 2, x.data(), 2 * kEntries,
-                     kEntries, 2, static_cast<KorVideoFrameDitherLevel>(level));
+    KorI420ToYUY2_C_(in.y.data(), kEntries, in.u.data(), kEntries / 2, in.v.data(), kEntries / 2, x.data(),
+                     2 * kEntries, kEntries, 2, static_cast<KorVideoFrameDitherLevel>(level));
     Expect("converter, luma", x.data(), 2, kEntries, 0, sample, 8 >> level);
     Expect("converter, U", x.data() + 1, 4, kEntries / 2, 0, sample, 16 >> level);
     Expect("converter, V", x.data() + 3, 4, kEntries / 2, kEntries / 2, sample, 16 >> level);
@@ -101,6 +102,7 @@ int main() {
             }
         }
     }
-    std::printf("%llu sums, entries %d to %d\n", sums, KOR_FIRST_ENTRY, KOR_FIRST_ENTRY + static_cast<int>(kEntries) - 1);
+    std::printf("%llu sums, entries %d to %d\n", sums, KOR_FIRST_ENTRY,
+                KOR_FIRST_ENTRY + static_cast<int>(kEntries) - 1);
     return EXIT_SUCCESS;
 }

@@ -1,5 +1,5 @@
-// All functions on several threads at the same time: on frames of their own, and on parts of one frame. What they write
-// equals what one thread writes alone. Under ThreadSanitizer a byte that is not the call's own business shows as a race.
+// All functions on several threads at the same time: on frames of their own, and on parts of one frame. They write what
+// a single thread writes. Under ThreadSanitizer, accessing a byte that does not belong to the call shows as a race.
 #include <array>
 #include <cstdio>
 #include <cstdlib>
@@ -20,7 +20,7 @@ thread_local std::uint64_t drawSeed = 0;
 
 }  // namespace
 
-// Draws that follow from a seed of the thread, so that results can be foretold.
+// Draws that depend on a seed of the thread, so that results are predictable.
 KorBool KorRandomGetBytes(char* buffer, KorSizeT count) {
     const std::uint64_t value = kit::MixSeed(drawSeed++, 0);
     std::memcpy(buffer, &value, count);
@@ -70,7 +70,7 @@ Bytes MakeCall(const kit::Entry& entry, const kit::Case& options) {
     return all;
 }
 
-// Each thread makes all calls of a function, starting at another place, so that different ones meet.
+// Each thread makes all calls of a function, starting at a different one, so that different calls coincide.
 std::size_t TryFramesOfTheirOwn(const kit::Entry& entry) {
     std::vector<kit::Case> cases;
     kit::Sweep sweep = entry.options();
@@ -89,7 +89,8 @@ std::size_t TryFramesOfTheirOwn(const kit::Entry& entry) {
         for (std::size_t i = 0; i < cases.size(); ++i) {
             const std::size_t which = (i + number * cases.size() / kThreads) % cases.size();
             if (MakeCall(entry, cases[which]) != expected[which]) {
-                std::fprintf(stderr, "%s on a thread differs with %s\n", entry.name, kit::Describe(cases[which]).c_str());
+                std::fprintf(stderr, "%s on a thread differs with %s\n", entry.name,
+                             kit::Describe(cases[which]).c_str());
                 std::exit(EXIT_FAILURE);
             }
         }
@@ -99,7 +100,7 @@ std::size_t TryFramesOfTheirOwn(const kit::Entry& entry) {
 
 // ---- Parts of one frame ---------------------------------------------------------------------------------------------
 
-// Frames large enough for all; every plane has this pitch. Rows of neighbouring parts lie next to each other.
+// Frames large enough for all functions; every plane has this pitch. Rows of neighbouring parts are adjacent.
 constexpr std::size_t kPitch = 1024;
 constexpr std::size_t kWidth = 240;
 constexpr std::size_t kHeight = 48;
@@ -118,7 +119,7 @@ struct Frame {
     }
 };
 
-// Converts the part of a frame from (x, y) on; sizes and positions are even.
+// Converts the part of a frame at (x, y); sizes and positions are even.
 using Part = void (*)(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height);
 
 template <decltype(&KorRGBAToI420_C_) capture, std::size_t pixelBytes>
@@ -175,38 +176,39 @@ void Split(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_
     split(f.At(0, 2 * x, y), kPitch, f.At(1, x, y), kPitch, f.At(2, x, y), kPitch, width, height);
 }
 
-// Blocks of M420 cannot be cut into columns: each column has narrow blocks of its own, next to the others'.
+// M420 blocks cannot be cut into columns: each column has narrow blocks of its own, next to the others'.
 void CaptureM420(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
     KorM420ToI420_C_(f.At(0, x, y), kPitch, f.At(1, x / 2, y / 2), kPitch, f.At(2, x / 2, y / 2), kPitch,
                      f.At(3, 3 * x, y / 2), kPitch, width, height, 0);
 }
 
-// Quarter turns trade places: a part's destination is as far down as the part is to the right.
+// Rotation exchanges the axes: a part's destination is as far down as the part is to the right.
 template <KorImageRotationDegree angle>
-constexpr std::size_t kTurnedPitch = angle == 90 || angle == 270 ? 64 : kPitch;
+constexpr std::size_t kRotatedPitch = angle == 90 || angle == 270 ? 64 : kPitch;
 
 template <KorImageRotationDegree angle>
-KorUint8* Turned(Bytes& plane, std::size_t x, std::size_t y) {
-    return plane.data() + (kTurnedPitch<angle> == kPitch ? y * kPitch + x : x * kTurnedPitch<angle> + y);
+KorUint8* Rotated(Bytes& plane, std::size_t x, std::size_t y) {
+    return plane.data() + (kRotatedPitch<angle> == kPitch ? y * kPitch + x : x * kRotatedPitch<angle> + y);
 }
 
 template <KorImageRotationDegree angle>
-void Turn(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
-    KorPlanarRotation_C_(f.At(0, x, y), kPitch, Turned<angle>(f.planes[1], x, y), kTurnedPitch<angle>, width, height,
+void Rotate(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
+    KorPlanarRotation_C_(f.At(0, x, y), kPitch, Rotated<angle>(f.planes[1], x, y), kRotatedPitch<angle>, width, height,
                          angle);
 }
 
 template <KorImageRotationDegree angle>
-void SplitTurned(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
-    KorPlanarUVDeinterlaceRotation_C_(f.At(0, 2 * x, y), kPitch, Turned<angle>(f.planes[1], x, y), kTurnedPitch<angle>,
-                                      Turned<angle>(f.planes[2], x, y), kTurnedPitch<angle>, width, height, angle);
+void SplitRotated(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
+    KorPlanarUVDeinterlaceRotation_C_(f.At(0, 2 * x, y), kPitch, Rotated<angle>(f.planes[1], x, y),
+                                      kRotatedPitch<angle>, Rotated<angle>(f.planes[2], x, y), kRotatedPitch<angle>,
+                                      width, height, angle);
 }
 
 template <decltype(&KorYUY2ToI420WithRotation_C_) capture, KorImageRotationDegree angle>
-void CaptureTurned(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
-    capture(Turned<angle>(f.planes[0], x, y), kTurnedPitch<angle>, Turned<angle>(f.planes[1], x / 2, y / 2),
-            kTurnedPitch<angle>, Turned<angle>(f.planes[2], x / 2, y / 2), kTurnedPitch<angle>, f.At(3, 2 * x, y), kPitch,
-            width, height, 0, angle);
+void CaptureRotated(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
+    capture(Rotated<angle>(f.planes[0], x, y), kRotatedPitch<angle>, Rotated<angle>(f.planes[1], x / 2, y / 2),
+            kRotatedPitch<angle>, Rotated<angle>(f.planes[2], x / 2, y / 2), kRotatedPitch<angle>, f.At(3, 2 * x, y),
+            kPitch, width, height, 0, angle);
 }
 
 void FlipInPlace(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
@@ -226,8 +228,8 @@ void Blend(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_
 }
 
 void BlendArray(Frame& f, std::size_t x, std::size_t y, std::size_t width, std::size_t height) {
-    KorI420AlphaArrayBlend_C_(f.At(0, 0, 0), kPitch, f.At(1, 0, 0), kPitch, f.At(2, 0, 0), kPitch, f.At(3, x, y), kPitch,
-                              f.At(4, x / 2, y / 2), kPitch, f.At(5, x / 2, y / 2), kPitch, width, height, x, y,
+    KorI420AlphaArrayBlend_C_(f.At(0, 0, 0), kPitch, f.At(1, 0, 0), kPitch, f.At(2, 0, 0), kPitch, f.At(3, x, y),
+                              kPitch, f.At(4, x / 2, y / 2), kPitch, f.At(5, x / 2, y / 2), kPitch, width, height, x, y,
                               f.At(6, x, y), kPitch, f.At(7, x / 2, y / 2), kPitch, f.At(8, x / 2, y / 2), kPitch);
 }
 
@@ -249,14 +251,14 @@ constexpr NamedPart kParts[] = {
     {"Kor24BGToI420_C_", CaptureI420<&Kor24BGToI420_C_, 3>},
     {"KorYUY2ToI420_C_", CaptureI420<&KorYUY2ToI420_C_, 2>},
     {"KorUYVYToI420_C_", CaptureI420<&KorUYVYToI420_C_, 2>},
-    {"KorYUY2ToI420WithRotation_C_, 0", CaptureTurned<&KorYUY2ToI420WithRotation_C_, 0>},
-    {"KorYUY2ToI420WithRotation_C_, 90", CaptureTurned<&KorYUY2ToI420WithRotation_C_, 90>},
-    {"KorYUY2ToI420WithRotation_C_, 180", CaptureTurned<&KorYUY2ToI420WithRotation_C_, 180>},
-    {"KorYUY2ToI420WithRotation_C_, 270", CaptureTurned<&KorYUY2ToI420WithRotation_C_, 270>},
-    {"KorUYVYToI420WithRotation_C_, 0", CaptureTurned<&KorUYVYToI420WithRotation_C_, 0>},
-    {"KorUYVYToI420WithRotation_C_, 90", CaptureTurned<&KorUYVYToI420WithRotation_C_, 90>},
-    {"KorUYVYToI420WithRotation_C_, 180", CaptureTurned<&KorUYVYToI420WithRotation_C_, 180>},
-    {"KorUYVYToI420WithRotation_C_, 270", CaptureTurned<&KorUYVYToI420WithRotation_C_, 270>},
+    {"KorYUY2ToI420WithRotation_C_, 0", CaptureRotated<&KorYUY2ToI420WithRotation_C_, 0>},
+    {"KorYUY2ToI420WithRotation_C_, 90", CaptureRotated<&KorYUY2ToI420WithRotation_C_, 90>},
+    {"KorYUY2ToI420WithRotation_C_, 180", CaptureRotated<&KorYUY2ToI420WithRotation_C_, 180>},
+    {"KorYUY2ToI420WithRotation_C_, 270", CaptureRotated<&KorYUY2ToI420WithRotation_C_, 270>},
+    {"KorUYVYToI420WithRotation_C_, 0", CaptureRotated<&KorUYVYToI420WithRotation_C_, 0>},
+    {"KorUYVYToI420WithRotation_C_, 90", CaptureRotated<&KorUYVYToI420WithRotation_C_, 90>},
+    {"KorUYVYToI420WithRotation_C_, 180", CaptureRotated<&KorUYVYToI420WithRotation_C_, 180>},
+    {"KorUYVYToI420WithRotation_C_, 270", CaptureRotated<&KorUYVYToI420WithRotation_C_, 270>},
     {"KorYuv2ToI420_C_", CaptureI420<&KorYuv2ToI420_C_, 2>},
     {"KorM420ToI420_C_", CaptureM420},
     {"KorI420ToRGBA_C_", RenderI420<&KorI420ToRGBA_C_, 4>},
@@ -275,19 +277,19 @@ constexpr NamedPart kParts[] = {
     {"KorPlanarUV422To420_C_", Halve},
     {"KorPlanarUVDeinterlace_C_", Split<&KorPlanarUVDeinterlace_C_>},
     {"KorPlanarUVDeinterlaceMirror_C_", Split<&KorPlanarUVDeinterlaceMirror_C_>},
-    {"KorPlanarRotation_C_, 90", Turn<90>},
-    {"KorPlanarRotation_C_, 180", Turn<180>},
-    {"KorPlanarRotation_C_, 270", Turn<270>},
-    {"KorPlanarUVDeinterlaceRotation_C_, 90", SplitTurned<90>},
-    {"KorPlanarUVDeinterlaceRotation_C_, 180", SplitTurned<180>},
-    {"KorPlanarUVDeinterlaceRotation_C_, 270", SplitTurned<270>},
+    {"KorPlanarRotation_C_, 90", Rotate<90>},
+    {"KorPlanarRotation_C_, 180", Rotate<180>},
+    {"KorPlanarRotation_C_, 270", Rotate<270>},
+    {"KorPlanarUVDeinterlaceRotation_C_, 90", SplitRotated<90>},
+    {"KorPlanarUVDeinterlaceRotation_C_, 180", SplitRotated<180>},
+    {"KorPlanarUVDeinterlaceRotation_C_, 270", SplitRotated<270>},
     {"KorI420FlipVertical_C_", FlipInPlace},
     {"KorI420Dither_C_", DitherInPlace},
     {"KorI420AlphaBlend_C_", Blend},
     {"KorI420AlphaArrayBlend_C_", BlendArray},
 };
 
-// A function that is added to the catalogue and not to the parts would go untried.
+// A function added to the catalogue but not to the parts would go untested.
 void RequireParts(const kit::Entry& entry) {
     for (const NamedPart& part : kParts) {
         if (std::strncmp(part.name, entry.name, std::strlen(entry.name)) == 0) {
@@ -298,7 +300,7 @@ void RequireParts(const kit::Entry& entry) {
     std::exit(EXIT_FAILURE);
 }
 
-// The parts are columns or bands of rows, one a thread.
+// The parts are columns or bands of rows, one per thread.
 void TryPartsOfOneFrame(const NamedPart& part, bool columns) {
     const std::size_t width = columns ? kWidth / kThreads : kWidth;
     const std::size_t height = columns ? kHeight : kHeight / kThreads;

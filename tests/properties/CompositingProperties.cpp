@@ -71,7 +71,7 @@ TEST(CompositingProperties, ResultLiesBetweenBackgroundAndForeground) {
 }
 
 TEST(CompositingProperties, FilterOfASampleDependsOnItsPlaceAndItselfAlone) {
-    // Two pictures that share half of their samples: the shared ones come out the same.
+    // Two pictures that share half of their samples: the shared samples must come out the same.
     const I420Frame one = Random(38, 6, 6), two = Random(38, 6, 7), outOne(38, 6), outTwo(38, 6);
     for (std::size_t row = 0; row < 6; ++row) {
         for (std::size_t column = row % 2; column < 38; column += 2) {

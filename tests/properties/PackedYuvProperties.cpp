@@ -23,7 +23,7 @@ Plane Random(std::size_t rowBytes, std::size_t rows) {
     return plane;
 }
 
-// The same bytes with neighbours exchanged, which makes UYVY of YUY2 and the other way round.
+// The same bytes with neighbours exchanged, which turns YUY2 into UYVY and vice versa.
 Plane NeighboursExchanged(const Plane& x) {
     Plane result(x.shape());
     for (std::size_t row = 0; row < x.shape().rows; ++row) {
@@ -41,8 +41,8 @@ Bytes Capture(kit::CaptureFunction convert, const Plane& x, std::size_t width, s
     return to.Samples();
 }
 
-I420Frame Turned(kit::CaptureRotatingFunction convert, const Plane& x, std::size_t width, std::size_t height,
-                 KorBool flip, KorImageRotationDegree degree) {
+I420Frame Rotated(kit::CaptureRotatingFunction convert, const Plane& x, std::size_t width, std::size_t height,
+                  KorBool flip, KorImageRotationDegree degree) {
     const bool side = degree == 90 || degree == 270;
     I420Frame to(side ? height : width, side ? width : height);
     convert(to.y.data(), to.y.pitch(), to.u.data(), to.u.pitch(), to.v.data(), to.v.pitch(), x.data(), x.pitch(), width,
@@ -50,7 +50,7 @@ I420Frame Turned(kit::CaptureRotatingFunction convert, const Plane& x, std::size
     return to;
 }
 
-Bytes TurnedAfterwards(const Plane& plane, KorImageRotationDegree degree) {
+Bytes RotatedAfterwards(const Plane& plane, KorImageRotationDegree degree) {
     const bool side = degree == 90 || degree == 270;
     const std::size_t width = plane.shape().rowBytes, height = plane.shape().rows;
     const Plane dst(Shape(side ? height : width, side ? width : height));
@@ -75,8 +75,8 @@ TEST(PackedYuvProperties, Yuy2AndUyvyDifferOnlyInTheOrderOfBytes) {
             ASSERT_EQ(Capture(&KorYUY2ToI420_C_, yuy2, width, height, flip),
                       Capture(&KorUYVYToI420_C_, uyvy, width, height, flip));
             for (const KorImageRotationDegree degree : {0u, 90u, 180u, 270u}) {
-                ASSERT_EQ(Turned(&KorYUY2ToI420WithRotation_C_, yuy2, width, height, flip, degree).Samples(),
-                          Turned(&KorUYVYToI420WithRotation_C_, uyvy, width, height, flip, degree).Samples());
+                ASSERT_EQ(Rotated(&KorYUY2ToI420WithRotation_C_, yuy2, width, height, flip, degree).Samples(),
+                          Rotated(&KorUYVYToI420WithRotation_C_, uyvy, width, height, flip, degree).Samples());
             }
         }
     });
@@ -112,9 +112,9 @@ TEST(PackedYuvProperties, AngleZeroIsThePlainConverter) {
     ForEachSize([](std::size_t width, std::size_t height) {
         const Plane x = Random(2 * width, height);
         for (const KorBool flip : kit::kFlips) {
-            ASSERT_EQ(Turned(&KorYUY2ToI420WithRotation_C_, x, width, height, flip, 0).Samples(),
+            ASSERT_EQ(Rotated(&KorYUY2ToI420WithRotation_C_, x, width, height, flip, 0).Samples(),
                       Capture(&KorYUY2ToI420_C_, x, width, height, flip));
-            ASSERT_EQ(Turned(&KorUYVYToI420WithRotation_C_, x, width, height, flip, 0).Samples(),
+            ASSERT_EQ(Rotated(&KorUYVYToI420WithRotation_C_, x, width, height, flip, 0).Samples(),
                       Capture(&KorUYVYToI420_C_, x, width, height, flip));
         }
     });
@@ -125,34 +125,34 @@ TEST(PackedYuvProperties, AngleZeroIsThePlainConverterAtOddHeightsToo) {
         const Plane x = Random(36, height);
         for (const KorBool flip : kit::kFlips) {
             const I420Frame plain(18, height, kit::ShapeWithSpares(18, height, 0, 1));
-            const I420Frame turned(18, height, kit::ShapeWithSpares(18, height, 0, 1));
+            const I420Frame rotated(18, height, kit::ShapeWithSpares(18, height, 0, 1));
             KorYUY2ToI420_C_(plain.y.data(), plain.y.pitch(), plain.u.data(), plain.u.pitch(), plain.v.data(),
                              plain.v.pitch(), x.data(), x.pitch(), 18, height, flip);
-            KorYUY2ToI420WithRotation_C_(turned.y.data(), turned.y.pitch(), turned.u.data(), turned.u.pitch(),
-                                         turned.v.data(), turned.v.pitch(), x.data(), x.pitch(), 18, height, flip, 0);
-            EXPECT_EQ(turned.Samples(), plain.Samples());
-            EXPECT_EQ(turned.y.Row(height), plain.y.Row(height));
+            KorYUY2ToI420WithRotation_C_(rotated.y.data(), rotated.y.pitch(), rotated.u.data(), rotated.u.pitch(),
+                                         rotated.v.data(), rotated.v.pitch(), x.data(), x.pitch(), 18, height, flip, 0);
+            EXPECT_EQ(rotated.Samples(), plain.Samples());
+            EXPECT_EQ(rotated.y.Row(height), plain.y.Row(height));
         }
     }
 }
 
-TEST(PackedYuvProperties, TurningOnTheWayIsTurningAfterwards) {
+TEST(PackedYuvProperties, RotatingOnTheWayIsRotatingAfterwards) {
     ForEachSize([](std::size_t width, std::size_t height) {
         const Plane x = Random(2 * width, height);
         for (const KorBool flip : kit::kFlips) {
-            const I420Frame plain = Turned(&KorUYVYToI420WithRotation_C_, x, width, height, flip, 0);
+            const I420Frame plain = Rotated(&KorUYVYToI420WithRotation_C_, x, width, height, flip, 0);
             for (const KorImageRotationDegree degree : {90u, 180u, 270u}) {
-                const I420Frame turned = Turned(&KorUYVYToI420WithRotation_C_, x, width, height, flip, degree);
-                ASSERT_EQ(turned.y.Samples(), TurnedAfterwards(plain.y, degree));
-                ASSERT_EQ(turned.u.Samples(), TurnedAfterwards(plain.u, degree));
-                ASSERT_EQ(turned.v.Samples(), TurnedAfterwards(plain.v, degree));
+                const I420Frame rotated = Rotated(&KorUYVYToI420WithRotation_C_, x, width, height, flip, degree);
+                ASSERT_EQ(rotated.y.Samples(), RotatedAfterwards(plain.y, degree));
+                ASSERT_EQ(rotated.u.Samples(), RotatedAfterwards(plain.u, degree));
+                ASSERT_EQ(rotated.v.Samples(), RotatedAfterwards(plain.v, degree));
             }
         }
     });
 }
 
 TEST(PackedYuvProperties, Yuv2LumaOutAndInIsTheRangeMapping) {
-    // One direction copies luma, the other maps it: out and in again is the mapping alone.
+    // One direction copies luma, the other maps it: the round trip is the mapping alone.
     ForEachSize([](std::size_t width, std::size_t height) {
         const I420Frame from(width, height), back(width, height);
         const Plane x(Shape(2 * width, height));

@@ -25,7 +25,7 @@ Plane Random(std::size_t rowBytes, std::size_t rows) {
     return plane;
 }
 
-Plane Turned(const Plane& src, KorImageRotationDegree degree) {
+Plane Rotated(const Plane& src, KorImageRotationDegree degree) {
     const bool side = degree == 90 || degree == 270;
     const std::size_t width = src.shape().rowBytes, height = src.shape().rows;
     Plane dst(Shape(side ? height : width, side ? width : height));
@@ -67,30 +67,30 @@ void ForEachPlane(std::size_t bytesPerSample, Check check) {
     }
 }
 
-TEST(PlaneGeometryProperties, TurnsAddUp) {
+TEST(PlaneGeometryProperties, RotationsAddUp) {
     ForEachPlane(1, [](const Plane& plane) {
-        const Plane quarter = Turned(plane, 90);
-        ASSERT_EQ(Turned(quarter, 90).Samples(), Turned(plane, 180).Samples());
-        ASSERT_EQ(Turned(Turned(quarter, 90), 90).Samples(), Turned(plane, 270).Samples());
-        ASSERT_EQ(Turned(quarter, 270).Samples(), plane.Samples());
-        ASSERT_EQ(Turned(Turned(plane, 180), 180).Samples(), plane.Samples());
-        ASSERT_EQ(Turned(plane, 0).Samples(), plane.Samples());
+        const Plane quarter = Rotated(plane, 90);
+        ASSERT_EQ(Rotated(quarter, 90).Samples(), Rotated(plane, 180).Samples());
+        ASSERT_EQ(Rotated(Rotated(quarter, 90), 90).Samples(), Rotated(plane, 270).Samples());
+        ASSERT_EQ(Rotated(quarter, 270).Samples(), plane.Samples());
+        ASSERT_EQ(Rotated(Rotated(plane, 180), 180).Samples(), plane.Samples());
+        ASSERT_EQ(Rotated(plane, 0).Samples(), plane.Samples());
     });
 }
 
-TEST(PlaneGeometryProperties, MirroringTwiceIsNothingAndUpwardsIsAHalfTurn) {
+TEST(PlaneGeometryProperties, MirroringTwiceIsNothingAndUpwardsIsARotationBy180) {
     ForEachPlane(1, [](const Plane& plane) {
         ASSERT_EQ(Mirrored(Mirrored(plane)).Samples(), plane.Samples());
-        ASSERT_EQ(MirroredUpwards(plane).Samples(), Turned(plane, 180).Samples());
+        ASSERT_EQ(MirroredUpwards(plane).Samples(), Rotated(plane, 180).Samples());
     });
 }
 
-TEST(PlaneGeometryProperties, SplittingAndTurningAtOnceIsSplittingAndThenTurning) {
+TEST(PlaneGeometryProperties, SplittingAndRotatingAtOnceIsSplittingAndThenRotating) {
     ForEachPlane(2, [](const Plane& plane) {
         const Halves halves = Split(plane);
         const std::size_t width = plane.shape().rowBytes / 2, height = plane.shape().rows;
         for (const KorImageRotationDegree degree : {0u, 90u, 180u, 270u}) {
-            const Plane expected1 = Turned(halves.uv1, degree), expected2 = Turned(halves.uv2, degree);
+            const Plane expected1 = Rotated(halves.uv1, degree), expected2 = Rotated(halves.uv2, degree);
             const Plane uv1(expected1.shape()), uv2(expected2.shape());
             KorPlanarUVDeinterlaceRotation_C_(plane.data(), Down(plane), uv1.data(), uv1.pitch(), uv2.data(),
                                               uv2.pitch(), width, height, degree);
@@ -107,7 +107,7 @@ TEST(PlaneGeometryProperties, SplittingAndTurningAtOnceIsSplittingAndThenTurning
 
 TEST(PlaneGeometryProperties, HalvingEqualRowsIsACopy) {
     ForEachPlane(1, [](const Plane& plane) {
-        // A pitch of zero makes both rows of every pair the same one.
+        // With a pitch of zero, both rows of every pair are the same.
         const std::size_t width = plane.shape().rowBytes;
         const Plane dst(Shape(width, 1));
         KorPlanarUV422To420_C_(plane.data(), 0, dst.data(), dst.pitch(), width, 1);

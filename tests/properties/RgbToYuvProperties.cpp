@@ -24,7 +24,7 @@ Bytes Capture(kit::CaptureFunction convert, const Plane& x, std::size_t width, s
     return frame.Samples();
 }
 
-// The same picture with the bytes of every pixel in another order: byte k of the result is byte order[k].
+// The same picture with the bytes of every pixel reordered: byte k of the result is byte order[k].
 Plane Reordered(const Plane& x, const std::size_t (&order)[4]) {
     Plane result(x.shape());
     for (std::size_t row = 0; row < x.shape().rows; ++row) {
@@ -44,7 +44,7 @@ Plane UpsideDown(const Plane& x) {
     return result;
 }
 
-// A part of a picture: some of its rows and the first columns.
+// Part of a picture: some of its rows and the first columns.
 Plane Part(const Plane& x, std::size_t firstRow, std::size_t rows, std::size_t columns) {
     Plane result(Shape(4 * columns, rows));
     for (std::size_t row = 0; row < rows; ++row) {
@@ -58,7 +58,7 @@ struct Picture {
     Plane x;
 };
 
-// Pictures of all parities, some of them long enough for the widest loops.
+// Pictures of all parities, some of them wide enough for the longest vector loops.
 std::vector<Picture> Pictures() {
     std::vector<Picture> pictures;
     std::uint64_t seed = kit::RunSeed();
@@ -135,7 +135,7 @@ void PrintTo(const Named& function, std::ostream* out) {
 
 class Rgb32Capture : public testing::TestWithParam<Named> {};
 
-TEST_P(Rgb32Capture, FlipIsTheSameAsASourceTurnedUpsideDown) {
+TEST_P(Rgb32Capture, FlipIsTheSameAsASourceUpsideDown) {
     for (const Picture& p : Pictures()) {
         EXPECT_EQ(Capture(GetParam().convert, p.x, p.width, p.height, 1),
                   Capture(GetParam().convert, UpsideDown(p.x), p.width, p.height, 0));
@@ -199,10 +199,8 @@ TEST_P(Rgb32Capture, GreyHasNoColour) {
 }
 
 INSTANTIATE_TEST_SUITE_P(, Rgb32Capture,
-                         testing::Values(Named{"RGBA", &KorRGBAToI420_C_},
-                                         Named{"BGRA", &KorBGRAToI420_C_},
-                                         Named{"ARGB", &KorARGBToI420_C_},
-                                         Named{"ABGR", &KorABGRToI420_C_}),
+                         testing::Values(Named{"RGBA", &KorRGBAToI420_C_}, Named{"BGRA", &KorBGRAToI420_C_},
+                                         Named{"ARGB", &KorARGBToI420_C_}, Named{"ABGR", &KorABGRToI420_C_}),
                          testing::PrintToStringParamName());
 
 }  // namespace

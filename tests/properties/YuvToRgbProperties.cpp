@@ -1,4 +1,4 @@
-// Relations between the renderers that hold for every picture and, where it is named, every level of noise.
+// Relations between the renderers that hold for every picture and, where noted, every dither level.
 #include <gtest/gtest.h>
 
 #include "conformance/core/Functions.h"
@@ -41,7 +41,7 @@ Bytes Rendered(kit::RenderFunction render, const Frame& from, std::size_t width,
     return x.Samples();
 }
 
-// The same pixels with other bytes, or fewer: byte k of the result is byte order[k].
+// The same pixels with reordered or fewer bytes: byte k of the result is byte order[k].
 Bytes Reordered(const Bytes& pixels, const std::vector<std::size_t>& order) {
     Bytes result;
     for (std::size_t pixel = 0; pixel < pixels.size(); pixel += 4) {
@@ -109,7 +109,7 @@ TEST(YuvToRgbProperties, GreyPicturesRenderGreyButForTheGreenOfBt709) {
 }
 
 TEST(YuvToRgbProperties, OddSizesRenderAsTheEvenSizesBelow) {
-    // Without noise; with it the raster would differ where the width rounded up to eight does.
+    // Without dither; its raster depends on the width rounded up to a multiple of eight.
     for (const std::size_t width : kWidths) {
         const I420Frame from = Random<I420Frame>(width + 1, 5);
         const Plane odd(Shape(4 * width, 4, 4)), even(Shape(4 * width, 4, 4));
@@ -121,7 +121,7 @@ TEST(YuvToRgbProperties, OddSizesRenderAsTheEvenSizesBelow) {
     }
 }
 
-TEST(YuvToRgbProperties, GeneralMatrixTurnedToBlueIsRedAndBlueExchanged) {
+TEST(YuvToRgbProperties, GeneralMatrixWithRowsExchangedExchangesRedAndBlue) {
     static const KorInt rows[3][3] = {{298, -20, 409}, {298, -100, -208}, {298, 516, 31}};
     static const KorInt exchanged[3][3] = {{298, 516, 31}, {298, -100, -208}, {298, -20, 409}};
     const I420Frame from = Random<I420Frame>(34, 6);

@@ -15,9 +15,8 @@ KorUint16 DrawShortIndex() {
 }
 
 // Adds chroma noise to one plane. Deliberate: the noise advances by the width of the luma plane with every row.
-void DitherChroma(
-    const KorUint8* in, KorSizeT pitchIn, KorUint8* out, KorSizeT pitchOut, KorSizeT width, KorSizeT height,
-    KorSizeT start, NoiseScale scale) {
+void DitherChroma(const KorUint8* in, KorSizeT pitchIn, KorUint8* out, KorSizeT pitchOut, KorSizeT width,
+                  KorSizeT height, KorSizeT start, NoiseScale scale) {
     for (KorSizeT row = 0; row < height / 2; ++row) {
         for (KorSizeT column = 0; column < width / 2; ++column) {
             const KorUint8 sample = At(in, pitchIn, Signed(column), Signed(row));
@@ -28,16 +27,15 @@ void DitherChroma(
 
 }  // namespace
 
-// Deliberate: there is no Off. Level 0 scales the noise once more than the weakest level of the converters.
-void KorI420Dither_C_(
-    const KorUint8* yIn, KorSizeT yInPitch, const KorUint8* uIn, KorSizeT uInPitch,
-    const KorUint8* vIn, KorSizeT vInPitch, KorUint8* yOut, KorSizeT yOutPitch, KorUint8* uOut, KorSizeT uOutPitch,
-    KorUint8* vOut, KorSizeT vOutPitch, KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel,
-    KorBool randomizeNoiseOffsets) {
+// Deliberate: there is no Off. A level value of 0 halves the noise of the weakest level of the conversions.
+void KorI420Dither_C_(const KorUint8* yIn, KorSizeT yInPitch, const KorUint8* uIn, KorSizeT uInPitch,
+                      const KorUint8* vIn, KorSizeT vInPitch, KorUint8* yOut, KorSizeT yOutPitch, KorUint8* uOut,
+                      KorSizeT uOutPitch, KorUint8* vOut, KorSizeT vOutPitch, KorSizeT width, KorSizeT height,
+                      KorVideoFrameDitherLevel ditherLevel, KorBool randomizeNoiseOffsets) {
     if (!IsDefined(ditherLevel)) {
         return;
     }
-    // As if one stream of noise ran through luma, then U, then V, or else three streams from anywhere.
+    // As if one stream of noise ran through luma, then U, then V; or else three streams with random starts.
     NoiseStart start;
     if (randomizeNoiseOffsets != 0) {
         start.y = DrawShortIndex();
@@ -52,7 +50,7 @@ void KorI420Dither_C_(
     }
 
     for (KorSizeT row = 0; row < height - height % 2; ++row) {
-        // Deliberate: the noise moves on by one row for two rows of the image, so that the lower row of one pair and
+        // Deliberate: the noise advances by one row for two rows of the image, so that the lower row of one pair and
         // the upper row of the next have the same noise.
         const KorSizeT noiseRow = row / 2 + row % 2;
         for (KorSizeT column = 0; column < width - width % 2; ++column) {
@@ -67,7 +65,7 @@ void KorI420Dither_C_(
 
 namespace {
 
-// Deliberate: dividing by 255 is approximated; exact for multiples of 255, not rounded to nearest between them.
+// Deliberate: the division by 255 rounds down, not to nearest.
 KorUint8 Blend(Number background, Number foreground, Number alpha) {
     const Number weighted = background * (255 - alpha) + foreground * alpha;
     return LowByte((weighted + weighted / 256 + 1) / 256);
@@ -75,9 +73,8 @@ KorUint8 Blend(Number background, Number foreground, Number alpha) {
 
 // Blends one plane; alphaAt gives the weight of the foreground sample at a column and row of the foreground.
 template <typename AlphaAt>
-void BlendPlane(
-    KorUint8* background, KorSizeT pitchBackground, const KorUint8* foreground, KorSizeT pitchForeground,
-    KorSizeT width, KorSizeT height, KorSizeT left, KorSizeT top, AlphaAt alphaAt) {
+void BlendPlane(KorUint8* background, KorSizeT pitchBackground, const KorUint8* foreground, KorSizeT pitchForeground,
+                KorSizeT width, KorSizeT height, KorSizeT left, KorSizeT top, AlphaAt alphaAt) {
     for (Number row = 0; row < Signed(height); ++row) {
         for (Number column = 0; column < Signed(width); ++column) {
             KorUint8& place = At(background, pitchBackground, Signed(left) + column, Signed(top) + row);
@@ -89,11 +86,11 @@ void BlendPlane(
 }  // namespace
 
 // Deliberate, here and below: the chroma position is rounded down while the chroma size is rounded up.
-void KorI420AlphaBlend_C_(
-    KorUint8* yBackground, KorSizeT yBackgroundPitch, KorUint8* uBackground, KorSizeT uBackgroundPitch,
-    KorUint8* vBackground, KorSizeT vBackgroundPitch, const KorUint8* yForeground, KorSizeT yForegroundPitch,
-    const KorUint8* uForeground, KorSizeT uForegroundPitch, const KorUint8* vForeground, KorSizeT vForegroundPitch,
-    KorSizeT width, KorSizeT height, KorSizeT xPosition, KorSizeT yPosition, KorUint8 alpha) {
+void KorI420AlphaBlend_C_(KorUint8* yBackground, KorSizeT yBackgroundPitch, KorUint8* uBackground,
+                          KorSizeT uBackgroundPitch, KorUint8* vBackground, KorSizeT vBackgroundPitch,
+                          const KorUint8* yForeground, KorSizeT yForegroundPitch, const KorUint8* uForeground,
+                          KorSizeT uForegroundPitch, const KorUint8* vForeground, KorSizeT vForegroundPitch,
+                          KorSizeT width, KorSizeT height, KorSizeT xPosition, KorSizeT yPosition, KorUint8 alpha) {
     const auto constant = [&](Number, Number) { return alpha; };
     BlendPlane(yBackground, yBackgroundPitch, yForeground, yForegroundPitch, width, height, xPosition, yPosition,
                constant);
@@ -103,12 +100,13 @@ void KorI420AlphaBlend_C_(
                xPosition / 2, yPosition / 2, constant);
 }
 
-void KorI420AlphaArrayBlend_C_(
-    KorUint8* yBackground, KorSizeT yBackgroundPitch, KorUint8* uBackground, KorSizeT uBackgroundPitch,
-    KorUint8* vBackground, KorSizeT vBackgroundPitch, const KorUint8* yForeground, KorSizeT yForegroundPitch,
-    const KorUint8* uForeground, KorSizeT uForegroundPitch, const KorUint8* vForeground, KorSizeT vForegroundPitch,
-    KorSizeT width, KorSizeT height, KorSizeT xPosition, KorSizeT yPosition, KorUint8* yAlpha, KorSizeT yAlphaPitch,
-    KorUint8* uAlpha, KorSizeT uAlphaPitch, KorUint8* vAlpha, KorSizeT vAlphaPitch) {
+void KorI420AlphaArrayBlend_C_(KorUint8* yBackground, KorSizeT yBackgroundPitch, KorUint8* uBackground,
+                               KorSizeT uBackgroundPitch, KorUint8* vBackground, KorSizeT vBackgroundPitch,
+                               const KorUint8* yForeground, KorSizeT yForegroundPitch, const KorUint8* uForeground,
+                               KorSizeT uForegroundPitch, const KorUint8* vForeground, KorSizeT vForegroundPitch,
+                               KorSizeT width, KorSizeT height, KorSizeT xPosition, KorSizeT yPosition,
+                               KorUint8* yAlpha, KorSizeT yAlphaPitch, KorUint8* uAlpha, KorSizeT uAlphaPitch,
+                               KorUint8* vAlpha, KorSizeT vAlphaPitch) {
     BlendPlane(yBackground, yBackgroundPitch, yForeground, yForegroundPitch, width, height, xPosition, yPosition,
                [&](Number column, Number row) { return At(yAlpha, yAlphaPitch, column, row); });
     BlendPlane(uBackground, uBackgroundPitch, uForeground, uForegroundPitch, (width + 1) / 2, (height + 1) / 2,

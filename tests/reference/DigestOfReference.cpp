@@ -1,4 +1,4 @@
-// kordigest for the literal reference: where the digests of the manifest come from, told a second time.
+// kordigest for the literal reference: a second derivation of the manifest's digests.
 #include "conformance/digest/DigestMain.h"
 #include "tests/reference/Table.h"
 

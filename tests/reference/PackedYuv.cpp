@@ -1,4 +1,4 @@
-/* Packed and semi-planar YUV: YUY2, UYVY, Yuv2 and M420 to I420, I420 to YUY2, UYVY and Yuv2, and turning. */
+/* Packed and semi-planar YUV: YUY2, UYVY, Yuv2 and M420 to I420, I420 to YUY2, UYVY and Yuv2, and rotation. */
 #include <initializer_list>
 
 #include "tests/reference/Reference.h"
@@ -10,7 +10,7 @@ using namespace detail;
 
 namespace {
 
-// Which byte of a group of four holds what. A group is two pixels beside each other that share their chroma.
+// The bytes of a group of four. A group is two adjacent pixels that share their chroma.
 struct GroupFormat {
     Number left;
     Number right;
@@ -21,9 +21,8 @@ struct GroupFormat {
 constexpr GroupFormat kYuy2 = {0, 2, 1, 3};
 constexpr GroupFormat kUyvy = {1, 3, 0, 2};
 
-void ToI420(
-    PlanesOut to, const KorUint8* x, KorSizeT pitchX, GroupFormat format, KorSizeT width, KorSizeT height,
-    KorBool flip) {
+void ToI420(PlanesOut to, const KorUint8* x, KorSizeT pitchX, GroupFormat format, KorSizeT width, KorSizeT height,
+            KorBool flip) {
     const auto packed = [&](Number group, Number byte, Number row) -> Number {
         return At(x, pitchX, 4 * group + byte, SourceRow(row, height, flip));
     };
@@ -38,7 +37,7 @@ void ToI420(
         }
     }
 
-    // Deliberate: the luma of an odd last row is written again into the row below the image.
+    // Deliberate: the luma of an odd last row is written again to the row below the image.
     if (height % 2 == 1) {
         for (Number group = 0; group < widthC; ++group) {
             At(to.y, to.pitchY, 2 * group, lumaRows) = LowByte(packed(group, format.left, lumaRows - 1));
@@ -59,10 +58,9 @@ void ToI420(
     }
 }
 
-// An odd last column or row is deliberately not packed.
-void FromI420(
-    PlanesIn from, KorUint8* x, KorSizeT pitchX, GroupFormat format, KorSizeT width, KorSizeT height,
-    KorVideoFrameDitherLevel level) {
+// Deliberate: an odd last column or row is not packed.
+void FromI420(PlanesIn from, KorUint8* x, KorSizeT pitchX, GroupFormat format, KorSizeT width, KorSizeT height,
+              KorVideoFrameDitherLevel level) {
     const NoiseStart start = DrawNoiseStart(level, kAlignedStart);
     if (width < 2 || height < 2) {
         return;
@@ -74,41 +72,36 @@ void FromI420(
             const Number r = Signed(row);
             const KorSizeT positionY = row * RoundUpToEight(width) + 2 * group;
             const KorSizeT positionC = (row / 2) * RoundUpToEight(widthC) + group;
-            At(x, pitchX, 4 * g + format.left, r) =
-                Luma(At(from.y, from.pitchY, 2 * g, r), start.y + positionY, level);
+            At(x, pitchX, 4 * g + format.left, r) = Luma(At(from.y, from.pitchY, 2 * g, r), start.y + positionY, level);
             At(x, pitchX, 4 * g + format.right, r) =
                 Luma(At(from.y, from.pitchY, 2 * g + 1, r), start.y + positionY + 1, level);
-            At(x, pitchX, 4 * g + format.u, r) =
-                Chroma(At(from.u, from.pitchU, g, r / 2), start.u + positionC, level);
-            At(x, pitchX, 4 * g + format.v, r) =
-                Chroma(At(from.v, from.pitchV, g, r / 2), start.v + positionC, level);
+            At(x, pitchX, 4 * g + format.u, r) = Chroma(At(from.u, from.pitchU, g, r / 2), start.u + positionC, level);
+            At(x, pitchX, 4 * g + format.v, r) = Chroma(At(from.v, from.pitchV, g, r / 2), start.v + positionC, level);
         }
     }
 }
 
 }  // namespace
 
-void KorYUY2ToI420_C_(
-    KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
-    const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip) {
+void KorYUY2ToI420_C_(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
+                      const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip) {
     ToI420({y, pitchY, u, pitchU, v, pitchV}, x, pitchX, kYuy2, width, height, flip);
 }
 
-void KorUYVYToI420_C_(
-    KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
-    const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip) {
+void KorUYVYToI420_C_(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
+                      const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip) {
     ToI420({y, pitchY, u, pitchU, v, pitchV}, x, pitchX, kUyvy, width, height, flip);
 }
 
-void KorI420ToYUY2_C_(
-    const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v, KorSizeT pitchV,
-    KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
+void KorI420ToYUY2_C_(const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v,
+                      KorSizeT pitchV, KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height,
+                      KorVideoFrameDitherLevel ditherLevel) {
     FromI420({y, pitchY, u, pitchU, v, pitchV}, x, pitchX, kYuy2, width, height, ditherLevel);
 }
 
-void KorI420ToUYVY_C_(
-    const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v, KorSizeT pitchV,
-    KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
+void KorI420ToUYVY_C_(const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v,
+                      KorSizeT pitchV, KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height,
+                      KorVideoFrameDitherLevel ditherLevel) {
     FromI420({y, pitchY, u, pitchU, v, pitchV}, x, pitchX, kUyvy, width, height, ditherLevel);
 }
 
@@ -126,18 +119,17 @@ Number ScaledChroma(Number byte) {
     return FloorDivide(SignedByte(byte) * 113, 128);
 }
 
-// Unsigned chroma to the low byte of the signed scale. Deliberate: it wraps instead of clamping.
+// Unsigned chroma to the low byte of signed chroma. Deliberate: it wraps instead of clamping.
 KorUint8 FullRangeChroma(Number sample) {
     return LowByte(FloorDivide(sample * 145 + 14208, 128));
 }
 
 }  // namespace
 
-// Deliberate: an odd width makes luma drift by one byte and the packed source by two bytes to the left with every row
-// pair. Offsets count from the first byte of the plane, so that a drift may leave a row.
-void KorYuv2ToI420_C_(
-    KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
-    const KorUint8* yuv2, KorSizeT pitchYuv2, KorSizeT width, KorSizeT height, KorBool flip) {
+// Deliberate: at odd widths, luma drifts by one byte and the packed source by two bytes to the left with every row
+// pair. Offsets count from the first byte of the plane, so that a drift may leave its row.
+void KorYuv2ToI420_C_(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
+                      const KorUint8* yuv2, KorSizeT pitchYuv2, KorSizeT width, KorSizeT height, KorBool flip) {
     const Number drift = Signed(width % 2);
     const auto packed = [&](Number group, Number byte, Number row) -> Number {
         return At(yuv2, pitchYuv2, 4 * group + byte - 2 * drift * (row / 2), SourceRow(row, height, flip));
@@ -163,10 +155,9 @@ void KorYuv2ToI420_C_(
     }
 }
 
-// Deliberate: the same drift at odd widths, and luma keeps its values in this direction.
-void KorI420toYuv2_C_(
-    const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v, KorSizeT pitchV,
-    KorUint8* yuy2, KorSizeT pitchYuy2, KorSizeT width, KorSizeT height) {
+// Deliberate: the same drift at odd widths, and luma is copied unchanged.
+void KorI420toYuv2_C_(const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v,
+                      KorSizeT pitchV, KorUint8* yuy2, KorSizeT pitchYuy2, KorSizeT width, KorSizeT height) {
     const Number drift = Signed(width % 2);
     for (Number pair = 0; pair < Signed(height / 2); ++pair) {
         for (Number group = 0; group < Signed(width / 2); ++group) {
@@ -182,12 +173,11 @@ void KorI420toYuv2_C_(
     }
 }
 
-void KorM420ToI420_C_(
-    KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
-    const KorUint8* m420, KorSizeT pitchM420, KorSizeT width, KorSizeT height, KorBool flip) {
+void KorM420ToI420_C_(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
+                      const KorUint8* m420, KorSizeT pitchM420, KorSizeT width, KorSizeT height, KorBool flip) {
     for (Number pair = 0; pair < Signed(height / 2); ++pair) {
-        // One pitch is one block of three rows. Deliberate: a flipped walk starts at the block numbered by the last
-        // luma row, not by the last pair of rows.
+        // One pitch spans a block of three rows. Deliberate: a flipped walk starts at the block whose number is that of
+        // the last luma row, not of the last row pair.
         const Number block = SourceRow(pair, height, flip);
         for (Number column = 0; column < Signed(width); ++column) {
             At(y, pitchY, column, 2 * pair) = At(m420, pitchM420, column, block);
@@ -202,12 +192,11 @@ void KorM420ToI420_C_(
 
 namespace {
 
-// The image counts as padded to an even height by a copy of its last row. Odd widths are outside the contract and
-// deliberately drift: with every row pair the source lies two bytes and the luma one sample further left, chroma stays.
-// Deliberate: an angle that is none of the four turns by 270.
-void ToI420Turned(
-    PlanesOut to, const KorUint8* x, KorSizeT pitchX, GroupFormat format, KorSizeT width, KorSizeT height,
-    KorBool flip, KorImageRotationDegree degree) {
+// The image is padded to an even height with a copy of its last row. Deliberate: odd widths, which are outside the
+// contract, drift; with every row pair the source lies two bytes and the luma one sample further left, chroma stays.
+// Deliberate: any other angle rotates by 270.
+void ToI420Rotated(PlanesOut to, const KorUint8* x, KorSizeT pitchX, GroupFormat format, KorSizeT width,
+                   KorSizeT height, KorBool flip, KorImageRotationDegree degree) {
     const Number drift = Signed(width % 2);
     const Number widthC = Signed(width / 2);
     const Number pairs = Signed((height + 1) / 2);
@@ -215,7 +204,7 @@ void ToI420Turned(
         return At(x, pitchX, 4 * group + byte - 2 * drift * (row / 2), SourceRow(row, height, flip));
     };
     const auto storeLuma = [&](Number column, Number row, Number value) {
-        const Position place = Turned({column - drift * (row / 2), row}, Signed(width), 2 * pairs, degree);
+        const Position place = Rotated({column - drift * (row / 2), row}, Signed(width), 2 * pairs, degree);
         At(to.y, to.pitchY, place.column, place.row) = LowByte(value);
     };
 
@@ -227,7 +216,7 @@ void ToI420Turned(
             storeLuma(2 * group + 1, upper, packed(group, format.right, upper));
             storeLuma(2 * group, upper + 1, packed(group, format.left, lower));
             storeLuma(2 * group + 1, upper + 1, packed(group, format.right, lower));
-            const Position place = Turned({group, pair}, widthC, pairs, degree);
+            const Position place = Rotated({group, pair}, widthC, pairs, degree);
             At(to.u, to.pitchU, place.column, place.row) =
                 LowByte(Average(packed(group, format.u, upper), packed(group, format.u, lower)));
             At(to.v, to.pitchV, place.column, place.row) =
@@ -238,18 +227,16 @@ void ToI420Turned(
 
 }  // namespace
 
-void KorYUY2ToI420WithRotation_C_(
-    KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
-    const KorUint8* x, KorSizeT pitchX, KorSizeT widthSrc, KorSizeT heightSrc, KorBool flip,
-    KorImageRotationDegree rotationDegree) {
-    ToI420Turned({y, pitchY, u, pitchU, v, pitchV}, x, pitchX, kYuy2, widthSrc, heightSrc, flip, rotationDegree);
+void KorYUY2ToI420WithRotation_C_(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v,
+                                  KorSizeT pitchV, const KorUint8* x, KorSizeT pitchX, KorSizeT widthSrc,
+                                  KorSizeT heightSrc, KorBool flip, KorImageRotationDegree rotationDegree) {
+    ToI420Rotated({y, pitchY, u, pitchU, v, pitchV}, x, pitchX, kYuy2, widthSrc, heightSrc, flip, rotationDegree);
 }
 
-void KorUYVYToI420WithRotation_C_(
-    KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
-    const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip,
-    KorImageRotationDegree rotationDegree) {
-    ToI420Turned({y, pitchY, u, pitchU, v, pitchV}, x, pitchX, kUyvy, width, height, flip, rotationDegree);
+void KorUYVYToI420WithRotation_C_(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v,
+                                  KorSizeT pitchV, const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height,
+                                  KorBool flip, KorImageRotationDegree rotationDegree) {
+    ToI420Rotated({y, pitchY, u, pitchU, v, pitchV}, x, pitchX, kUyvy, width, height, flip, rotationDegree);
 }
 
 }  // namespace reference

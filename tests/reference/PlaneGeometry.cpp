@@ -1,4 +1,4 @@
-/* Plane geometry: chroma reduction, chroma splitting, mirroring, turning and flipping. */
+/* Plane geometry: chroma reduction, chroma splitting, mirroring, rotating and flipping. */
 #include "tests/reference/Reference.h"
 #include "tests/reference/ReferenceDetail.h"
 
@@ -6,8 +6,8 @@ namespace reference {
 
 using namespace detail;
 
-void KorPlanarUV422To420_C_(
-    const KorUint8* src, KorDistanceT pitchSrc, KorUint8* dst, KorSizeT pitchDst, KorSizeT width, KorSizeT height) {
+void KorPlanarUV422To420_C_(const KorUint8* src, KorDistanceT pitchSrc, KorUint8* dst, KorSizeT pitchDst,
+                            KorSizeT width, KorSizeT height) {
     for (Number row = 0; row < Signed(height); ++row) {
         for (Number column = 0; column < Signed(width); ++column) {
             const Number upper = At(src, pitchSrc, column, 2 * row);
@@ -17,9 +17,8 @@ void KorPlanarUV422To420_C_(
     }
 }
 
-void KorPlanarUVDeinterlace_C_(
-    const KorUint8* src, KorDistanceT pitchSrc, KorUint8* uv1, KorSizeT pitchUv1, KorUint8* uv2, KorSizeT pitchUv2,
-    KorSizeT width, KorSizeT height) {
+void KorPlanarUVDeinterlace_C_(const KorUint8* src, KorDistanceT pitchSrc, KorUint8* uv1, KorSizeT pitchUv1,
+                               KorUint8* uv2, KorSizeT pitchUv2, KorSizeT width, KorSizeT height) {
     for (Number row = 0; row < Signed(height); ++row) {
         for (Number column = 0; column < Signed(width); ++column) {
             At(uv1, pitchUv1, column, row) = At(src, pitchSrc, 2 * column, row);
@@ -28,8 +27,8 @@ void KorPlanarUVDeinterlace_C_(
     }
 }
 
-void KorPlanarMirror_C_(
-    const KorUint8* src, KorDistanceT pitchSrc, KorUint8* dst, KorSizeT pitchDst, KorSizeT width, KorSizeT height) {
+void KorPlanarMirror_C_(const KorUint8* src, KorDistanceT pitchSrc, KorUint8* dst, KorSizeT pitchDst, KorSizeT width,
+                        KorSizeT height) {
     for (Number row = 0; row < Signed(height); ++row) {
         for (Number column = 0; column < Signed(width); ++column) {
             At(dst, pitchDst, column, row) = At(src, pitchSrc, Signed(width) - 1 - column, row);
@@ -37,9 +36,8 @@ void KorPlanarMirror_C_(
     }
 }
 
-void KorPlanarUVDeinterlaceMirror_C_(
-    const KorUint8* src, KorDistanceT pitchSrc, KorUint8* uv1, KorSizeT pitchUv1, KorUint8* uv2, KorSizeT pitchUv2,
-    KorSizeT width, KorSizeT height) {
+void KorPlanarUVDeinterlaceMirror_C_(const KorUint8* src, KorDistanceT pitchSrc, KorUint8* uv1, KorSizeT pitchUv1,
+                                     KorUint8* uv2, KorSizeT pitchUv2, KorSizeT width, KorSizeT height) {
     for (Number row = 0; row < Signed(height); ++row) {
         for (Number column = 0; column < Signed(width); ++column) {
             const Number mirrored = Signed(width) - 1 - column;
@@ -49,10 +47,9 @@ void KorPlanarUVDeinterlaceMirror_C_(
     }
 }
 
-void KorPlanarRotation_C_(
-    const KorUint8* src, KorDistanceT pitchSrc, KorUint8* dst, KorSizeT pitchDst,
-    KorSizeT widthSrc, KorSizeT heightSrc, KorImageRotationDegree rotationDegree) {
-    // Deliberate: an angle that is none of the four leaves the destination as it is, unlike in the split below.
+void KorPlanarRotation_C_(const KorUint8* src, KorDistanceT pitchSrc, KorUint8* dst, KorSizeT pitchDst,
+                          KorSizeT widthSrc, KorSizeT heightSrc, KorImageRotationDegree rotationDegree) {
+    // Deliberate: any other angle leaves the destination as it is, unlike in the split below.
     if (rotationDegree != 0 && rotationDegree != 90 && rotationDegree != 180 && rotationDegree != 270) {
         return;
     }
@@ -61,19 +58,19 @@ void KorPlanarRotation_C_(
     }
     for (Number row = 0; row < Signed(heightSrc); ++row) {
         for (Number column = 0; column < Signed(widthSrc); ++column) {
-            const Position to = Turned({column, row}, Signed(widthSrc), Signed(heightSrc), rotationDegree);
+            const Position to = Rotated({column, row}, Signed(widthSrc), Signed(heightSrc), rotationDegree);
             At(dst, pitchDst, to.column, to.row) = At(src, pitchSrc, column, row);
         }
     }
 }
 
-// Deliberate: an angle that is none of the four turns by 270.
-void KorPlanarUVDeinterlaceRotation_C_(
-    const KorUint8* src, KorDistanceT pitchSrc, KorUint8* uv1, KorSizeT pitchUv1, KorUint8* uv2, KorSizeT pitchUv2,
-    KorSizeT widthSrc, KorSizeT heightSrc, KorImageRotationDegree rotationDegree) {
+// Deliberate: any other angle rotates by 270.
+void KorPlanarUVDeinterlaceRotation_C_(const KorUint8* src, KorDistanceT pitchSrc, KorUint8* uv1, KorSizeT pitchUv1,
+                                       KorUint8* uv2, KorSizeT pitchUv2, KorSizeT widthSrc, KorSizeT heightSrc,
+                                       KorImageRotationDegree rotationDegree) {
     for (Number row = 0; row < Signed(heightSrc); ++row) {
         for (Number column = 0; column < Signed(widthSrc); ++column) {
-            const Position to = Turned({column, row}, Signed(widthSrc), Signed(heightSrc), rotationDegree);
+            const Position to = Rotated({column, row}, Signed(widthSrc), Signed(heightSrc), rotationDegree);
             At(uv1, pitchUv1, to.column, to.row) = At(src, pitchSrc, 2 * column, row);
             At(uv2, pitchUv2, to.column, to.row) = At(src, pitchSrc, 2 * column + 1, row);
         }
@@ -95,10 +92,9 @@ void FlipPlane(KorUint8* plane, KorSizeT pitch, Number width, Number height) {
 
 }  // namespace
 
-void KorI420FlipVertical_C_(
-    KorUint8* srcY, KorSizeT srcPitchY, KorUint8* srcU, KorSizeT srcPitchU, KorUint8* srcV, KorSizeT srcPitchV,
-    KorSizeT width, KorSizeT height) {
-    // Deliberate: the chroma planes count as rounded down, so the last chroma row or column of an odd size stays.
+void KorI420FlipVertical_C_(KorUint8* srcY, KorSizeT srcPitchY, KorUint8* srcU, KorSizeT srcPitchU, KorUint8* srcV,
+                            KorSizeT srcPitchV, KorSizeT width, KorSizeT height) {
+    // Deliberate: chroma sizes are rounded down, so the last chroma row or column of an odd size stays in place.
     FlipPlane(srcU, srcPitchU, Signed(width / 2), Signed(height / 2));
     FlipPlane(srcV, srcPitchV, Signed(width / 2), Signed(height / 2));
     FlipPlane(srcY, srcPitchY, Signed(width), Signed(height));

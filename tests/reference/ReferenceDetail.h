@@ -1,4 +1,4 @@
-/* What the files of the reference share: addressing, flooring division, clamping and noise. Private to them. */
+/* Shared by the files of the reference, and private to them: addressing, flooring division, clamping and noise. */
 #ifndef KOR_TESTS_REFERENCE_REFERENCEDETAIL_H
 #define KOR_TESTS_REFERENCE_REFERENCEDETAIL_H
 
@@ -11,7 +11,7 @@
 
 namespace reference::detail {
 
-// Columns, rows and every intermediate value: signed and wide, so that differences may go below zero and no sum wraps
+// Columns, rows and every intermediate value: signed and wide, so that differences may be negative and no sum wraps
 // unless the code says so.
 using Number = std::int64_t;
 
@@ -19,15 +19,15 @@ inline Number Signed(KorSizeT size) {
     return static_cast<Number>(size);
 }
 
-// The sample at a column and row of a plane. The offset is summed in signed numbers first: one address is formed, that
-// of the sample itself, whatever the sign of the pitch or of the coordinates.
+// The sample at a column and row of a plane. The offset is summed up in signed numbers first, so that the only address
+// formed is that of the sample itself, whatever the signs of the pitch and the coordinates.
 template <typename Byte, typename Pitch>
 Byte& At(Byte* plane, Pitch pitch, Number column, Number row) {
     const Number signedPitch = static_cast<KorDistanceT>(pitch);
     return plane[static_cast<KorDistanceT>(row * signedPitch + column)];
 }
 
-// The quotient rounded toward minus infinity, for a positive divisor: what an arithmetic right shift does.
+// The quotient rounded toward minus infinity, for a positive divisor, as an arithmetic right shift does.
 constexpr Number FloorDivide(Number dividend, Number divisor) {
     const Number truncated = dividend / divisor;
     return dividend % divisor < 0 ? truncated - 1 : truncated;
@@ -36,12 +36,12 @@ constexpr Number FloorDivide(Number dividend, Number divisor) {
 static_assert(FloorDivide(7, 4) == 1 && FloorDivide(8, 4) == 2, "positive dividends truncate");
 static_assert(FloorDivide(-1, 4) == -1 && FloorDivide(-4, 4) == -1 && FloorDivide(-5, 4) == -2, "negative ones floor");
 
-// A value reduced modulo 256 to a byte.
+// A value modulo 256.
 constexpr KorUint8 LowByte(Number value) {
     return static_cast<KorUint8>(value - 256 * FloorDivide(value, 256));
 }
 
-// A value limited to the range of a byte.
+// A value clamped to a byte.
 constexpr KorUint8 Clamp(Number value) {
     if (value < 0) {
         return 0;
@@ -52,7 +52,7 @@ constexpr KorUint8 Clamp(Number value) {
     return static_cast<KorUint8>(value);
 }
 
-// The average of two values that are not negative, a half rounded up.
+// The average of two non-negative values, rounded half up.
 constexpr Number Average(Number a, Number b) {
     return (a + b + 1) / 2;
 }
@@ -61,7 +61,7 @@ constexpr KorSizeT RoundUpToEight(KorSizeT size) {
     return (size + 7) / 8 * 8;
 }
 
-// The row of the image in memory from which the row-th row in reading order comes.
+// The row in memory of the row-th row in reading order.
 inline Number SourceRow(Number row, KorSizeT height, KorBool flip) {
     return flip != 0 ? Signed(height) - 1 - row : row;
 }
@@ -71,9 +71,9 @@ struct Position {
     Number row;
 };
 
-// Where a sample of a width by height plane goes when the plane is turned clockwise. An angle that is none of the four
-// counts as 270.
-inline Position Turned(Position from, Number width, Number height, KorImageRotationDegree degree) {
+// The place of a sample of a width by height plane after a clockwise rotation. An angle other than the four counts as
+// 270.
+inline Position Rotated(Position from, Number width, Number height, KorImageRotationDegree degree) {
     switch (degree) {
         case 0:
             return from;
@@ -108,7 +108,7 @@ struct NoiseScale {
     Number rounding;
 };
 
-// Four levels are defined; a converter takes any other for Off.
+// Four levels are defined; a conversion treats any other as Off.
 inline bool IsDefined(KorVideoFrameDitherLevel level) {
     return level <= KOR_VIDEOFRAMEDITHERLEVEL_2;
 }
@@ -117,7 +117,7 @@ inline bool AddsNoise(KorVideoFrameDitherLevel level) {
     return level != KOR_VIDEOFRAMEDITHERLEVEL_Off && IsDefined(level);
 }
 
-// By dither level. Level 0 never gets here from a converter, but the dither filter has no Off.
+// By dither level. Conversions never get here with a level value of 0, but the dither filter has no Off.
 inline NoiseScale LumaScale(KorVideoFrameDitherLevel level) {
     constexpr std::array<NoiseScale, 4> scales = {{{8, 4}, {4, 2}, {2, 1}, {1, 0}}};
     return scales.at(level);
@@ -128,14 +128,14 @@ inline NoiseScale ChromaScale(KorVideoFrameDitherLevel level) {
     return scales.at(level);
 }
 
-// The sample with the noise of a table position added, at any index modulo the size of the table.
+// The sample plus the noise at an index of the table, modulo its size.
 inline KorUint8 AddNoise(KorUint8 sample, KorSizeT index, NoiseScale scale) {
     const Number entry = KorTblDitherStd4[index % 16384];
     return Clamp(sample + FloorDivide(entry + scale.rounding, scale.divisor));
 }
 
-// One whole index variable of random bits. Whether the service could deliver is nobody's concern: the variable then
-// keeps what it holds.
+// A whole index variable of random bits. The result of the service is ignored: if it fails, the variable keeps what it
+// holds.
 inline KorSizeT DrawIndex() {
     KorSizeT index = 0;
     KorRandomGetBytes(reinterpret_cast<char*>(&index), sizeof(index));
@@ -152,7 +152,7 @@ struct NoiseStart {
 constexpr KorSizeT kAnyStart = 0x3fff;
 constexpr KorSizeT kAlignedStart = 0x3ff8;
 
-// The start of a converter's noise: luma, then U, then V. Off draws nothing.
+// The starts of a conversion's noise: luma, then U, then V. Off draws nothing.
 inline NoiseStart DrawNoiseStart(KorVideoFrameDitherLevel level, KorSizeT chromaMask) {
     NoiseStart start;
     if (AddsNoise(level)) {
@@ -163,7 +163,7 @@ inline NoiseStart DrawNoiseStart(KorVideoFrameDitherLevel level, KorSizeT chroma
     return start;
 }
 
-// The sample as a converter uses it: as it is when the level is Off, else with noise.
+// The sample that a conversion uses: unchanged at level Off, else with noise.
 inline KorUint8 Luma(KorUint8 sample, KorSizeT index, KorVideoFrameDitherLevel level) {
     return AddsNoise(level) ? AddNoise(sample, index, LumaScale(level)) : sample;
 }

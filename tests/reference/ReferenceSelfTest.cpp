@@ -1,6 +1,6 @@
 /*
- * The reference against values worked out by hand: what anchors it, and through it everything that is compared with it.
- * Each expectation can be checked with pencil and paper; where noise takes part, it is told by entries of the table.
+ * The reference against values worked out by hand, which anchors everything that is compared with it. Each expectation
+ * can be checked with pencil and paper; where noise takes part, it is given as entries of the table.
  */
 #include <gtest/gtest.h>
 
@@ -20,7 +20,7 @@ using namespace reference;
 
 using Bytes = std::vector<KorUint8>;
 
-// What destinations hold before the call, and still hold wherever nothing is written.
+// What destinations hold before the call, and afterwards wherever nothing was written.
 constexpr KorUint8 o = 0xa5;
 
 Bytes Blank(KorSizeT size) {
@@ -56,7 +56,7 @@ constexpr Rgb Reddish(KorUint8 red) {
     return {red, 0, 0};
 }
 
-// Pixels of four bytes, alpha different from one to the next.
+// Pixels of four bytes, each with another alpha.
 Bytes Bgra(const std::vector<Rgb>& pixels) {
     Bytes bytes;
     KorUint8 alpha = 7;
@@ -77,7 +77,7 @@ Bytes Raw(const std::vector<Rgb>& pixels) {
 
 using Capture = decltype(&KorBGRAToI420_C_);
 
-// Converts a source without padding between its rows into planes that are blank before.
+// Converts a source without padding into blank planes.
 Image Captured(Capture capture, Image to, const Bytes& from, KorSizeT pitchX, KorSizeT width, KorSizeT height,
                bool flip = false) {
     capture(to.y.data(), to.pitchY, to.u.data(), to.pitchC, to.v.data(), to.pitchC, from.data(), pitchX, width, height,
@@ -85,7 +85,7 @@ Image Captured(Capture capture, Image to, const Bytes& from, KorSizeT pitchX, Ko
     return to;
 }
 
-// Luma, U and V of one pixel that is an image of its own.
+// Luma, U and V of an image of one pixel.
 Bytes OnePixel(Capture capture, const Bytes& pixel) {
     const Image to = Captured(capture, BlankImage(2, 2, 1, 1), pixel, 4, 1, 1);
     return {to.y[0], to.u[0], to.v[0]};
@@ -111,8 +111,8 @@ Bytes FirstPixel(Render render, const Image& from, KorSizeT size = 4) {
     return Bytes(x.begin(), x.begin() + static_cast<std::ptrdiff_t>(size));
 }
 
-Bytes GeneralRendered(const KorInt (&coeffs)[3][3], const Image& from, KorSizeT pitchX, KorSizeT width,
-                      KorSizeT height, KorVideoFrameDitherLevel level = KOR_VIDEOFRAMEDITHERLEVEL_Off) {
+Bytes GeneralRendered(const KorInt (&coeffs)[3][3], const Image& from, KorSizeT pitchX, KorSizeT width, KorSizeT height,
+                      KorVideoFrameDitherLevel level = KOR_VIDEOFRAMEDITHERLEVEL_Off) {
     Bytes x = Blank(pitchX * height);
     KorI420ToBGRAGeneral_C_(from.y.data(), from.pitchY, from.u.data(), from.pitchC, from.v.data(), from.pitchC,
                             x.data(), pitchX, width, height, coeffs, level);
@@ -126,12 +126,12 @@ int Entry(KorSizeT index) {
     return KorTblDitherStd4[index % 16384];
 }
 
-// The sample with half a table entry added, rounded: chroma at the strongest level.
+// The sample plus half a table entry, rounded: chroma at the strongest level.
 KorUint8 PlusHalf(int sample, KorSizeT index) {
     return detail::Clamp(sample + detail::FloorDivide(Entry(index) + 1, 2));
 }
 
-/* What the reference is built from */
+/* Building blocks of the reference */
 
 TEST(ReferenceDetail, FloorsAndClamps) {
     EXPECT_EQ(detail::FloorDivide(-3 + 2, 4), -1);
@@ -205,7 +205,7 @@ TEST(ReferencePlaneGeometry, SplitsAndMirrors) {
     EXPECT_EQ(uv1, (Bytes{1, 2, 3, o, 4, 5, 6}));
     EXPECT_EQ(uv2, (Bytes{11, 12, 13, 14, 15, 16}));
 
-    // The last row first, and from right to left.
+    // The last row first, from right to left.
     KorPlanarUVDeinterlaceMirror_C_(pairs.data() + 6, -6, uv1.data(), 4, uv2.data(), 3, 3, 2);
     EXPECT_EQ(uv1, (Bytes{6, 5, 4, o, 3, 2, 1}));
     EXPECT_EQ(uv2, (Bytes{16, 15, 14, 13, 12, 11}));
@@ -218,19 +218,19 @@ TEST(ReferencePlaneGeometry, SplitsAndMirrors) {
     EXPECT_EQ(dst, (Bytes{1, 3, 2, 1, o, 5, 7, 6, 5}));
 }
 
-TEST(ReferencePlaneGeometry, TurnsClockwise) {
+TEST(ReferencePlaneGeometry, RotatesClockwise) {
     const Bytes src = {'a', 'b', 'c', 'd', 'e', 'f'};
-    const auto turned = [&](KorSizeT pitch, KorSizeT rows, KorImageRotationDegree degree) {
+    const auto rotated = [&](KorSizeT pitch, KorSizeT rows, KorImageRotationDegree degree) {
         Bytes dst = Blank(pitch * rows);
         KorPlanarRotation_C_(src.data(), 3, dst.data(), pitch, 3, 2, degree);
         return dst;
     };
-    EXPECT_EQ(turned(4, 2, 0), (Bytes{'a', 'b', 'c', o, 'd', 'e', 'f', o}));
-    EXPECT_EQ(turned(3, 3, 90), (Bytes{'d', 'a', o, 'e', 'b', o, 'f', 'c', o}));
-    EXPECT_EQ(turned(3, 2, 180), (Bytes{'f', 'e', 'd', 'c', 'b', 'a'}));
-    EXPECT_EQ(turned(2, 3, 270), (Bytes{'c', 'f', 'b', 'e', 'a', 'd'}));
-    EXPECT_EQ(turned(3, 3, 45), Blank(9));
-    EXPECT_EQ(turned(3, 3, 360), Blank(9));
+    EXPECT_EQ(rotated(4, 2, 0), (Bytes{'a', 'b', 'c', o, 'd', 'e', 'f', o}));
+    EXPECT_EQ(rotated(3, 3, 90), (Bytes{'d', 'a', o, 'e', 'b', o, 'f', 'c', o}));
+    EXPECT_EQ(rotated(3, 2, 180), (Bytes{'f', 'e', 'd', 'c', 'b', 'a'}));
+    EXPECT_EQ(rotated(2, 3, 270), (Bytes{'c', 'f', 'b', 'e', 'a', 'd'}));
+    EXPECT_EQ(rotated(3, 3, 45), Blank(9));
+    EXPECT_EQ(rotated(3, 3, 360), Blank(9));
 
     Bytes upwards = Blank(6);
     KorPlanarRotation_C_(src.data() + 3, -3, upwards.data(), 2, 3, 2, 90);
@@ -241,7 +241,7 @@ TEST(ReferencePlaneGeometry, TurnsClockwise) {
     EXPECT_EQ(same, src);
 }
 
-TEST(ReferencePlaneGeometry, TurnsAndSplits) {
+TEST(ReferencePlaneGeometry, RotatesAndSplits) {
     const Bytes src = {'a', 'A', 'b', 'B', 'c', 'C', 'd', 'D', 'e', 'E', 'f', 'F'};
     struct Expected {
         KorImageRotationDegree degree;
@@ -249,15 +249,15 @@ TEST(ReferencePlaneGeometry, TurnsAndSplits) {
         Bytes uv1;
         Bytes uv2;
     };
-    const Bytes turned270a = {'c', 'f', 'b', 'e', 'a', 'd'};
-    const Bytes turned270b = {'C', 'F', 'B', 'E', 'A', 'D'};
-    for (const Expected& expected : std::vector<Expected>{
-             {0, 3, {'a', 'b', 'c', 'd', 'e', 'f'}, {'A', 'B', 'C', 'D', 'E', 'F'}},
-             {90, 2, {'d', 'a', 'e', 'b', 'f', 'c'}, {'D', 'A', 'E', 'B', 'F', 'C'}},
-             {180, 3, {'f', 'e', 'd', 'c', 'b', 'a'}, {'F', 'E', 'D', 'C', 'B', 'A'}},
-             {270, 2, turned270a, turned270b},
-             {45, 2, turned270a, turned270b},
-             {360, 2, turned270a, turned270b}}) {
+    const Bytes rotated270a = {'c', 'f', 'b', 'e', 'a', 'd'};
+    const Bytes rotated270b = {'C', 'F', 'B', 'E', 'A', 'D'};
+    for (const Expected& expected :
+         std::vector<Expected>{{0, 3, {'a', 'b', 'c', 'd', 'e', 'f'}, {'A', 'B', 'C', 'D', 'E', 'F'}},
+                               {90, 2, {'d', 'a', 'e', 'b', 'f', 'c'}, {'D', 'A', 'E', 'B', 'F', 'C'}},
+                               {180, 3, {'f', 'e', 'd', 'c', 'b', 'a'}, {'F', 'E', 'D', 'C', 'B', 'A'}},
+                               {270, 2, rotated270a, rotated270b},
+                               {45, 2, rotated270a, rotated270b},
+                               {360, 2, rotated270a, rotated270b}}) {
         Bytes uv1 = Blank(6);
         Bytes uv2 = Blank(6);
         KorPlanarUVDeinterlaceRotation_C_(src.data(), 6, uv1.data(), expected.pitch, uv2.data(), expected.pitch, 3, 2,
@@ -269,22 +269,19 @@ TEST(ReferencePlaneGeometry, TurnsAndSplits) {
 
 TEST(ReferencePlaneGeometry, FlipsInPlace) {
     const auto flipped = [](Image image, KorSizeT width, KorSizeT height) {
-        KorI420FlipVertical_C_(image.y.data(), image.pitchY, image.u.data(), image.pitchC, image.v.data(),
-                               image.pitchC, width, height);
+        KorI420FlipVertical_C_(image.y.data(), image.pitchY, image.u.data(), image.pitchC, image.v.data(), image.pitchC,
+                               width, height);
         return image;
     };
-    // 5 by 5: the chroma counts as 2 by 2, so its third row and column stay.
+    // 5 by 5: chroma counts as 2 by 2, so its third row and column stay in place.
     const Image image = {6,
                          3,
                          {1, 1, 1, 1, 1, 9, 2, 2, 2, 2, 2, 9, 3, 3, 3, 3, 3, 9, 4, 4, 4, 4, 4, 9, 5, 5, 5, 5, 5, 9},
                          {11, 12, 13, 21, 22, 23, 31, 32, 33},
                          {61, 62, 63, 71, 72, 73, 81, 82, 83}};
     const Image once = flipped(image, 5, 5);
-    EXPECT_EQ(once.y, (Bytes{5, 5, 5, 5, 5, 9,
-                             4, 4, 4, 4, 4, 9,
-                             3, 3, 3, 3, 3, 9,
-                             2, 2, 2, 2, 2, 9,
-                             1, 1, 1, 1, 1, 9}));
+    EXPECT_EQ(once.y,
+              (Bytes{5, 5, 5, 5, 5, 9, 4, 4, 4, 4, 4, 9, 3, 3, 3, 3, 3, 9, 2, 2, 2, 2, 2, 9, 1, 1, 1, 1, 1, 9}));
     EXPECT_EQ(once.u, (Bytes{21, 22, 13, 11, 12, 23, 31, 32, 33}));
     EXPECT_EQ(once.v, (Bytes{71, 72, 63, 61, 62, 73, 81, 82, 83}));
     const Image twice = flipped(once, 5, 5);
@@ -359,27 +356,26 @@ TEST(ReferenceRgbToYuv, AveragesColumnsFirst) {
 
 // Luma of (66 or 33 / 128) red: 0 gives 16, 10 gives 18, 21 gives 21, 51 gives 29, 100 gives 41, 255 gives 81.
 TEST(ReferenceRgbToYuv, OddEdges) {
-    const Bytes from = Bgra({Reddish(0), Reddish(0), Reddish(100),
-                             Reddish(0), Reddish(0), Reddish(51),
-                             Reddish(10), Reddish(21), Reddish(255)});
+    const Bytes from = Bgra({Reddish(0), Reddish(0), Reddish(100), Reddish(0), Reddish(0), Reddish(51), Reddish(10),
+                             Reddish(21), Reddish(255)});
     const Image to = Captured(KorBGRAToI420_C_, BlankImage(4, 4, 3, 3), from, 12, 3, 3);
     EXPECT_EQ(to.y, (Bytes{16, 16, 41, o, 16, 16, 29, o, 18, 21, 81, o, o, o, o, o}));
     // Averages: 0, 76 of the right column, 16 of the last row, and the corner itself.
     EXPECT_EQ(to.u, (Bytes{128, 116, o, 125, 90, o, o, o, o}));
     EXPECT_EQ(to.v, (Bytes{128, 161, o, 135, 239, o, o, o, o}));
 
-    // Upside down the first row in memory is the one without a partner.
+    // Flipped, the first row in memory is the one without a partner.
     const Image flipped = Captured(KorBGRAToI420_C_, BlankImage(3, 3, 2, 2), from, 12, 3, 3, true);
     EXPECT_EQ(flipped.y, (Bytes{18, 21, 81, 16, 16, 29, 16, 16, 41}));
-    // Averages: (5 + 11 + 1) / 2 = 8, (255 + 51 + 1) / 2 = 153, 0, and 100 alone.
+    // Averages: (5 + 11 + 1) / 2 = 8, (255 + 51 + 1) / 2 = 153, 0, and 100 on its own.
     EXPECT_EQ(flipped.v, (Bytes{131, 194, 128, 171}));
 }
 
 TEST(ReferenceRgbToYuv, ZeroSizesWriteNothing) {
     const Bytes from(16, 200);
-    for (const Capture capture : {&KorRGBAToI420_C_, &KorBGRAToI420_C_, &KorARGBToI420_C_, &KorABGRToI420_C_,
-                                  &KorBGRAToI444_C_, &KorBGRAToI420UsingBT709_C_, &KorBGRAToI444UsingBT709_C_,
-                                  &KorRawToI420_C_, &Kor24BGToI420_C_}) {
+    for (const Capture capture :
+         {&KorRGBAToI420_C_, &KorBGRAToI420_C_, &KorARGBToI420_C_, &KorABGRToI420_C_, &KorBGRAToI444_C_,
+          &KorBGRAToI420UsingBT709_C_, &KorBGRAToI444UsingBT709_C_, &KorRawToI420_C_, &Kor24BGToI420_C_}) {
         for (const bool flip : {false, true}) {
             for (const auto& size : {std::pair<KorSizeT, KorSizeT>{0, 1}, {0, 2}, {1, 0}, {2, 0}}) {
                 const Image to = Captured(capture, BlankImage(4, 4, 2, 2), from, 8, size.first, size.second, flip);
@@ -392,7 +388,7 @@ TEST(ReferenceRgbToYuv, ZeroSizesWriteNothing) {
 }
 
 TEST(ReferenceRgbToYuv, I444FlipsUnlikeItsBt709Sibling) {
-    const Bytes from = Bgra({kRed, kBlue, kGreen, kWhite});  // one column, four rows; the first two are the image
+    const Bytes from = Bgra({kRed, kBlue, kGreen, kWhite});  // four rows, the first two of which are the image
     const Image plain = Captured(KorBGRAToI444_C_, BlankImage(1, 2, 1, 2), from, 4, 1, 2, true);
     EXPECT_EQ(plain.y, (Bytes{41, 81}));
     EXPECT_EQ(plain.u, (Bytes{239, 90}));
@@ -406,9 +402,7 @@ TEST(ReferenceRgbToYuv, I444FlipsUnlikeItsBt709Sibling) {
 }
 
 TEST(ReferenceRgbToYuv, Bt709RepeatsAnOddLastRow) {
-    const Bytes from = Bgra({kWhite, kWhite, kWhite,
-                             kWhite, kWhite, kWhite,
-                             kRed, kRed, kBlue});
+    const Bytes from = Bgra({kWhite, kWhite, kWhite, kWhite, kWhite, kWhite, kRed, kRed, kBlue});
     const Image to = Captured(KorBGRAToI420UsingBT709_C_, BlankImage(4, 4, 2, 2), from, 12, 3, 3);
     EXPECT_EQ(to.y, (Bytes{235, 235, 235, o, 235, 235, 235, o, 62, 62, 31, o, 62, 62, o, o}));
     EXPECT_EQ(to.u, (Bytes{127, 127, 102, 239}));
@@ -427,8 +421,8 @@ TEST(ReferenceRgbToYuv, Bt709RepeatsAnOddLastRow) {
 
 Image GeneralCaptured(const KorInt (&coeffs)[3][3], Image to, const Bytes& from, KorSizeT pitchX, KorSizeT width,
                       KorSizeT height, bool flip = false) {
-    KorBGRAToI420General_C_(to.y.data(), to.pitchY, to.u.data(), to.pitchC, to.v.data(), to.pitchC, from.data(),
-                            pitchX, width, height, flip, coeffs);
+    KorBGRAToI420General_C_(to.y.data(), to.pitchY, to.u.data(), to.pitchC, to.v.data(), to.pitchC, from.data(), pitchX,
+                            width, height, flip, coeffs);
     return to;
 }
 
@@ -451,15 +445,12 @@ TEST(ReferenceRgbToYuv, CallerMatrixAtOddEdges) {
                              {4, 16, 106}, {5, 17, 107}, {6, 18, 108}});
     // clang-format on
     const Image to = GeneralCaptured(coeffs, BlankImage(5, 5, 3, 3), from, 12, 3, 3);
-    EXPECT_EQ(to.y, (Bytes{26, 27, 118, 118, o,
-                           29, 30, 121, 121, o,
-                           122, 123, 34, 34, o,
-                           122, 123, 34, 34, o,
-                           o, o, o, o, o}));
+    EXPECT_EQ(to.y, (Bytes{26, 27, 118, 118, o,  29, 30, 121, 121, o, 122, 123, 34,
+                           34, o,  122, 123, 34, 34, o,  o,   o,   o, o,   o}));
     EXPECT_EQ(to.u, (Bytes{129, 131, o, 133, 134, o, o, o, o}));
     EXPECT_EQ(to.v, (Bytes{228, 232, o, 235, 236, o, o, o, o}));
 
-    // One row is written to row 0 and to row 1; the pairing is that of the odd edge.
+    // A single row is written to row 0 and row 1, by the rules of an odd last row.
     const Image row = GeneralCaptured(coeffs, BlankImage(3, 3, 1, 1), from, 12, 2, 1);
     EXPECT_EQ(row.y, (Bytes{116, 116, o, 116, 116, o, o, o, o}));
     const Image pixel = GeneralCaptured(coeffs, BlankImage(3, 3, 1, 1), from, 12, 1, 1);
@@ -485,7 +476,7 @@ TEST(ReferenceRgbToYuv, CallerMatrixWraps) {
 }
 
 TEST(ReferenceRgbToYuv, CallerMatrixIsReadForEverySample) {
-    // The luma plane lies over the red weight of luma, one byte a sample.
+    // The luma plane lies over the red weight of luma, one byte per sample.
     KorInt coeffs[3][3] = {{256, 0, 0}, {0, 0, 0}, {0, 0, 0}};
     KorUint8 lowByteOfOne = 0;
     const KorInt one = 1;
@@ -505,7 +496,7 @@ TEST(ReferenceRgbToYuv, CallerMatrixIsReadForEverySample) {
 }
 
 TEST(ReferenceRgbToYuv, CallerMatrixUnderChroma) {
-    // U lies over the first byte of the blue weight of V, so V sees the U just written: 128 times blue 64, over 256.
+    // U lies over the first byte of the blue weight of V, so V uses the U just written: 128 times blue 64, over 256.
     KorInt coeffs[3][3] = {{0, 0, 0}, {0, 0, 0}, {0, 0, 0}};
     KorUint8 lowByteOfOne = 0;
     const KorInt one = 1;
@@ -532,36 +523,27 @@ TEST(ReferenceRgbToYuv, Raw24AveragesConvertedChroma) {
 }
 
 TEST(ReferenceRgbToYuv, Raw24OddEdges) {
-    const Bytes from = Raw({kBlack, kBlack, kRed,
-                            kBlack, kBlack, kBlack,
-                            kBlack, Reddish(104), Reddish(200)});
+    const Bytes from = Raw({kBlack, kBlack, kRed, kBlack, kBlack, kBlack, kBlack, Reddish(104), Reddish(200)});
     const Image to = Captured(KorRawToI420_C_, BlankImage(5, 5, 3, 3), from, 9, 3, 3);
     // The corner repeats the black above it; 104 gives 16 + 26 = 42.
-    EXPECT_EQ(to.y, (Bytes{16, 16, 81, 81, o,
-                           16, 16, 16, 16, o,
-                           16, 42, 16, o, o,
-                           16, 42, o, o, o,
-                           o, o, o, o, o}));
+    EXPECT_EQ(to.y, (Bytes{16, 16, 81, 81, o, 16, 16, 16, 16, o, 16, 42, 16, o, o, 16, 42, o, o, o, o, o, o, o, o}));
     // Right column (-38 + 257) / 2 = 109 and (111 + 257) / 2 = 184; last row (-16 + 257) / 2 = 120 and
     // (45 + 257) / 2 = 151; the corner averages them, a half rounded up.
     EXPECT_EQ(to.u, (Bytes{128, 109, o, 120, 115, o, o, o, o}));
     EXPECT_EQ(to.v, (Bytes{128, 184, o, 151, 168, o, o, o, o}));
 
-    // Upside down: the last row is the first in memory, and the corner is below a black pixel.
+    // Flipped: the last row is the first in memory, and the corner is below a black pixel.
     const Image flipped = Captured(KorRawToI420_C_, BlankImage(5, 5, 3, 3), from, 9, 3, 3, true);
     // 200 gives 16 + 51 = 67.
-    EXPECT_EQ(flipped.y, (Bytes{16, 42, 67, 67, o,
-                                16, 16, 16, 16, o,
-                                16, 16, 16, o, o,
-                                16, 16, o, o, o,
-                                o, o, o, o, o}));
+    EXPECT_EQ(flipped.y,
+              (Bytes{16, 42, 67, 67, o, 16, 16, 16, 16, o, 16, 16, 16, o, o, 16, 16, o, o, o, o, o, o, o, o}));
     // V of 200 is 87 above the middle: (87 + 257) / 2 = 172; the corner (172 + 128 + 1) / 2 = 150.
     // The block (45 + 514) / 4 = 139.
     EXPECT_EQ(flipped.v, (Bytes{139, 172, o, 128, 150, o, o, o, o}));
 }
 
 TEST(ReferenceRgbToYuv, Raw24CornersWithoutNeighbours) {
-    // One row: the corner's luma is its own, its chroma is that on its left.
+    // One row: the corner's luma is its own, its chroma is that to its left.
     const Image row = Captured(KorRawToI420_C_, BlankImage(4, 2, 2, 1), Raw({kBlack, Reddish(100), kRed}), 9, 3, 1);
     EXPECT_EQ(row.y, (Bytes{16, 41, 81, o, 16, 41, o, o}));
     EXPECT_EQ(row.u, (Bytes{121, 121}));
@@ -612,16 +594,12 @@ TEST(ReferenceYuvToRgb, OddEdgesStay) {
     const Image image = {3, 2, {16, 128, 128, 255, 16, 128, 16, 16, 16}, Bytes(4, 128), Bytes(4, 128)};
     const KorUint8 a = 255;
     EXPECT_EQ(Rendered(KorI420ToBGRA_C_, image, 12, 3, 3, 3),
-              (Bytes{0, 0, 0, a, 130, 130, 130, a, o, o, o, o,
-                     255, 255, 255, a, 0, 0, 0, a, o, o, o, o,
-                     o, o, o, o, o, o, o, o, o, o, o, o}));
+              (Bytes{0, 0, 0, a, 130, 130, 130, a, o, o, o, o, 255, 255, 255, a, 0, 0,
+                     0, a, o, o, o,   o,   o,   o, o, o, o, o, o,   o,   o,   o, o, o}));
     EXPECT_EQ(Rendered(KorI420To24BG_C_, image, 7, 3, 3, 3),
-              (Bytes{0, 0, 0, 130, 130, 130, o,
-                     255, 255, 255, 0, 0, 0, o,
-                     o, o, o, o, o, o, o}));
+              (Bytes{0, 0, 0, 130, 130, 130, o, 255, 255, 255, 0, 0, 0, o, o, o, o, o, o, o, o}));
     for (const Render render : {&KorI420ToRGBA_C_, &KorI420ToBGRA_C_, &KorI420ToARGB_C_, &KorI420ToABGR_C_,
-                                &KorI420ToBGRAUsingBT709_C_, &KorI420To24BG_C_, &KorI420ToYUY2_C_,
-                                &KorI420ToUYVY_C_}) {
+                                &KorI420ToBGRAUsingBT709_C_, &KorI420To24BG_C_, &KorI420ToYUY2_C_, &KorI420ToUYVY_C_}) {
         EXPECT_EQ(Rendered(render, image, 12, 3, 1, 3), Blank(36));
         EXPECT_EQ(Rendered(render, image, 12, 3, 3, 1), Blank(36));
         EXPECT_EQ(Rendered(render, image, 12, 3, 0, 0), Blank(36));
@@ -648,7 +626,7 @@ TEST(ReferenceYuvToRgb, CallerMatrix) {
     const KorInt zero[3][3] = {{0, 0, 0}, {0, 0, 0}, {0, 0, 0}};
     EXPECT_EQ(first(zero, Uniform(255, 0, 255)), (Bytes{0, 0, 0, 255}));
 
-    // Scale of row 0 for all, offsets of each row: -16, -32 and 0.
+    // The scale of row 0 for all, the offset of each row: -16, -32 and 0.
     const KorInt unequal[3][3] = {{256, 0, 0}, {512, 0, 0}, {0, 0, 0}};
     EXPECT_EQ(first(unequal, Uniform(100, 128, 128)), (Bytes{100, 68, 84, 255}));
 
@@ -695,7 +673,7 @@ TEST(ReferenceNoise, LevelsBeyondTheFourCountAsOff) {
     EXPECT_TRUE(kit::ScriptedRandom::Draws().empty());
 }
 
-// Luma alone reaches the screen, 16 darker. Width 9: strides of 16, of which columns 0 to 7 are rendered.
+// Only luma is rendered, 16 darker. Width 9: strides of 16, of which columns 0 to 7 are rendered.
 TEST(ReferenceNoise, LumaWalksARaster) {
     const KorInt luma[3][3] = {{256, 0, 0}, {256, 0, 0}, {256, 0, 0}};
     const Image image = {9, 5, Bytes(36, 120), Bytes(10, 128), Bytes(10, 128)};
@@ -725,7 +703,7 @@ TEST(ReferenceNoise, LumaAtWeakerLevels) {
     }
 }
 
-// U alone in red, V alone in blue, 100 darker. Width 6: three blocks a row, and the noise runs on over the row's end.
+// Only U in red, only V in blue, 100 darker. Width 6: three blocks a row, and the noise runs on past the end of a row.
 TEST(ReferenceNoise, ChromaRunsFree) {
     const KorInt chroma[3][3] = {{0, 256, 0}, {0, 0, 0}, {0, 0, 256}};
     const Image image = {6, 3, Bytes(24, 120), Bytes(6, 200), Bytes(6, 210)};
@@ -741,8 +719,8 @@ TEST(ReferenceNoise, ChromaRunsFree) {
     }
 }
 
-// In I444 every plane walks the raster, and chroma starts anywhere. Where luma and chroma meet in one channel the
-// noisy samples are formed here and rendered without noise.
+// In I444 every plane walks the raster, and chroma starts anywhere. Where luma and chroma meet in one channel, the
+// noisy samples are computed here and rendered without noise.
 TEST(ReferenceNoise, I444WalksThreeRasters) {
     const Image image = {3, 3, Bytes(6, 120), Bytes(6, 130), Bytes(6, 140)};
     for (const Render render : {&KorI444ToBGRA_C_, &KorI444ToBGRAUsingBT709_C_}) {
@@ -764,8 +742,8 @@ TEST(ReferenceNoise, I444WalksThreeRasters) {
 TEST(ReferenceNoise, I420RenderersShareTheWalk) {
     const Image image = Uniform(120, 130, 140);
     Image noisy = image;
-    noisy.y = {detail::Clamp(120 + Entry(24)), detail::Clamp(120 + Entry(25)),
-               detail::Clamp(120 + Entry(32)), detail::Clamp(120 + Entry(33))};
+    noisy.y = {detail::Clamp(120 + Entry(24)), detail::Clamp(120 + Entry(25)), detail::Clamp(120 + Entry(32)),
+               detail::Clamp(120 + Entry(33))};
     noisy.u[0] = PlusHalf(130, 33);
     noisy.v[0] = PlusHalf(140, 5001);
     for (const Render render : {&KorI420ToRGBA_C_, &KorI420ToBGRA_C_, &KorI420ToARGB_C_, &KorI420ToABGR_C_,
@@ -779,16 +757,12 @@ TEST(ReferenceNoise, I420RenderersShareTheWalk) {
 /* Packed and semi-planar YUV */
 
 TEST(ReferencePackedYuv, SplitsAndAverages) {
-    // Width 5: two groups, the bytes 8 and 9 of each row are never used.
-    const Bytes yuy2 = {1, 255, 2, 0, 3, 10, 4, 20, 99, 99,
-                        5, 254, 6, 1, 7, 12, 8, 21, 99, 99,
-                        9, 40, 10, 50, 11, 41, 12, 51, 99, 99};
+    // Width 5: two groups; bytes 8 and 9 of each row are never used.
+    const Bytes yuy2 = {1,  255, 2,  0,  3,  10, 4,  20, 99, 99, 5,  254, 6,  1,  7,
+                        12, 8,   21, 99, 99, 9,  40, 10, 50, 11, 41, 12,  51, 99, 99};
     const Image to = Captured(KorYUY2ToI420_C_, BlankImage(6, 5, 3, 2), yuy2, 10, 5, 3);
-    EXPECT_EQ(to.y, (Bytes{1, 2, 3, 4, o, o,
-                           5, 6, 7, 8, o, o,
-                           9, 10, 11, 12, o, o,
-                           9, 10, 11, 12, o, o,
-                           o, o, o, o, o, o}));
+    EXPECT_EQ(to.y,
+              (Bytes{1, 2, 3, 4, o, o, 5, 6, 7, 8, o, o, 9, 10, 11, 12, o, o, 9, 10, 11, 12, o, o, o, o, o, o, o, o}));
     EXPECT_EQ(to.u, (Bytes{255, 11, o, 40, 41, o}));
     EXPECT_EQ(to.v, (Bytes{1, 21, o, 50, 51, o}));
 
@@ -820,13 +794,11 @@ TEST(ReferencePackedYuv, UyvyDiffersInByteOrderOnly) {
 
 TEST(ReferencePackedYuv, PacksRepeatingChroma) {
     const Image image = {3, 2, {1, 2, 99, 3, 4, 99, 98, 98, 98}, {10, 99, 98, 98}, {20, 99, 98, 98}};
-    EXPECT_EQ(Rendered(KorI420ToYUY2_C_, image, 5, 3, 3, 3),
-              (Bytes{1, 10, 2, 20, o, 3, 10, 4, 20, o, o, o, o, o, o}));
-    EXPECT_EQ(Rendered(KorI420ToUYVY_C_, image, 5, 3, 3, 3),
-              (Bytes{10, 1, 20, 2, o, 10, 3, 20, 4, o, o, o, o, o, o}));
+    EXPECT_EQ(Rendered(KorI420ToYUY2_C_, image, 5, 3, 3, 3), (Bytes{1, 10, 2, 20, o, 3, 10, 4, 20, o, o, o, o, o, o}));
+    EXPECT_EQ(Rendered(KorI420ToUYVY_C_, image, 5, 3, 3, 3), (Bytes{10, 1, 20, 2, o, 10, 3, 20, 4, o, o, o, o, o, o}));
 }
 
-// Width 6: luma strides of 8, chroma strides of 8 as well, and all three starts lose their low bits.
+// Width 6: strides of 8 for luma and chroma, and all three starts lose their low bits.
 TEST(ReferencePackedYuv, PacksWithNoise) {
     const Image image = {6, 3, Bytes(24, 120), Bytes(6, 130), Bytes(6, 140)};
     kit::ScriptedRandom::ServeScript({31, 47, UINT64_MAX});
@@ -844,8 +816,7 @@ TEST(ReferencePackedYuv, PacksWithNoise) {
 
 TEST(ReferencePackedYuv, Yuv2ToI420) {
     // Luma 0, 255, 128 and 64; U -128 twice, V 127 twice; then U 1 over -1 and V 10 over 20.
-    const Bytes yuv2 = {0, 0x80, 255, 0x7f, 0, 1, 0, 10,
-                        128, 0x80, 64, 0x7f, 0, 255, 0, 20};
+    const Bytes yuv2 = {0, 0x80, 255, 0x7f, 0, 1, 0, 10, 128, 0x80, 64, 0x7f, 0, 255, 0, 20};
     const Image to = Captured(KorYuv2ToI420_C_, BlankImage(4, 3, 2, 1), yuv2, 8, 4, 2);
     EXPECT_EQ(to.y, (Bytes{16, 235, 16, 16, 126, 71, 16, 16, o, o, o, o}));
     EXPECT_EQ(to.u, (Bytes{15, 128}));
@@ -880,12 +851,12 @@ TEST(ReferencePackedYuv, Yuv2ToI420DriftsAtOddWidths) {
     EXPECT_EQ(to.u, (Bytes{128, 15}));
     EXPECT_EQ(to.v, (Bytes{128, 128}));
 
-    // A last row on its own stands where the drift has led, and so does its copy.
+    // A last row on its own is written where the drift has led, and so is its copy.
     const Image odd = Captured(KorYuv2ToI420_C_, BlankImage(4, 4, 1, 2), yuv2, 8, 3, 3);
     EXPECT_EQ(odd.y, (Bytes{71, 126, o, o, 181, 235, o, 126, 71, o, o, 126, 71, o, o, o}));
     EXPECT_EQ(odd.u, (Bytes{128, 15}));
 
-    // Upside down: rows at 24 and 16, then at 8 - 2 = 6 and 0 - 2; the image starts 2 bytes into the buffer here.
+    // Flipped: rows at 24 and 16, then at 8 - 2 = 6 and 0 - 2; the image starts 2 bytes into the buffer.
     Bytes upwards(34, 0);
     upwards[2 + 24] = 255;
     upwards[2 + 16] = 64;
@@ -904,8 +875,8 @@ TEST(ReferencePackedYuv, I420ToYuv2) {
         return x;
     };
     const Image image = {6, 3, {0, 1, 2, 3, 4, 5, 255, 6, 7, 8, 9, 10}, {128, 16, 240}, {15, 241, 128}};
-    EXPECT_EQ(packed(image, 12, 2, 6, 2), (Bytes{0, 0, 1, 127, 2, 129, 3, 128, 4, 126, 5, 0,
-                                                 255, 0, 6, 127, 7, 129, 8, 128, 9, 126, 10, 0}));
+    EXPECT_EQ(packed(image, 12, 2, 6, 2),
+              (Bytes{0, 0, 1, 127, 2, 129, 3, 128, 4, 126, 5, 0, 255, 0, 6, 127, 7, 129, 8, 128, 9, 126, 10, 0}));
     EXPECT_EQ(packed(image, 12, 2, 6, 1), Blank(24));
     EXPECT_EQ(packed(image, 12, 2, 1, 2), Blank(24));
 
@@ -914,10 +885,8 @@ TEST(ReferencePackedYuv, I420ToYuv2) {
     for (KorSizeT i = 0; i < 20; ++i) {
         drifting.y[i] = static_cast<KorUint8>(i);
     }
-    EXPECT_EQ(packed(drifting, 8, 4, 3, 5), (Bytes{0, 0, 1, 129, o, o, o, o,
-                                                   4, 0, 5, 129, o, o, 7, 126,
-                                                   8, 0, o, o, o, o, 11, 126,
-                                                   12, 0, o, o, o, o, o, o}));
+    EXPECT_EQ(packed(drifting, 8, 4, 3, 5), (Bytes{0, 0, 1, 129, o, o, o,  o,   4,  0, 5, 129, o, o, 7, 126,
+                                                   8, 0, o, o,   o, o, 11, 126, 12, 0, o, o,   o, o, o, o}));
 }
 
 TEST(ReferencePackedYuv, M420) {
@@ -930,7 +899,7 @@ TEST(ReferencePackedYuv, M420) {
     EXPECT_EQ(to.u, (Bytes{8, 10, o, 20, 22, o}));
     EXPECT_EQ(to.v, (Bytes{9, 11, o, 21, 23, o}));
 
-    // Upside down: blocks 3 and 2, as they are numbered by pitch; the rows inside a block keep their order.
+    // Flipped: blocks 3 and 2, numbered by pitch; the rows inside a block keep their order.
     const Image flipped = Captured(KorM420ToI420_C_, BlankImage(4, 4, 2, 2), m420, 12, 4, 4, true);
     EXPECT_EQ(flipped.y, (Bytes{36, 37, 38, 39, 40, 41, 42, 43, 24, 25, 26, 27, 28, 29, 30, 31}));
     EXPECT_EQ(flipped.u, (Bytes{44, 46, 32, 34}));
@@ -949,91 +918,87 @@ TEST(ReferencePackedYuv, M420) {
     EXPECT_EQ(none.y, Blank(8));
 }
 
-Image Turned(decltype(&KorYUY2ToI420WithRotation_C_) capture, Image to, const Bytes& from, KorSizeT pitchX,
-             KorSizeT width, KorSizeT height, KorImageRotationDegree degree, bool flip = false) {
+Image Rotated(decltype(&KorYUY2ToI420WithRotation_C_) capture, Image to, const Bytes& from, KorSizeT pitchX,
+              KorSizeT width, KorSizeT height, KorImageRotationDegree degree, bool flip = false) {
     capture(to.y.data(), to.pitchY, to.u.data(), to.pitchC, to.v.data(), to.pitchC, from.data(), pitchX, width, height,
             flip, degree);
     return to;
 }
 
-TEST(ReferencePackedYuv, TurnsAPairOfRows) {
-    const Bytes yuy2 = {1, 10, 2, 20, 3, 30, 4, 40,
-                        5, 11, 6, 20, 7, 32, 8, 43};
+TEST(ReferencePackedYuv, RotatesAPairOfRows) {
+    const Bytes yuy2 = {1, 10, 2, 20, 3, 30, 4, 40, 5, 11, 6, 20, 7, 32, 8, 43};
     const auto capture = &KorYUY2ToI420WithRotation_C_;
-    const Image at0 = Turned(capture, BlankImage(5, 2, 3, 1), yuy2, 8, 4, 2, 0);
+    const Image at0 = Rotated(capture, BlankImage(5, 2, 3, 1), yuy2, 8, 4, 2, 0);
     EXPECT_EQ(at0.y, (Bytes{1, 2, 3, 4, o, 5, 6, 7, 8, o}));
     EXPECT_EQ(at0.u, (Bytes{11, 31, o}));
     EXPECT_EQ(at0.v, (Bytes{20, 42, o}));
-    const Image at90 = Turned(capture, BlankImage(3, 4, 2, 2), yuy2, 8, 4, 2, 90);
+    const Image at90 = Rotated(capture, BlankImage(3, 4, 2, 2), yuy2, 8, 4, 2, 90);
     EXPECT_EQ(at90.y, (Bytes{5, 1, o, 6, 2, o, 7, 3, o, 8, 4, o}));
     EXPECT_EQ(at90.u, (Bytes{11, o, 31, o}));
     EXPECT_EQ(at90.v, (Bytes{20, o, 42, o}));
-    const Image at180 = Turned(capture, BlankImage(4, 2, 2, 1), yuy2, 8, 4, 2, 180);
+    const Image at180 = Rotated(capture, BlankImage(4, 2, 2, 1), yuy2, 8, 4, 2, 180);
     EXPECT_EQ(at180.y, (Bytes{8, 7, 6, 5, 4, 3, 2, 1}));
     EXPECT_EQ(at180.u, (Bytes{31, 11}));
     for (const KorImageRotationDegree degree : {270U, 45U, 360U}) {
-        const Image at270 = Turned(capture, BlankImage(2, 4, 1, 2), yuy2, 8, 4, 2, degree);
+        const Image at270 = Rotated(capture, BlankImage(2, 4, 1, 2), yuy2, 8, 4, 2, degree);
         EXPECT_EQ(at270.y, (Bytes{4, 8, 3, 7, 2, 6, 1, 5}));
         EXPECT_EQ(at270.u, (Bytes{31, 11}));
         EXPECT_EQ(at270.v, (Bytes{42, 20}));
     }
 
-    // Upside down and then half a turn is a mirror.
-    const Image mirror = Turned(capture, BlankImage(4, 2, 2, 1), yuy2, 8, 4, 2, 180, true);
+    // A flip and then a rotation by 180 is a mirror.
+    const Image mirror = Rotated(capture, BlankImage(4, 2, 2, 1), yuy2, 8, 4, 2, 180, true);
     EXPECT_EQ(mirror.y, (Bytes{4, 3, 2, 1, 8, 7, 6, 5}));
 
     const Bytes uyvy = {10, 1, 20, 2, 11, 5, 21, 6};
-    const Image other = Turned(KorUYVYToI420WithRotation_C_, BlankImage(2, 2, 1, 1), uyvy, 4, 2, 2, 90);
+    const Image other = Rotated(KorUYVYToI420WithRotation_C_, BlankImage(2, 2, 1, 1), uyvy, 4, 2, 2, 90);
     EXPECT_EQ(other.y, (Bytes{5, 1, 6, 2}));
     EXPECT_EQ(other.u, (Bytes{11}));
     EXPECT_EQ(other.v, (Bytes{21}));
 }
 
-TEST(ReferencePackedYuv, TurnsAnOddHeightPadded) {
-    const Bytes yuy2 = {1, 10, 2, 20,
-                        3, 12, 4, 22,
-                        5, 30, 6, 40};
+TEST(ReferencePackedYuv, RotatesAnOddHeightPadded) {
+    const Bytes yuy2 = {1, 10, 2, 20, 3, 12, 4, 22, 5, 30, 6, 40};
     const auto capture = &KorYUY2ToI420WithRotation_C_;
-    const Image at0 = Turned(capture, BlankImage(2, 4, 1, 2), yuy2, 4, 2, 3, 0);
+    const Image at0 = Rotated(capture, BlankImage(2, 4, 1, 2), yuy2, 4, 2, 3, 0);
     EXPECT_EQ(at0.y, (Bytes{1, 2, 3, 4, 5, 6, 5, 6}));
     EXPECT_EQ(at0.u, (Bytes{11, 30}));
     EXPECT_EQ(at0.v, (Bytes{21, 40}));
-    const Image at90 = Turned(capture, BlankImage(4, 2, 2, 1), yuy2, 4, 2, 3, 90);
+    const Image at90 = Rotated(capture, BlankImage(4, 2, 2, 1), yuy2, 4, 2, 3, 90);
     EXPECT_EQ(at90.y, (Bytes{5, 5, 3, 1, 6, 6, 4, 2}));
     EXPECT_EQ(at90.u, (Bytes{30, 11}));
-    const Image at180 = Turned(capture, BlankImage(2, 4, 1, 2), yuy2, 4, 2, 3, 180);
+    const Image at180 = Rotated(capture, BlankImage(2, 4, 1, 2), yuy2, 4, 2, 3, 180);
     EXPECT_EQ(at180.y, (Bytes{6, 5, 6, 5, 4, 3, 2, 1}));
     EXPECT_EQ(at180.v, (Bytes{40, 21}));
-    const Image at270 = Turned(capture, BlankImage(4, 2, 2, 1), yuy2, 4, 2, 3, 270);
+    const Image at270 = Rotated(capture, BlankImage(4, 2, 2, 1), yuy2, 4, 2, 3, 270);
     EXPECT_EQ(at270.y, (Bytes{2, 4, 6, 6, 1, 3, 5, 5}));
     EXPECT_EQ(at270.u, (Bytes{11, 30}));
 
-    // Upside down the row on its own is the first in memory: the mirrored rows move down by one.
-    const Image mirror = Turned(capture, BlankImage(2, 4, 1, 2), yuy2, 4, 2, 3, 180, true);
+    // Flipped, the row on its own is the first in memory: the mirrored rows move down by one.
+    const Image mirror = Rotated(capture, BlankImage(2, 4, 1, 2), yuy2, 4, 2, 3, 180, true);
     EXPECT_EQ(mirror.y, (Bytes{2, 1, 2, 1, 4, 3, 6, 5}));
     EXPECT_EQ(mirror.u, (Bytes{10, 21}));
 
-    const Image row = Turned(capture, BlankImage(2, 2, 1, 1), yuy2, 4, 2, 1, 90);
+    const Image row = Rotated(capture, BlankImage(2, 2, 1, 1), yuy2, 4, 2, 1, 90);
     EXPECT_EQ(row.y, (Bytes{1, 1, 2, 2}));
     EXPECT_EQ(row.u, (Bytes{10}));
     for (const KorImageRotationDegree degree : {0U, 90U, 180U, 270U}) {
         for (const auto& size : {std::pair<KorSizeT, KorSizeT>{1, 1}, {1, 2}, {2, 0}, {0, 3}}) {
-            const Image none =
-                Turned(capture, BlankImage(2, 2, 1, 1), yuy2, 4, size.first, size.second, degree, true);
+            const Image none = Rotated(capture, BlankImage(2, 2, 1, 1), yuy2, 4, size.first, size.second, degree, true);
             EXPECT_EQ(none.y, Blank(4));
             EXPECT_EQ(none.u, Blank(1));
         }
     }
 }
 
-TEST(ReferencePackedYuv, TurningDriftsAtOddWidths) {
+TEST(ReferencePackedYuv, RotationDriftsAtOddWidths) {
     // Width 3, pitch 8: rows at 0, 8, 14 and 22. Bytes are numbered.
     Bytes yuy2(32);
     for (KorSizeT i = 0; i < yuy2.size(); ++i) {
         yuy2[i] = static_cast<KorUint8>(i);
     }
     const auto capture = &KorYUY2ToI420WithRotation_C_;
-    const Image at0 = Turned(capture, BlankImage(4, 4, 1, 2), yuy2, 8, 3, 4, 0);
+    const Image at0 = Rotated(capture, BlankImage(4, 4, 1, 2), yuy2, 8, 3, 4, 0);
     EXPECT_EQ(at0.y, (Bytes{0, 2, o, o, 8, 10, o, 14, 16, o, o, 22, 24, o, o, o}));
     EXPECT_EQ(at0.u, (Bytes{5, 19}));
     EXPECT_EQ(at0.v, (Bytes{7, 21}));
@@ -1044,12 +1009,12 @@ TEST(ReferencePackedYuv, TurningDriftsAtOddWidths) {
     EXPECT_EQ(at90.y, (Bytes{22, 14, o, o, 24, 16, 8, 0, o, o, 10, 2, o, o, o, o}));
     EXPECT_EQ(at90.u, (Bytes{19, 5}));
 
-    const Image at180 = Turned(capture, BlankImage(4, 4, 1, 2), yuy2, 8, 3, 4, 180);
+    const Image at180 = Rotated(capture, BlankImage(4, 4, 1, 2), yuy2, 8, 3, 4, 180);
     EXPECT_EQ(at180.y, (Bytes{o, o, 24, 22, o, o, 16, 14, o, 10, 8, o, o, 2, 0, o}));
     EXPECT_EQ(at180.v, (Bytes{21, 7}));
 
     // A last row on its own is read at 14, and both its copies drift.
-    const Image at270 = Turned(capture, BlankImage(4, 4, 2, 1), yuy2, 8, 3, 3, 270);
+    const Image at270 = Rotated(capture, BlankImage(4, 4, 2, 1), yuy2, 8, 3, 3, 270);
     EXPECT_EQ(at270.y, (Bytes{o, o, o, o, 2, 10, o, o, 0, 8, 16, 16, o, o, 14, 14}));
     EXPECT_EQ(at270.u, (Bytes{5, 15}));
 }
@@ -1109,8 +1074,8 @@ TEST(ReferenceDither, RandomOffsets) {
     kit::ScriptedRandom::ServeScript({16385, 5, 49157});  // all 16 bits count, modulo the table: 1, 5 and 5
     const Image to = Dithered(image, 2, 2, KOR_VIDEOFRAMEDITHERLEVEL_2, true);
     EXPECT_EQ(kit::ScriptedRandom::Draws(), std::vector<std::size_t>(3, 2));
-    EXPECT_EQ(to.y, (Bytes{detail::Clamp(120 + Entry(1)), detail::Clamp(120 + Entry(2)),
-                           detail::Clamp(120 + Entry(3)), detail::Clamp(120 + Entry(4))}));
+    EXPECT_EQ(to.y, (Bytes{detail::Clamp(120 + Entry(1)), detail::Clamp(120 + Entry(2)), detail::Clamp(120 + Entry(3)),
+                           detail::Clamp(120 + Entry(4))}));
     EXPECT_EQ(to.u, (Bytes{PlusHalf(130, 5)}));
     EXPECT_EQ(to.v, (Bytes{PlusHalf(140, 5)}));
 
@@ -1169,10 +1134,8 @@ TEST(ReferenceBlend, PlacesChromaRoundedDownInSizeRoundedUp) {
     const Image foreground = {3, 2, {1, 2, 3, 4, 5, 6, 7, 8, 9}, {11, 12, 13, 14}, {21, 22, 23, 24}};
     KorI420AlphaBlend_C_(background.y.data(), 8, background.u.data(), 4, background.v.data(), 4, foreground.y.data(), 3,
                          foreground.u.data(), 2, foreground.v.data(), 2, 3, 3, 5, 1, 255);
-    EXPECT_EQ(background.y, (Bytes{o, o, o, o, o, o, o, o,
-                                   o, o, o, o, o, 1, 2, 3,
-                                   o, o, o, o, o, 4, 5, 6,
-                                   o, o, o, o, o, 7, 8, 9}));
+    EXPECT_EQ(background.y,
+              (Bytes{o, o, o, o, o, o, o, o, o, o, o, o, o, 1, 2, 3, o, o, o, o, o, 4, 5, 6, o, o, o, o, o, 7, 8, 9}));
     EXPECT_EQ(background.u, (Bytes{o, o, 11, 12, o, o, 13, 14}));
     EXPECT_EQ(background.v, (Bytes{o, o, 21, 22, o, o, 23, 24}));
 
@@ -1186,7 +1149,7 @@ TEST(ReferenceBlend, PlacesChromaRoundedDownInSizeRoundedUp) {
 }
 
 TEST(ReferenceBlend, WeighsEverySample) {
-    // 2 by 2 at column 1 and row 1. Luma weights 0, 128, 255 and 128; U is replaced, V stays.
+    // 2 by 2 at column 1 and row 1. Luma weights 0, 128, 255 and 128; U is replaced, V unchanged.
     Image background = {3, 2, {9, 9, 9, 9, 50, 0, 9, 50, 255}, {60, 61, 62, 63}, {70, 71, 72, 73}};
     const Image foreground = {2, 1, {100, 255, 100, 0}, {11}, {21}};
     Bytes yAlpha = {0, 128, 99, 255, 128};

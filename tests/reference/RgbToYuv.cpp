@@ -23,7 +23,7 @@ struct Yuv {
     Number v;
 };
 
-// How many bytes a pixel has and which of them hold the channels. Alpha is never read.
+// The number of bytes in a pixel, and the positions of the channels. Alpha is never read.
 struct PixelFormat {
     Number size;
     Number red;
@@ -40,8 +40,7 @@ constexpr PixelFormat kBgr24 = {3, 2, 1, 0};
 
 Rgb PixelInMemory(const KorUint8* x, KorSizeT pitchX, PixelFormat format, Number column, Number row) {
     const Number first = column * format.size;
-    return {At(x, pitchX, first + format.red, row),
-            At(x, pitchX, first + format.green, row),
+    return {At(x, pitchX, first + format.red, row), At(x, pitchX, first + format.green, row),
             At(x, pitchX, first + format.blue, row)};
 }
 
@@ -62,9 +61,9 @@ struct Picture {
         return PixelInMemory(x, pitchX, format, column, SourceRow(row, height, flip));
     }
 
-    // The colour of a 2 by 2 block. The vertical pair of each column is averaged first, then the two columns. What
-    // lies outside the image takes no part: an odd last column is its vertical pair, an odd last row its horizontal
-    // pair, and the corner of an image odd in both directions is one pixel.
+    // The colour of a 2 by 2 block. The vertical pair of each column is averaged first, then the two columns. Pixels
+    // outside the image take no part: an odd last column averages its vertical pair, an odd last row its horizontal
+    // pair, and the corner of an image odd in both directions is a single pixel.
     Rgb Block(Number blockColumn, Number blockRow) const {
         const Number left = 2 * blockColumn;
         const Rgb leftPair = VerticalPair(left, blockRow);
@@ -78,21 +77,21 @@ struct Picture {
     }
 };
 
-// BT.601, limited range, in 128ths.
+// BT.601, limited range, in units of 1/128.
 Yuv Bt601(Rgb p) {
     return {FloorDivide(33 * p.red + 64 * p.green + 13 * p.blue, 128) + 16,
             FloorDivide(-19 * p.red - 37 * p.green + 56 * p.blue, 128) + 128,
             FloorDivide(56 * p.red - 47 * p.green - 9 * p.blue, 128) + 128};
 }
 
-// BT.709, limited range, in 256ths. Deliberate: the weights of U add up to -1, so white has U 127.
+// BT.709, limited range, in units of 1/256. Deliberate: the weights of U sum to -1, so white has a U of 127.
 Yuv Bt709(Rgb p) {
     return {FloorDivide(47 * p.red + 157 * p.green + 16 * p.blue, 256) + 16,
             FloorDivide(-26 * p.red - 87 * p.green + 112 * p.blue, 256) + 128,
             FloorDivide(112 * p.red - 102 * p.green - 10 * p.blue, 256) + 128};
 }
 
-// Every pixel gives its luma; every block, whole or cut by the edge, gives U and V of its average colour.
+// Every pixel gives its luma; every block, whole or cut off at the edge, gives U and V of its average colour.
 void ToI420(PlanesOut to, const Picture& from, Yuv (*matrix)(Rgb)) {
     for (Number row = 0; row < Signed(from.height); ++row) {
         for (Number column = 0; column < Signed(from.width); ++column) {
@@ -116,33 +115,28 @@ void StoreI444(PlanesOut to, Number column, Number row, Yuv pixel) {
 
 }  // namespace
 
-void KorRGBAToI420_C_(
-    KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
-    const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip) {
+void KorRGBAToI420_C_(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
+                      const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip) {
     ToI420({y, pitchY, u, pitchU, v, pitchV}, {x, pitchX, kRgba, width, height, flip}, Bt601);
 }
 
-void KorBGRAToI420_C_(
-    KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
-    const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip) {
+void KorBGRAToI420_C_(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
+                      const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip) {
     ToI420({y, pitchY, u, pitchU, v, pitchV}, {x, pitchX, kBgra, width, height, flip}, Bt601);
 }
 
-void KorARGBToI420_C_(
-    KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
-    const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip) {
+void KorARGBToI420_C_(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
+                      const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip) {
     ToI420({y, pitchY, u, pitchU, v, pitchV}, {x, pitchX, kArgb, width, height, flip}, Bt601);
 }
 
-void KorABGRToI420_C_(
-    KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
-    const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip) {
+void KorABGRToI420_C_(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
+                      const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip) {
     ToI420({y, pitchY, u, pitchU, v, pitchV}, {x, pitchX, kAbgr, width, height, flip}, Bt601);
 }
 
-void KorBGRAToI444_C_(
-    KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
-    const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip) {
+void KorBGRAToI444_C_(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
+                      const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip) {
     for (Number row = 0; row < Signed(height); ++row) {
         for (Number column = 0; column < Signed(width); ++column) {
             const Rgb pixel = PixelInMemory(x, pitchX, kBgra, column, SourceRow(row, height, flip));
@@ -151,13 +145,13 @@ void KorBGRAToI444_C_(
     }
 }
 
-void KorBGRAToI420UsingBT709_C_(
-    KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
-    const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip) {
+void KorBGRAToI420UsingBT709_C_(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v,
+                                KorSizeT pitchV, const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height,
+                                KorBool flip) {
     const Picture from = {x, pitchX, kBgra, width, height, flip};
     ToI420({y, pitchY, u, pitchU, v, pitchV}, from, Bt709);
 
-    // Deliberate: the luma of an odd last row is written again into the row below the image, all but the corner of an
+    // Deliberate: the luma of an odd last row is written again to the row below the image, except for the corner of an
     // image that is odd in both directions.
     if (height % 2 == 1) {
         for (Number column = 0; column < Signed(width - width % 2); ++column) {
@@ -166,11 +160,11 @@ void KorBGRAToI420UsingBT709_C_(
     }
 }
 
-void KorBGRAToI444UsingBT709_C_(
-    KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
-    const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip) {
+void KorBGRAToI444UsingBT709_C_(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v,
+                                KorSizeT pitchV, const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height,
+                                KorBool flip) {
     for (Number row = 0; row < Signed(height); ++row) {
-        // Deliberate: flip starts at the last row and walks downwards from there, past the end of the image.
+        // Deliberate: flip starts at the last row and walks down from there, past the end of the image.
         const Number sourceRow = row + (flip != 0 ? Signed(height) - 1 : 0);
         for (Number column = 0; column < Signed(width); ++column) {
             const Rgb pixel = PixelInMemory(x, pitchX, kBgra, column, sourceRow);
@@ -181,7 +175,7 @@ void KorBGRAToI444UsingBT709_C_(
 
 namespace {
 
-// The caller's matrix: rows Y, U, V of weights for red, green, blue, in 256ths.
+// The caller's matrix: rows Y, U, V of weights for red, green, blue, in units of 1/256.
 class CallerMatrix {
   public:
     explicit CallerMatrix(const KorInt (*coeffs)[3])
@@ -192,7 +186,7 @@ class CallerMatrix {
     KorUint8 V(Rgb p) const { return Sample(2, p, 128); }
 
   private:
-    // The sum wraps modulo 2^32, and of the result the low byte is kept: bits 8 to 15 of the sum plus the offset.
+    // The sum wraps modulo 2^32, and the result keeps its low byte: bits 8 to 15 of the sum, plus the offset.
     KorUint8 Sample(int row, Rgb p, KorUint offset) const {
         const KorUint sum = Weight(row, 0) * static_cast<KorUint>(p.red) +
                             Weight(row, 1) * static_cast<KorUint>(p.green) +
@@ -200,8 +194,8 @@ class CallerMatrix {
         return static_cast<KorUint8>((sum / 256 + offset) % 256);
     }
 
-    // Fetched anew, byte by byte, whenever a sample needs it: a destination plane may lie over the matrix, and then a
-    // sample just written is part of the weights of the next.
+    // Read again, byte by byte, for every sample: if a destination plane lies over the matrix, a sample just written is
+    // part of the weights of the next.
     KorUint Weight(int row, int column) const {
         KorInt weight = 0;
         std::memcpy(&weight, bytes_ + (3 * row + column) * static_cast<int>(sizeof(weight)), sizeof(weight));
@@ -213,10 +207,10 @@ class CallerMatrix {
 
 }  // namespace
 
-// One sample is computed and written before the next is computed, in the order that stands here.
-void KorBGRAToI420General_C_(
-    KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
-    const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip, const KorInt (*coeffs)[3]) {
+// Each sample is computed and written before the next is computed, in this order.
+void KorBGRAToI420General_C_(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
+                             const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip,
+                             const KorInt (*coeffs)[3]) {
     const Picture from = {x, pitchX, kBgra, width, height, flip};
     const CallerMatrix matrix(coeffs);
     const Number widthC = Signed(width / 2);
@@ -245,8 +239,8 @@ void KorBGRAToI420General_C_(
         }
     }
 
-    // Deliberate: the luma of an odd last column takes its weights in the order red, blue, green, and is written a
-    // second time into the column right of the image.
+    // Deliberate: the luma of an odd last column applies its weights in the order red, blue, green, and is written a
+    // second time to the column right of the image.
     if (width % 2 == 1) {
         for (Number row = 0; row < heightC; ++row) {
             for (const Number lumaRow : {2 * row, 2 * row + 1}) {
@@ -258,7 +252,7 @@ void KorBGRAToI420General_C_(
         }
     }
 
-    // Deliberate: the same for an odd last row, written a second time into the row below the image.
+    // Deliberate: the same for an odd last row, written a second time to the row below the image.
     if (height % 2 == 1) {
         for (Number column = 0; column < widthC; ++column) {
             for (const Number lumaColumn : {2 * column, 2 * column + 1}) {
@@ -270,7 +264,7 @@ void KorBGRAToI420General_C_(
         }
     }
 
-    // Deliberate: the corner takes the normal order again, and its luma fills a block of two by two.
+    // Deliberate: the corner has the normal order again, and its luma fills a block of two by two.
     if (width % 2 == 1 && height % 2 == 1) {
         const KorUint8 luma = matrix.Y(from.Pixel(lastColumn, lastRow));
         At(y, pitchY, lastColumn, lastRow) = luma;
@@ -283,14 +277,14 @@ void KorBGRAToI420General_C_(
 
 namespace {
 
-// BT.601 in 256ths for the 24-bit formats, with U and V still centred on 0.
+// BT.601 in units of 1/256 for the 24-bit formats, with U and V still centred on 0.
 Yuv CentredBt601(Rgb p) {
     return {FloorDivide(66 * p.red + 129 * p.green + 25 * p.blue, 256) + 16,
             FloorDivide(-38 * p.red - 74 * p.green + 112 * p.blue, 256),
             FloorDivide(112 * p.red - 94 * p.green - 18 * p.blue, 256)};
 }
 
-// Here every pixel's chroma is converted first and the results are averaged, unlike in the 32-bit formats.
+// Unlike in the 32-bit formats, every pixel's chroma is converted first and the results are averaged.
 class Image24 {
   public:
     Image24(const KorUint8* x, KorSizeT pitch, PixelFormat format, KorSizeT width, KorSizeT height, KorBool flip)
@@ -302,15 +296,15 @@ class Image24 {
 
   private:
     Yuv Convert(Number column, Number row) const {
-        // Reading order. The step of a flipped walk is the negated low half of the pitch, which limits pitches to
-        // less than 2^31.
+        // Reading order. A flipped walk steps by the negated low half of the pitch, which limits pitches to less than
+        // 2^31.
         const Number pitch = Signed(pitch_);
         const Number step = flip_ != 0 ? static_cast<KorInt>(-static_cast<KorUint>(pitch_)) : pitch;
         const Number start = flip_ != 0 ? (height_ - 1) * pitch : 0;
         return CentredBt601(PixelInMemory(x_ + static_cast<KorDistanceT>(start + row * step), 0, format_, column, 0));
     }
 
-    // One chroma sample of the block in a block column and block row.
+    // One chroma sample of the block at a block column and block row.
     Number Chroma(Number column, Number row, Number Yuv::*part) const {
         const auto n = [&](Number right, Number below) { return Convert(2 * column + right, 2 * row + below).*part; };
         const bool hasRight = 2 * column + 1 < width_;
@@ -325,8 +319,8 @@ class Image24 {
             return FloorDivide(n(0, 0) + n(1, 0) + 257, 2);
         }
 
-        // Deliberate: the corner of an image odd in both directions is not converted; its chroma lies between that of
-        // its neighbours. Where one of them does not exist the other stands, and a single pixel is on its own.
+        // Deliberate: the corner of an image odd in both directions is not converted; its chroma is the average of its
+        // neighbours'. If one of them does not exist, it is that of the other; a single pixel is converted.
         const bool hasUpper = row > 0;
         const bool hasLeft = column > 0;
         if (hasUpper && hasLeft) {
@@ -359,7 +353,7 @@ void Image24ToI420(PlanesOut to, const Image24& from, Number width, Number heigh
         }
     }
 
-    // Deliberate: the luma of an odd last column is written again one column further right.
+    // Deliberate: the luma of an odd last column is written again one column to the right.
     if (width % 2 == 1) {
         for (Number row = 0; row < evenHeight; ++row) {
             At(to.y, to.pitchY, width - 1, row) = LowByte(from.Y(width - 1, row));
@@ -367,7 +361,7 @@ void Image24ToI420(PlanesOut to, const Image24& from, Number width, Number heigh
         }
     }
 
-    // Deliberate: the luma of an odd last row is written again one row further down.
+    // Deliberate: the luma of an odd last row is written again one row down.
     if (height % 2 == 1) {
         for (Number column = 0; column < evenWidth; ++column) {
             At(to.y, to.pitchY, column, height - 1) = LowByte(from.Y(column, height - 1));
@@ -375,8 +369,8 @@ void Image24ToI420(PlanesOut to, const Image24& from, Number width, Number heigh
         }
     }
 
-    // Deliberate: the corner repeats the luma above it and has no spare positions. Only without a row above is it
-    // converted itself.
+    // Deliberate: the corner repeats the luma above it and fills no spare places. It is converted only if there is no
+    // row above.
     if (width % 2 == 1 && height % 2 == 1) {
         const Number rowOfCorner = height > 1 ? height - 2 : 0;
         At(to.y, to.pitchY, width - 1, height - 1) = LowByte(from.Y(width - 1, rowOfCorner));
@@ -392,18 +386,16 @@ void Image24ToI420(PlanesOut to, const Image24& from, Number width, Number heigh
 
 }  // namespace
 
-void KorRawToI420_C_(
-    KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
-    const KorUint8* rgb, KorSizeT pitchRgb, KorSizeT width, KorSizeT height, KorBool flip) {
-    Image24ToI420({y, pitchY, u, pitchU, v, pitchV}, Image24(rgb, pitchRgb, kRgb24, width, height, flip),
-                  Signed(width), Signed(height));
+void KorRawToI420_C_(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
+                     const KorUint8* rgb, KorSizeT pitchRgb, KorSizeT width, KorSizeT height, KorBool flip) {
+    Image24ToI420({y, pitchY, u, pitchU, v, pitchV}, Image24(rgb, pitchRgb, kRgb24, width, height, flip), Signed(width),
+                  Signed(height));
 }
 
-void Kor24BGToI420_C_(
-    KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
-    const KorUint8* bgr, KorSizeT pitchBgr, KorSizeT width, KorSizeT height, KorBool flip) {
-    Image24ToI420({y, pitchY, u, pitchU, v, pitchV}, Image24(bgr, pitchBgr, kBgr24, width, height, flip),
-                  Signed(width), Signed(height));
+void Kor24BGToI420_C_(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
+                      const KorUint8* bgr, KorSizeT pitchBgr, KorSizeT width, KorSizeT height, KorBool flip) {
+    Image24ToI420({y, pitchY, u, pitchU, v, pitchV}, Image24(bgr, pitchBgr, kBgr24, width, height, flip), Signed(width),
+                  Signed(height));
 }
 
 }  // namespace reference

@@ -1,4 +1,4 @@
-// The reference as a table, for the programs that hold something against a table of functions.
+// The reference as a table of functions, for programs that compare two such tables.
 #ifndef KOR_TESTS_REFERENCE_TABLE_H
 #define KOR_TESTS_REFERENCE_TABLE_H
 

@@ -14,7 +14,7 @@ struct Rgb {
     KorUint8 blue;
 };
 
-// How many bytes a pixel has and which of them hold what.
+// The number of bytes in a pixel, and the positions of the channels.
 struct PixelFormat {
     Number size;
     Number red;
@@ -31,7 +31,7 @@ constexpr PixelFormat kArgb = {4, 1, 2, 3, 0};
 constexpr PixelFormat kAbgr = {4, 3, 2, 1, 0};
 constexpr PixelFormat kBgr24 = {3, 2, 1, 0, kNone};
 
-// Where the pixels go.
+// The destination.
 struct Screen {
     KorUint8* x;
     KorSizeT pitchX;
@@ -48,7 +48,7 @@ struct Screen {
     }
 };
 
-// BT.601, limited range. No dividend is negative; white deliberately comes out as 254.
+// BT.601, limited range. No dividend is negative. Deliberate: white comes out as 254.
 Rgb Bt601(Number y, Number u, Number v) {
     const Number yY = y * 149 / 128;
     const Number rR = v * 204 / 128 - 223;
@@ -57,7 +57,7 @@ Rgb Bt601(Number y, Number u, Number v) {
     return {Clamp(yY + rR), Clamp(yY + gG), Clamp(yY + bB)};
 }
 
-// BT.709, limited range. Green is deliberately one higher than red and blue in greys.
+// BT.709, limited range. Deliberate: in greys, green is one higher than red and blue.
 Rgb Bt709(Number y, Number u, Number v) {
     const Number yY = y * 149 / 128;
     const Number rR = v * 229 / 128 - 248;
@@ -66,38 +66,37 @@ Rgb Bt709(Number y, Number u, Number v) {
     return {Clamp(yY + rR), Clamp(yY + gG), Clamp(yY + bB)};
 }
 
-// A number reduced modulo 2^32 to the range of a signed 32-bit integer.
+// A number wrapped modulo 2^32 to a signed 32-bit integer.
 Number Wrap32(Number value) {
     const Number twoTo32 = Number{1} << 32;
     const Number low = value - twoTo32 * FloorDivide(value, twoTo32);
     return low < twoTo32 / 2 ? low : low - twoTo32;
 }
 
-// The caller's matrix, in 256ths.
+// The caller's matrix, in units of 1/256.
 struct CallerMatrix {
     const KorInt (*coeffs)[3];
 
     Rgb operator()(Number y, Number u, Number v) const {
-        // Deliberate: the scale of luma is that of red for all three channels, and is not rounded.
+        // Deliberate: all three channels use the luma multiplier of red, and the product is not rounded.
         const Number yY = FloorDivide(Wrap32(y * coeffs[0][0]), 256);
-        return {Clamp(yY + ChannelTerm(coeffs[0], u, v)),
-                Clamp(yY + ChannelTerm(coeffs[1], u, v)),
+        return {Clamp(yY + ChannelTerm(coeffs[0], u, v)), Clamp(yY + ChannelTerm(coeffs[1], u, v)),
                 Clamp(yY + ChannelTerm(coeffs[2], u, v))};
     }
 
   private:
-    // Deliberate: each channel's luma offset takes the channel's own row, and this term is rounded.
+    // Deliberate: the luma offset of each channel uses the channel's own row, and this term is rounded.
     static Number ChannelTerm(const KorInt (&row)[3], Number u, Number v) {
         return FloorDivide(Wrap32((u - 128) * row[1] + (v - 128) * row[2] - Number{16} * row[0] + 128), 256);
     }
 };
 
-// Every pixel of a whole 2 by 2 block is rendered; an odd last column or row deliberately stays as it was. Luma noise
-// is a raster as wide as the image rounded up to a multiple of eight; chroma noise runs on from block to block and
-// from one row of blocks to the next.
+// Renders the pixels of whole 2 by 2 blocks. Deliberate: an odd last column or row stays as it was. Luma noise is a
+// raster as wide as the image rounded up to a multiple of eight; chroma noise runs on from block to block and from one
+// row of blocks to the next.
 template <typename Matrix>
-void RenderI420(
-    PlanesIn from, const Screen& to, KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel level, Matrix matrix) {
+void RenderI420(PlanesIn from, const Screen& to, KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel level,
+                Matrix matrix) {
     const NoiseStart start = DrawNoiseStart(level, kAnyStart);
     const KorSizeT widthC = width / 2;
     const KorSizeT heightC = height / 2;
@@ -115,10 +114,10 @@ void RenderI420(
     }
 }
 
-// Every pixel is rendered. The noise of all three planes is a raster of the same width.
+// Renders every pixel. The noise of all three planes is a raster of the same width.
 template <typename Matrix>
-void RenderI444(
-    PlanesIn from, const Screen& to, KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel level, Matrix matrix) {
+void RenderI444(PlanesIn from, const Screen& to, KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel level,
+                Matrix matrix) {
     const NoiseStart start = DrawNoiseStart(level, kAnyStart);
     for (KorSizeT row = 0; row < height; ++row) {
         for (KorSizeT column = 0; column < width; ++column) {
@@ -135,59 +134,58 @@ void RenderI444(
 
 }  // namespace
 
-void KorI420ToRGBA_C_(
-    const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v, KorSizeT pitchV,
-    KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
+void KorI420ToRGBA_C_(const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v,
+                      KorSizeT pitchV, KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height,
+                      KorVideoFrameDitherLevel ditherLevel) {
     RenderI420({y, pitchY, u, pitchU, v, pitchV}, {x, pitchX, kRgba}, width, height, ditherLevel, Bt601);
 }
 
-void KorI420ToBGRA_C_(
-    const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v, KorSizeT pitchV,
-    KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
+void KorI420ToBGRA_C_(const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v,
+                      KorSizeT pitchV, KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height,
+                      KorVideoFrameDitherLevel ditherLevel) {
     RenderI420({y, pitchY, u, pitchU, v, pitchV}, {x, pitchX, kBgra}, width, height, ditherLevel, Bt601);
 }
 
-void KorI420ToARGB_C_(
-    const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v, KorSizeT pitchV,
-    KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
+void KorI420ToARGB_C_(const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v,
+                      KorSizeT pitchV, KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height,
+                      KorVideoFrameDitherLevel ditherLevel) {
     RenderI420({y, pitchY, u, pitchU, v, pitchV}, {x, pitchX, kArgb}, width, height, ditherLevel, Bt601);
 }
 
-void KorI420ToABGR_C_(
-    const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v, KorSizeT pitchV,
-    KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
+void KorI420ToABGR_C_(const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v,
+                      KorSizeT pitchV, KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height,
+                      KorVideoFrameDitherLevel ditherLevel) {
     RenderI420({y, pitchY, u, pitchU, v, pitchV}, {x, pitchX, kAbgr}, width, height, ditherLevel, Bt601);
 }
 
-void KorI444ToBGRA_C_(
-    const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v, KorSizeT pitchV,
-    KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
+void KorI444ToBGRA_C_(const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v,
+                      KorSizeT pitchV, KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height,
+                      KorVideoFrameDitherLevel ditherLevel) {
     RenderI444({y, pitchY, u, pitchU, v, pitchV}, {x, pitchX, kBgra}, width, height, ditherLevel, Bt601);
 }
 
-void KorI444ToBGRAUsingBT709_C_(
-    const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v, KorSizeT pitchV,
-    KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
+void KorI444ToBGRAUsingBT709_C_(const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU,
+                                const KorUint8* v, KorSizeT pitchV, KorUint8* x, KorSizeT pitchX, KorSizeT width,
+                                KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
     RenderI444({y, pitchY, u, pitchU, v, pitchV}, {x, pitchX, kBgra}, width, height, ditherLevel, Bt709);
 }
 
-void KorI420ToBGRAUsingBT709_C_(
-    const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v, KorSizeT pitchV,
-    KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
+void KorI420ToBGRAUsingBT709_C_(const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU,
+                                const KorUint8* v, KorSizeT pitchV, KorUint8* x, KorSizeT pitchX, KorSizeT width,
+                                KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
     RenderI420({y, pitchY, u, pitchU, v, pitchV}, {x, pitchX, kBgra}, width, height, ditherLevel, Bt709);
 }
 
-void KorI420ToBGRAGeneral_C_(
-    const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v, KorSizeT pitchV,
-    KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, const KorInt (*coeffs)[3],
-    KorVideoFrameDitherLevel ditherLevel) {
+void KorI420ToBGRAGeneral_C_(const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v,
+                             KorSizeT pitchV, KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height,
+                             const KorInt (*coeffs)[3], KorVideoFrameDitherLevel ditherLevel) {
     const CallerMatrix matrix = {coeffs};
     RenderI420({y, pitchY, u, pitchU, v, pitchV}, {x, pitchX, kBgra}, width, height, ditherLevel, matrix);
 }
 
-void KorI420To24BG_C_(
-    const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v, KorSizeT pitchV,
-    KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
+void KorI420To24BG_C_(const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v,
+                      KorSizeT pitchV, KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height,
+                      KorVideoFrameDitherLevel ditherLevel) {
     RenderI420({y, pitchY, u, pitchU, v, pitchV}, {x, pitchX, kBgr24}, width, height, ditherLevel, Bt601);
 }
 

@@ -1,4 +1,4 @@
-// Dither noise as the functions are documented to add it, told a sample at a time, and the functions that add it.
+// Dither noise as documented, computed a sample at a time, and the functions that add it.
 #ifndef KOR_TESTS_SUPPORT_DITHERING_H
 #define KOR_TESTS_SUPPORT_DITHERING_H
 
@@ -21,8 +21,8 @@ constexpr int FloorQuotient(int value, int divisor) {
     return value >= 0 ? value / divisor : -((divisor - 1 - value) / divisor);
 }
 
-// The noise at a place of the table: divided by 8, 4, 2, 1 for luma at the levels' values 0 to 3 and by twice that for
-// chroma, half a divisor added before (nothing when it is 1).
+// The noise at an index of the table: the entry divided by 8, 4, 2, 1 for luma at level values 0 to 3 and by twice that
+// for chroma, after adding half the divisor (nothing if it is 1).
 constexpr int NoiseAt(std::size_t index, KorVideoFrameDitherLevel level, bool chroma) {
     const int divisor = (chroma ? 16 : 8) >> static_cast<int>(level);
     return FloorQuotient(NoiseEntry(index % kNoiseEntries) + divisor / 2, divisor);
@@ -34,11 +34,11 @@ constexpr std::uint8_t WithNoise(std::uint8_t sample, std::size_t index, KorVide
 
 // How the noise of a plane walks through the table.
 enum class NoiseWalk {
-    Raster,   // a row starts as far behind the one above as the row is long, rounded up to a multiple of eight
-    Running,  // a row goes on where the one above ended
+    Raster,   // a row starts one row length, rounded up to a multiple of eight, after the one above
+    Running,  // a row continues where the one above ended
 };
 
-// What a function that takes a dither level does with its indices.
+// How a function that takes a dither level uses its start indices.
 struct Ditherer {
     const char* name;
     RenderFunction convert;
@@ -62,7 +62,7 @@ struct YuvPlanes {
           v(u.shape()) {}
 };
 
-// Adds noise to the plane's first width by height samples, the ones that are converted.
+// Adds noise to the plane's first width by height samples, which are the ones converted.
 inline void AddNoise(const Plane& plane, std::size_t width, std::size_t height, std::size_t start, std::size_t stride,
                      KorVideoFrameDitherLevel level, bool chroma) {
     for (std::size_t row = 0; row < height; ++row) {
@@ -77,7 +77,7 @@ inline std::size_t UpToEight(std::size_t size) {
     return (size + 7) / 8 * 8;
 }
 
-// Puts the noise into the planes that a dithering call with these drawn numbers would add on its way.
+// Adds to the planes the noise that a dithering call with these draws would add.
 inline void AddNoise(const Ditherer& d, const YuvPlanes& planes, std::size_t width, std::size_t height,
                      const std::size_t (&drawn)[3], KorVideoFrameDitherLevel level) {
     const std::size_t step = d.fullChroma ? 1 : 2;
@@ -94,7 +94,7 @@ inline void Convert(const Ditherer& d, const YuvPlanes& from, const Plane& x, st
               x.pitch(), width, height, level);
 }
 
-// The caller-matrix renderer with a matrix that keeps channels apart, so that it fits in with the others.
+// The caller-matrix renderer with a fixed matrix that keeps channels apart, so that its signature fits the others'.
 inline void RenderWithSomeMatrix(const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU,
                                  const KorUint8* v, KorSizeT pitchV, KorUint8* x, KorSizeT pitchX, KorSizeT width,
                                  KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
@@ -102,7 +102,7 @@ inline void RenderWithSomeMatrix(const KorUint8* y, KorSizeT pitchY, const KorUi
     KorI420ToBGRAGeneral_C_(y, pitchY, u, pitchU, v, pitchV, x, pitchX, width, height, rows, ditherLevel);
 }
 
-// All functions that take a dither level and convert.
+// All conversions that take a dither level.
 inline std::vector<Ditherer> Ditherers() {
     return {
         {"KorI420ToRGBA_C_", &KorI420ToRGBA_C_, 4, false, NoiseWalk::Running, 0x3fff},

@@ -1,4 +1,4 @@
-// Small conveniences for tests that are written out by hand.
+// Small conveniences for hand-written tests.
 #ifndef KOR_TESTS_SUPPORT_FRAMES_H
 #define KOR_TESTS_SUPPORT_FRAMES_H
 
@@ -16,7 +16,7 @@ constexpr KorBool kFlips[] = {0, 1};
 // A list of sizes to loop over.
 using Sizes = std::initializer_list<std::size_t>;
 
-// Rows of rowBytes, each followed by padding; the spare parts may be written.
+// Rows of rowBytes, each followed by padding; the spare rows and columns may be written.
 inline PlaneShape Shape(std::size_t rowBytes, std::size_t rows, std::size_t padding = 0) {
     PlaneShape shape;
     shape.rowBytes = rowBytes;
@@ -33,8 +33,8 @@ inline PlaneShape ShapeWithSpares(std::size_t rowBytes, std::size_t rows, std::s
     return shape;
 }
 
-// A plane at the very end of all addresses. No byte of it can be touched, and as a second row would lie beyond,
-// UndefinedBehaviorSanitizer reports whoever asks for its address.
+// A plane at the very end of the address space. None of its bytes can be accessed, and because a second row would lie
+// beyond the end, UndefinedBehaviorSanitizer reports any code that forms its address.
 inline PlaneView OutOfReach() {
     return {reinterpret_cast<KorUint8*>(~std::uintptr_t{0} - 7), 16, 0};
 }
@@ -46,7 +46,7 @@ struct I420Frame {
     I420Frame(std::size_t width, std::size_t height, std::size_t padding = 0, Placement placement = Placement::Rear)
         : I420Frame(width, height, Shape(width, height, padding), placement) {}
 
-    // With a luma plane that has spare columns or rows.
+    // With spare columns or rows in the luma plane.
     I420Frame(std::size_t width, std::size_t height, const PlaneShape& luma, Placement placement = Placement::Rear)
         : y(luma, placement),
           u(Shape((width + 1) / 2, (height + 1) / 2, luma.pitch - width), placement),
@@ -62,7 +62,7 @@ struct I420Frame {
     }
 };
 
-// The three planes of an image with a chroma pair for every pixel.
+// The three planes of an I444 image.
 struct I444Frame {
     Plane y, u, v;
 

@@ -1,4 +1,4 @@
-// The seed of a test run. KOR_TEST_SEED=<number> gives one, KOR_TEST_SEED=random draws one, else it is always the same.
+// The seed of a test run: KOR_TEST_SEED=<number> sets it, KOR_TEST_SEED=random draws one, otherwise it is fixed.
 #ifndef KOR_TESTS_SUPPORT_SEED_H
 #define KOR_TESTS_SUPPORT_SEED_H
 

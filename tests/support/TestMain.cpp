@@ -1,4 +1,4 @@
-// The main program of every test executable: prints the seed at the start, and again when something failed.
+// The main program of every test executable: prints the seed at the start, and again if a test failed.
 #include <gtest/gtest.h>
 
 #include <cinttypes>
@@ -10,12 +10,12 @@ namespace {
 
 class SeedPrinter : public testing::EmptyTestEventListener {
     void OnTestProgramStart(const testing::UnitTest&) override {
-        std::printf("Seed %" PRIu64 " (KOR_TEST_SEED gives another, or \"random\")\n", kit::RunSeed());
+        std::printf("Seed %" PRIu64 " (set KOR_TEST_SEED to another, or to \"random\")\n", kit::RunSeed());
         std::fflush(stdout);
     }
     void OnTestProgramEnd(const testing::UnitTest& test) override {
         if (test.Failed()) {
-            std::printf("To see it again: KOR_TEST_SEED=%" PRIu64 "\n", kit::RunSeed());
+            std::printf("To reproduce: KOR_TEST_SEED=%" PRIu64 "\n", kit::RunSeed());
         }
     }
 };

@@ -1,4 +1,4 @@
-// Writes small files of the kinds that korframe must read and cannot write itself: `fixtures DIRECTORY`.
+// Writes small files of the kinds that korframe reads but cannot write: `fixtures DIRECTORY`.
 #include <cstdio>  // jpeglib.h uses FILE and size_t without including them
 
 #include <jpeglib.h>
@@ -43,7 +43,7 @@ void AppendBytes(png_structp png, png_bytep data, png_size_t count) {
 
 void Flush(png_structp) {}
 
-// Two rows of `width` pixels; `row` is one of them.
+// Two rows of `width` pixels, both as in `row`.
 void WritePng(const PngKind& kind, std::uint32_t width, const Bytes& row) {
     Bytes file;
     png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
@@ -65,11 +65,12 @@ void WritePng(const PngKind& kind, std::uint32_t width, const Bytes& row) {
     WriteFile(kind.name, file);
 }
 
-// 32 by 16 grey pixels, of another shade in each quarter: 240, 180 over 120, 60. An Exif field tells the orientation.
+// 32x16 grey pixels, with a different shade in each quadrant: 240, 180 over 120, 60. An Exif field gives the
+// orientation.
 void WriteTurnedJpeg(const std::string& name, std::uint8_t orientation) {
     // Big-endian TIFF with one directory of one entry: tag 0x0112, a short, once.
-    const Bytes exif = {'E', 'x', 'i', 'f', 0, 0, 'M', 'M', 0, 42, 0, 0, 0, 8, 0, 1,
-                        1, 0x12, 0, 3, 0, 0, 0, 1, 0, orientation, 0, 0, 0, 0, 0, 0};
+    const Bytes exif = {'E', 'x',  'i', 'f', 0, 0, 'M', 'M', 0, 42,          0, 0, 0, 8, 0, 1,
+                        1,   0x12, 0,   3,   0, 0, 0,   1,   0, orientation, 0, 0, 0, 0, 0, 0};
     jpeg_compress_struct jpeg;
     jpeg_error_mgr errors;
     jpeg.err = jpeg_std_error(&errors);
@@ -98,7 +99,7 @@ void WriteTurnedJpeg(const std::string& name, std::uint8_t orientation) {
     std::free(memory);
 }
 
-// 16 by 16 pixels, all of the same components.
+// 16x16 pixels, all with the same components.
 void WriteJpeg(const std::string& name, J_COLOR_SPACE space, const Bytes& components, bool progressive) {
     jpeg_compress_struct jpeg;
     jpeg_error_mgr errors;

@@ -1,7 +1,7 @@
-# Raw layouts and Y4M in, turned and told, streams of frames, and what breaks off.
-. "$(dirname "$0")/kit.sh"
+# Raw layouts and Y4M as input, flips and rotations, streams of frames, and inputs that break off.
+. "$(dirname "$0")/common.sh"
 
-# Two rows of four pixels; each layout says the same.
+# Two rows of four pixels, the same in each layout.
 luma="01 02 03 04 05 06 07 08"
 bytes "01 a0 02 b0 03 a2 04 b2  05 a1 06 b1 07 a4 08 b4" >packed.yuy2
 bytes "a0 01 b0 02 a2 03 b2 04  a1 05 b1 06 a4 07 b4 08" >packed.uyvy
@@ -11,8 +11,8 @@ bytes "$luma a1 b1 a3 b3" >blocks.m420
 bytes "$luma a1 a3 b1 b3" >planes.i420
 inputs="packed.yuy2 packed.uyvy planes.nv12 planes.nv21 blocks.m420 planes.i420"
 
-# turned_to PLANES STEPS...: every layout gives these planes.
-turned_to() {
+# gives PLANES STEPS...: every layout gives these planes.
+gives() {
     planes=$1
     shift
     for input in $inputs; do
@@ -22,21 +22,21 @@ turned_to() {
     done
 }
 
-turned_to "$luma a1 a3 b1 b3"
-turned_to "$luma a1 a3 b1 b3" --rotate 0
-turned_to "05 06 07 08 01 02 03 04 a1 a3 b1 b3" --flip
-turned_to "04 03 02 01 08 07 06 05 a3 a1 b3 b1" --mirror
-turned_to "05 01 06 02 07 03 08 04 a1 a3 b1 b3" --rotate 90
-turned_to "08 07 06 05 04 03 02 01 a3 a1 b3 b1" --rotate 180
-turned_to "04 08 03 07 02 06 01 05 a3 a1 b3 b1" --rotate 270
-# The order of the steps counts.
-turned_to "01 05 02 06 03 07 04 08 a1 a3 b1 b3" --flip --rotate 90
-turned_to "08 04 07 03 06 02 05 01 a3 a1 b3 b1" --rotate 90 --flip
-turned_to "08 07 06 05 04 03 02 01 a3 a1 b3 b1" --flip --mirror
-turned_to "$luma a1 a3 b1 b3" --rotate 90 --rotate 180 --rotate 90
-turned_to "$luma a1 a3 b1 b3" --flip --rotate 90 --mirror --rotate 270
+gives "$luma a1 a3 b1 b3"
+gives "$luma a1 a3 b1 b3" --rotate 0
+gives "05 06 07 08 01 02 03 04 a1 a3 b1 b3" --flip
+gives "04 03 02 01 08 07 06 05 a3 a1 b3 b1" --mirror
+gives "05 01 06 02 07 03 08 04 a1 a3 b1 b3" --rotate 90
+gives "08 07 06 05 04 03 02 01 a3 a1 b3 b1" --rotate 180
+gives "04 08 03 07 02 06 01 05 a3 a1 b3 b1" --rotate 270
+# The order of the steps matters.
+gives "01 05 02 06 03 07 04 08 a1 a3 b1 b3" --flip --rotate 90
+gives "08 04 07 03 06 02 05 01 a3 a1 b3 b1" --rotate 90 --flip
+gives "08 07 06 05 04 03 02 01 a3 a1 b3 b1" --flip --mirror
+gives "$luma a1 a3 b1 b3" --rotate 90 --rotate 180 --rotate 90
+gives "$luma a1 a3 b1 b3" --flip --rotate 90 --mirror --rotate 270
 
-# Planar 4:2:2: each pair of chroma rows becomes its rounded mean, bottom row first if need be; a lone last row stays.
+# Planar 4:2:2: each pair of chroma rows becomes its rounded mean, also bottom row first; a single last row stays.
 bytes "01 02 03 04 05 06 07 08 09  a0 a2 a1 a4 a6 a9  b0 b2 b1 b4 b6 b9" >odd.i422
 works convert odd.i422 out.i420 --size 3x3
 holds out.i420 "01 02 03 04 05 06 07 08 09 a1 a3 a6 a9 b1 b3 b6 b9"
@@ -47,7 +47,7 @@ works convert c422.y4m out.y4m
 { printf 'YUV4MPEG2 W3 H3 F25:1 I? A0:0 C420mpeg2 XCOLORRANGE=LIMITED\nFRAME\n'; bytes "01 02 03 04 05 06 07 08 09 a1 a3 a6 a9 b1 b3 b6 b9"; } >expected
 same out.y4m expected
 
-# The lone last row of an odd height keeps its chroma.
+# The last row of an odd height keeps its chroma.
 bytes "01 a0 02 b0  05 a1 06 b1  09 a6 0a b6" >odd.yuy2
 works convert odd.yuy2 out.i420 --size 2x3
 holds out.i420 "01 02 05 06 09 0a a1 a6 b1 b6"
@@ -69,7 +69,7 @@ bytes "10 eb 10 eb 80 10" >unsigned.i420
 works convert unsigned.i420 out.yuv2 --size 2x2
 holds out.yuv2 "10 00 eb 81 10 00 eb 81"
 
-# Out again: packed, and planes of 4:4:4.
+# Outputs: packed, and planes of 4:4:4.
 works convert planes.i420 out.yuy2 --size 4x2
 holds out.yuy2 "01 a1 02 b1 03 a3 04 b3 05 a1 06 b1 07 a3 08 b3"
 works convert planes.i420 out.uyvy --size 4x2
@@ -79,28 +79,28 @@ holds odd.out "80 10 10 10 80 eb 10 eb"
 bytes "01 02 03 04 05 06 11 12 13 14 15 16 21 22 23 24 25 26" >full.i444
 works convert full.i444 out.i444 --size 3x2 --rotate 90
 holds out.i444 "04 01 05 02 06 03 14 11 15 12 16 13 24 21 25 22 26 23"
-# An odd height is packed from its last row repeated.
+# For an odd height, packing repeats the last row.
 works convert odd.yuy2 mid.i420 --size 2x3
 works convert mid.i420 out.yuy2 --size 2x3
 holds out.yuy2 "01 a1 02 b1 05 a1 06 b1 09 a6 0a b6"
 
-# Y4M: what the header says goes through, turned where need be, and what it does not say is taken as unknown.
+# Y4M: fields of the header are kept, adjusted for rotations; missing ones become unknown.
 { printf 'YUV4MPEG2 H2 W4 F30000:1001 Ib A4:3 C420mpeg2 XYSCSS=420MPEG2 XCOLORRANGE=FULL Zfuture\nFRAME\n'; cat planes.i420; printf 'FRAME Ippp XZ\n'; cat planes.i420; } >in.y4m
 works convert in.y4m out.y4m
 { printf 'YUV4MPEG2 W4 H2 F30000:1001 Ib A4:3 C420mpeg2 XYSCSS=420MPEG2 XCOLORRANGE=FULL\nFRAME\n'; cat planes.i420; printf 'FRAME\n'; cat planes.i420; } >expected
 same out.y4m expected
 works convert in.y4m out.y4m --flip --rate 24
 [ "$(head -1 out.y4m)" = "YUV4MPEG2 W4 H2 F24:1 It A4:3 C420mpeg2 XYSCSS=420MPEG2 XCOLORRANGE=FULL" ] || fail "flipped: $(head -1 out.y4m)"
-refuses 1 "in.y4m: is interlaced (Ib), and a quarter turn" convert in.y4m x.y4m --rotate 90
-# Where each frame tells its own fields, they go with it, and it cannot be turned upside down.
+refuses 1 "in.y4m: is interlaced (Ib), and rotating by 90 would turn its fields into columns; deinterlace it first" convert in.y4m x.y4m --rotate 90
+# If each frame has its own field order, that is kept, and the clip cannot be turned upside down.
 sed 's/ Ib / Im /' in.y4m >mixed.y4m
 works convert mixed.y4m out.y4m --mirror
 [ "$(grep -ac 'FRAME Ippp XZ$' out.y4m)" -eq 1 ] || fail "the fields of a frame are lost"
-refuses 1 "mixed.y4m: is interlaced from frame to frame (Im), and upside down" convert mixed.y4m x.y4m --flip
-refuses 1 "mixed.y4m: is interlaced (Im), and a quarter turn" convert mixed.y4m x.y4m --rotate 270
+refuses 1 "mixed.y4m: is interlaced frame by frame (Im), and turning it upside down would swap the fields of each; deinterlace it first" convert mixed.y4m x.y4m --flip
+refuses 1 "mixed.y4m: is interlaced (Im), and rotating by 270 would turn its fields into columns; deinterlace it first" convert mixed.y4m x.y4m --rotate 270
 sed 's/ Ib / Ip /' in.y4m >progressive.y4m
 works convert progressive.y4m out.y4m --rotate 270
-[ "$(head -1 out.y4m)" = "YUV4MPEG2 W2 H4 F30000:1001 Ip A3:4 C420mpeg2 XYSCSS=420MPEG2 XCOLORRANGE=FULL" ] || fail "turned: $(head -1 out.y4m)"
+[ "$(head -1 out.y4m)" = "YUV4MPEG2 W2 H4 F30000:1001 Ip A3:4 C420mpeg2 XYSCSS=420MPEG2 XCOLORRANGE=FULL" ] || fail "rotated: $(head -1 out.y4m)"
 { printf 'YUV4MPEG2 W3 H2 C444\nFRAME\n'; cat full.i444; } >full.y4m
 works convert full.y4m out.y4m
 { printf 'YUV4MPEG2 W3 H2 F25:1 I? A0:0 C444\nFRAME\n'; cat full.i444; } >expected
@@ -110,7 +110,7 @@ works convert packed.yuy2 out.y4m --size 4x2 --rate 60000:1001
 
 # Streams through pipes, and numbered pictures.
 cat packed.yuy2 packed.yuy2 packed.yuy2 | "$korframe" convert - - --from yuy2 --size 4x2 2>stderr.txt >out.y4m || fail "a stream through a pipe"
-[ ! -s stderr.txt ] || fail "a stream said: $(cat stderr.txt)"
+[ ! -s stderr.txt ] || fail "a stream printed: $(cat stderr.txt)"
 [ "$(grep -ac FRAME out.y4m)" -eq 3 ] || fail "a stream of three has $(grep -ac FRAME out.y4m)"
 "$korframe" convert - - --to i420 <out.y4m >out.i420 || fail "a stream back"
 cat planes.i420 planes.i420 planes.i420 >expected
@@ -122,55 +122,55 @@ done
 absent "100% 004.ppm"
 works convert out.y4m %d.png
 [ -s 1.png ] && [ -s 3.png ] || fail "no 1.png or 3.png"
-refuses 1 "one.png: is one picture, but there are more frames; a number in the name, such as %04d" convert out.y4m one.png
+refuses 1 "one.png: is a single picture, but there are more frames; put a number in the name, for example frame-%04d.png" convert out.y4m one.png
 absent one.png
 
-# What breaks off is told with its number, and the frames before it are kept.
+# A truncated frame is reported by number, and the frames before it are kept.
 { cat packed.yuy2 packed.yuy2; bytes "01 a0 02"; } >broken.yuy2
-refuses 1 "broken.yuy2: frame 3 is truncated, 13 of its 16 bytes are missing" convert broken.yuy2 kept.i420 --size 4x2
+refuses 1 "broken.yuy2: frame 3 is truncated: 13 of its 16 bytes are missing" convert broken.yuy2 kept.i420 --size 4x2
 cat planes.i420 planes.i420 >expected
 same kept.i420 expected
 head -c $(($(wc -c <in.y4m) - 1)) in.y4m >broken.y4m
-refuses 1 "broken.y4m: frame 2 is truncated, 1 of its 12 bytes are missing" convert broken.y4m kept.y4m
+refuses 1 "broken.y4m: frame 2 is truncated: 1 of its 12 bytes are missing" convert broken.y4m kept.y4m
 [ "$(grep -ac FRAME kept.y4m)" -eq 1 ] || fail "kept.y4m holds $(grep -ac FRAME kept.y4m) frames"
 { cat in.y4m; printf 'frame\n'; } >broken.y4m
 refuses 1 "broken.y4m: frame 3 does not begin with FRAME at byte $(wc -c <in.y4m)" convert broken.y4m kept.y4m
 [ "$(grep -ac FRAME kept.y4m)" -eq 2 ] || fail "kept.y4m holds $(grep -ac FRAME kept.y4m) frames"
 head -c 3 packed.yuy2 >short.yuy2
-refuses 1 "short.yuy2: frame 1 is truncated, 13 of its 16 bytes are missing" convert short.yuy2 none.i420 --size 4x2
+refuses 1 "short.yuy2: frame 1 is truncated: 13 of its 16 bytes are missing" convert short.yuy2 none.i420 --size 4x2
 absent none.i420
 
-# Headers and wishes that are wrong.
+# Bad headers and command lines.
 header() {
     printf '%s\n' "$1" >header.y4m
     refuses 1 "header.y4m: $2" convert header.y4m none.y4m
 }
-header "YUV4MPEG2 W4 H2" "holds a Y4M header but no frame"
+header "YUV4MPEG2 W4 H2" "has a Y4M header but no frames"
 header "YUV4MPEG2 H2" "has no width (W) in its Y4M header"
 header "YUV4MPEG2 W4" "has no height (H) in its Y4M header"
-header "YUV4MPEG2 W-4 H2" "has the field W-4 in its Y4M header; a number of pixels is wanted after W"
+header "YUV4MPEG2 W-4 H2" "has the field W-4 in its Y4M header; expected a number of pixels after W"
 header "YUV4MPEG2 W4 H2x" "has the field H2x in its Y4M header"
 header "YUV4MPEG2 W0 H2" "size 0x2 is empty"
-header "YUV4MPEG2 W99999999999999999 H99999999999999999" "size 99999999999999999x99999999999999999 is too large; the limit is 32768 on a side"
-header "YUV4MPEG2 W4 H2 C411" "has the field C411 in its Y4M header; C420jpeg, C420mpeg2, C420paldv, C420, C422 or C444 (8 bits) can be read"
+header "YUV4MPEG2 W99999999999999999 H99999999999999999" "size 99999999999999999x99999999999999999 is too large; the limit is 32768 on each side"
+header "YUV4MPEG2 W4 H2 C411" "has the field C411 in its Y4M header; expected C420jpeg, C420mpeg2, C420paldv, C420, C422 or C444, all of 8 bits"
 header "YUV4MPEG2 W4 H2 C420p10" "has the field C420p10"
-header "YUV4MPEG2 W4 H2 F25" "has the field F25 in its Y4M header; a ratio such as 25:1 is wanted after F"
+header "YUV4MPEG2 W4 H2 F25" "has the field F25 in its Y4M header; expected a ratio after F, for example 25:1"
 header "YUV4MPEG2 W4 H2 A1:x" "has the field A1:x"
 { printf 'YUV4MPEG2 '; repeat 5000 41; } >header.y4m
-refuses 1 "header.y4m: has a Y4M header without an end; a line of up to 4096 bytes" convert header.y4m none.y4m
+refuses 1 "header.y4m: has a Y4M header that does not end; expected a line of at most 4096 bytes" convert header.y4m none.y4m
 : >empty.yuy2
-refuses 1 "empty.yuy2: is empty; a frame takes 16 bytes" convert empty.yuy2 none.i420 --size 4x2
-refuses 2 "packed.yuy2: raw yuy2 frames do not tell their size; give --size" convert packed.yuy2 none.i420
-refuses 1 "packed.yuy2: width 3 is odd; yuy2 holds pixels in pairs, so the width must be even" convert packed.yuy2 none.i420 --size 3x2
+refuses 1 "empty.yuy2: is empty; expected frames of 16 bytes" convert empty.yuy2 none.i420 --size 4x2
+refuses 2 "packed.yuy2: raw yuy2 frames carry no size; add --size WIDTHxHEIGHT" convert packed.yuy2 none.i420
+refuses 1 "packed.yuy2: width 3 is odd; yuy2 stores pixels in pairs, so the width must be even" convert packed.yuy2 none.i420 --size 3x2
 refuses 1 "signed.yuv2: width 1 is odd" convert signed.yuv2 none.i420 --size 1x2
-refuses 1 "blocks.m420: height 3 is odd; m420 holds rows in pairs, so the height must be even" convert blocks.m420 none.i420 --size 2x3
-refuses 1 "none.uyvy: width 3 is odd; uyvy holds pixels in pairs" convert odd.nv12 none.uyvy --size 3x3
-refuses 2 "--from yuv9: one of i420, i422, i444, nv12" convert packed.yuy2 none.i420 --from yuv9 --size 4x2
-refuses 2 "--size 4*2: width and height are wanted" convert packed.yuy2 none.i420 --size 4*2
-refuses 2 "--size is for raw frames, and this file tells its own" convert in.y4m none.i420 --size 4x2
-refuses 2 "--rotate 45: 0, 90, 180 or 270 degrees, clockwise, are wanted" convert packed.yuy2 none.i420 --size 4x2 --rotate 45
-refuses 2 "--rate 0: frames per second are wanted" convert packed.yuy2 none.y4m --size 4x2 --rate 0
-refuses 2 "--order rgba: packed.yuy2 is no picture" convert packed.yuy2 none.y4m --size 4x2 --order rgba
+refuses 1 "blocks.m420: height 3 is odd; m420 stores rows in pairs, so the height must be even" convert blocks.m420 none.i420 --size 2x3
+refuses 1 "none.uyvy: width 3 is odd; uyvy stores pixels in pairs, so the width must be even" convert odd.nv12 none.uyvy --size 3x3
+refuses 2 "--from: expected i420, i422, i444, nv12, nv21, yuy2, uyvy, yuv2, m420, bgra, rgba, argb, abgr, rgb24 or bgr24, not 'yuv9'" convert packed.yuy2 none.i420 --from yuv9 --size 4x2
+refuses 2 "--size: expected WIDTHxHEIGHT, for example 1280x720, not '4*2'" convert packed.yuy2 none.i420 --size 4*2
+refuses 2 "in.y4m: --size is for raw frames, and this file has a size of its own; for raw frames add --from LAYOUT" convert in.y4m none.i420 --size 4x2
+refuses 2 "--rotate: expected 0, 90, 180 or 270 degrees, not '45'" convert packed.yuy2 none.i420 --size 4x2 --rotate 45
+refuses 2 "--rate: expected frames per second, for example 25 or 30000:1001, not '0'" convert packed.yuy2 none.y4m --size 4x2 --rate 0
+refuses 2 "--order rgba: packed.yuy2 is not a picture; for raw frames give the byte order by --from" convert packed.yuy2 none.y4m --size 4x2 --order rgba
 refuses 2 "none.nv12: there is no conversion from i420 to nv12" convert packed.yuy2 none.nv12 --size 4x2
 refuses 2 "none.i420: there is no conversion from i444 to i420" convert full.y4m none.i420
 refuses 2 "none.i444: there is no conversion from i420 to i444" convert in.y4m none.i444

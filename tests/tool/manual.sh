@@ -1,8 +1,8 @@
-# The man page and the completions name what the program has, and nothing else.
-. "$(dirname "$0")/kit.sh"
+# The man page and the completions name exactly what the program has.
+. "$(dirname "$0")/common.sh"
 sources=$3/tools/korframe
 
-# The words of the man page without its markup.
+# The text of the man page without markup.
 sed 's/\\-/-/g; s/\\f[BIRP]//g; s/"//g' "$sources/man/korframe.1" >page.txt
 
 subcommands=$("$korframe" --help | awk 'list && NF > 1 { print $1 } /^Subcommands:/ { list = 1 }')
@@ -31,15 +31,21 @@ for subcommand in $subcommands; do
         grep -qFx -- "$option" options.txt || fail "the man page names $option of $subcommand, which does not exist"
     done
 done
-# One line each.
-"$korframe" --help | awk 'list && NF > 0 && !/^  [a-z]/ { bad = 1 } /^Subcommands:/ { list = 1 } END { exit bad }' || fail "a subcommand takes more than a line in --help"
+# Each subcommand takes one line.
+"$korframe" --help | awk 'list && NF > 0 && !/^  [a-z]/ { bad = 1 } /^Subcommands:/ { list = 1 } END { exit bad }' || fail "a subcommand takes more than one line in --help"
 
+if command -v mandoc >/dev/null; then
+    mandoc -T lint "$sources/man/korframe.1" >mandoc.txt 2>&1
+    [ ! -s mandoc.txt ] || fail "mandoc says: $(cat mandoc.txt)"
+else
+    skips "mandoc is not installed"
+fi
 if command -v groff >/dev/null; then
     groff -man -ww -z "$sources/man/korframe.1" >groff.txt 2>&1
     [ ! -s groff.txt ] || fail "groff says: $(cat groff.txt)"
 fi
 
-# Completion of bash: complete WORDS... gives what the last may become. Needs a bash, and the name to lead to the program.
+# Completion for bash: offer WORDS... prints the completions of the last one. Needs bash, and korframe in PATH.
 mkdir bin
 ln -s "$korframe" bin/korframe
 PATH=$PWD/bin:$PATH

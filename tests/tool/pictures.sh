@@ -1,5 +1,5 @@
-# Pictures of every kind in, planes out; what is damaged or absurd is refused.
-. "$(dirname "$0")/kit.sh"
+# Pictures of every kind become planes; damaged or absurd ones are refused.
+. "$(dirname "$0")/common.sh"
 mkdir pictures
 "$fixtures" pictures || exit 1
 
@@ -20,7 +20,7 @@ works convert pictures/grey1.png out.i420
 holds out.i420 "$white"
 works convert pictures/half.png out.i420
 holds out.i420 "$half"
-# Transparent white lies over black, so chroma is that of red beside black: the average of 255 and 0 is 128.
+# Transparent white is composited over black, so chroma is that of red beside black: the average of 255 and 0 is 128.
 works convert pictures/alpha.png out.i420
 holds out.i420 "51 10 51 10 6d b8"
 
@@ -34,9 +34,9 @@ works convert pictures/black-progressive.jpg out.i420
 { repeat 256 10; repeat 128 80; } >expected
 same out.i420 expected
 
-# Cameras that were held in any way: the shades of the quarters, in the order of reading, and the size. What Exif does
-# not know is taken as upright.
-turned() {
+# All orientations of the camera: the shades of the quadrants in reading order, and the size. Orientations unknown to Exif
+# count as upright.
+orientation() {
     works convert pictures/turned-"$1".jpg out.ppm
     works convert pictures/turned-"$1".jpg out.i420
     [ "$(sed -n 2p out.ppm)" = "$2" ] || fail "orientation $1: size $(sed -n 2p out.ppm)"
@@ -48,16 +48,16 @@ turned() {
     done
     [ "$shades" = " $3" ] || fail "orientation $1: '$shades', expected ' $3'"
 }
-turned 0 "32 16" "222 170 119 67"
-turned 1 "32 16" "222 170 119 67"
-turned 2 "32 16" "170 222 67 119"
-turned 3 "32 16" "67 119 170 222"
-turned 4 "32 16" "119 67 222 170"
-turned 5 "16 32" "222 119 170 67"
-turned 6 "16 32" "119 222 67 170"
-turned 7 "16 32" "67 170 119 222"
-turned 8 "16 32" "170 67 222 119"
-turned 9 "32 16" "222 170 119 67"
+orientation 0 "32 16" "222 170 119 67"
+orientation 1 "32 16" "222 170 119 67"
+orientation 2 "32 16" "170 222 67 119"
+orientation 3 "32 16" "67 119 170 222"
+orientation 4 "32 16" "119 67 222 170"
+orientation 5 "16 32" "222 119 170 67"
+orientation 6 "16 32" "119 222 67 170"
+orientation 7 "16 32" "67 170 119 222"
+orientation 8 "16 32" "170 67 222 119"
+orientation 9 "32 16" "222 170 119 67"
 
 # Kinds of PPM, recognised by content whatever the name.
 printf 'P3\n# red and more\n2 2 255\n255 0 0 255 0 0\n255 0 0 255 0 0\n' >plain.picture
@@ -75,22 +75,22 @@ holds out.i420 "$white"
 "$korframe" convert - - --to i420 <binary.ppm >out.i420 2>stderr.txt || fail "standard input to standard output"
 holds out.i420 "$red"
 
-# Every order of bytes leads to the same planes. Red, green, blue; white, black, red; black, red, green.
+# Every byte order gives the same planes. Red, green, blue; white, black, red; black, red, green.
 { printf 'P6 3 3 255\n'; bytes "ff 00 00 00 ff 00 00 00 ff  ff ff ff 00 00 00 ff 00 00  00 00 00 ff 00 00 00 ff 00"; } >nine.ppm
 for order in bgra rgba argb abgr; do
     works convert nine.ppm $order.i420 --order $order
 done
-# Luma of each pixel. Chroma of (red green / white black): the averages (128, 128, 64); of blue over red (128, 0, 128);
-# of black beside red (128, 0, 0); of green alone.
+# Luma of each pixel, then chroma of the block averages: red green / white black (128, 128, 64); blue over red
+# (128, 0, 128); black beside red (128, 0, 0); green alone.
 holds bgra.i420 "51 8f 29 eb 10 51 10 51 8f 64 a5 6d 36 84 af b8 22"
 for order in rgba argb abgr; do
     same bgra.i420 $order.i420
 done
 works convert nine.ppm flipped.i420 --flip
-# (black red / white black): (128, 64, 64); green over red (128, 128, 0), and red beside green the same; blue alone.
+# Black red / white black (128, 64, 64); green over red (128, 128, 0), red beside green the same; blue alone.
 holds flipped.i420 "10 51 8f eb 10 51 51 8f 29 76 48 48 ef 9c 89 89 6e"
 
-# Y4M says what the planes are.
+# The Y4M header describes the planes.
 works convert nine.ppm out.y4m
 printf 'YUV4MPEG2 W3 H3 F25:1 Ip A1:1 C420jpeg XCOLORRANGE=LIMITED\nFRAME\n' >expected
 cat bgra.i420 >>expected
@@ -103,33 +103,33 @@ refuses 1 "cut.png: is a damaged PNG file" convert cut.png out.y4m
 sed 's/IDAT/IDAX/' pictures/rgb.png >corrupt.png
 refuses 1 "corrupt.png: is a damaged PNG file" convert corrupt.png out.y4m
 head -c 300 pictures/white.jpg >cut.jpg
-refuses 1 "cut.jpg: is a JPEG file that cannot be read" convert cut.jpg out.y4m
+refuses 1 "cut.jpg: is a JPEG file that cannot be decoded (Premature end of JPEG file); expected a complete 8-bit JPEG" convert cut.jpg out.y4m
 size=$(wc -c <pictures/white.jpg)
 head -c $((size - 40)) pictures/white.jpg >end.jpg
-refuses 1 "end.jpg: is a JPEG file that cannot be read (Premature end" convert end.jpg out.y4m
-refuses 1 "cmyk.jpg: is a JPEG file in CMYK" convert pictures/cmyk.jpg out.y4m
+refuses 1 "end.jpg: is a JPEG file that cannot be decoded (Premature end of JPEG file); expected a complete 8-bit JPEG" convert end.jpg out.y4m
+refuses 1 "pictures/cmyk.jpg: is a CMYK JPEG file, meant for print; expected greyscale, RGB or YCbCr" convert pictures/cmyk.jpg out.y4m
 printf 'P6 2 2 255\nabc' >cut.ppm
-refuses 1 "cut.ppm: ends 9 bytes too early; 2x2 pixels take 12 bytes" convert cut.ppm out.y4m
+refuses 1 "cut.ppm: is truncated: 9 of the 12 bytes for 2x2 pixels are missing" convert cut.ppm out.y4m
 printf 'P6 2 2' >head.ppm
-refuses 1 "head.ppm: ends before the largest sample" convert head.ppm out.y4m
+refuses 1 "head.ppm: ends before the maximum sample; expected a complete PPM file" convert head.ppm out.y4m
 printf 'P3 2 two 255' >word.ppm
-refuses 1 "word.ppm: has no number of up to six digits for the height at byte 5" convert word.ppm out.y4m
+refuses 1 "word.ppm: has no number at byte 5 of the PPM file; expected up to six digits for the height" convert word.ppm out.y4m
 printf 'P3 1 1 9\n9 10 9' >over.ppm
-refuses 1 "over.ppm: has a sample of 10; its PPM header allows up to 9" convert over.ppm out.y4m
+refuses 1 "over.ppm: has a sample of 10; its PPM header allows at most 9" convert over.ppm out.y4m
 printf 'P6 1 1 65536\nabcdef' >maximum.ppm
-refuses 1 "maximum.ppm: has a largest sample of 65536; PPM allows 1 to 65535" convert maximum.ppm out.y4m
+refuses 1 "maximum.ppm: has a maximum sample of 65536; PPM allows 1 to 65535" convert maximum.ppm out.y4m
 printf 'P6 0 4 255\n' >empty.ppm
 refuses 1 "empty.ppm: size 0x4 is empty" convert empty.ppm out.y4m
 printf 'P6 32769 1 255\n' >wide.ppm
-refuses 1 "wide.ppm: size 32769x1 is too large; the limit is 32768 on a side" convert wide.ppm out.y4m
+refuses 1 "wide.ppm: size 32769x1 is too large; the limit is 32768 on each side" convert wide.ppm out.y4m
 printf 'P6 32768 32768 255\n' >huge.ppm
 refuses 1 "huge.ppm: size 32768x32768 is too large; the limit is 268435456 pixels" convert huge.ppm out.y4m
 printf 'P6 999999999 1 255\n' >digits.ppm
-refuses 1 "digits.ppm: has no number of up to six digits for the width" convert digits.ppm out.y4m
+refuses 1 "digits.ppm: has no number at byte 3 of the PPM file; expected up to six digits for the width" convert digits.ppm out.y4m
 : >nothing.png
 refuses 1 "nothing.png: is empty" convert nothing.png out.y4m
 printf 'GIF89a' >other.gif
-refuses 1 "other.gif: is no PNG, JPEG, PPM or Y4M file" convert other.gif out.y4m
+refuses 1 "other.gif: is not a PNG, JPEG, PPM or Y4M file; for raw frames add --from LAYOUT and --size WIDTHxHEIGHT" convert other.gif out.y4m
 same out.y4m before.y4m
 
 finish

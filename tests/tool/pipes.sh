@@ -1,5 +1,5 @@
-# Pipes with other programs, in both directions. What is not installed is skipped, and the test says so.
-. "$(dirname "$0")/kit.sh"
+# Pipes from and to other programs. Those that are not installed are skipped, and the test says why.
+. "$(dirname "$0")/common.sh"
 ran=0
 
 ff() {
@@ -12,13 +12,13 @@ header_has() {
 
 if command -v ffmpeg >/dev/null; then
     ran=$((ran + 1))
-    # pixels FFMPEG'S-NAME FIELDS-IN FIELDS-OUT: from ffmpeg through korframe and back; what comes back is what went in.
+    # pixels FFMPEG'S-NAME FIELDS-IN FIELDS-OUT: from ffmpeg through korframe and back without a change.
     pixels() {
         ff -f lavfi -i "testsrc=size=64x48:rate=30000/1001:duration=0.2" -vf setsar=4/3 -pix_fmt "$1" -strict -1 \
             -f yuv4mpegpipe - >in.y4m
         header_has in.y4m "$2"
         "$korframe" convert - - <in.y4m >out.y4m 2>stderr.txt || fail "$1: $(cat stderr.txt)"
-        [ ! -s stderr.txt ] || fail "$1 said: $(cat stderr.txt)"
+        [ ! -s stderr.txt ] || fail "$1 printed: $(cat stderr.txt)"
         header_has out.y4m "^YUV4MPEG2 W64 H48 F30000:1001 Ip A4:3 $3"
         ff -f lavfi -i "testsrc=size=64x48:rate=30000/1001:duration=0.2" -vf setsar=4/3 -pix_fmt "$1" -strict -1 \
             -f yuv4mpegpipe - | "$korframe" convert - - --mirror --jobs 2 | ff -i - -f rawvideo back.raw || fail "$1: ffmpeg refuses what korframe wrote"
@@ -33,7 +33,7 @@ if command -v ffmpeg >/dev/null; then
     pixels yuv422p " C422 " "C420mpeg2 XCOLORRANGE=LIMITED$"
     pixels yuv444p " C444 " "C444 .*XCOLORRANGE=LIMITED$"
     works compare in.y4m out.y4m
-    # 4:2:2 as ffmpeg reads it and as it packs it: the same planes here.
+    # 4:2:2 planar and packed by ffmpeg gives the same planes here.
     ff -f lavfi -i "testsrc=size=64x48:duration=0.2" -pix_fmt yuv422p -f yuv4mpegpipe planar.y4m
     ff -i planar.y4m -pix_fmt yuyv422 -f rawvideo packed.yuy2
     ff -i planar.y4m -f rawvideo planar.i422
@@ -42,12 +42,12 @@ if command -v ffmpeg >/dev/null; then
     works convert planar.i422 c.i420 --size 64x48
     same a.i420 b.i420
     same a.i420 c.i420
-    # An interlaced clip keeps its order of fields.
+    # An interlaced clip keeps its field order.
     ff -f lavfi -i "testsrc=size=64x48:duration=0.2" -vf setfield=tff -pix_fmt yuv420p -field_order tt -f yuv4mpegpipe - |
         "$korframe" convert - interlaced.y4m || fail "an interlaced clip"
     header_has interlaced.y4m " It "
 else
-    echo "skipped: there is no ffmpeg"
+    skips "ffmpeg is not installed"
 fi
 
 if command -v gst-launch-1.0 >/dev/null && gst-inspect-1.0 y4menc >/dev/null 2>&1; then
@@ -63,7 +63,7 @@ if command -v gst-launch-1.0 >/dev/null && gst-inspect-1.0 y4menc >/dev/null 2>&
             y4m) source=y4mdec ;;
         esac
         if ! gst-inspect-1.0 "${source%% *}" >/dev/null 2>&1; then
-            echo "skipped: GStreamer has no ${source%% *}"
+            skips "GStreamer has no ${source%% *}"
             continue
         fi
         to=$way
@@ -73,7 +73,7 @@ if command -v gst-launch-1.0 >/dev/null && gst-inspect-1.0 y4menc >/dev/null 2>&
         same back.i420 out.i420
     done
 else
-    echo "skipped: there is no GStreamer with y4menc"
+    skips "GStreamer with y4menc is not installed"
 fi
 
 [ $ran -gt 0 ] || exit 77

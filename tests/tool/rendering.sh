@@ -1,5 +1,5 @@
-# From planes to RGB in every order, by each matrix, with and without noise.
-. "$(dirname "$0")/kit.sh"
+# From planes to RGB in every byte order, by each matrix, with and without noise.
+. "$(dirname "$0")/common.sh"
 
 # Red, as capture makes it.
 bytes "51 51 51 51 5a ef" >red.i420
@@ -18,7 +18,7 @@ render "00 00 fb 00 00 fb 00 00 fb 00 00 fb" --to bgr24
 render "ff 1a 00 ff 1a 00 ff 1a 00 ff 1a 00" --to rgb24 --matrix 709
 render "ff ff 1a 00 ff ff 1a 00 ff ff 1a 00 ff ff 1a 00" --to argb --matrix 709
 
-# A matrix of one's own: luma alone, less 16 with the fraction rounded down.
+# A matrix from a file: luma alone, minus 16, rounded down.
 printf '# grey\n256 0 0\n\n  +256\t0 -0 # green\n256 0 0' >grey.txt
 render "41 41 41 41 41 41 41 41 41 41 41 41" --to rgb24 --matrix grey.txt
 render "41 41 41 ff 41 41 41 ff 41 41 41 ff 41 41 41 ff" --to bgra --matrix grey.txt
@@ -43,7 +43,7 @@ holds out.rgb "fb 00 00 fe fe fe"
 works convert two.i444 out.bgra --size 2x1 --matrix 709
 holds out.bgra "00 1a ff ff fe ff fe ff"
 
-# Noise: other than without, the same with the same seed, other with another, and other from frame to frame.
+# Noise changes the output, repeats with the same seed, and differs between seeds and between frames.
 { repeat 4096 80; repeat 2048 80; } >grey.i420
 cat grey.i420 grey.i420 >clip.i420
 works convert grey.i420 plain.rgb --size 64x64
@@ -77,35 +77,35 @@ tail -c +4161 a.i420 | head -c 65 >last
 repeat 65 80 >flat
 cmp -s last flat && fail "the last row has no noise"
 
-# Full range is rendered, with a word about it.
+# Full range is rendered with a warning.
 { printf 'YUV4MPEG2 W2 H2 XCOLORRANGE=FULL\nFRAME\n'; cat red.i420; } >full.y4m
-"$korframe" convert full.y4m out.rgb 2>stderr.txt || fail "full range ended with $?"
+"$korframe" convert full.y4m out.rgb 2>stderr.txt || fail "full range exited with $?"
 grep -qF "korframe: warning: full.y4m: is full range (XCOLORRANGE=FULL)" stderr.txt || fail "full range: $(cat stderr.txt)"
 holds out.rgb "fb 00 00 fb 00 00 fb 00 00 fb 00 00"
 
-# What is wrong.
+# Errors.
 wrong_matrix() {
     printf '%b' "$1" >wrong.txt
     refuses 1 "--matrix wrong.txt: $2" convert red.i420 none.rgb --size 2x2 --matrix wrong.txt
 }
-wrong_matrix "" "line 1, column 1: the file ends after 0 rows; a matrix has three"
-wrong_matrix "1 2 3\n4 5 6\n" "line 3, column 1: the file ends after 2 rows; a matrix has three"
-wrong_matrix "1 2 3\n4 5\n7 8 9\n" "line 2, column 4: the row ends after 2; it needs three numbers"
-wrong_matrix "1 2 3\n4 5 6 7\n" "line 2, column 7: a fourth number; a row has three"
-wrong_matrix "1 2 3\n4 5 6\n7 8 9\n\n # x\n0\n" "line 6, column 1: a fourth row; a matrix has three"
-wrong_matrix "1 2 3\n4  x5 6\n" "line 2, column 4: x5 is no whole number from -65536 to 65536, where 256 stands for 1.0"
-wrong_matrix "1 2 3.0\n" "line 1, column 5: 3.0 is no whole number"
-wrong_matrix "1 -65537 3\n" "line 1, column 3: -65537 is no whole number"
-wrong_matrix "1 - 3\n" "line 1, column 3: - is no whole number"
-wrong_matrix "99999999999999999999 1 1\n" "line 1, column 1: 99999999999999999999 is no whole number"
+wrong_matrix "" "line 1, column 1: the file ends after 0 rows; expected 3"
+wrong_matrix "1 2 3\n4 5 6\n" "line 3, column 1: the file ends after 2 rows; expected 3"
+wrong_matrix "1 2 3\n4 5\n7 8 9\n" "line 2, column 4: the row ends after 2; expected 3 numbers"
+wrong_matrix "1 2 3\n4 5 6 7\n" "line 2, column 7: a fourth number; expected 3 in a row"
+wrong_matrix "1 2 3\n4 5 6\n7 8 9\n\n # x\n0\n" "line 6, column 1: a fourth row; expected 3"
+wrong_matrix "1 2 3\n4  x5 6\n" "line 2, column 4: expected a whole number from -65536 to 65536, where 256 is 1.0, not 'x5'"
+wrong_matrix "1 2 3.0\n" "line 1, column 5: expected a whole number from -65536 to 65536, where 256 is 1.0, not '3.0'"
+wrong_matrix "1 -65537 3\n" "line 1, column 3: expected a whole number from -65536 to 65536, where 256 is 1.0, not '-65537'"
+wrong_matrix "1 - 3\n" "line 1, column 3: expected a whole number from -65536 to 65536, where 256 is 1.0, not '-'"
+wrong_matrix "99999999999999999999 1 1\n" "line 1, column 1: expected a whole number from -65536 to 65536, where 256 is 1.0, not '99999999999999999999'"
 refuses 1 "--matrix bt2020: cannot be opened: No such file or directory" convert red.i420 none.rgb --size 2x2 --matrix bt2020
-refuses 2 "--matrix grey.txt: own coefficients render i420 only; for i444 take 601 or 709" convert two.i444 none.rgb --size 2x1 --matrix grey.txt
-refuses 2 "--matrix 709: neither input nor output is RGB" convert red.i420 none.yuy2 --size 2x2 --matrix 709
-refuses 2 "--matrix grey.txt: a file serves one direction" convert out.png none.png --matrix grey.txt
-refuses 2 "--dither 3: off, 0 (weakest), 1 or 2 (strongest) is wanted" convert red.i420 none.rgb --size 2x2 --dither 3
-refuses 2 "--seed 5: there is no noise to repeat" convert red.i420 none.rgb --size 2x2 --seed 5
-refuses 2 "--seed -5: a whole number from 0 to" convert red.i420 none.rgb --size 2x2 --seed -5 --dither 1
-refuses 2 "--dither: the filter works on i420, and the frames are i444" convert two.i444 none.i444 --size 2x1 --dither 1
+refuses 2 "--matrix grey.txt: a matrix file renders i420 only; for i444 use 601 or 709" convert two.i444 none.rgb --size 2x1 --matrix grey.txt
+refuses 2 "--matrix 709: no matrix is used because neither input nor output is RGB" convert red.i420 none.yuy2 --size 2x2 --matrix 709
+refuses 2 "--matrix grey.txt: a matrix file works in one direction, and this converts from RGB to YUV and back; use two runs with a Y4M file in between" convert out.png none.png --matrix grey.txt
+refuses 2 "--dither: expected off, 0 (weakest), 1 or 2 (strongest), not '3'" convert red.i420 none.rgb --size 2x2 --dither 3
+refuses 2 "--seed 5: a seed has no effect without noise; add --dither 0, 1 or 2" convert red.i420 none.rgb --size 2x2 --seed 5
+refuses 2 "--seed: expected a whole number from 0 to 999999999999999999, not '-5'" convert red.i420 none.rgb --size 2x2 --seed -5 --dither 1
+refuses 2 "--dither: the filter works on i420 only, and the frames are i444" convert two.i444 none.i444 --size 2x1 --dither 1
 absent none.rgb none.yuy2 none.png none.i444
 
 finish

@@ -1,18 +1,18 @@
-# The digests of the library that the tool runs with.
+# The digests of the library that the tool is linked with.
 manifest=$(cd "$(dirname "$0")/../../conformance" && pwd)/digests.txt
-. "$(dirname "$0")/kit.sh"
+. "$(dirname "$0")/common.sh"
 
 works verify >found.txt
 count=$(grep -c '^Kor' "$manifest")
-grep -qx "$count digests of 38 functions agree" found.txt || fail "verify said: $(cat found.txt)"
+grep -qx "$count digests of 38 functions agree" found.txt || fail "verify printed: $(cat found.txt)"
 works verify --manifest - <"$manifest" >again.txt
 same found.txt again.txt
 
-# One digest that is another, one too few, and one too many: three lines, and no others.
+# One wrong digest, one missing and one extra give exactly three lines.
 sed -e 's/^\(KorI420ToBGRA_C_ level=2\) ..../\1 0000/' -e '/^KorPlanarMirror_C_ walk=up/d' \
     -e 's/^KorI420toYuv2_C_ - .*/KorI420toYuv2_C_ more=1 0123456789abcdef\n&/' "$manifest" >changed.txt
 refuses 1 "3 of $count digests differ" verify --manifest changed.txt
-[ "$(wc -l <stdout.txt)" -eq 3 ] || fail "verify said: $(cat stdout.txt)"
+[ "$(wc -l <stdout.txt)" -eq 3 ] || fail "verify printed: $(cat stdout.txt)"
 for line in "KorI420ToBGRA_C_ level=2: expected 0000" "KorPlanarMirror_C_ walk=up: expected nothing, found " \
     "KorI420toYuv2_C_ more=1: expected 0123456789abcdef, found nothing"; do
     grep -qF "$line" stdout.txt || fail "verify did not say '$line' but: $(cat stdout.txt)"

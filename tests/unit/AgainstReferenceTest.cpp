@@ -46,7 +46,7 @@ void CompareMatrices(const char* name, const kit::AnyFunction& library, const ki
     sweep.placements = {kit::Placement::Rear};
     sweep.patterns = {kit::Pattern::Extremes};
     sweep.ditherLevels = {KOR_VIDEOFRAMEDITHERLEVEL_Off};
-    sweep.matrixInside = {false};
+    sweep.matrixPlaces = {kit::MatrixPlace::Own};
     sweep.matrices.clear();
     for (const kit::Matrix& matrix : matrices) {
         sweep.matrices.push_back(&matrix);

@@ -8,12 +8,11 @@
 
 namespace {
 
-// Background samples count downwards, foreground samples to the right.
+// Background samples count up from row to row, foreground samples from column to column.
 struct AllPairs {
     std::vector<KorUint8> background, foreground;
 
-    AllPairs()
-        : background(65536), foreground(65536) {
+    AllPairs() : background(65536), foreground(65536) {
         for (std::size_t i = 0; i < 65536; ++i) {
             background[i] = static_cast<KorUint8>(i / 256);
             foreground[i] = static_cast<KorUint8>(i % 256);
@@ -21,7 +20,7 @@ struct AllPairs {
     }
 };
 
-// The first sample that is not as documented, or -1.
+// The first sample that differs from the documented formula, or -1.
 int FirstWrong(const std::vector<KorUint8>& blended, unsigned alpha) {
     for (unsigned i = 0; i < 65536; ++i) {
         const unsigned sum = i / 256 * (255 - alpha) + i % 256 * alpha;
@@ -35,7 +34,7 @@ int FirstWrong(const std::vector<KorUint8>& blended, unsigned alpha) {
 TEST(AllBlends, OneWeight) {
     const AllPairs pairs;
     for (unsigned alpha = 0; alpha < 256; ++alpha) {
-        // The chroma planes are a quarter of the size; they show the first 128 rows and columns.
+        // The chroma planes are a quarter of the size, so they hold the first 128 rows and columns.
         std::vector<KorUint8> y = pairs.background, u = pairs.background, v = pairs.background;
         KorI420AlphaBlend_C_(y.data(), 256, u.data(), 256, v.data(), 256, pairs.foreground.data(), 256,
                              pairs.foreground.data(), 256, pairs.foreground.data(), 256, 256, 256, 0, 0,

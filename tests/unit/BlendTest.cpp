@@ -1,4 +1,4 @@
-// Blending of one I420 image over another, with one weight or with a weight for every sample.
+// Blending one I420 image over another, with one weight or a weight for every sample.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -34,7 +34,7 @@ I420Frame Even(std::size_t width, std::size_t height, std::uint8_t value) {
     return frame;
 }
 
-// The value to which one background sample and one foreground sample blend, the same in all planes and both functions.
+// The blend of one background and one foreground sample, which is the same in all planes and both functions.
 int Blended(std::uint8_t background, std::uint8_t foreground, std::uint8_t alpha) {
     const I420Frame constant = Even(1, 1, background), array = Even(1, 1, background);
     Blend(constant, Even(1, 1, foreground), 1, 1, 0, 0, alpha);
@@ -51,7 +51,7 @@ TEST(Blend, WorkedValues) {
 }
 
 TEST(Blend, DivisionBy255IsNotRoundedToNearest) {
-    // 1 * 128 = 128 is half of 255 and gives 0; 254 is not yet 1, 255 is.
+    // A sum of 128 would round to 1, but gives 0; 254 gives 0 as well, 255 gives 1.
     EXPECT_EQ(Blended(0, 1, 128), 0);
     EXPECT_EQ(Blended(0, 1, 254), 0);
     EXPECT_EQ(Blended(0, 1, 255), 1);
@@ -71,7 +71,7 @@ TEST(Blend, EqualSamplesStayAndEndsAreExact) {
     }
 }
 
-// Rows and columns of a plane that no longer hold the value of the background.
+// The rows and columns of a plane that differ from the background's value.
 struct Covered {
     std::size_t top = SIZE_MAX, left = SIZE_MAX, rows = 0, columns = 0;
 };

@@ -1,4 +1,4 @@
-// Capture of BGRA into I420 with the BT.709 matrix, fixed or given by the caller, and what both write beyond odd sizes.
+// Capture of BGRA to I420 with BT.709, fixed or as the caller's matrix, and what both write beyond odd sizes.
 #include <gtest/gtest.h>
 
 #include <climits>
@@ -18,7 +18,7 @@ using kit::Shape;
 
 constexpr Matrix kBt709{{{47, 157, 16}, {-26, -87, 112}, {112, -102, -10}}};
 
-// Pixels as numbers 0xRRGGBB, row by row; alpha is noise.
+// Pixels as numbers 0xRRGGBB, row by row; alpha is random.
 Plane Source(std::size_t width, std::size_t height, const std::vector<unsigned>& pixels) {
     const Plane x(Shape(4 * width, height, 3));
     x.Fill(kit::Pattern::Noise, 11);
@@ -30,7 +30,7 @@ Plane Source(std::size_t width, std::size_t height, const std::vector<unsigned>&
     return x;
 }
 
-// A frame whose luma plane has the spare column and row of an odd size; all bytes that may be written are 0xee.
+// A frame whose luma plane has the spare column and row of an odd size; all writable bytes start as 0xee.
 I420Frame Target(std::size_t width, std::size_t height, bool spareColumn) {
     const I420Frame frame(width, height, kit::ShapeWithSpares(width, height, spareColumn ? width % 2 : 0, height % 2));
     for (std::size_t row = 0; row < height + height % 2; ++row) {
@@ -65,11 +65,8 @@ TEST(BgraToI420Bt709, WhiteBlackAndPrimariesHaveTheirValues) {
         unsigned colour;
         std::uint8_t y, u, v;
     } rows[] = {
-        {0xffffff, 235, 127, 128},
-        {0x000000, 16, 128, 128},
-        {0xff0000, 62, 102, 239},
-        {0x00ff00, 172, 41, 26},
-        {0x0000ff, 31, 239, 118},
+        {0xffffff, 235, 127, 128}, {0x000000, 16, 128, 128}, {0xff0000, 62, 102, 239},
+        {0x00ff00, 172, 41, 26},   {0x0000ff, 31, 239, 118},
     };
     for (const auto& row : rows) {
         const I420Frame to(2, 2);
@@ -165,7 +162,7 @@ TEST(BgraToI420General, EachCoefficientHasItsPlace) {
             const auto sample = [&](std::size_t plane, int offset) {
                 return static_cast<std::uint8_t>(offset + (plane == row ? channels[column] : 0));
             };
-            const Bytes expected{sample(0, 16), sample(0, 16), sample(0, 16),
+            const Bytes expected{sample(0, 16), sample(0, 16),  sample(0, 16),
                                  sample(0, 16), sample(1, 128), sample(2, 128)};
             EXPECT_EQ(to.Samples(), expected) << row << ", " << column;
         }
@@ -229,7 +226,7 @@ TEST(BgraToI420General, ResultsWrapInsteadOfClamping) {
 }
 
 TEST(BgraToI420General, SumsWrapAt32Bits) {
-    // 255 * INT_MAX and friends modulo 2^32, of which bits 8 to 15 count.
+    // 255 * INT_MAX and the like, modulo 2^32; bits 8 to 15 count.
     const Matrix matrix{{{INT_MAX, 0, 0}, {INT_MIN, 512, 0}, {INT_MAX, INT_MAX, INT_MIN}}};
     const I420Frame to(2, 2);
     General(to, Source(2, 2, std::vector<unsigned>(4, 0xff01ff)), 2, 2, matrix);
@@ -239,8 +236,8 @@ TEST(BgraToI420General, SumsWrapAt32Bits) {
 }
 
 TEST(BgraToI420General, MatrixIsReadAfreshForEverySample) {
-    // The matrix lies where luma is written. White everywhere; the first luma sample, 250 + 16 low byte of S >> 8,
-    // becomes the low byte of the red weight (on big-endian machines its high byte), and all later samples use it.
+    // The luma plane lies over the matrix. All pixels are white; the first luma sample becomes the low byte of the red
+    // weight (the high byte on big-endian machines), and all later samples use the changed weight.
     const Plane x = Source(2, 2, std::vector<unsigned>(4, 0xffffff));
     Matrix shared{{{256, 0, 0}, {0, 0, 0}, {0, 0, 0}}};
     const I420Frame chroma(2, 2);

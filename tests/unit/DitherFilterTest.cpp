@@ -1,4 +1,4 @@
-// The dither filter on I420: its offsets, its own walk through the table, odd sizes, and filtering in place.
+// The I420 dither filter: start offsets, its own walk through the table, odd sizes, filtering in place.
 #include <gtest/gtest.h>
 
 #include "conformance/core/ScriptedRandom.h"
@@ -32,7 +32,7 @@ I420Frame Grey(std::size_t width, std::size_t height) {
     return frame;
 }
 
-// What the filter makes of grey at an index of the table.
+// A grey sample filtered with the table entry at an index.
 std::uint8_t GreyLuma(std::size_t index, KorVideoFrameDitherLevel level) {
     return WithNoise(128, index, level, false);
 }
@@ -57,7 +57,7 @@ TEST(DitherFilter, FixedOffsetsRunThroughYThenUThenV) {
 }
 
 TEST(DitherFilter, FixedOffsetsAreTakenModuloTheTable) {
-    // 130 * 130 = 16900 is more than the table holds.
+    // 130 * 130 = 16900 exceeds the size of the table.
     const I420Frame out(130, 130);
     Filter(Grey(130, 130), out, 130, 130, KOR_VIDEOFRAMEDITHERLEVEL_2, 0);
     EXPECT_EQ(out.u.At(0, 0), GreyChroma(16900, KOR_VIDEOFRAMEDITHERLEVEL_2));
@@ -82,7 +82,7 @@ TEST(DitherFilter, RandomOffsetsAreThreeDrawsOfTwoBytes) {
 }
 
 TEST(DitherFilter, RandomOffsetsAreNotAligned) {
-    // Every start counts, up to the largest 16-bit number, and the walk wraps around the table.
+    // Starts are not aligned, up to the largest 16-bit number, and the walk wraps around the table.
     for (const std::size_t start : kit::Sizes{1, 7, 16377, 16383, 0x8000, 0xffff}) {
         const I420Frame out(12, 4);
         ScriptedRandom::ServeScript({start, start, start});
@@ -117,7 +117,7 @@ TEST(DitherFilter, ChromaRowsAreAFullLumaWidthApartInTheTable) {
 }
 
 TEST(DitherFilter, OffIsTheWeakestLevelOfAll) {
-    // -8 upwards: an eighth for luma and a sixteenth for chroma, rounded.
+    // Entries from -8 upwards: divided by 8 for luma and by 16 for chroma, rounded.
     const std::size_t minusEight = kit::kNoiseRamp + 4096 - 8;
     const I420Frame out(32, 2);
     ScriptedRandom::ServeScript({minusEight, minusEight, minusEight});
@@ -187,7 +187,7 @@ TEST(DitherFilter, FailingServiceIsIgnored) {
     Filter(Grey(9, 5), out, 9, 5, KOR_VIDEOFRAMEDITHERLEVEL_2, 1);
     EXPECT_EQ(ScriptedRandom::Draws().size(), 3u);
     EXPECT_EQ(out.y.GapDifference("y", before.data()), "");
-    // A service that leaves the index alone leaves it at the table's start.
+    // The index is zero before the draw and stays so if the service leaves it alone.
     EXPECT_EQ(out.y.At(0, 0), GreyLuma(0, KOR_VIDEOFRAMEDITHERLEVEL_2));
     EXPECT_EQ(out.u.At(0, 0), GreyChroma(0, KOR_VIDEOFRAMEDITHERLEVEL_2));
     EXPECT_EQ(out.v.At(0, 0), GreyChroma(0, KOR_VIDEOFRAMEDITHERLEVEL_2));
@@ -197,7 +197,7 @@ TEST(DitherFilter, InPlaceEqualsOutOfPlace) {
     for (const KorVideoFrameDitherLevel level : kAllLevels) {
         const I420Frame picture(37, 7), separate(37, 7);
         picture.y.Fill(kit::Pattern::Noise, 1);
-        // The odd edges are not written, so let both have the same there.
+        // The odd edges are not written, so both must start with the same samples there.
         separate.y.SetSamples(picture.y.Samples());
         separate.u.SetSamples(picture.u.Samples());
         separate.v.SetSamples(picture.v.Samples());

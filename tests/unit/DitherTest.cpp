@@ -1,4 +1,4 @@
-// Dither noise in the renderers and packers: what is drawn, where the noise starts, how it walks, what it adds.
+// Dither in the renderers and packers: which draws are made, where the noise starts, how it walks, what it adds.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -23,7 +23,7 @@ constexpr KorVideoFrameDitherLevel kStrongest = KOR_VIDEOFRAMEDITHERLEVEL_2;
 
 class Dither : public testing::TestWithParam<Ditherer> {
   protected:
-    // Planes of noise that are the same for the same size.
+    // Planes of random samples, the same ones for the same size.
     YuvPlanes Picture(std::size_t width, std::size_t height) const {
         YuvPlanes planes(GetParam(), width, height);
         planes.y.Fill(kit::Pattern::Noise, 1);
@@ -45,7 +45,7 @@ class Dither : public testing::TestWithParam<Ditherer> {
         return Converted(Picture(width, height), width, height, level);
     }
 
-    // The noise put in beforehand, then the plain conversion.
+    // The noise is added first, followed by the plain conversion.
     Bytes Expected(std::size_t width, std::size_t height, const std::size_t (&drawn)[3],
                    KorVideoFrameDitherLevel level) const {
         const YuvPlanes planes = Picture(width, height);
@@ -79,7 +79,7 @@ TEST_P(Dither, DrawsEvenIfThereIsNothingToConvert) {
         for (const std::size_t size : kit::Sizes{0, 1, 2, 9}) {
             for (const std::size_t tooSmall : kit::Sizes{0, 1}) {
                 if (GetParam().fullChroma && tooSmall == 1) {
-                    continue;  // one row or column is something to convert
+                    continue;  // I444 converts a single row or column
                 }
                 ScriptedRandom::ServeSeed(1);
                 GetParam().convert(nullptr, 8, nullptr, 8, nullptr, 8, nullptr, 8, size, tooSmall, level);
@@ -186,7 +186,7 @@ TEST_P(Dither, PicturesLargerThanTheTableWrapAgainAndAgain) {
     EXPECT_EQ(Dithered(17000, 4, drawn, kStrongest), Expected(17000, 4, drawn, kStrongest));
 }
 
-// ---- Noise values, seen through the packer, which passes samples on as they are -----------------------------------
+// ---- Noise values, seen through the packer, which copies samples unchanged ------------------------------------------
 
 // The luma samples of the upper row and the U samples of a dithered picture of one sample value.
 struct Seen {
@@ -213,7 +213,7 @@ Seen Look(std::uint8_t sample, std::size_t width, std::size_t lumaStart, std::si
     return seen;
 }
 
-// Where the table holds -8, and then counts upwards.
+// The index of an entry of -8; entries count up from there.
 constexpr std::size_t kMinusEight = kit::kNoiseRamp + 4096 - 8;
 
 TEST(DitherNoise, WeakestLevelDividesByFourAndByEight) {

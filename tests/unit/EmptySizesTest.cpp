@@ -1,4 +1,4 @@
-// Sizes that write nothing: functions then return at once, and neither touch memory nor ask where a row would lie.
+// Sizes that write nothing: functions return at once, without touching memory or forming the address of a row.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -11,12 +11,13 @@
 namespace {
 
 bool WritesNothing(const kit::Layout& layout) {
-    return std::all_of(layout.planes.begin(), layout.planes.begin() + layout.count,
-                       [](const kit::PlaneUse& plane) { return plane.access == kit::Access::Read || plane.shape.Empty(); });
+    return std::all_of(layout.planes.begin(), layout.planes.begin() + layout.count, [](const kit::PlaneUse& plane) {
+        return plane.access == kit::Access::Read || plane.shape.Empty();
+    });
 }
 
 TEST(EmptySizes, NoRowIsLocatedAndNoneIsCounted) {
-    // A walk over the other side of such a picture would not end.
+    // A walk along the other side of such a picture would not end.
     constexpr std::size_t kEndless = ~std::size_t{0} - 1;
     std::array<kit::PlaneView, kit::kMaximumPlanes> planes;
     planes.fill(kit::OutOfReach());

@@ -1,4 +1,4 @@
-// Packing of I420 as YUY2 and UYVY, without noise.
+// I420 packed as YUY2 and UYVY, without dither.
 #include <gtest/gtest.h>
 
 #include <ostream>

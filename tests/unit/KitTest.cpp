@@ -1,15 +1,24 @@
 // The kit itself: a test bench that overlooks a wrong byte is worth nothing, so each kind of wrong byte is shown to it.
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <signal.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <cfenv>
+#include <cstdlib>
 #include <cstring>
 #include <set>
+#include <stdexcept>
 
 #include "conformance/core/ScriptedRandom.h"
+#include "conformance/kit/Child.h"
 #include "conformance/kit/Differential.h"
 #include "conformance/kit/NoiseTable.h"
 #include "conformance/kit/Poison.h"
+#include "conformance/kit/Shield.h"
+#include "conformance/kit/Targets.h"
+#include "conformance/kit/Trials.h"
 #include "Kor/Os/KorRandom.h"
 #include "Kor/Video/Common/KorVideoFrame.h"
 #include "tests/support/Frames.h"
@@ -281,6 +290,257 @@ TEST(KitDifferential, SurvivesACrashAndTellsWhatWasTouched) {
               "crashed: SIGSEGV on touching plane dst, 9 bytes before the plane");
     EXPECT_EQ(Title(Crime::ReadsBehindSource), "crashed: SIGSEGV on touching plane src, 1 byte behind the plane's end");
     EXPECT_EQ(Title(Crime::Stops), "crashed: SIGFPE");
+}
+
+// ---- How a case is called ----------------------------------------------------------------------------------------
+
+TEST(KitManner, FollowsFromTheNumberAndComesInAllKinds) {
+    std::set<kit::FloatMode> modes;
+    std::set<kit::Reach> reaches;
+    int threads = 0;
+    int repeated = 0;
+    for (std::size_t number = 1; number <= 2000; ++number) {
+        const kit::Manner manner = kit::MannerOf(number);
+        modes.insert(manner.floats);
+        reaches.insert(manner.reach);
+        threads += manner.secondThread ? 1 : 0;
+        repeated += manner.repeated ? 1 : 0;
+        ASSERT_EQ(Describe(manner), Describe(kit::MannerOf(number)));
+    }
+    EXPECT_EQ(modes.size(), 4u);
+    EXPECT_EQ(reaches.size(), 3u);
+    EXPECT_GT(threads, 10);
+    EXPECT_GT(repeated, 10);
+    EXPECT_EQ(Describe(kit::MannerOf(0)), "");
+}
+
+// What a case of a copy has to report in one manner.
+std::string TitleIn(const kit::Manner& manner, kit::PlaneFunction subject, std::size_t width = 20) {
+    kit::Case options;
+    options.width = width;
+    options.height = 4;
+    kit::Differential differential(kit::Find("KorPlanarMirror_C_"), subject, &Copy);
+    const kit::Finding finding = differential.Prepare(options, manner);
+    return finding.None() ? differential.CallSubject().title : finding.title;
+}
+
+void CopyAndRoundUp(const KorUint8* src, KorDistanceT pitchSrc, KorUint8* dst, KorSizeT pitchDst, KorSizeT width,
+                    KorSizeT height) {
+    Copy(src, pitchSrc, dst, pitchDst, width, height);
+    std::fesetround(FE_UPWARD);
+}
+
+TEST(KitProcessorState, RoundingModeHasToStay) {
+    EXPECT_TRUE(StartsWith(TitleIn({}, &CopyAndRoundUp), "left the processor changed: rounding mode"));
+    EXPECT_EQ(std::fegetround(), FE_TONEAREST);
+    kit::Manner up;
+    up.floats = kit::FloatMode::Up;
+    EXPECT_EQ(TitleIn(up, &CopyAndRoundUp), "");
+    EXPECT_EQ(std::fegetround(), FE_TONEAREST);
+}
+
+int roundingSeen = 0;
+
+void CopyAndLook(const KorUint8* src, KorDistanceT pitchSrc, KorUint8* dst, KorSizeT pitchDst, KorSizeT width,
+                 KorSizeT height) {
+    Copy(src, pitchSrc, dst, pitchDst, width, height);
+    roundingSeen = std::fegetround();
+}
+
+TEST(KitProcessorState, FunctionsMeetEveryRoundingMode) {
+    const std::pair<kit::FloatMode, int> modes[] = {{kit::FloatMode::Usual, FE_TONEAREST},
+                                                    {kit::FloatMode::Down, FE_DOWNWARD},
+                                                    {kit::FloatMode::Up, FE_UPWARD},
+                                                    {kit::FloatMode::TowardZero, FE_TOWARDZERO}};
+    for (const auto& [mode, expected] : modes) {
+        kit::Manner manner;
+        manner.floats = mode;
+        EXPECT_EQ(TitleIn(manner, &CopyAndLook), "");
+        EXPECT_EQ(roundingSeen, expected) << NameOf(mode);
+    }
+}
+
+// Every word of a call arrives where the compiler of the function expects it.
+struct SeenArguments {
+    const KorUint8* planes[9];
+    KorSizeT sizes[4];
+    KorSizeT pitches[9];
+};
+SeenArguments seen;
+
+void NoteArguments(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
+                   const KorUint8* yf, KorSizeT pitchYf, const KorUint8* uf, KorSizeT pitchUf, const KorUint8* vf,
+                   KorSizeT pitchVf, KorSizeT width, KorSizeT height, KorSizeT x, KorSizeT yPosition, KorUint8* ya,
+                   KorSizeT pitchYa, KorUint8* ua, KorSizeT pitchUa, KorUint8* va, KorSizeT pitchVa) {
+    seen = {{y, u, v, yf, uf, vf, ya, ua, va},
+            {width, height, x, yPosition},
+            {pitchY, pitchU, pitchV, pitchYf, pitchUf, pitchVf, pitchYa, pitchUa, pitchVa}};
+}
+
+TEST(KitProcessorState, WatchedCallPassesAllArguments) {
+    std::uint8_t bytes[9] = {};
+    kit::PlaneView views[9];
+    for (std::size_t i = 0; i < 9; ++i) {
+        views[i] = {bytes + i, 1000 + i, 1};
+    }
+    kit::Case options;
+    options.width = 11;
+    options.height = 12;
+    options.xPosition = 13;
+    options.yPosition = 14;
+    kit::ProcessorChange change;
+    kit::CallWatched(kit::BlendArrayFunction{&NoteArguments}, views, options, kit::FloatMode::Usual, change);
+    for (std::size_t i = 0; i < 9; ++i) {
+        EXPECT_EQ(seen.planes[i], bytes + i);
+        EXPECT_EQ(seen.pitches[i], 1000 + i);
+    }
+    for (std::size_t i = 0; i < 4; ++i) {
+        EXPECT_EQ(seen.sizes[i], 11 + i);
+    }
+    EXPECT_EQ(change.Text(), "");
+}
+
+void CopyWithMuchStack(const KorUint8* src, KorDistanceT pitchSrc, KorUint8* dst, KorSizeT pitchDst, KorSizeT width,
+                       KorSizeT height) {
+    char much[1 << 20];
+    char* volatile lowest = much;
+    *lowest = 1;
+    Copy(src, pitchSrc, dst, pitchDst, width, height);
+}
+
+TEST(KitSecondThread, HasASmallStackAndSurvivesItsEnd) {
+    kit::Manner manner;
+    EXPECT_EQ(TitleIn(manner, &CopyWithMuchStack), "");
+    manner.secondThread = true;
+    EXPECT_TRUE(StartsWith(TitleIn(manner, &CopyWithMuchStack), "needs more stack than "));
+    EXPECT_EQ(TitleIn(manner, &Copy), "");
+}
+
+TEST(KitSecondThread, IsAnotherThread) {
+    kit::SecondThread thread;
+    const pthread_t self = pthread_self();
+    bool same = true;
+    thread.Run([&] { same = pthread_equal(self, pthread_self()) != 0; });
+    EXPECT_FALSE(same);
+    thread.Run([&] { same = true; });
+    EXPECT_TRUE(same);
+}
+
+void CopyAndRestoreSource(const KorUint8* src, KorDistanceT pitchSrc, KorUint8* dst, KorSizeT pitchDst, KorSizeT width,
+                          KorSizeT height) {
+    Copy(src, pitchSrc, dst, pitchDst, width, height);
+    volatile KorUint8* changed = const_cast<KorUint8*>(src);
+    changed[1] ^= 1;
+    changed[1] ^= 1;
+}
+
+TEST(KitShield, SourceThatIsRestoredIsSeen) {
+    kit::Manner manner;
+    EXPECT_EQ(TitleIn(manner, &CopyAndRestoreSource), "");
+    manner.reach = kit::Reach::SourcesReadOnly;
+    EXPECT_EQ(TitleIn(manner, &CopyAndRestoreSource),
+              "wrote to a source that it may only read: plane src, row 0, column 1");
+    EXPECT_EQ(TitleIn(manner, &Copy), "");
+}
+
+void CopyAndRewritePadding(const KorUint8* src, KorDistanceT pitchSrc, KorUint8* dst, KorSizeT pitchDst, KorSizeT width,
+                           KorSizeT height) {
+    Copy(src, pitchSrc, dst, pitchDst, width, height);
+    volatile KorUint8* same = dst + pitchDst + width;
+    *same = *same;
+}
+
+TEST(KitShield, PaddingThatIsRewrittenIsSeen) {
+    kit::Manner manner;
+    manner.reach = kit::Reach::RowsOnPages;
+    if (!kit::kPoisons) {
+        EXPECT_EQ(TitleIn(manner, &CopyAndRewritePadding),
+                  "crashed: SIGSEGV on touching plane dst, row 1, column 20 (padding)");
+    }
+    EXPECT_EQ(TitleIn(manner, &Copy), "");
+    EXPECT_EQ(TitleIn(manner, &Copy, kit::PageBytes() + 1), "");
+}
+
+void CopyAndThrow(const KorUint8*, KorDistanceT, KorUint8*, KorSizeT, KorSizeT, KorSizeT) {
+    throw std::runtime_error("no copy");
+}
+
+TEST(KitFault, ExceptionIsAFault) {
+    EXPECT_EQ(TitleIn({}, &CopyAndThrow), "crashed: SIGABRT");
+}
+
+int callsOfCounting = 0;
+
+void CopyAndCount(const KorUint8* src, KorDistanceT pitchSrc, KorUint8* dst, KorSizeT pitchDst, KorSizeT width,
+                  KorSizeT height) {
+    Copy(src, pitchSrc, dst, pitchDst, width, height);
+    if (++callsOfCounting == 1500) {
+        dst[0] ^= 1;
+    }
+}
+
+TEST(KitTrials, FindACallOfMany) {
+    const kit::Entry& entry = kit::Find("KorPlanarMirror_C_");
+    const kit::Verdict verdict = kit::Trials(entry, &CopyAndCount, &Copy).Run(true, 1, 100);
+    EXPECT_TRUE(StartsWith(verdict.finding.title, "differs in call 1500 of 2000: wrong byte in a destination: plane dst"));
+    EXPECT_EQ(verdict.failing, 100u);
+    callsOfCounting = 1500;
+    const kit::Verdict same = kit::Trials(entry, &CopyAndCount, &Copy).Run(true, 1, 100);
+    EXPECT_TRUE(same.Same()) << same.finding.report;
+    EXPECT_GT(same.cases, 1u);
+}
+
+// ---- Child processes ---------------------------------------------------------------------------------------------
+
+kit::Ending EndingOf(const std::function<std::string()>& work) {
+    const kit::SharedProgress progress;
+    return kit::RunInChild(work, *progress.get(), 0.3);
+}
+
+TEST(KitChild, DeliversWhatTheWorkReturns) {
+    const std::string message(200000, 'm');
+    const kit::Ending ending = EndingOf([&] { return message; });
+    EXPECT_TRUE(ending.delivered);
+    EXPECT_EQ(ending.message, message);
+}
+
+TEST(KitChild, TellsHowAProcessEnded) {
+    const auto how = [](const std::function<void()>& end) {
+        const kit::Ending ending = EndingOf([&] { return end(), std::string(); });
+        return ending.delivered ? "delivered" : ending.how;
+    };
+    EXPECT_EQ(how([] { _exit(0); }), "ended the process: exit status 0");
+    EXPECT_EQ(how([] { _exit(7); }), "ended the process: exit status 7");
+    EXPECT_TRUE(StartsWith(how([] { raise(SIGKILL); }), "ended the process: signal 9"));
+    EXPECT_EQ(how([] { pause(); }), "never returned: still running after 0.3 s");
+    EXPECT_EQ(how([] {}), "delivered");
+}
+
+TEST(KitChild, WaitsAsLongAsThereIsProgress) {
+    const kit::SharedProgress progress;
+    const auto work = [&] {
+        for (int i = 0; i < 10; ++i) {
+            usleep(100000);
+            progress.get()->Enter(kit::Stage::Kit);
+        }
+        return std::string("done");
+    };
+    EXPECT_EQ(kit::RunInChild(work, *progress.get(), 0.6).message, "done");
+}
+
+TEST(KitTargets, AreListedInOrderAndThenTheAutomaticChoice) {
+    const auto list = [](const char** names, KorSizeT count) {
+        const char* const all[] = {"fast", "slow"};
+        std::copy_n(all, std::min<KorSizeT>(count, 2), names);
+        return KorSizeT{2};
+    };
+    std::vector<std::string> names;
+    for (const kit::Target& target : kit::ListTargets(list)) {
+        names.push_back(target.name);
+    }
+    EXPECT_EQ(names, (std::vector<std::string>{"fast", "slow", "automatic"}));
+    ASSERT_EQ(kit::ListTargets(nullptr).size(), 1u);
+    EXPECT_FALSE(kit::ListTargets(nullptr)[0].Named());
 }
 
 TEST(KitCatalogue, HasAll38FunctionsOnce) {

@@ -1,4 +1,4 @@
-// The M420 layout into I420: blocks of two luma rows and the chroma row they share.
+// M420 to I420: blocks of two luma rows and the chroma row they share.
 #include <gtest/gtest.h>
 
 #include <numeric>
@@ -13,7 +13,7 @@ using kit::I420Frame;
 using kit::Plane;
 using kit::Shape;
 
-// Blocks whose bytes count upwards.
+// Blocks whose bytes count up.
 Plane Counting(std::size_t blockBytes, std::size_t blocks, std::size_t padding = 0) {
     Plane m420(Shape(blockBytes, blocks, padding));
     Bytes samples(blockBytes * blocks);
@@ -76,7 +76,8 @@ TEST(M420ToI420, OneColumnNeedsNoChromaPlanes) {
     const Plane y(Shape(1, 4));
     const Plane m420 = Counting(2, 2);
     const kit::PlaneView none = kit::OutOfReach();
-    KorM420ToI420_C_(y.data(), y.pitch(), none.data, none.pitch, none.data, none.pitch, m420.data(), m420.pitch(), 1, 4, 0);
+    KorM420ToI420_C_(y.data(), y.pitch(), none.data, none.pitch, none.data, none.pitch, m420.data(), m420.pitch(), 1, 4,
+                     0);
     EXPECT_EQ(y.Samples(), (Bytes{0, 1, 2, 3}));
 }
 

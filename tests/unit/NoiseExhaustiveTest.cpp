@@ -1,5 +1,5 @@
-// Every sample value with every entry of the noise table at every level, through everything that adds noise. The table
-// of the test programs holds all entries that do not saturate any sample, and those that saturate all of them.
+// Every sample value with every entry of the noise table at every level, through every function that adds noise. The
+// table of the test programs holds all entries that saturate no sample, and some that saturate every sample.
 #include <gtest/gtest.h>
 
 #include <vector>
@@ -14,7 +14,7 @@ using kit::Plane;
 using kit::ScriptedRandom;
 using kit::Shape;
 
-// Two rows of luma walk through the whole table, and two passes with other starts take chroma through it.
+// Two rows of luma walk through the whole table; chroma does so in two passes with different starts.
 constexpr std::size_t kWidth = 8192;
 constexpr std::size_t kChromaStarts[] = {0, 4096, 8192, 12288};
 

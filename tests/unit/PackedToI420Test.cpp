@@ -1,4 +1,4 @@
-// Capture of packed 4:2:2, plain and turned: YUY2 and UYVY into I420.
+// Capture of packed 4:2:2, plain and rotated: YUY2 and UYVY to I420.
 #include <gtest/gtest.h>
 
 #include <ostream>
@@ -21,7 +21,7 @@ struct Group {
 struct Format {
     const char* name;
     kit::CaptureFunction convert;
-    kit::CaptureRotatingFunction turn;
+    kit::CaptureRotatingFunction rotate;
     std::size_t left, u, right, v;
 };
 
@@ -29,7 +29,7 @@ void PrintTo(const Format& format, std::ostream* out) {
     *out << format.name;
 }
 
-// The planes that a conversion writes, spare luma row included, all zero at first.
+// The planes that a conversion writes, including the spare luma row, zeroed.
 struct Result {
     Plane y, u, v;
 
@@ -55,7 +55,7 @@ struct Result {
 
 class PackedToI420 : public testing::TestWithParam<Format> {
   protected:
-    // The groups row by row; an odd width leaves half a group at the end of each row, which must not be touched.
+    // The groups row by row; an odd width leaves half a group at the end of each row, which must not be read.
     Plane Source(std::size_t groups, std::size_t rows, const std::vector<Group>& content) const {
         Plane x(Shape(4 * groups, rows, 2));
         for (std::size_t i = 0; i < content.size(); ++i) {
@@ -73,10 +73,10 @@ class PackedToI420 : public testing::TestWithParam<Format> {
                            x.pitch(), width, height, flip);
     }
 
-    void Turn(const Result& to, const Plane& x, std::size_t width, std::size_t height, KorBool flip,
-              KorImageRotationDegree degree) const {
-        GetParam().turn(to.y.data(), to.y.pitch(), to.u.data(), to.u.pitch(), to.v.data(), to.v.pitch(), x.data(),
-                        x.pitch(), width, height, flip, degree);
+    void Rotate(const Result& to, const Plane& x, std::size_t width, std::size_t height, KorBool flip,
+                KorImageRotationDegree degree) const {
+        GetParam().rotate(to.y.data(), to.y.pitch(), to.u.data(), to.u.pitch(), to.v.data(), to.v.pitch(), x.data(),
+                          x.pitch(), width, height, flip, degree);
     }
 };
 
@@ -87,12 +87,7 @@ INSTANTIATE_TEST_SUITE_P(, PackedToI420,
 
 const std::vector<Group> kTwoByTwoGroups{{1, 10, 2, 110}, {3, 20, 4, 120}, {5, 12, 6, 113}, {7, 21, 8, 122}};
 const std::vector<Group> kThreeRows{
-    {1, 10, 2, 110},
-    {3, 20, 4, 120},
-    {5, 12, 6, 113},
-    {7, 21, 8, 122},
-    {9, 30, 10, 130},
-    {11, 40, 12, 140},
+    {1, 10, 2, 110}, {3, 20, 4, 120}, {5, 12, 6, 113}, {7, 21, 8, 122}, {9, 30, 10, 130}, {11, 40, 12, 140},
 };
 
 // ---- Plain -------------------------------------------------------------------------------------------------------
@@ -164,7 +159,7 @@ TEST_P(PackedToI420, FlippedOddHeightEndsWithTheFirstRowInMemory) {
 }
 
 TEST_P(PackedToI420, OddLastColumnIsIgnored) {
-    // Two groups for five pixels: the fifth lies in the padding of the source and in the padding of the destination.
+    // Two groups for five pixels: the fifth falls into the padding of source and destination.
     const Result to(4, 2, 0, 3);
     const Bytes before = to.y.Snapshot();
     Convert(to, Source(2, 2, kTwoByTwoGroups), 5, 2);
@@ -179,39 +174,39 @@ TEST_P(PackedToI420, TooSmallSizesTouchNothing) {
             GetParam().convert(nullptr, 8, nullptr, 8, nullptr, 8, nullptr, 8, 1, size, flip);
             GetParam().convert(nullptr, 8, nullptr, 8, nullptr, 8, nullptr, 8, size, 0, flip);
             for (const KorImageRotationDegree degree : {0u, 90u, 180u, 270u, 45u}) {
-                GetParam().turn(nullptr, 8, nullptr, 8, nullptr, 8, nullptr, 8, 0, size, flip, degree);
-                GetParam().turn(nullptr, 8, nullptr, 8, nullptr, 8, nullptr, 8, 1, size, flip, degree);
-                GetParam().turn(nullptr, 8, nullptr, 8, nullptr, 8, nullptr, 8, size, 0, flip, degree);
+                GetParam().rotate(nullptr, 8, nullptr, 8, nullptr, 8, nullptr, 8, 0, size, flip, degree);
+                GetParam().rotate(nullptr, 8, nullptr, 8, nullptr, 8, nullptr, 8, 1, size, flip, degree);
+                GetParam().rotate(nullptr, 8, nullptr, 8, nullptr, 8, nullptr, 8, size, 0, flip, degree);
             }
         }
     }
 }
 
-// ---- Turned ------------------------------------------------------------------------------------------------------
+// ---- Rotated -----------------------------------------------------------------------------------------------------
 
-TEST_P(PackedToI420, QuarterTurnOfFourByTwo) {
+TEST_P(PackedToI420, RotationBy90OfFourByTwo) {
     const Plane x = Source(2, 2, kTwoByTwoGroups);
     const Result to(2, 4, 0);
-    Turn(to, x, 4, 2, 0, 90);
+    Rotate(to, x, 4, 2, 0, 90);
     EXPECT_EQ(to.y.Samples(), (Bytes{5, 1, 6, 2, 7, 3, 8, 4}));
     EXPECT_EQ(to.u.Samples(), (Bytes{11, 21}));
     EXPECT_EQ(to.v.Samples(), (Bytes{112, 121}));
 }
 
-TEST_P(PackedToI420, HalfTurnOfFourByTwo) {
+TEST_P(PackedToI420, RotationBy180OfFourByTwo) {
     const Plane x = Source(2, 2, kTwoByTwoGroups);
     const Result to(4, 2, 0);
-    Turn(to, x, 4, 2, 0, 180);
+    Rotate(to, x, 4, 2, 0, 180);
     EXPECT_EQ(to.y.Samples(), (Bytes{8, 7, 6, 5, 4, 3, 2, 1}));
     EXPECT_EQ(to.u.Samples(), (Bytes{21, 11}));
     EXPECT_EQ(to.v.Samples(), (Bytes{121, 112}));
 }
 
-TEST_P(PackedToI420, ThreeQuarterTurnOfFourByTwoAndUnknownAngles) {
+TEST_P(PackedToI420, RotationBy270OfFourByTwoAndUnknownAngles) {
     const Plane x = Source(2, 2, kTwoByTwoGroups);
     for (const KorImageRotationDegree degree : {270u, 45u, 360u, 4294967206u}) {
         const Result to(2, 4, 0);
-        Turn(to, x, 4, 2, 0, degree);
+        Rotate(to, x, 4, 2, 0, degree);
         EXPECT_EQ(to.y.Samples(), (Bytes{4, 8, 3, 7, 2, 6, 1, 5})) << degree;
         EXPECT_EQ(to.u.Samples(), (Bytes{21, 11}));
         EXPECT_EQ(to.v.Samples(), (Bytes{121, 112}));
@@ -221,26 +216,26 @@ TEST_P(PackedToI420, ThreeQuarterTurnOfFourByTwoAndUnknownAngles) {
 TEST_P(PackedToI420, OddHeightIsPaddedWithTheLastRow) {
     const Plane x = Source(2, 3, kThreeRows);
     const Result none(4, 4, 0), quarter(4, 4, 0), half(4, 4, 0), threeQuarters(4, 4, 0);
-    Turn(none, x, 4, 3, 0, 0);
+    Rotate(none, x, 4, 3, 0, 0);
     EXPECT_EQ(none.y.Samples(), (Bytes{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 9, 10, 11, 12}));
     EXPECT_EQ(none.u.Samples(), (Bytes{11, 21, 30, 40}));
-    Turn(quarter, x, 4, 3, 0, 90);
+    Rotate(quarter, x, 4, 3, 0, 90);
     EXPECT_EQ(quarter.y.Samples(), (Bytes{9, 9, 5, 1, 10, 10, 6, 2, 11, 11, 7, 3, 12, 12, 8, 4}));
     EXPECT_EQ(quarter.u.Samples(), (Bytes{30, 11, 40, 21}));
-    Turn(half, x, 4, 3, 0, 180);
+    Rotate(half, x, 4, 3, 0, 180);
     EXPECT_EQ(half.y.Samples(), (Bytes{12, 11, 10, 9, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1}));
     EXPECT_EQ(half.u.Samples(), (Bytes{40, 30, 21, 11}));
-    Turn(threeQuarters, x, 4, 3, 0, 270);
+    Rotate(threeQuarters, x, 4, 3, 0, 270);
     EXPECT_EQ(threeQuarters.y.Samples(), (Bytes{4, 8, 12, 12, 3, 7, 11, 11, 2, 6, 10, 10, 1, 5, 9, 9}));
     EXPECT_EQ(threeQuarters.u.Samples(), (Bytes{21, 40, 11, 30}));
 }
 
-TEST_P(PackedToI420, FlipAndHalfTurnMirror) {
+TEST_P(PackedToI420, FlipAndRotationBy180Mirror) {
     const Result even(4, 2, 0), odd(4, 4, 0);
-    Turn(even, Source(2, 2, kTwoByTwoGroups), 4, 2, 1, 180);
+    Rotate(even, Source(2, 2, kTwoByTwoGroups), 4, 2, 1, 180);
     EXPECT_EQ(even.y.Samples(), (Bytes{4, 3, 2, 1, 8, 7, 6, 5}));
     // The mirrored rows of an odd height lie one row lower, and row 0 repeats source row 0.
-    Turn(odd, Source(2, 3, kThreeRows), 4, 3, 1, 180);
+    Rotate(odd, Source(2, 3, kThreeRows), 4, 3, 1, 180);
     EXPECT_EQ(odd.y.Samples(), (Bytes{4, 3, 2, 1, 4, 3, 2, 1, 8, 7, 6, 5, 12, 11, 10, 9}));
 }
 
@@ -253,7 +248,7 @@ TEST_P(PackedToI420, TwoByOneFillsABlock) {
     for (const auto& row : rows) {
         for (const KorBool flip : kit::kFlips) {
             const Result to(2, 2, 0);
-            Turn(to, x, 2, 1, flip, row.degree);
+            Rotate(to, x, 2, 1, flip, row.degree);
             EXPECT_EQ(to.y.Samples(), row.y) << row.degree;
             EXPECT_EQ(to.u.Samples(), (Bytes{10}));
             EXPECT_EQ(to.v.Samples(), (Bytes{110}));
@@ -262,11 +257,11 @@ TEST_P(PackedToI420, TwoByOneFillsABlock) {
 }
 
 TEST_P(PackedToI420, OddWidthDriftsByOneSampleAColumnPairAndRowPair) {
-    // Three pixels a row, of which one group is converted; the second row pair reads two bytes further left.
+    // Three pixels a row, one group of which is converted; the second row pair is read two bytes further left.
     const Plane x(Shape(6, 4));
     x.Fill(kit::Pattern::Ramp, 3);
     const Result to(3, 4, 0);
-    Turn(to, x, 3, 4, 0, 0);
+    Rotate(to, x, 3, 4, 0, 0);
     const Bytes y = to.y.Samples();
     const std::size_t left = GetParam().left, right = GetParam().right;
     EXPECT_EQ(y[0], x.At(0, left));

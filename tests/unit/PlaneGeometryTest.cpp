@@ -1,4 +1,4 @@
-// Plane geometry: halving chroma, splitting interleaved chroma, mirroring, turning, flipping in place.
+// Plane geometry: halving chroma, splitting interleaved chroma, mirroring, rotating, flipping in place.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -28,7 +28,7 @@ const KorUint8* LastRow(const Plane& plane) {
     return &plane.At(plane.shape().rows - 1, 0);
 }
 
-// ---- Chroma of full height to half height ------------------------------------------------------------------------
+// ---- Halving the height of chroma --------------------------------------------------------------------------------
 
 TEST(HalveChroma, AveragesRowPairsRoundingUp) {
     const Plane src = Filled(Shape(3, 2), {10, 20, 255, 11, 21, 255});
@@ -87,7 +87,7 @@ TEST(Split, MirroredReversesEachRow) {
     EXPECT_EQ(uv2.Samples(), (Bytes{103, 102, 101, 106, 105, 104}));
 }
 
-TEST(Split, NegativePitchTurnsItUpsideDown) {
+TEST(Split, NegativePitchFlips) {
     const Plane src = Filled(Shape(2, 3), {1, 101, 2, 102, 3, 103}), uv1(Shape(1, 3)), uv2(Shape(1, 3));
     KorPlanarUVDeinterlace_C_(LastRow(src), Up(src), uv1.data(), uv1.pitch(), uv2.data(), uv2.pitch(), 1, 3);
     EXPECT_EQ(uv1.Samples(), (Bytes{3, 2, 1}));
@@ -121,7 +121,7 @@ TEST(Mirror, OneColumnIsACopy) {
     EXPECT_EQ(dst.Samples(), (Bytes{1, 2, 3}));
 }
 
-TEST(Mirror, NegativePitchTurnsBy180) {
+TEST(Mirror, NegativePitchRotatesBy180) {
     const Plane src = Filled(Shape(2, 2), {1, 2, 3, 4}), dst(Shape(2, 2));
     KorPlanarMirror_C_(LastRow(src), Up(src), dst.data(), dst.pitch(), 2, 2);
     EXPECT_EQ(dst.Samples(), (Bytes{4, 3, 2, 1}));
@@ -132,9 +132,9 @@ TEST(Mirror, ZeroSizesTouchNothing) {
     KorPlanarMirror_C_(nullptr, -8, nullptr, 8, 3, 0);
 }
 
-// ---- Turning -----------------------------------------------------------------------------------------------------
+// ---- Rotation ----------------------------------------------------------------------------------------------------
 
-Bytes Turn(const Plane& src, KorImageRotationDegree degree, std::size_t width, std::size_t height) {
+Bytes Rotate(const Plane& src, KorImageRotationDegree degree, std::size_t width, std::size_t height) {
     const Plane dst(Shape(width, height));
     dst.SetAll(0);
     KorPlanarRotation_C_(src.data(), Down(src), dst.data(), dst.pitch(), src.shape().rowBytes, src.shape().rows,
@@ -144,24 +144,24 @@ Bytes Turn(const Plane& src, KorImageRotationDegree degree, std::size_t width, s
 
 TEST(Rotation, ThreeByTwoInAllAngles) {
     const Plane src = Filled(Shape(3, 2), {1, 2, 3, 4, 5, 6});
-    EXPECT_EQ(Turn(src, 0, 3, 2), (Bytes{1, 2, 3, 4, 5, 6}));
-    EXPECT_EQ(Turn(src, 90, 2, 3), (Bytes{4, 1, 5, 2, 6, 3}));
-    EXPECT_EQ(Turn(src, 180, 3, 2), (Bytes{6, 5, 4, 3, 2, 1}));
-    EXPECT_EQ(Turn(src, 270, 2, 3), (Bytes{3, 6, 2, 5, 1, 4}));
+    EXPECT_EQ(Rotate(src, 0, 3, 2), (Bytes{1, 2, 3, 4, 5, 6}));
+    EXPECT_EQ(Rotate(src, 90, 2, 3), (Bytes{4, 1, 5, 2, 6, 3}));
+    EXPECT_EQ(Rotate(src, 180, 3, 2), (Bytes{6, 5, 4, 3, 2, 1}));
+    EXPECT_EQ(Rotate(src, 270, 2, 3), (Bytes{3, 6, 2, 5, 1, 4}));
 }
 
 TEST(Rotation, OneColumnBecomesARowAndOneRowAColumn) {
     const Plane column = Filled(Shape(1, 3), {1, 2, 3}), row = Filled(Shape(3, 1), {1, 2, 3});
-    EXPECT_EQ(Turn(column, 90, 3, 1), (Bytes{3, 2, 1}));
-    EXPECT_EQ(Turn(column, 270, 3, 1), (Bytes{1, 2, 3}));
-    EXPECT_EQ(Turn(row, 90, 1, 3), (Bytes{1, 2, 3}));
-    EXPECT_EQ(Turn(row, 270, 1, 3), (Bytes{3, 2, 1}));
+    EXPECT_EQ(Rotate(column, 90, 3, 1), (Bytes{3, 2, 1}));
+    EXPECT_EQ(Rotate(column, 270, 3, 1), (Bytes{1, 2, 3}));
+    EXPECT_EQ(Rotate(row, 90, 1, 3), (Bytes{1, 2, 3}));
+    EXPECT_EQ(Rotate(row, 270, 1, 3), (Bytes{3, 2, 1}));
 }
 
 TEST(Rotation, UnknownAnglesLeaveTheDestinationAlone) {
     const Plane src = Filled(Shape(2, 2), {1, 2, 3, 4});
     for (const KorImageRotationDegree degree : {1u, 45u, 89u, 91u, 179u, 271u, 360u, 450u, 4294967206u, 4294967295u}) {
-        EXPECT_EQ(Turn(src, degree, 2, 2), Bytes(4, 0)) << degree;
+        EXPECT_EQ(Rotate(src, degree, 2, 2), Bytes(4, 0)) << degree;
     }
 }
 
@@ -181,7 +181,7 @@ TEST(Rotation, AngleZeroCopiesRowsAndLeavesPaddingAlone) {
     EXPECT_EQ(dst.GapDifference("dst", before.data()), "");
 }
 
-TEST(Rotation, NegativePitchTurnsTheFlippedImage) {
+TEST(Rotation, NegativePitchRotatesTheFlippedImage) {
     const Plane src = Filled(Shape(2, 2), {1, 2, 3, 4}), dst(Shape(2, 2));
     KorPlanarRotation_C_(LastRow(src), Up(src), dst.data(), dst.pitch(), 2, 2, 90);
     EXPECT_EQ(dst.Samples(), (Bytes{1, 3, 2, 4}));
@@ -196,7 +196,7 @@ TEST(Rotation, ZeroSizesTouchNothing) {
 }
 
 TEST(Rotation, AngleZeroOfNoColumnsTouchesNothing) {
-    // Rows of no bytes are still rows; the planes differ, so the shortcut for identical ones does not help.
+    // Empty rows are rows too; the planes differ, so the shortcut for identical planes is not taken.
     const Plane src(Shape(0, 3, 4)), dst(Shape(0, 3, 7));
     KorPlanarRotation_C_(src.data(), Down(src), dst.data(), dst.pitch(), 0, 3, 0);
 }
@@ -205,7 +205,7 @@ struct Halves {
     Bytes uv1, uv2;
 };
 
-Halves TurnSplit(const Plane& src, KorImageRotationDegree degree, std::size_t width, std::size_t height) {
+Halves RotateAndSplit(const Plane& src, KorImageRotationDegree degree, std::size_t width, std::size_t height) {
     const Plane uv1(Shape(width, height)), uv2(Shape(width, height));
     uv1.SetAll(0);
     uv2.SetAll(0);
@@ -216,22 +216,22 @@ Halves TurnSplit(const Plane& src, KorImageRotationDegree degree, std::size_t wi
 
 TEST(SplitRotation, ThreeByTwoInAllAngles) {
     const Plane src = Filled(Shape(6, 2), {1, 101, 2, 102, 3, 103, 4, 104, 5, 105, 6, 106});
-    EXPECT_EQ(TurnSplit(src, 0, 3, 2).uv1, (Bytes{1, 2, 3, 4, 5, 6}));
-    EXPECT_EQ(TurnSplit(src, 0, 3, 2).uv2, (Bytes{101, 102, 103, 104, 105, 106}));
-    EXPECT_EQ(TurnSplit(src, 90, 2, 3).uv1, (Bytes{4, 1, 5, 2, 6, 3}));
-    EXPECT_EQ(TurnSplit(src, 90, 2, 3).uv2, (Bytes{104, 101, 105, 102, 106, 103}));
-    EXPECT_EQ(TurnSplit(src, 180, 3, 2).uv1, (Bytes{6, 5, 4, 3, 2, 1}));
-    EXPECT_EQ(TurnSplit(src, 180, 3, 2).uv2, (Bytes{106, 105, 104, 103, 102, 101}));
-    EXPECT_EQ(TurnSplit(src, 270, 2, 3).uv1, (Bytes{3, 6, 2, 5, 1, 4}));
-    EXPECT_EQ(TurnSplit(src, 270, 2, 3).uv2, (Bytes{103, 106, 102, 105, 101, 104}));
+    EXPECT_EQ(RotateAndSplit(src, 0, 3, 2).uv1, (Bytes{1, 2, 3, 4, 5, 6}));
+    EXPECT_EQ(RotateAndSplit(src, 0, 3, 2).uv2, (Bytes{101, 102, 103, 104, 105, 106}));
+    EXPECT_EQ(RotateAndSplit(src, 90, 2, 3).uv1, (Bytes{4, 1, 5, 2, 6, 3}));
+    EXPECT_EQ(RotateAndSplit(src, 90, 2, 3).uv2, (Bytes{104, 101, 105, 102, 106, 103}));
+    EXPECT_EQ(RotateAndSplit(src, 180, 3, 2).uv1, (Bytes{6, 5, 4, 3, 2, 1}));
+    EXPECT_EQ(RotateAndSplit(src, 180, 3, 2).uv2, (Bytes{106, 105, 104, 103, 102, 101}));
+    EXPECT_EQ(RotateAndSplit(src, 270, 2, 3).uv1, (Bytes{3, 6, 2, 5, 1, 4}));
+    EXPECT_EQ(RotateAndSplit(src, 270, 2, 3).uv2, (Bytes{103, 106, 102, 105, 101, 104}));
 }
 
-TEST(SplitRotation, UnknownAnglesTurnBy270) {
+TEST(SplitRotation, UnknownAnglesRotateBy270) {
     const Plane src = Filled(Shape(6, 2), {1, 101, 2, 102, 3, 103, 4, 104, 5, 105, 6, 106});
-    const Halves turned = TurnSplit(src, 270, 2, 3);
+    const Halves rotated = RotateAndSplit(src, 270, 2, 3);
     for (const KorImageRotationDegree degree : {1u, 45u, 89u, 360u, 450u, 4294967206u}) {
-        EXPECT_EQ(TurnSplit(src, degree, 2, 3).uv1, turned.uv1) << degree;
-        EXPECT_EQ(TurnSplit(src, degree, 2, 3).uv2, turned.uv2) << degree;
+        EXPECT_EQ(RotateAndSplit(src, degree, 2, 3).uv1, rotated.uv1) << degree;
+        EXPECT_EQ(RotateAndSplit(src, degree, 2, 3).uv2, rotated.uv2) << degree;
     }
 }
 
@@ -244,7 +244,7 @@ TEST(SplitRotation, ZeroSizesTouchNothingAtAnyAngle) {
 
 // ---- Flipping in place -------------------------------------------------------------------------------------------
 
-// An image of full I420 planes, chroma rounded up, whose samples tell their row and column.
+// An image of full I420 planes, chroma rounded up, whose samples encode their row and column.
 struct Picture {
     Plane y, u, v;
 
@@ -268,7 +268,7 @@ TEST(FlipVertical, ExchangesRowsAboutTheMiddle) {
     const Picture picture(4, 5);
     picture.Flip(4, 5);
     EXPECT_EQ(picture.y.Samples(), (Bytes{40, 41, 42, 43, 30, 31, 32, 33, 20, 21, 22, 23, 10, 11, 12, 13, 0, 1, 2, 3}));
-    // Chroma counts as 2 by 2; the third row stays.
+    // Chroma counts as 2 by 2; the third row stays in place.
     EXPECT_EQ(picture.u.Samples(), (Bytes{10, 11, 0, 1, 20, 21}));
     EXPECT_EQ(picture.v.Samples(), (Bytes{110, 111, 100, 101, 120, 121}));
 }

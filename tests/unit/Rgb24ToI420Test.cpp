@@ -1,4 +1,4 @@
-// Capture of 24-bit RGB into I420: chroma is averaged after it is converted, and odd sizes spill over and copy.
+// Capture of 24-bit RGB to I420: chroma is averaged after conversion; odd sizes write spare samples and copy a corner.
 #include <gtest/gtest.h>
 
 #include <ostream>
@@ -28,7 +28,7 @@ constexpr unsigned kBlack = 0x000000, kWhite = 0xffffff, kRed = 0xff0000, kGreen
 
 class Rgb24ToI420 : public testing::TestWithParam<Order> {
   protected:
-    // Pixels as numbers 0xRRGGBB; the result with its spare column and row, which are 0xee where nothing is written.
+    // Pixels as numbers 0xRRGGBB; the result has its spare column and row, which are 0xee where nothing is written.
     I420Frame Converted(std::size_t width, std::size_t height, const std::vector<unsigned>& pixels,
                         KorBool flip = 0) const {
         const Plane x(Shape(3 * width, height, 2));
@@ -104,7 +104,7 @@ TEST_P(Rgb24ToI420, OddLastRowSpillsBelowAndAveragesItsPair) {
 }
 
 TEST_P(Rgb24ToI420, PairsRoundHalfUp) {
-    // nV of blue 3 is -1: with nothing it averages to -0.5, rounded up to 0; nU is 1 and averages to 0.5, rounded to 1.
+    // nV of blue 3 is -1 and averages with 0 to -0.5, rounded up to 0; nU is 1 and averages to 0.5, rounded up to 1.
     EXPECT_EQ(Converted(1, 2, {0x000003, kBlack}).u.Samples(), (Bytes{129}));
     EXPECT_EQ(Converted(1, 2, {0x000003, kBlack}).v.Samples(), (Bytes{128}));
     EXPECT_EQ(Converted(2, 1, {0x000003, kBlack}).u.Samples(), (Bytes{129}));
@@ -112,7 +112,7 @@ TEST_P(Rgb24ToI420, PairsRoundHalfUp) {
 }
 
 TEST_P(Rgb24ToI420, CornerIsNotConvertedButCopiedAndBlended) {
-    // Right column red over blue, bottom row green and white, and a corner whose own colour must not count.
+    // Right column red over blue, bottom row green and white, and a corner whose own colour must not matter.
     for (const unsigned corner : {kBlack, kWhite, kBlue, kRed}) {
         const I420Frame to = Converted(3, 3, {kBlack, kBlack, kRed, kBlack, kBlack, kBlue, kGreen, kWhite, corner});
         EXPECT_EQ(Luma(to, 2), (Bytes{144, 235, 40, 0xee}));
@@ -168,7 +168,7 @@ TEST_P(Rgb24ToI420, ZeroSizesTouchNothing) {
 }
 
 TEST_P(Rgb24ToI420, LumaDiffersFromThe32BitCapture) {
-    // 8-bit weights here, 7-bit ones there: green is 144 and not 143.
+    // 8-bit weights here, 7-bit weights there: green gives 144, not 143.
     EXPECT_EQ(Converted(1, 1, {kGreen}).y.At(0, 0), 144);
 }
 

@@ -1,5 +1,5 @@
-// Capture of 32-bit RGB into I420: values worked by hand, edges of odd sizes, flips, degenerate sizes, what is never
-// read.
+// Capture of 32-bit RGB to I420: values worked out by hand, edges of odd sizes, flips, degenerate sizes, bytes that are
+// never read.
 #include <gtest/gtest.h>
 
 #include <initializer_list>
@@ -20,7 +20,7 @@ struct Rgb {
     std::uint8_t r, g, b;
 };
 
-// One of the functions that capture 32-bit pixels into I420 with the fixed BT.601 matrix.
+// One of the functions that capture 32-bit pixels to I420 with the fixed BT.601 matrix.
 struct Order {
     const char* name;
     kit::CaptureFunction convert;
@@ -31,7 +31,7 @@ void PrintTo(const Order& order, std::ostream* out) {
     *out << order.name;
 }
 
-// A packed source with the pixels row by row; the alpha bytes are noise.
+// A packed source with the pixels row by row; alpha is random.
 Plane Source(const Order& order, std::size_t width, std::size_t height, const std::vector<Rgb>& pixels,
              std::size_t padding = 0) {
     Plane source(Shape(4 * width, height, padding));
@@ -75,11 +75,8 @@ TEST_P(Rgb32ToI420, WhiteBlackAndPrimariesHaveTheirValues) {
         Rgb colour;
         std::uint8_t y, u, v;
     } rows[] = {
-        {{255, 255, 255}, 235, 128, 128},
-        {{0, 0, 0}, 16, 128, 128},
-        {{255, 0, 0}, 81, 90, 239},
-        {{0, 255, 0}, 143, 54, 34},
-        {{0, 0, 255}, 41, 239, 110},
+        {{255, 255, 255}, 235, 128, 128}, {{0, 0, 0}, 16, 128, 128},   {{255, 0, 0}, 81, 90, 239},
+        {{0, 255, 0}, 143, 54, 34},       {{0, 0, 255}, 41, 239, 110},
     };
     for (const auto& row : rows) {
         EXPECT_EQ(Samples(2, 2, std::vector<Rgb>(4, row.colour)), (Bytes{row.y, row.y, row.y, row.y, row.u, row.v}));
@@ -87,7 +84,7 @@ TEST_P(Rgb32ToI420, WhiteBlackAndPrimariesHaveTheirValues) {
 }
 
 TEST_P(Rgb32ToI420, ChromaReachesBothEndsWithoutWrapping) {
-    // The least and greatest sums that the chroma rows can form: yellow and blue for U, cyan and red for V.
+    // The smallest and largest sums of the chroma rows: yellow and blue for U, cyan and red for V.
     EXPECT_EQ(Samples(1, 1, {{255, 255, 0}}), (Bytes{209, 16, 145}));
     EXPECT_EQ(Samples(1, 1, {{0, 255, 255}}), (Bytes{169, 165, 16}));
     EXPECT_EQ(Samples(1, 1, {{0, 0, 255}}), (Bytes{41, 239, 110}));
@@ -95,7 +92,7 @@ TEST_P(Rgb32ToI420, ChromaReachesBothEndsWithoutWrapping) {
 }
 
 TEST_P(Rgb32ToI420, NegativeChromaSumsRoundDown) {
-    // One green step: -37 and -47 before the shift, so both chroma samples fall to 127 rather than stay at 128.
+    // Green 1: -37 and -47 before the shift, so both chroma samples drop to 127 instead of staying at 128.
     EXPECT_EQ(Samples(1, 1, {{0, 1, 0}}), (Bytes{16, 127, 127}));
 }
 
@@ -105,7 +102,7 @@ TEST_P(Rgb32ToI420, ColumnsAreAveragedBeforeRows) {
 }
 
 TEST_P(Rgb32ToI420, ColoursAreAveragedBeforeTheyAreConverted) {
-    // Averages of the four channels' 0 and 1 are 1 (rounded up): the converted values' average would be another.
+    // Each channel's 0 and 1 average to 1 (rounded up); averaging the converted values would give another result.
     EXPECT_EQ(Samples(2, 2, {{0, 2, 0}, {0, 0, 0}, {0, 1, 0}, {0, 0, 0}}), (Bytes{17, 16, 16, 16, 127, 127}));
     EXPECT_EQ(Samples(2, 2, {{5, 0, 0}, {0, 0, 0}, {0, 0, 0}, {0, 0, 0}}), (Bytes{17, 16, 16, 16, 127, 128}));
 }
@@ -119,16 +116,9 @@ TEST_P(Rgb32ToI420, LumaIsNotAveraged) {
 
 TEST_P(Rgb32ToI420, ThreeByThreeHasTwoByTwoChroma) {
     const Rgb o{0, 0, 0}, p{64, 0, 0}, q{128, 0, 0}, r{255, 0, 0};
-    const Bytes samples = Samples(3, 3,
-                                  {o, o, p,
-                                   o, o, q,
-                                   p, r, q});
+    const Bytes samples = Samples(3, 3, {o, o, p, o, o, q, p, r, q});
     // Red averages: block 0; right column (64 + 128 + 1) / 2 = 96; bottom row (64 + 255 + 1) / 2 = 160; corner 128.
-    const Bytes expected{16, 16, 32,
-                         16, 16, 49,
-                         32, 81, 49,
-                         128, 113, 104, 109,
-                         128, 170, 198, 184};
+    const Bytes expected{16, 16, 32, 16, 16, 49, 32, 81, 49, 128, 113, 104, 109, 128, 170, 198, 184};
     EXPECT_EQ(samples, expected);
 }
 
@@ -164,7 +154,7 @@ TEST_P(Rgb32ToI420, FlipReadsTheLastRowFirst) {
 
 TEST_P(Rgb32ToI420, FlipOfAnOddHeightLeavesTheFirstRowInMemoryForTheEnd) {
     const Rgb red{255, 0, 0}, green{0, 255, 0}, blue{0, 0, 255};
-    // Pairs green with blue, and red stands alone: U of (0, 128, 128) and of red.
+    // Green pairs with blue, and red is on its own: U of (0, 128, 128) and of red.
     EXPECT_EQ(Samples(1, 3, {red, green, blue}, 1), (Bytes{41, 143, 81, 147, 90, 72, 239}));
 }
 
@@ -181,7 +171,7 @@ TEST_P(Rgb32ToI420, AnyValueButZeroFlips) {
     }
 }
 
-// ---- What is not read, not written, not there --------------------------------------------------------------------
+// ---- What is not read, not written, not present ------------------------------------------------------------------
 
 TEST_P(Rgb32ToI420, AlphaNeverCounts) {
     for (std::size_t width = 1; width <= 19; ++width) {

@@ -1,4 +1,4 @@
-// All 2^24 colours through every fixed matrix of the capture side, each as a block of two by two of one colour.
+// All 2^24 colours through every fixed capture matrix, each as a block of two by two pixels.
 #include <gtest/gtest.h>
 
 #include <ostream>
@@ -9,7 +9,7 @@
 
 namespace {
 
-// The matrix that a function is documented to have, in units of 2^-bits.
+// The documented matrix of a function, in units of 2^-bits.
 struct Weights {
     int y[3], u[3], v[3];
     int bits;
@@ -57,7 +57,7 @@ TEST_P(AllColours, ConvertAsTheMatrixSays) {
     const std::size_t size = 256 * c.block;
     const std::size_t pitch = size * c.pixelBytes;
     std::vector<KorUint8> x(size * pitch, 0x5a), y(size * size), u(256 * 256), v(256 * 256);
-    // Green grows downwards and blue to the right; red is the same all over and changes from image to image.
+    // Green grows from row to row, blue from column to column; red is constant and changes from image to image.
     for (std::size_t row = 0; row < size; ++row) {
         for (std::size_t column = 0; column < size; ++column) {
             KorUint8* pixel = &x[row * pitch + column * c.pixelBytes];

@@ -1,4 +1,4 @@
-// Capture of BGRA with a chroma pair for every pixel, with either matrix.
+// Capture of BGRA to I444, with either matrix.
 #include <gtest/gtest.h>
 
 #include <ostream>
@@ -130,7 +130,7 @@ TEST(BgraToI444Bt601, FlipReadsTheLastRowFirst) {
 }
 
 TEST(BgraToI444Bt709, FlipStartsAtTheLastRowAndGoesOnDownwards) {
-    // The source goes on below the image: rows 0, 1 and then 2 in memory are red, green, blue.
+    // The source extends below the image: rows 0, 1 and 2 in memory are red, green, blue.
     const Plane x(Shape(4, 3));
     x.SetSamples({0, 0, 255, 0, 0, 255, 0, 0, 255, 0, 0, 0});
     const I444Frame to(1, 2);

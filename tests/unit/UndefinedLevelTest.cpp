@@ -1,4 +1,4 @@
-// Dither levels beyond the four that have a name: Off for what converts, and nothing at all for the filter.
+// Dither levels beyond the four named ones: conversions treat them as Off, the filter does nothing at all.
 #include <gtest/gtest.h>
 
 #include "conformance/core/ScriptedRandom.h"

@@ -1,4 +1,4 @@
-// The Yuv2 layout to and from I420: full-range luma, signed chroma, and the drift of odd widths.
+// Yuv2 to and from I420: full-range luma, signed chroma, and the drift of odd widths.
 #include <gtest/gtest.h>
 
 #include "Kor/Video/Common/C/KorYuv420_C_.h"
@@ -31,7 +31,7 @@ int FloorShift(int value, int bits) {
     return (value - (value & ((1 << bits) - 1))) / (1 << bits);
 }
 
-// ---- Into I420 ---------------------------------------------------------------------------------------------------
+// ---- To I420 -----------------------------------------------------------------------------------------------------
 
 TEST(Yuv2ToI420, LumaIsCompressedAndChromaCentred) {
     const I420Frame to(2, 2);
@@ -49,7 +49,7 @@ TEST(Yuv2ToI420, OppositeChromaCancels) {
 }
 
 TEST(Yuv2ToI420, EveryLumaByteAndEveryPairOfChromaBytes) {
-    // Row pairs count the upper chroma byte, columns the lower one; luma counts along.
+    // The upper chroma byte counts row pairs, the lower one columns; luma counts along.
     Plane yuv2(Shape(1024, 512));
     for (std::size_t row = 0; row < 512; ++row) {
         for (std::size_t group = 0; group < 256; ++group) {
@@ -108,7 +108,7 @@ TEST(Yuv2ToI420, FlipReadsTheLastRowFirst) {
 }
 
 TEST(Yuv2ToI420, OddWidthDriftsLeftWithEveryRowPair) {
-    // Width 3 is one group; the second row pair reads two bytes earlier and writes one byte earlier.
+    // Width 3 is one group; the second row pair is read two bytes earlier and written one byte earlier.
     const Plane yuv2(Shape(6, 4));
     yuv2.Fill(kit::Pattern::Ramp, 1);
     const I420Frame to(3, 4);
@@ -126,7 +126,7 @@ TEST(Yuv2ToI420, OddWidthDriftsLeftWithEveryRowPair) {
     EXPECT_EQ(y[7], 0);
     EXPECT_EQ(y[8], luma(18 - 2));
     EXPECT_EQ(y[9], luma(18));
-    // Chroma planes do not drift, but what they are made of does.
+    // The chroma planes do not drift, but their sources do.
     const auto scaled = [&](std::size_t offset) {
         return FloorShift(static_cast<std::int8_t>(yuv2.data()[offset]) * 113, 7);
     };
@@ -144,7 +144,7 @@ TEST(Yuv2ToI420, TooSmallSizesTouchNothing) {
     }
 }
 
-// ---- Out of I420 -------------------------------------------------------------------------------------------------
+// ---- From I420 ---------------------------------------------------------------------------------------------------
 
 TEST(I420ToYuv2, LumaIsCopiedAndChromaSigned) {
     const I420Frame from(2, 2);

@@ -1,4 +1,4 @@
-// All 2^24 triples of Y, U and V through every fixed matrix of the render side.
+// All 2^24 triples of Y, U and V through every fixed render matrix.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -42,7 +42,7 @@ int Clip(int value) {
 
 class AllYuv : public testing::TestWithParam<Rendering> {};
 
-// An image has all 65536 chroma pairs, U down and V across; each block of four pixels shows four luma values.
+// An image has all 65536 chroma pairs, U by row and V by column; each block of four pixels has four luma values.
 TEST_P(AllYuv, ConvertAsTheMatrixSays) {
     const Rendering& c = GetParam();
     const std::size_t size = 256 * c.block, lumas = c.block * c.block;

@@ -1,4 +1,4 @@
-// Rendering of I420 and I444 as RGB, without noise: values worked by hand, odd and degenerate sizes, byte orders.
+// I420 and I444 rendered as RGB, without dither: values worked out by hand, odd and degenerate sizes, byte orders.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -42,7 +42,7 @@ void Render(kit::RenderFunction render, const Frame& from, const Plane& x, std::
 
 class RenderI420 : public testing::TestWithParam<Renderer> {
   protected:
-    // The colours of a 2 by 2 image whose four pixels have their own luma: {R, G, B} one after the other.
+    // The colours {R, G, B} of a 2 by 2 image whose four pixels each have their own luma, one after the other.
     Bytes Block(const Bytes& luma, std::uint8_t u, std::uint8_t v) const {
         const I420Frame from(2, 2);
         from.y.SetSamples(luma);
@@ -78,7 +78,7 @@ INSTANTIATE_TEST_SUITE_P(, RenderI420, testing::ValuesIn(I420Renderers()), testi
 // ---- I420 --------------------------------------------------------------------------------------------------------
 
 TEST_P(RenderI420, BlackWhiteAndWhiterThanWhite) {
-    // The truncating constants give white as 254; with BT.709 green is one higher. Luma 255 saturates, 0 does too.
+    // The truncated constants give white as 254; with BT.709 green is one higher. Luma 0 and 255 saturate.
     const std::uint8_t green = GetParam().bt709 ? 255 : 254;
     EXPECT_EQ(Block({16, 235, 255, 0}, 128, 128), (Bytes{0, 0, 0, 254, green, 254, 255, 255, 255, 0, 0, 0}));
 }
@@ -181,13 +181,13 @@ TEST(RenderI420General, ZeroMatrixIsOpaqueBlack) {
 }
 
 TEST(RenderI420General, LumaScaleIsThatOfRedAndTheOffsetEachChannelsOwn) {
-    // yY = 100 for all; the offsets are (-16 * 512 + 128) >> 8 = -32 for green and +16 for blue.
+    // yY = 100 for all channels; the offsets are (-16 * 512 + 128) >> 8 = -32 for green and +16 for blue.
     const kit::Matrix matrix{{{256, 0, 0}, {512, 0, 0}, {-256, 0, 0}}};
     EXPECT_EQ(General(matrix, 100, 128, 128), (Bytes{116, 68, 84, 255}));
 }
 
 TEST(RenderI420General, LumaTermIsNotRounded) {
-    // 3 * 85 = 255 is not yet 1; the offset (-16 * 85 + 128) >> 8 = -5 is added afterwards.
+    // 3 * 85 = 255 gives 0; the offset (-16 * 85 + 128) >> 8 = -5 is added afterwards.
     const kit::Matrix matrix{{{85, 0, 0}, {0, 0, 0}, {0, 0, 0}}};
     EXPECT_EQ(General(matrix, 3, 128, 128), (Bytes{0, 0, 0, 255}));
     EXPECT_EQ(General(matrix, 4, 128, 128)[0], 1);
@@ -204,7 +204,7 @@ TEST(RenderI420General, ChromaTermRoundsTowardMinusInfinityAfterAddingAHalf) {
 }
 
 TEST(RenderI420General, EachCoefficientHasItsPlace) {
-    // One coefficient of 256 at a time over luma 26 and chroma 128 + 1, 128 + 2; only its channel moves.
+    // One coefficient of 256 at a time, with luma 26 and chroma 128 + 1, 128 + 2; only its channel changes.
     for (std::size_t row = 0; row < 3; ++row) {
         for (std::size_t column = 1; column < 3; ++column) {
             kit::Matrix matrix{{{256, 0, 0}, {256, 0, 0}, {256, 0, 0}}};
@@ -217,24 +217,23 @@ TEST(RenderI420General, EachCoefficientHasItsPlace) {
 }
 
 TEST(RenderI420General, SumsWrapAround) {
-    // 2 * 2^30 wraps to -2^31: the green term is -2^23; twice that is nothing.
+    // 2 * 2^30 wraps to -2^31: the green term is -2^23; twice that wraps to 0.
     const KorInt big = 1 << 30;
     EXPECT_EQ(General({{{256, 0, 0}, {0, big, 0}, {0, 0, big}}}, 77, 130, 132), (Bytes{77, 0, 61, 255}));
-    // Luma 2 * INT_MIN is nothing, and so are sixteen times INT_MIN.
+    // Luma 2 * INT_MIN wraps to 0, and so does 16 * INT_MIN.
     EXPECT_EQ(General({{{INT_MIN, 0, 0}, {0, 0, 0}, {0, 0, 0}}}, 2, 128, 128), (Bytes{0, 0, 0, 255}));
     EXPECT_EQ(General({{{INT_MIN, 256, 0}, {0, 0, 0}, {0, 0, 0}}}, 2, 228, 128), (Bytes{0, 0, 100, 255}));
 }
 
-// Products of small coefficients are formed in narrow lanes, others in wide ones: both sides of the limit, for every
-// coefficient alone and for all of them together, with samples at both ends and about the middle.
+// Products of small coefficients are computed in narrow lanes, others in wide ones. Covers both sides of the limit, for
+// each coefficient alone and for all of them together, with samples at both ends and around the middle.
 class RenderI420GeneralLimits : public testing::Test {
   protected:
     static constexpr std::uint8_t kSamples[] = {0, 1, 127, 128, 129, 254, 255};
     static constexpr std::size_t kCount = std::size(kSamples);
     static constexpr std::size_t kPairs = kCount * kCount * kCount;
 
-    RenderI420GeneralLimits()
-        : from_(2 * kPairs, 2), x_(Shape(8 * kPairs, 2)) {
+    RenderI420GeneralLimits() : from_(2 * kPairs, 2), x_(Shape(8 * kPairs, 2)) {
         for (std::size_t i = 0; i < kPairs; ++i) {
             for (const std::size_t row : {0u, 1u}) {
                 from_.y.At(row, 2 * i) = from_.y.At(row, 2 * i + 1) = kSamples[i % kCount];

@@ -10,25 +10,17 @@
 #include <string>
 #include <vector>
 
-#include "Commands.h"
-#include "Errors.h"
+#include "commands/Commands.h"
+#include "io/Errors.h"
+#include "io/OutputFile.h"
 #include "Kor/Utils/SysDep/KorBaseTypes.h"
-#include "OutputFile.h"
 
 namespace korframe {
 
 namespace {
 
 constexpr void (*kCommands[])(CLI::App&) = {
-    AddConvert,
-    AddBlend,
-    AddInfo,
-    AddCompare,
-    AddFormats,
-    AddTestCard,
-    AddDemo,
-    AddVerify,
-    AddBench,
+    AddConvert, AddBlend, AddInfo, AddCompare, AddFormats, AddTestCard, AddDemo, AddVerify, AddBench,
 };
 
 std::string Version() {
@@ -36,8 +28,8 @@ std::string Version() {
            std::to_string(KOR_VERSION_PATCH);
 }
 
-// A descriptor that was closed before the start would go to the next file opened, which then passes for a standard
-// stream. Each is held by one on which its use fails.
+// A standard descriptor that was closed at the start would go to the next file opened, which would then pass for that
+// stream. Each is occupied by a file on which using it fails.
 void OccupyStandardDescriptors() {
     for (const int number : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (fcntl(number, F_GETFD) < 0 && errno == EBADF &&
@@ -52,7 +44,7 @@ int Report(const std::string& message, ExitStatus status) {
     return static_cast<int>(status);
 }
 
-// The first option that nobody knows. It is the likelier mistake where a positional is missing, too.
+// The first unknown option, which is the likelier mistake even if a positional argument is missing.
 std::string UnknownOption(const CLI::App& app) {
     const std::vector<std::string> unknown = app.remaining(true);
     const auto found = std::find_if(unknown.begin(), unknown.end(), [](const std::string& argument) {
@@ -61,8 +53,29 @@ std::string UnknownOption(const CLI::App& app) {
     return found == unknown.end() ? "" : *found;
 }
 
+// CLI11's own words where they are plain.
+std::string Explain(const CLI::App& app, const CLI::ParseError& error) {
+    const std::vector<CLI::App*> commands = app.get_subcommands();
+    const std::string help =
+        "; see korframe " + (commands.empty() ? "" : commands.front()->get_name() + " ") + "--help";
+    if (const std::string unknown = UnknownOption(app); !unknown.empty()) {
+        return "unknown option '" + unknown + "'" + help;
+    }
+    const std::string message = error.what();
+    switch (static_cast<CLI::ExitCodes>(error.get_exit_code())) {
+        case CLI::ExitCodes::ValidationError:
+            return message;  // it says what was expected
+        case CLI::ExitCodes::ArgumentMismatch:
+            return message.substr(0, message.find(':')) + ": expected exactly one value" + help;
+        case CLI::ExitCodes::ExtrasError:
+            return "unexpected argument '" + app.remaining(true).front() + "'" + help;
+        default:
+            return message + help;
+    }
+}
+
 int Run(int argc, char** argv) {
-    CLI::App app("Converts, turns, renders and blends raw video frames.", "korframe");
+    CLI::App app("Convert, rotate, dither, blend and render raw video frames.", "korframe");
     app.set_version_flag("--version", Version());
     app.require_subcommand(1);
     for (const auto add : kCommands) {
@@ -70,22 +83,18 @@ int Run(int argc, char** argv) {
     }
     const auto isNamed = [argv](const CLI::App* command) { return command->get_name() == argv[1]; };
     if (argc > 1 && argv[1][0] != '-' && argv[1][0] != 0 && app.get_subcommands(isNamed).empty()) {
-        return Report(std::string(argv[1]) + " is no subcommand; korframe --help tells the usage", ExitStatus::Usage);
+        return Report(std::string("unknown subcommand '") + argv[1] + "'; see korframe --help", ExitStatus::Usage);
     }
     try {
-        app.parse(argc, argv);  // runs the subcommand that is named
+        app.parse(argc, argv);  // runs the subcommand
         FlushStandardOutput();
-    } catch (const CLI::Success& wish) {
-        app.exit(wish);  // --help, --version
+    } catch (const CLI::Success& request) {
+        app.exit(request);  // --help, --version
         std::cout.flush();
         FlushStandardOutput();
         return static_cast<int>(ExitStatus::Success);
     } catch (const CLI::ParseError& error) {
-        const std::string command =
-            app.get_subcommands().empty() ? "" : " " + app.get_subcommands().front()->get_name();
-        const std::string unknown = UnknownOption(app);
-        const std::string problem = unknown.empty() ? error.what() : unknown + " is no option";
-        return Report(problem + "; korframe" + command + " --help tells the usage", ExitStatus::Usage);
+        return Report(Explain(app, error), ExitStatus::Usage);
     }
     return static_cast<int>(ExitStatus::Success);
 }

@@ -28,7 +28,7 @@ typedef uint8_t KorBool;        /**< zero is false, any other value is true */
 typedef size_t KorSizeT;        /**< widths, heights, positions, pitches of planes that run downwards */
 typedef ptrdiff_t KorDistanceT; /**< pitches that may run upwards */
 
-/** KOR_STATIC_ASSERT(name, condition): checked at compile time; C99 has no assertion of its own to offer. */
+/** KOR_STATIC_ASSERT(name, condition): a compile-time check; C99 has none of its own. */
 #if defined(__cplusplus)
 #define KOR_STATIC_ASSERT(name, condition) static_assert(condition, #name)
 #elif defined(__STDC_VERSION__) && __STDC_VERSION__ >= 201112L
@@ -67,8 +67,8 @@ KOR_STATIC_ASSERT(KorDistanceT_is_as_wide_as_a_pointer, sizeof(KorDistanceT) == 
 /** @} */
 
 /**
- * KOR_API marks what a shared library exports. KOR_SHARED is set by the build for everything that builds or uses the
- * shared library, KOR_BUILDING only while the library itself is compiled.
+ * KOR_API marks what a shared library exports. The build defines KOR_SHARED for everything that builds or uses the
+ * shared library, and KOR_BUILDING only for the library itself.
  */
 #if defined(_WIN32) && defined(KOR_SHARED) && defined(KOR_BUILDING)
 #define KOR_API __declspec(dllexport)
@@ -80,14 +80,21 @@ KOR_STATIC_ASSERT(KorDistanceT_is_as_wide_as_a_pointer, sizeof(KorDistanceT) == 
 #define KOR_API
 #endif
 
-/** KOR_SERVICE marks what the library expects from the product around it, in whichever module that defines it. */
-#if defined(__GNUC__) && !defined(_WIN32)
+/**
+ * KOR_SERVICE marks what the product must provide, in whichever module it defines it. A DLL cannot leave that
+ * open: on Windows the shared library imports the services from the shared library of the platform target.
+ */
+#if defined(_WIN32) && defined(KOR_SHARED) && defined(KOR_BUILDING)
+#define KOR_SERVICE __declspec(dllimport)
+#elif defined(_WIN32) && defined(KOR_SHARED) && defined(KOR_BUILDING_SERVICES)
+#define KOR_SERVICE __declspec(dllexport)
+#elif defined(__GNUC__) && !defined(_WIN32)
 #define KOR_SERVICE __attribute__((visibility("default")))
 #else
 #define KOR_SERVICE
 #endif
 
-/** KOR_RESTRICT: within the scope of the pointer nothing else reaches the bytes it writes. */
+/** KOR_RESTRICT: within the scope of the pointer, nothing else accesses the bytes that it writes. */
 #if defined(__GNUC__) || defined(_MSC_VER)
 #define KOR_RESTRICT __restrict
 #elif !defined(__cplusplus)

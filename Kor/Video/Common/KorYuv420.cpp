@@ -11,7 +11,6 @@
 
 #include <atomic>
 #include <cstdlib>
-#include <cstring>
 
 #include "Kor/Video/Common/C/KorYuv420_C_.h"
 #include "Kor/Video/Common/KorYuv420Shapes_.h"
@@ -123,10 +122,18 @@ const Functions* AutomaticChoice() {
     return &target->automatic;
 }
 
+bool IsSame(const char* a, const char* b) {
+    while (*a != 0 && *a == *b) {
+        ++a;
+        ++b;
+    }
+    return *a == *b;
+}
+
 // Null if the name is unknown or this machine cannot run the target.
 const Functions* NamedChoice(const char* name) {
     for (const Target& target : kTargets) {
-        if (std::strcmp(target.name, name) == 0) {
+        if (IsSame(target.name, name)) {
             return target.runs() ? &target.strict : nullptr;
         }
     }

@@ -94,10 +94,10 @@
      KorUint8* u, KorSizeT pitchU, \
      KorUint8* v, KorSizeT pitchV, \
      const KorUint8* x, KorSizeT pitchX, \
-     KorSizeT widthSrc, KorSizeT heightSrc, KorBool flip, KorImageRotationDegree rotationDegree)
+     KorSizeT width, KorSizeT height, KorBool flip, KorImageRotationDegree rotationDegree)
 
 #define KOR_ARGUMENTS_CaptureRotation \
-    (y, pitchY, u, pitchU, v, pitchV, x, pitchX, widthSrc, heightSrc, flip, rotationDegree)
+    (y, pitchY, u, pitchU, v, pitchV, x, pitchX, width, height, flip, rotationDegree)
 
 #define KOR_PARAMETERS_Pack \
     (const KorUint8* y, KorSizeT pitchY, \

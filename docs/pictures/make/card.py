@@ -1,4 +1,4 @@
-"""The sheet that all drawings share: a light card, so that they read the same on light and dark pages."""
+"""The background that all drawings share: a light card, which looks the same on light and dark pages."""
 import svgwrite
 
 INK = "#1f2328"
@@ -9,7 +9,7 @@ SPARE = "#bc4c00"
 FONT = "DejaVu Sans, Verdana, Helvetica, Arial, sans-serif"
 MONO = "DejaVu Sans Mono, Menlo, Consolas, monospace"
 
-# A colour for each component, and that of the text on it.
+# Fill and text colour of each component.
 COMPONENTS = {
     "R": ("#e5484d", "#ffffff"),
     "G": ("#2f9e62", "#ffffff"),
@@ -45,7 +45,7 @@ class Card:
         self.drawing.add(self.drawing.line((x1, y1), (x2, y2), stroke=stroke, stroke_width=stroke_width, **extra))
 
     def arrow(self, x1, y1, x2, y2, stroke=FAINT, stroke_width=1.2, size=5):
-        """A straight arrow; its head is drawn, because markers differ from viewer to viewer."""
+        """A straight arrow with a drawn head, because markers differ from viewer to viewer."""
         length = ((x2 - x1) ** 2 + (y2 - y1) ** 2) ** .5
         dx, dy = (x2 - x1) / length, (y2 - y1) / length
         base_x, base_y = x2 - dx * size * 1.6, y2 - dy * size * 1.6

@@ -39,8 +39,8 @@ def draw(korframe, path):
     card = Image.new("RGB", (width, top + len(LEVELS) * (HEIGHT + gap) + 8), "white")
     pen = ImageDraw.Draw(card)
     pen.text((20, 14), "One gradient, rendered to BGRA without and with dither", fill="#1f2328", font=title)
-    pen.text((left, 42), "as it is shown", fill="#6e7781", font=label)
-    pen.text((left + WIDTH + gap, 42), f"a part of it, {ENLARGED} times as large, {GAIN} times the contrast", fill="#6e7781", font=label)
+    pen.text((left, 42), "at normal size", fill="#6e7781", font=label)
+    pen.text((left + WIDTH + gap, 42), f"part of it, {ENLARGED} times the size, {GAIN} times the contrast", fill="#6e7781", font=label)
     first = WIDTH // 2 - COLUMNS // 2
     centre = None
     for number, (level, name) in enumerate(LEVELS):

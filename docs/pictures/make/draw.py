@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Makes the pictures of the documents; scripts/pictures calls it with the build directory and the directory to fill."""
+"""Draws the pictures of the documents; scripts/pictures calls it with the build directory and the output directory."""
 import pathlib
 import sys
 

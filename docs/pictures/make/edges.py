@@ -1,8 +1,8 @@
 """Drawings of what happens at the edges: odd sizes, angles, positions.
 
-Source samples bear letters. A destination sample bears the letters of the source samples that it depends on, as found
-by changing each source byte in turn; places that stay as they were are hatched, places outside the picture that are
-written stand out. Nothing here is typed in but the calls.
+Source samples are labelled with letters, destination samples with the letters of the source samples that they depend
+on, found by changing one source byte after another. Places that are not written are hatched; places that are written
+outside the picture are outlined. Only the calls are given by hand.
 """
 import ctypes
 import string
@@ -22,7 +22,7 @@ def degrees(angle):
 
 
 class Grid:
-    """A plane to draw: its size, a label for each place, and the colours."""
+    """A plane to draw: its size, a label for each place, and its colours."""
 
     def __init__(self, name, columns, rows, labels, colours):
         self.name, self.columns, self.rows = name, columns, rows
@@ -62,7 +62,7 @@ class Grid:
 
 
 def write_label(card, x, y, label, ink):
-    """Up to two letters on a line, four in a cell; more get smaller."""
+    """Up to two letters a line and four a cell; more are drawn smaller."""
     half = 1 if len(label) <= 1 else 2 if len(label) <= 4 else 3
     lines = [label[i:i + half] for i in range(0, len(label), half)]
     size = 13 if len(label) <= 2 else 12 if len(label) <= 4 else 10
@@ -75,7 +75,7 @@ def letters(sources):
     return "".join(LETTERS[n] for n in sorted(sources))
 
 
-WRITTEN_OUTSIDE = "written outside the picture: the caller provides room"
+WRITTEN_OUTSIDE = "written outside the picture: the caller must provide room"
 
 
 def legend(card, left, top, outside, untouched):
@@ -89,7 +89,7 @@ def legend(card, left, top, outside, untouched):
 
 
 def lay_out(path, title, subtitle, grids, notes=(), arrows=(0,), outside=WRITTEN_OUTSIDE):
-    """A row of grids, with arrows behind those whose numbers are given."""
+    """A row of grids, with arrows after those whose numbers are given."""
     gap = 44
     top = 92
     lead = max(-grid.bounds()[0] for grid in grids) * CELL
@@ -151,15 +151,15 @@ def draw_i444_flip(library, path, width=3, height=3):
     read = sorted(set().union(*sources.values(), {(row, column) for row in range(height) for column in range(width)}))
     names = dict(zip(read, LETTERS))
     labels = {place: "".join(names[pixel] for pixel in there) for place, there in sources.items()}
-    lay_out(path, "BGRA to I444 with BT.709, flip set", "KorBGRAToI444UsingBT709_C_: from the last row downwards",
+    lay_out(path, "BGRA to I444 with BT.709, flip set", "KorBGRAToI444UsingBT709_C_ reads from the last row downwards",
             [Grid("source: pixels", width, height, names, GREY), Grid("Y, and U and V alike", width, height, labels, COMPONENTS["Y"])],
-            outside="read outside the picture: the source must go on there")
+            outside="read outside the picture: the source must extend there")
 
 
 # ---- Packed YUV ----
 
 def draw_packed_capture(library, path, name, title, subtitle, width, height, source=None, notes=(), outside=WRITTEN_OUTSIDE):
-    """Source bytes bear letters in the order of their rows, and the colours of what they turn out to be."""
+    """Source bytes are lettered row by row, in the colours of the components that they prove to be."""
     x = source or Plane(2 * width, height)
     y, u, v = Plane(width, height), Plane((width + 1) // 2, (height + 1) // 2), Plane((width + 1) // 2, (height + 1) // 2)
     found = influences(lambda: library.call(name, y, u, v, x, width, height, NO_FLIP), [x], [y, u, v])
@@ -202,7 +202,7 @@ def draw_renderer(library, path, title, subtitle, width=5, height=3):
 # ---- Angles ----
 
 def shade(number, count):
-    """From light to dark along the source, so that a turn shows at a glance."""
+    """From light to dark along the source, so that a rotation shows at a glance."""
     light, dark = (0xff, 0xf3, 0xc4), (0xf2, 0xa9, 0x3b)
     return "#" + "".join(f"{round(a + (b - a) * number / (count - 1)):02x}" for a, b in zip(light, dark))
 
@@ -215,7 +215,7 @@ def draw_angles(library, path):
             source[row, column] = row * width + column
     size, gap, top = 34, 40, 96
     card = Card(path, 24 + 5 * 4 * size + 3 * gap + 60, 430, "The four angles, clockwise",
-                "A source of 4 by 3 samples; below, the same source read bottom row first: the flip comes before the turn")
+                "A source of 4 by 3 samples; below, the same source read bottom-up: the flip comes before the rotation")
     for line, (walk, name) in enumerate(((source, "top-down"), (BottomUp(source), "bottom-up"))):
         left = 24
         base = top + line * (4 * size + 44)
@@ -229,9 +229,9 @@ def draw_angles(library, path):
                     card.text(left, base + 1.6 * size, "with flip, or with a", size=12, fill=FAINT)
                     card.text(left, base + 1.6 * size + 17, "negative pitch:", size=12, fill=FAINT)
             else:
-                turned = Plane(height if angle in (90, 270) else width, width if angle in (90, 270) else height, 255)
-                library.call("KorPlanarRotation_C_", walk, turned, width, height, degrees(angle))
-                labels = {place: turned[place] for place in turned.positions() if turned[place] != 255}
+                rotated = Plane(height if angle in (90, 270) else width, width if angle in (90, 270) else height, 255)
+                library.call("KorPlanarRotation_C_", walk, rotated, width, height, degrees(angle))
+                labels = {place: rotated[place] for place in rotated.positions() if rotated[place] != 255}
                 assert len(labels) == width * height
                 card.text(left, base - 10, f"{angle}" + (", flip" if line else ""), size=12, weight="bold")
                 draw_samples(card, left, base, labels, size, width * height)
@@ -245,14 +245,14 @@ def draw_samples(card, left, top, samples, size, count):
 
 
 def draw_rotated_capture(library, path):
-    """A packed picture of odd height at the four angles: the plane is made even by a copy of the last row read."""
+    """A packed picture of odd height at the four angles: repeating the last row read makes the height even."""
     width, height, size, gap, top = 4, 3, 34, 40, 104
     source = Plane(2 * width, height)
     for row in range(height):
         for column in range(width):
             source[row, 2 * column] = row * width + column
-    card = Card(path, 24 + 5 * 4 * size + 4 * gap + 24, 312, "YUY2 of odd height, turned in the same pass",
-                "Luma of a source of 4 by 3 pixels; the last row read stands twice, at every angle, and is part of the destination")
+    card = Card(path, 24 + 5 * 4 * size + 4 * gap + 24, 312, "YUY2 of odd height, rotated in the same pass",
+                "Luma of a source of 4 by 3 pixels; the last row read is repeated at every angle, as part of the destination")
     left = 24
     card.text(left, top - 10, "source: luma", size=12, weight="bold")
     draw_samples(card, left, top, {(r, c): source[r, 2 * c] for r in range(height) for c in range(width)}, size, 12)
@@ -266,10 +266,10 @@ def draw_rotated_capture(library, path):
         for (row, column), value in labels.items():
             card.cell(left + column * size, top + row * size, size, size, LETTERS[value], shade(int(value), 12), size=13)
         left += 4 * size + gap
-    card.text(24, top + 4 * size + 34, "Each destination is 4 by 4 luma samples: width by the height rounded up to even, or that "
-              "turned. Chroma is 2 by 2.", size=11, fill=FAINT)
-    card.text(24, top + 4 * size + 52, "The plain conversion (angle 0) writes the same fourth row; there it is the spare row below "
-              "the picture.", size=11, fill=FAINT)
+    card.text(24, top + 4 * size + 34, "Each destination is 4 by 4 luma samples: width by the height rounded up to even, or "
+              "that rotated. Chroma is 2 by 2.", size=11, fill=FAINT)
+    card.text(24, top + 4 * size + 52, "The plain conversion writes the same fourth row; there it is the spare row below the "
+              "picture.", size=11, fill=FAINT)
     card.save()
 
 
@@ -291,7 +291,7 @@ def draw_flip_vertical(library, path):
     after = [named(plane) for plane in planes]
     assert after[1] == after[2]
     lay_out(path, "Upside down in place, odd sizes",
-            "KorI420FlipVertical_C_: chroma counts as width / 2 by height / 2, so its odd last column and row stay",
+            "KorI420FlipVertical_C_: chroma counts as width / 2 by height / 2, so its odd last column and row stay in place",
             [Grid("Y before", 5, 5, before[0], COMPONENTS["Y"]), Grid("Y after", 5, 5, after[0], COMPONENTS["Y"]),
              Grid("U before", 3, 3, before[1], COMPONENTS["U"]), Grid("U, and V alike, after", 3, 3, after[1], COMPONENTS["U"])],
             arrows=(0, 2))
@@ -334,24 +334,24 @@ def draw(library, directory):
     matrix = (ctypes.c_int32 * 9)(47, 157, 16, -26, -87, 112, 112, -102, -10)
     coefficients = ctypes.cast(matrix, ctypes.c_void_p)
     draw_rgb_capture(library, directory / "rgb32-to-i420.svg", "KorBGRAToI420_C_", "32-bit RGB to I420, odd sizes",
-                     "KorRGBAToI420_C_, KorBGRAToI420_C_, KorARGBToI420_C_, KorABGRToI420_C_. Letters: the pixels a sample is made of")
+                     "KorRGBAToI420_C_, KorBGRAToI420_C_, KorARGBToI420_C_, KorABGRToI420_C_. Letters: the pixels that a sample depends on")
     draw_rgb_capture(library, directory / "bgra-to-i420-bt709.svg", "KorBGRAToI420UsingBT709_C_", "BGRA to I420 with BT.709, odd sizes",
-                     "KorBGRAToI420UsingBT709_C_: the last row's luma once more below the picture, without an odd last column")
+                     "KorBGRAToI420UsingBT709_C_ repeats the last row's luma below the picture, without an odd last column")
     draw_rgb_capture(library, directory / "bgra-to-i420-general.svg", "KorBGRAToI420General_C_", "BGRA to I420 with the caller's matrix, odd sizes",
-                     "KorBGRAToI420General_C_: a column to the right and a row below the picture", extra=[coefficients])
+                     "KorBGRAToI420General_C_ writes a column to the right and a row below the picture", extra=[coefficients])
     draw_rgb_capture(library, directory / "rgb24-to-i420.svg", "KorRawToI420_C_", "24-bit RGB to I420, odd sizes",
-                     "KorRawToI420_C_, Kor24BGToI420_C_: the corner is made of its neighbours, and its own pixel is not used", bytes_a_pixel=3)
+                     "KorRawToI420_C_, Kor24BGToI420_C_: the corner is computed from its neighbours; its own pixel is not used", bytes_a_pixel=3)
     draw_i444_flip(library, directory / "bgra-to-i444-bt709-flip.svg")
     draw_packed_capture(library, directory / "packed-to-i420.svg", "KorYUY2ToI420_C_", "YUY2 to I420, odd sizes",
-                        "KorYUY2ToI420_C_, and KorUYVYToI420_C_ alike: no odd last column, a spare luma row", 5, 3)
+                        "KorYUY2ToI420_C_, KorUYVYToI420_C_: no odd last column, a spare luma row", 5, 3)
     draw_packed_capture(library, directory / "yuv2-to-i420.svg", "KorYuv2ToI420_C_", "Yuv2 to I420, odd sizes",
                         "KorYuv2ToI420_C_: with an odd width every row pair starts a sample earlier than the one before", 5, 3,
                         outside="outside the rows: read in the source, written in Y",
-                        notes=["The byte left of a row's first one is the last byte of the row above it, padding included."])
+                        notes=["The byte to the left of a row is the last byte of the row above, padding included."])
     draw_packed_capture(library, directory / "m420-to-i420.svg", "KorM420ToI420_C_", "M420 to I420, odd sizes",
-                        "KorM420ToI420_C_, 5 by 3: the one whole block is converted", 5, 3, Plane(14, 1))
+                        "KorM420ToI420_C_, 5 by 3: only the one whole block is converted", 5, 3, Plane(14, 1))
     draw_renderer(library, directory / "i420-to-rgb.svg", "I420 to RGB, odd sizes",
-                  "All renderers of I420, and the packers alike: whole blocks of two by two, nothing else")
+                  "All renderers and packers of I420: whole blocks of two by two, nothing else")
     draw_angles(library, directory / "angles.svg")
     draw_rotated_capture(library, directory / "packed-rotated.svg")
     draw_flip_vertical(library, directory / "flip-vertical.svg")

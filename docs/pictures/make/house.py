@@ -1,4 +1,4 @@
-"""The way of a frame through the house: from function to function, and inside one of them."""
+"""The path of a frame through the library: from function to function, and inside one of them."""
 import pathlib
 
 from card import FAINT, INK, MONO, Card
@@ -15,9 +15,9 @@ def box(card, x, y, width, height, title, lines, fill):
 
 
 def draw_frames(card, top):
-    """A camera frame on its way to the screen."""
+    """A camera frame on its path to the screen."""
     card.text(20, top - 12, "A frame from camera to screen", size=12, weight="bold", fill=FAINT)
-    stages = [("camera", ["UYVY, bottom row", "first, on its side"]), ("I420", ["upright", ""]),
+    stages = [("camera", ["UYVY, bottom-up", "and sideways"]), ("I420", ["upright", ""]),
               ("I420", ["with an overlay", ""]), ("screen", ["BGRA, dithered", ""])]
     calls = [("KorUYVYToI420", "WithRotation_C_"), ("KorI420", "AlphaBlend_C_"), ("KorI420", "ToBGRA_C_")]
     x, width, gap = 20, 122, 124
@@ -35,7 +35,7 @@ def draw_inside(card, top):
     card.text(20, top - 12, "Inside one function: Kor/Video/Common/C/KorYuv420_C_.cpp", size=12, weight="bold", fill=FAINT)
     columns = [("header", ["signature and", "contract, valid C", "", ""], BLUE),
                ("exported function", ["settles the sizes", "that write nothing,", "names layout", "and matrix"], BLUE),
-               ("driver", ["walks rows, row pairs", "or tiles; pitches are", "resolved here, and", "odd edges spelled out"], GREEN),
+               ("driver", ["walks rows, row pairs", "or tiles; resolves", "pitches, spells out", "odd edges"], GREEN),
                ("kernel", ["one counted loop over", "a short run; no pitch,", "no branch on data", ""], SAND)]
     x, width, gap = 20, 170, 60
     for number, (name, lines, fill) in enumerate(columns):
@@ -54,19 +54,19 @@ def draw_inside(card, top):
     card.text(795, y + 74, "on the stack between stages", size=10.5, fill=FAINT, anchor="middle")
 
 
-# What stands around the library: directory, name, what it does. Only what is in the tree is drawn.
+# What surrounds the library: directory, name, purpose. Only directories that exist are drawn.
 AROUND = [
-    ("tests", "tests", ["a literal twin,", "properties, consumers"]),
-    ("conformance", "conformance", ["any faster variant,", "byte for byte"]),
+    ("tests", "tests", ["reference, properties,", "unit tests, consumers"]),
+    ("conformance", "conformance", ["checks any variant,", "byte for byte"]),
     ("fuzz", "fuzz", ["sizes and bytes", "nobody thought of"]),
     ("tools/korframe", "korframe", ["the command-line", "tool"]),
-    ("bench", "bench", ["time against that", "of a memory copy"]),
-    ("examples", "examples", ["small programs,", "to copy from"]),
+    ("bench", "bench", ["speed relative to", "memory copies"]),
+    ("examples", "examples", ["small programs", "to copy from"]),
 ]
 
 
 def draw_around(card, top):
-    card.text(20, top - 12, "Around the library, which knows none of them", size=12, weight="bold", fill=FAINT)
+    card.text(20, top - 12, "Around the library, which depends on none of it", size=12, weight="bold", fill=FAINT)
     present = [entry for entry in AROUND if (TREE / entry[0]).is_dir()]
     gap = 16
     width = (860 - gap * (len(present) - 1)) / len(present)
@@ -75,7 +75,7 @@ def draw_around(card, top):
 
 
 def draw(path):
-    card = Card(path, 900, 532, "The way of a frame through the house")
+    card = Card(path, 900, 532, "The path of a frame through the library")
     draw_frames(card, 74)
     draw_inside(card, 190)
     draw_around(card, 446)

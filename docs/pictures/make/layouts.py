@@ -1,7 +1,7 @@
 """A drawing for each layout: its bytes in the order of their addresses.
 
-The tables below are all that the drawings know of the layouts. Before anything is drawn they are held against the
-library: every byte of a small source is changed in turn, and what changes in the result tells what that byte means.
+The tables below are all that the drawings know about the layouts. Before drawing, they are checked against the library:
+one byte of a small source after another is changed, and what changes in the result shows what that byte means.
 """
 import ctypes
 from dataclasses import dataclass
@@ -24,15 +24,15 @@ class Packed:
 NO_FLIP = ctypes.c_uint8(0)
 
 PACKED = [
-    Packed("RGBA", "rgba", "32-bit RGB, four bytes a pixel", ["R", "G", "B", "A"], 1, "KorRGBAToI420_C_"),
-    Packed("BGRA", "bgra", "32-bit RGB, four bytes a pixel", ["B", "G", "R", "A"], 1, "KorBGRAToI420_C_"),
-    Packed("ARGB", "argb", "32-bit RGB, four bytes a pixel", ["A", "R", "G", "B"], 1, "KorARGBToI420_C_"),
-    Packed("ABGR", "abgr", "32-bit RGB, four bytes a pixel", ["A", "B", "G", "R"], 1, "KorABGRToI420_C_"),
-    Packed("Raw", "raw", "24-bit RGB, three bytes a pixel", ["R", "G", "B"], 1, "KorRawToI420_C_", "rgb"),
-    Packed("24BG", "24bg", "24-bit RGB, three bytes a pixel", ["B", "G", "R"], 1, "Kor24BGToI420_C_", "bgr"),
+    Packed("RGBA", "rgba", "32-bit RGB, four bytes per pixel", ["R", "G", "B", "A"], 1, "KorRGBAToI420_C_"),
+    Packed("BGRA", "bgra", "32-bit RGB, four bytes per pixel", ["B", "G", "R", "A"], 1, "KorBGRAToI420_C_"),
+    Packed("ARGB", "argb", "32-bit RGB, four bytes per pixel", ["A", "R", "G", "B"], 1, "KorARGBToI420_C_"),
+    Packed("ABGR", "abgr", "32-bit RGB, four bytes per pixel", ["A", "B", "G", "R"], 1, "KorABGRToI420_C_"),
+    Packed("Raw", "raw", "24-bit RGB, three bytes per pixel", ["R", "G", "B"], 1, "KorRawToI420_C_", "rgb"),
+    Packed("24BG", "24bg", "24-bit RGB, three bytes per pixel", ["B", "G", "R"], 1, "Kor24BGToI420_C_", "bgr"),
     Packed("YUY2", "yuy2", "packed 4:2:2, four bytes for two pixels", ["Y0", "U", "Y1", "V"], 2, "KorYUY2ToI420_C_"),
     Packed("UYVY", "uyvy", "packed 4:2:2, four bytes for two pixels", ["U", "Y0", "V", "Y1"], 2, "KorUYVYToI420_C_"),
-    Packed("Yuv2", "yuv2", "as YUY2, but luma has full range and chroma is signed", ["Y0", "U", "Y1", "V"], 2,
+    Packed("Yuv2", "yuv2", "like YUY2, but luma is full range and chroma is signed", ["Y0", "U", "Y1", "V"], 2,
            "KorYuv2ToI420_C_", "yuv2"),
 ]
 
@@ -42,7 +42,7 @@ class Planar:
     name: str
     file: str
     about: str
-    planes: list  # (pointer, components of a row in turn, columns, rows); for a picture of 6 by 4 pixels
+    planes: list  # (pointer, components of a row, columns, rows); for a picture of 6 by 4 pixels
     notes: list
 
 
@@ -54,17 +54,17 @@ PLANAR = [
     Planar("I444", "i444", "planar 4:4:4: three planes, chroma for each pixel",
            [("y", "Y", 6, 4), ("u", "U", 6, 4), ("v", "V", 6, 4)], 3 * ["width x height"]),
     Planar("Interleaved chroma", "interleaved-chroma",
-           "semi-planar 4:2:0: a plane of luma, and one of pairs U, V",
+           "semi-planar 4:2:0: a luma plane and a plane of pairs U, V",
            [("y", "Y", 6, 4), ("src", "UV", 3, 2)], ["width x height", "(width + 1) / 2 pairs x (height + 1) / 2"]),
 ]
 M420 = Planar("M420", "m420", "blocks of two luma rows and the row of chroma pairs that they share",
               [("m420", "Y", 6, 2), ("", "UV", 3, 1)], [])
 
 
-# ---- The tables against the library ----
+# ---- Checks of the tables against the library ----
 
 def weights_of(component):
-    """What a byte of 255 adds to the luma of black in the captures from RGB: 7-bit and 8-bit matrix."""
+    """What a byte of 255 adds to the luma of black in the RGB captures: 7-bit and 8-bit matrix."""
     return {"R": (65, 65), "G": (127, 128), "B": (25, 24), "A": (0, 0)}[component]
 
 
@@ -135,7 +135,7 @@ CELL, LEFT = 46, 118
 
 
 def draw_bytes(card, top, layout, bytes_shown, row):
-    """One row of memory: cells, what they are, and after them bytes up to the pitch."""
+    """One row of memory: labelled cells, followed by the bytes up to the pitch."""
     size = len(layout.group)
     for byte in range(bytes_shown):
         component = layout.group[byte % size]
@@ -167,16 +167,16 @@ def draw_packed(layout, path):
 
 
 def draw_overview(path):
-    """All packed layouts under one ruler of addresses."""
+    """All packed layouts under one scale of addresses."""
     size, step = 40, 44
     card = Card(path, 620, 106 + step * len(PACKED), "Bytes in memory, in the order of their addresses",
-                "Names say the order of the bytes, on every machine.")
+                "Names give the order of the bytes, on every machine.")
     for byte in range(8):
         card.text(240 + byte * size + size / 2, 84, f"+{byte}", size=11, fill=FAINT, anchor="middle", font=MONO)
     for number, layout in enumerate(PACKED):
         top = 94 + number * step
         card.text(36, top + 22, layout.name, size=14, weight="bold")
-        card.text(104, top + 22, f"{8 * len(layout.group) // layout.pixels} bits a pixel", size=11, fill=FAINT)
+        card.text(104, top + 22, f"{8 * len(layout.group) // layout.pixels} bits per pixel", size=11, fill=FAINT)
         for byte in range(8):
             component = layout.group[byte % len(layout.group)]
             group = byte // len(layout.group)
@@ -239,7 +239,7 @@ def draw_m420(path):
     card.span(left, left + 6 * cell, top - 10, "luma row 0: width bytes")
     card.span(left + 6 * cell, left + 12 * cell, top - 10, "luma row 1: width bytes")
     card.span(left + 12 * cell, left + 18 * cell, top - 10, "chroma row 0: width / 2 pairs")
-    card.text(left, top + 52, "A pitch leads from block to block, past three rows. Inside a block rows lie back to back.",
+    card.text(left, top + 52, "A pitch leads from block to block, past three rows. Inside a block, rows are contiguous.",
               size=11, fill=FAINT)
     card.text(left, top + 122, "block 1 holds luma rows 2 and 3 and chroma row 1", size=11, fill=FAINT)
     card.save()

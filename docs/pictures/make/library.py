@@ -1,17 +1,17 @@
-"""The built library, called from Python, and experiments that find out which bytes a function writes and reads.
+"""The built library, called from Python, and experiments that find out which bytes a function reads and writes.
 
-Whatever a drawing says about a function is taken from such an experiment, so no drawing can disagree with the library.
+Everything that a drawing says about a function comes from such an experiment, so no drawing can contradict the library.
 """
 import ctypes
 import itertools
 
 import numpy as np
 
-_MARGIN = 4  # rows and columns around every plane in which a function may be seen to read and write
+_MARGIN = 4  # rows and columns around every plane in which reads and writes can be observed
 
 
 class Plane:
-    """Bytes of a plane with room around them; row 0 and column 0 are where the function is told that it begins."""
+    """Bytes of a plane with room around them; row 0, column 0 is the place that the function gets a pointer to."""
 
     def __init__(self, columns, rows, fill=0):
         self.bytes = np.full((rows + 2 * _MARGIN, columns + 2 * _MARGIN), fill, np.uint8)
@@ -35,7 +35,7 @@ class Plane:
 
 
 class BottomUp:
-    """A plane that a function walks upwards: its last row, and a negative pitch."""
+    """A plane that a function walks upwards: its last row and a negative pitch."""
 
     def __init__(self, plane):
         self.plane = plane
@@ -48,12 +48,12 @@ class BottomUp:
 
 class Library:
     def __init__(self, build):
-        # The services come first, because the library takes them from what is there already.
+        # The services come first, because the library resolves them among the symbols already loaded.
         ctypes.CDLL(str(build / "platform/libKorPlatform.so"), ctypes.RTLD_GLOBAL)
         self._library = ctypes.CDLL(str(build / "Kor/libKorYuv420.so"))
 
     def call(self, name, *arguments):
-        """Planes become a pointer and a pitch, whole numbers sizes; everything else is a ctypes value."""
+        """Planes become a pointer and a pitch, integers become sizes; everything else is a ctypes value."""
         values = []
         for argument in arguments:
             if isinstance(argument, (Plane, BottomUp)):
@@ -66,7 +66,7 @@ class Library:
 
 
 def written(call, destinations):
-    """The places that call() writes in each destination: those where two different fills end up the same."""
+    """The places that call() writes in each destination: those that end up equal after two different fills."""
     results = []
     for fill in (0, 255):
         for plane in destinations:

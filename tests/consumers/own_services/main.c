@@ -1,4 +1,4 @@
-/* A program with services of its own: the library draws from them and from nothing else. */
+/* A program with its own services: the library uses them and nothing else. */
 #include <stdio.h>
 
 #include "Kor/Video/Common/C/KorYuv420_C_.h"
@@ -11,12 +11,13 @@ int main(void) {
     KorUint8 packed[2][4];
     KorI420ToYUY2_C_(y[0], 2, &u, 1, &v, 1, packed[0], 4, 2, 2, KOR_VIDEOFRAMEDITHERLEVEL_2);
     if (draws != 3) {
-        fprintf(stderr, "consumer: %d draws from the program's own service instead of 3\n", draws);
+        fprintf(stderr, "consumer: expected 3 draws from the program's own service, found %d\n", draws);
         return 1;
     }
 #ifndef DEFAULT_TABLE
     if (packed[0][0] != 140 || packed[0][2] != 100 || packed[0][1] != 148) {
-        fprintf(stderr, "consumer: %d, %d, %d are not of the program's own noise\n", packed[0][0], packed[0][2], packed[0][1]);
+        fprintf(stderr, "consumer: expected the program's own noise, found %d, %d, %d\n", packed[0][0], packed[0][2],
+                packed[0][1]);
         return 1;
     }
 #endif

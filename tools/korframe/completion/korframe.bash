@@ -1,10 +1,10 @@
-# Completion of korframe for bash. It asks the program itself, so it knows every subcommand, option and layout of it.
+# Completion for korframe in bash. It asks the program itself, so it knows every subcommand, option and layout.
 
 _korframe_layouts() {
     "$1" formats 2>/dev/null | awk '/^[a-z]/ { print $1 } /^$/ { exit }'
 }
 
-# What may stand after an option; empty where that is a file or a value of the user's own.
+# The values of an option; none if it takes a file or a free value.
 _korframe_values() {
     case $2 in
         --from | --overlay-from | --order | --render) _korframe_layouts "$1" ;;
@@ -27,7 +27,7 @@ _korframe() {
     if [[ -z $subcommand && $word != -* ]]; then
         choices=$("$program" --help 2>/dev/null | awk 'list && NF > 1 { print $1 } /^Subcommands:/ { list = 1 }')
     elif [[ $word == -* ]]; then
-        # shellcheck disable=SC2086  # without a subcommand there is no word
+        # shellcheck disable=SC2086  # there may be no subcommand
         choices=$("$program" $subcommand --help 2>/dev/null | grep -oE '^ +(-[a-z],)?--[a-z0-9-]+' | grep -oE -- '--.*')
     else
         choices=$(_korframe_values "$program" "$before")

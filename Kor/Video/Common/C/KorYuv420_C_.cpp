@@ -1,19 +1,19 @@
-// The portable conversions: plain loops in standard C++, one source file, nothing kept between calls.
+// The portable conversions: plain loops in standard C++, one source file, no state between calls.
 //
-// Rules that hold for the whole file:
-//   - An exported function settles the sizes that write nothing, names the layout and the matrix, and calls a driver. The
-//     arithmetic on samples stands in the kernels (KOR_KERNEL): counted loops over contiguous runs, whole blocks first
-//     where there are any, then the rest; destinations first, count last, no branch that depends on data.
-//   - A kernel's pointers are restrict-qualified. Where source and destination may be the same plane, a run on the stack
-//     lies between them.
-//   - Plane, SourceRows, SourcePlane and TurnedPlane resolve pitches. The address of a row is formed only for a row that
-//     exists; two walks of odd widths and a flipped one that leave their planes by contract say so.
+// Rules for the whole file:
+//   - An exported function handles the sizes that write nothing, names the layout and the matrix, and calls a driver. The
+//     arithmetic on samples is in the kernels (KOR_KERNEL): counted loops over contiguous runs, whole blocks first where
+//     there are any, then the rest; destinations first, count last, no branch that depends on data.
+//   - A kernel's pointers are restrict-qualified. Where source and destination may be the same plane, samples pass
+//     through a run on the stack.
+//   - Plane, SourceRows, SourcePlane and RotatedPlane resolve pitches. The address of a row is formed only for a row that
+//     exists; the two walks of odd widths and the flipped one that leave their planes by contract say so.
 //   - Stores: KorByteClip and ClipLane saturate, LowByte wraps, a plain cast means that the value fits.
-//   - What looks odd and is wanted is marked "Deliberate:".
+//   - Behaviour that looks odd but is intended is marked "Deliberate:".
 //
 // Contents
 //   1  Shared vocabulary
-//   2  Plane geometry                 4:2:2 to 4:2:0, split, mirror, quarter turns, flip in place
+//   2  Plane geometry                 4:2:2 to 4:2:0, split, mirror, rotation, flip in place
 //   3  RGB to YUV                     32-bit and 24-bit RGB to I420 and I444
 //   4  YUV to RGB                     noise, I420 and I444 to 32-bit and 24-bit RGB
 //   5  Packed and semi-planar YUV     YUY2, UYVY, Yuv2, M420 to I420, with rotation; I420 to YUY2, UYVY, Yuv2
@@ -29,11 +29,16 @@
 // 1  Shared vocabulary
 // ---------------------------------------------------------------------------------------------------------------------
 
-// Kernels stay functions of their own: inlined into a driver, their loops would be widened once for every caller, and
-// some compilers forget what restrict promised. KOR_INLINE is for bodies that need their arguments as constants.
-// KOR_PREFETCH asks for a cache line that is soon read; it changes no result.
+// Kernels are never inlined: their loops would be vectorised once per caller, and some compilers forget what restrict
+// promised. GCC starts them at cache lines, so that the speed of their loops does not depend on where the linker puts
+// them. KOR_INLINE is for bodies that need their arguments as constants. KOR_PREFETCH requests a cache line that is read
+// soon; it changes no result.
 #if defined(__GNUC__) || defined(__clang__)
+#if defined(__clang__)
 #define KOR_KERNEL __attribute__((noinline))
+#else
+#define KOR_KERNEL __attribute__((noinline, aligned(64)))
+#endif
 #define KOR_INLINE __attribute__((always_inline))
 #define KOR_PREFETCH(address) __builtin_prefetch(address)
 #elif defined(_MSC_VER)
@@ -46,8 +51,8 @@
 #define KOR_PREFETCH(address) static_cast<void>(address)
 #endif
 
-// Clang counts the lanes of a loop by its widest type. Loops that part or join bytes ask it for sixteen; where registers
-// are longer it is left alone. Instrumented builds cannot comply, and need not say so.
+// Clang derives the number of lanes from the widest type in a loop. Loops that split or join bytes ask for sixteen; with
+// longer registers its own choice is better. Instrumented builds cannot comply and need not warn.
 #if defined(__clang__) && !defined(__AVX2__)
 #pragma clang diagnostic ignored "-Wpass-failed"
 #define KOR_BYTE_LANES _Pragma("clang loop vectorize_width(16) interleave_count(1)")
@@ -55,9 +60,18 @@
 #define KOR_BYTE_LANES
 #endif
 
+// GCC uses the longest vectors that a loop's count fills. Byte shuffles are slow across long ones, and so are long loads
+// of what shorter stores have just written; such loops therefore run in blocks of a fixed count. The pragma keeps GCC from
+// unrolling a block before it can be vectorised.
+#if defined(__GNUC__) && !defined(__clang__)
+#define KOR_VECTOR_BLOCK _Pragma("GCC unroll 1")
+#else
+#define KOR_VECTOR_BLOCK KOR_BYTE_LANES
+#endif
+
 namespace {
 
-// Keeps the low eight bits: the store for results that fit anyway, or that wrap by contract.
+// Keeps the low eight bits: for results that fit anyway, or that wrap by contract.
 constexpr KorUint8 LowByte(KorUint value) {
     return static_cast<KorUint8>(value & 0xffu);
 }
@@ -70,12 +84,12 @@ constexpr bool IsOdd(KorSizeT size) {
     return size % 2 != 0;
 }
 
-// Rows are worked on in runs of at most this many samples, through buffers that stay in the first-level cache. Even, so
+// Rows are processed in runs of at most this many samples, through buffers that stay in the first-level cache. Even, so
 // that no run ends inside a pair.
 constexpr KorSizeT kRun = 128;
 using Run = KorUint8[kRun];
 
-// A plane that is written: its rows run downwards.
+// A destination plane: its rows run downwards.
 struct Plane {
     KorUint8* samples;
     KorSizeT pitch;
@@ -91,7 +105,7 @@ struct SourceRows {
     const KorUint8* Row(KorSizeT row) const { return first + static_cast<KorDistanceT>(row) * pitch; }
 };
 
-// A plane that is only read, as callers describe it.
+// A source plane as callers describe it.
 struct ReadPlane {
     const KorUint8* samples;
     KorSizeT pitch;
@@ -112,32 +126,38 @@ constexpr bool kBigEndian = __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__;
 #elif defined(_MSC_VER)
 constexpr bool kBigEndian = false;
 #else
-#error "This compiler does not tell its byte order; define kBigEndian for it."
+#error "Unknown byte order; define kBigEndian for this compiler."
 #endif
 
-// Two neighbouring bytes as the 16-bit word that holds them in memory.
+// Two adjacent bytes as the 16-bit word that holds them in memory.
 constexpr KorUint16 BytePair(KorInt16 first, KorInt16 second) {
     return static_cast<KorUint16>(kBigEndian ? first << 8 | second : second << 8 | first);
 }
 
-// How loops take one byte out of every group: GCC widens reads of single bytes, Clang reads of whole groups as words.
+// How loops split and join groups of bytes: GCC vectorises single bytes best, Clang whole groups as words.
 #if defined(__clang__)
-constexpr bool kReadsWords = true;
+constexpr bool kGroupsAsWords = true;
 #else
-constexpr bool kReadsWords = false;
+constexpr bool kGroupsAsWords = false;
 #endif
 
-// The byte at a position in group i, where a group has the size of Word.
+// The byte at a position in group i, where a group has the size of Word. The whole group is read.
 template <class Word, KorSizeT position>
-KOR_INLINE inline KorUint8 ByteOf(const KorUint8* x, KorSizeT i) {
+KOR_INLINE inline KorUint8 ByteOfWord(const KorUint8* x, KorSizeT i) {
     constexpr KorSizeT size = sizeof(Word);
     static_assert(position < size, "inside the group");
-    if constexpr (kReadsWords) {
-        Word word;
-        KorMemCpy(&word, x + size * i, size);
-        return LowByte(word >> 8 * (kBigEndian ? size - 1 - position : position));
+    Word word;
+    KorMemCpy(&word, x + size * i, size);
+    return LowByte(KorUint{word} >> 8 * (kBigEndian ? size - 1 - position : position));
+}
+
+// The same, read in the way that suits the compiler.
+template <class Word, KorSizeT position>
+KOR_INLINE inline KorUint8 ByteOf(const KorUint8* x, KorSizeT i) {
+    if constexpr (kGroupsAsWords) {
+        return ByteOfWord<Word, position>(x, i);
     } else {
-        return x[size * i + position];
+        return x[sizeof(Word) * i + position];
     }
 }
 
@@ -153,7 +173,7 @@ KOR_KERNEL void AverageRow(KorUint8* KOR_RESTRICT dst,
     }
 }
 
-// The rounded-up average of n pairs of neighbours.
+// The rounded-up averages of n adjacent pairs.
 KOR_KERNEL void AveragePairs(KorUint8* KOR_RESTRICT dst, const KorUint8* KOR_RESTRICT a, KorSizeT n) {
     KOR_BYTE_LANES
     for (KorSizeT i = 0; i < n; ++i) {
@@ -161,7 +181,7 @@ KOR_KERNEL void AveragePairs(KorUint8* KOR_RESTRICT dst, const KorUint8* KOR_RES
     }
 }
 
-// Averages n samples in pairs; a lone last one stays as it is.
+// Averages n samples in pairs; an odd last one is copied.
 void ReducePairs(KorUint8* dst, const KorUint8* a, KorSizeT n) {
     AveragePairs(dst, a, n / 2);
     if (IsOdd(n)) {
@@ -169,7 +189,7 @@ void ReducePairs(KorUint8* dst, const KorUint8* a, KorSizeT n) {
     }
 }
 
-// n pairs of bytes taken apart.
+// Splits n pairs of bytes.
 KOR_KERNEL void SplitRow(KorUint8* KOR_RESTRICT first, KorUint8* KOR_RESTRICT second,
                          const KorUint8* KOR_RESTRICT src, KorSizeT n) {
     KOR_BYTE_LANES
@@ -179,25 +199,56 @@ KOR_KERNEL void SplitRow(KorUint8* KOR_RESTRICT first, KorUint8* KOR_RESTRICT se
     }
 }
 
-// n pairs of bytes put together.
+// Joins n pairs of bytes.
 KOR_KERNEL void JoinRow(KorUint8* KOR_RESTRICT dst,
                         const KorUint8* KOR_RESTRICT first, const KorUint8* KOR_RESTRICT second, KorSizeT n) {
+    constexpr KorSizeT block = 32;
+    const KorSizeT whole = kGroupsAsWords ? 0 : n - n % block;
+    for (KorSizeT i = 0; i < whole; i += block) {
+        for (KorSizeT k = 0; k < block; ++k) {
+            dst[2 * (i + k)] = first[i + k];
+            dst[2 * (i + k) + 1] = second[i + k];
+        }
+    }
     KOR_BYTE_LANES
-    for (KorSizeT i = 0; i < n; ++i) {
-        dst[2 * i] = first[i];
-        dst[2 * i + 1] = second[i];
+    for (KorSizeT i = whole; i < n; ++i) {
+        const KorUint16 pair = BytePair(first[i], second[i]);
+        KorMemCpy(dst + 2 * i, &pair, 2);
     }
 }
 
-// A block whose two halves are interleaved: one step of a perfect shuffle. A few of them turn rows into columns and pixels
-// into planes, and a loop of this shape widens where the permutation itself does not.
+// Shuffles on the stack, and the copies into and out of them, work in blocks of this size, so that no load spans two
+// stores. Clang does better with the whole loop.
+constexpr KorSizeT kBlock = 16;
+
+constexpr KorSizeT BlockOf(KorSizeT bytes) {
+    return kGroupsAsWords ? bytes : kBlock;
+}
+
+// Interleaves the two halves of an array: one step of a perfect shuffle. A few steps transpose a tile or split pixels into
+// channels, and compilers vectorise this loop where they would not vectorise the whole permutation.
 template <KorSizeT bytes>
 KOR_INLINE inline void InterleaveHalves(KorUint8 (&KOR_RESTRICT to)[bytes], const KorUint8 (&KOR_RESTRICT from)[bytes]) {
     constexpr KorSizeT half = bytes / 2;
-    KOR_BYTE_LANES
-    for (KorSizeT i = 0; i < half; ++i) {
-        to[2 * i] = from[i];
-        to[2 * i + 1] = from[half + i];
+    constexpr KorSizeT block = BlockOf(half);
+    for (KorSizeT i = 0; i < half; i += block) {
+        KOR_VECTOR_BLOCK
+        for (KorSizeT k = 0; k < block; ++k) {
+            to[2 * (i + k)] = from[i + k];
+            to[2 * (i + k) + 1] = from[half + i + k];
+        }
+    }
+}
+
+// The rounded-up average of the two halves of an array, sample by sample.
+template <KorSizeT half>
+KOR_INLINE inline void AverageHalves(KorUint8 (&KOR_RESTRICT to)[half], const KorUint8 (&KOR_RESTRICT from)[2 * half]) {
+    constexpr KorSizeT block = BlockOf(half);
+    for (KorSizeT i = 0; i < half; i += block) {
+        KOR_VECTOR_BLOCK
+        for (KorSizeT k = 0; k < block; ++k) {
+            to[i + k] = Average(from[i + k], from[half + i + k]);
+        }
     }
 }
 
@@ -209,8 +260,8 @@ KOR_INLINE inline void InterleaveHalves(KorUint8 (&KOR_RESTRICT to)[bytes], cons
 
 namespace {
 
-// Where a turned plane keeps the sample of source column i and source row j: at origin + i * column + j * row.
-struct TurnedPlane {
+// Where a rotated plane holds the sample of source column i and source row j: at origin + i * column + j * row.
+struct RotatedPlane {
     KorUint8* origin;
     KorDistanceT column;
     KorDistanceT row;
@@ -218,11 +269,11 @@ struct TurnedPlane {
     KorUint8* At(KorSizeT i, KorSizeT j) const {
         return origin + (static_cast<KorDistanceT>(i) * column + static_cast<KorDistanceT>(j) * row);
     }
-    TurnedPlane From(KorSizeT j) const { return {At(0, j), column, row}; }
+    RotatedPlane From(KorSizeT j) const { return {At(0, j), column, row}; }
 };
 
-// The four turns, clockwise, of a picture of width by height samples. An angle that is none of them turns by 270.
-TurnedPlane Turned(Plane dst, KorSizeT width, KorSizeT height, KorImageRotationDegree rotationDegree) {
+// The four clockwise rotations of a picture of width by height samples. Any other angle counts as 270.
+RotatedPlane Rotated(Plane dst, KorSizeT width, KorSizeT height, KorImageRotationDegree rotationDegree) {
     const KorDistanceT pitch = static_cast<KorDistanceT>(dst.pitch);
     switch (rotationDegree) {
         case 0:
@@ -237,12 +288,12 @@ TurnedPlane Turned(Plane dst, KorSizeT width, KorSizeT height, KorImageRotationD
 }
 
 // Rows keep their order, columns run backwards.
-TurnedPlane Mirrored(Plane dst, KorSizeT width) {
+RotatedPlane Mirrored(Plane dst, KorSizeT width) {
     return {dst.samples + (width - 1), -1, static_cast<KorDistanceT>(dst.pitch)};
 }
 
-// Eight bytes in reverse order. Rows are reversed through registers, because the baseline of common processors has no
-// byte shuffle that a plain loop could be widened with.
+// Eight bytes in reverse order. Rows are reversed through registers, because baseline x86-64 has no byte shuffle with
+// which a plain loop could be vectorised.
 KOR_INLINE inline uint64_t ReversedBytes(const KorUint8* src) {
     uint64_t x;
     KorMemCpy(&x, src, 8);
@@ -262,7 +313,7 @@ KOR_KERNEL void ReverseRow(KorUint8* KOR_RESTRICT dst, const KorUint8* KOR_RESTR
     }
 }
 
-// Whole runs are reversed with a fixed count.
+// Reverses a whole run, with a fixed count.
 KOR_INLINE inline void ReverseRun(KorUint8* KOR_RESTRICT dst, const Run& run) {
     for (KorSizeT k = 0; k < kRun; k += 8) {
         const uint64_t x = ReversedBytes(run + k);
@@ -270,7 +321,7 @@ KOR_INLINE inline void ReverseRun(KorUint8* KOR_RESTRICT dst, const Run& run) {
     }
 }
 
-// n pairs of bytes taken apart, in reverse order.
+// Splits n pairs of bytes, in reverse order.
 KOR_KERNEL void SplitRowReversed(KorUint8* KOR_RESTRICT first, KorUint8* KOR_RESTRICT second,
                                  const KorUint8* KOR_RESTRICT src, KorSizeT n) {
     Run run1, run2;
@@ -297,7 +348,7 @@ KOR_KERNEL void SwapRows(KorUint8* KOR_RESTRICT top, KorUint8* KOR_RESTRICT bott
     }
 }
 
-// The middle row of an odd height stays. Nothing is done, and no address formed, when the width is 0.
+// The middle row of an odd height stays. With a width of 0 nothing is done and no address is formed.
 void FlipPlane(Plane plane, KorSizeT width, KorSizeT height) {
     if (width == 0) {
         return;
@@ -325,26 +376,27 @@ void SplitPlane(Plane uv1, Plane uv2, SourceRows src, KorSizeT width, KorSizeT h
     }
 }
 
-// Every row reversed into a plane whose columns run backwards.
-void CopyReversed(TurnedPlane dst, SourceRows src, KorSizeT width, KorSizeT height) {
+// Reverses every row into a plane whose columns run backwards.
+void CopyReversed(RotatedPlane dst, SourceRows src, KorSizeT width, KorSizeT height) {
     for (KorSizeT j = 0; j < height; ++j) {
         ReverseRow(dst.At(width - 1, j), src.Row(j), width);
     }
 }
 
-void SplitReversed(TurnedPlane uv1, TurnedPlane uv2, SourceRows src, KorSizeT width, KorSizeT height) {
+void SplitReversed(RotatedPlane uv1, RotatedPlane uv2, SourceRows src, KorSizeT width, KorSizeT height) {
     for (KorSizeT j = 0; j < height; ++j) {
         SplitRowReversed(uv1.At(width - 1, j), uv2.At(width - 1, j), src.Row(j), width);
     }
 }
 
-// Quarter turns work in tiles of 16 rows of 16 bytes, so that both sides touch whole groups of neighbours in few cache
-// lines. What the bytes of a row are, samples, pairs or groups of a packed layout, matters only where columns are stored.
+// Rotations by 90 and 270 work in tiles of 16 rows of 16 bytes, so that source and destination are both accessed 16
+// adjacent bytes at a time, in few cache lines. What the bytes of a row are, samples, pairs or groups of a packed layout,
+// matters only where columns are stored.
 constexpr KorSizeT kTile = 16;
 
-// A tile as columns of kTile bytes, in the order in which the samples of a turned plane run. Interleaving halves rotates the
-// bits of every byte's position by one, so that four steps exchange the numbers of row and column. Before the last step
-// the same columns stand there twice as short: those of the even rows, then those of the odd rows.
+// A tile as columns of kTile bytes, in the order in which the samples of a rotated plane run. Interleaving halves rotates
+// the bits of every byte's index by one, so four steps exchange row and column numbers. Before the last step, `halves`
+// has the columns of the even rows, then those of the odd rows.
 struct TransposedTile {
     KorUint8 columns[kTile * kTile];
     KorUint8 halves[kTile * kTile];
@@ -352,7 +404,7 @@ struct TransposedTile {
     // Takes h rows of w bytes from source row j on.
     KOR_INLINE void Load(SourceRows src, KorSizeT firstByte, KorSizeT j, KorSizeT w, KorSizeT h, bool downwards) {
         if (w < kTile || h < kTile) {
-            // Tiles at the edges of a picture hold nothing indeterminate.
+            // Tiles at the edges of a picture must not contain indeterminate bytes.
             for (KorUint8& sample : columns) {
                 sample = 0;
             }
@@ -368,8 +420,8 @@ struct TransposedTile {
     }
 };
 
-// Writes n columns of h samples that lie stride bytes apart, for the source samples from (i, j) on.
-KOR_INLINE inline void StoreColumns(const TurnedPlane& dst, KorSizeT i, KorSizeT j,
+// Writes n columns of h samples, stride bytes apart, for the source samples from (i, j) on.
+KOR_INLINE inline void StoreColumns(const RotatedPlane& dst, KorSizeT i, KorSizeT j,
                                     const KorUint8* columns, KorSizeT stride, KorSizeT n, KorSizeT h) {
     KorUint8* const first = dst.At(i, dst.row > 0 ? j : j + h - 1);
     for (KorSizeT k = 0; k < n; ++k) {
@@ -377,15 +429,15 @@ KOR_INLINE inline void StoreColumns(const TurnedPlane& dst, KorSizeT i, KorSizeT
     }
 }
 
-// Tiles are visited in bands of rows, and in a band one cache line of the source after the other: both sides then finish
-// the lines that they have begun while these are at hand. The rows of a line lie a pitch apart, where hardware foresees
-// nothing, so the band's next line is asked for ahead.
+// Tiles are visited in bands of rows, and within a band by columns one source cache line wide: source and destination
+// lines are then finished while they are still in the cache. Hardware does not predict accesses a pitch apart, so the
+// band's next lines are prefetched.
 constexpr KorSizeT kBand = 128;
 constexpr KorSizeT kLine = 64;
 
-// Calls turn(i, j, w, h) for every tile of a picture of rowBytes by height; whole tiles pass their size as constants.
-template <class Turn>
-KOR_INLINE inline void ForEachTile(SourceRows src, KorSizeT rowBytes, KorSizeT height, Turn turn) {
+// Calls visit(i, j, w, h) for every tile of a picture of rowBytes by height; whole tiles pass their size as constants.
+template <class Visit>
+KOR_INLINE inline void ForEachTile(SourceRows src, KorSizeT rowBytes, KorSizeT height, Visit visit) {
     for (KorSizeT band = 0; band < height; band += kBand) {
         const KorSizeT bandEnd = Min(height, band + kBand);
         for (KorSizeT line = 0; line < rowBytes; line += kLine) {
@@ -397,9 +449,9 @@ KOR_INLINE inline void ForEachTile(SourceRows src, KorSizeT rowBytes, KorSizeT h
                 }
                 for (KorSizeT i = line; i < lineEnd; i += kTile) {
                     if (lineEnd - i >= kTile && h == kTile) {
-                        turn(i, j, kTile, kTile);
+                        visit(i, j, kTile, kTile);
                     } else {
-                        turn(i, j, Min(kTile, lineEnd - i), h);
+                        visit(i, j, Min(kTile, lineEnd - i), h);
                     }
                 }
             }
@@ -407,7 +459,7 @@ KOR_INLINE inline void ForEachTile(SourceRows src, KorSizeT rowBytes, KorSizeT h
     }
 }
 
-void TurnPlane(TurnedPlane dst, SourceRows src, KorSizeT width, KorSizeT height) {
+void RotatePlane(RotatedPlane dst, SourceRows src, KorSizeT width, KorSizeT height) {
     ForEachTile(src, width, height, [&](KorSizeT i, KorSizeT j, KorSizeT w, KorSizeT h) KOR_INLINE {
         TransposedTile tile;
         tile.Load(src, i, j, w, h, dst.row > 0);
@@ -415,7 +467,7 @@ void TurnPlane(TurnedPlane dst, SourceRows src, KorSizeT width, KorSizeT height)
     });
 }
 
-void SplitAndTurn(TurnedPlane uv1, TurnedPlane uv2, SourceRows src, KorSizeT width, KorSizeT height) {
+void SplitAndRotate(RotatedPlane uv1, RotatedPlane uv2, SourceRows src, KorSizeT width, KorSizeT height) {
     ForEachTile(src, 2 * width, height, [&](KorSizeT i, KorSizeT j, KorSizeT w, KorSizeT h) KOR_INLINE {
         TransposedTile tile;
         tile.Load(src, i, j, w, h, uv1.row > 0);
@@ -479,15 +531,15 @@ void KorPlanarRotation_C_(const KorUint8* src, KorDistanceT pitchSrc,
             }
             break;
         case 180:
-            CopyReversed(Turned(plane, widthSrc, heightSrc, 180), rows, widthSrc, heightSrc);
+            CopyReversed(Rotated(plane, widthSrc, heightSrc, 180), rows, widthSrc, heightSrc);
             break;
         case 90:
         case 270:
-            TurnPlane(Turned(plane, widthSrc, heightSrc, rotationDegree), rows, widthSrc, heightSrc);
+            RotatePlane(Rotated(plane, widthSrc, heightSrc, rotationDegree), rows, widthSrc, heightSrc);
             break;
         default:
-            // Deliberate: an angle that is none of the four writes nothing here, while the functions that split or
-            // convert as they turn take it for 270.
+            // Deliberate: any other angle writes nothing here, while the functions that split or convert as they rotate
+            // treat it as 270.
             break;
     }
 }
@@ -500,18 +552,18 @@ void KorPlanarUVDeinterlaceRotation_C_(const KorUint8* src, KorDistanceT pitchSr
         return;
     }
     const SourceRows rows = {src, pitchSrc};
-    const TurnedPlane turned1 = Turned({uv1, pitchUv1}, widthSrc, heightSrc, rotationDegree);
-    const TurnedPlane turned2 = Turned({uv2, pitchUv2}, widthSrc, heightSrc, rotationDegree);
+    const RotatedPlane rotated1 = Rotated({uv1, pitchUv1}, widthSrc, heightSrc, rotationDegree);
+    const RotatedPlane rotated2 = Rotated({uv2, pitchUv2}, widthSrc, heightSrc, rotationDegree);
     switch (rotationDegree) {
         case 0:
             SplitPlane({uv1, pitchUv1}, {uv2, pitchUv2}, rows, widthSrc, heightSrc);
             break;
         case 180:
-            SplitReversed(turned1, turned2, rows, widthSrc, heightSrc);
+            SplitReversed(rotated1, rotated2, rows, widthSrc, heightSrc);
             break;
         default:
-            // Deliberate: 270 and every angle that is none of the four.
-            SplitAndTurn(turned1, turned2, rows, widthSrc, heightSrc);
+            // Deliberate: 90, 270 and, as 270, every other angle.
+            SplitAndRotate(rotated1, rotated2, rows, widthSrc, heightSrc);
             break;
     }
 }
@@ -521,7 +573,7 @@ void KorI420FlipVertical_C_(KorUint8* srcY, KorSizeT srcPitchY,
                             KorUint8* srcV, KorSizeT srcPitchV,
                             KorSizeT width, KorSizeT height) {
     // Deliberate: chroma is rounded down, so the last chroma column of an odd width and the last chroma row of an odd
-    // height stay where they are.
+    // height are left as they are.
     const KorSizeT widthC = width >> 1;
     const KorSizeT heightC = height >> 1;
     FlipPlane({srcU, srcPitchU}, widthC, heightC);
@@ -532,18 +584,19 @@ void KorI420FlipVertical_C_(KorUint8* srcY, KorSizeT srcPitchY,
 // ---------------------------------------------------------------------------------------------------------------------
 // 3  RGB to YUV
 //
-// Pixels are taken apart into one run of bytes a channel, so that everything behind SplitPixels is the same for every
-// layout and works on contiguous bytes. Chroma of 4:2:0 comes from averaged RGB: rows first or columns first can differ
-// by one, so the order is fixed: each column's vertical pair, then the two columns.
+// Pixels are split into one run of bytes per channel, so that everything after SplitPixels is the same for every layout
+// and works on contiguous bytes. The chroma of 4:2:0 comes from averaged RGB. Averaging rows first or columns first can
+// differ by one, so the order is fixed: each column's vertical pair, then the two columns.
 // ---------------------------------------------------------------------------------------------------------------------
 
 namespace {
 
-struct RgbRun {
+// At cache lines, so that no load or store of a long vector straddles two.
+struct alignas(64) RgbRun {
     Run r, g, b;
 };
 
-// The bytes of a 32-bit pixel that hold red, green, blue and alpha.
+// The bytes of a 32-bit pixel that hold red, green, blue and alpha. A 24-bit pixel is one without its last byte, alpha.
 struct RgbLayout {
     KorSizeT ro, go, bo, ao;
 };
@@ -553,17 +606,17 @@ constexpr RgbLayout kBgra = {2, 1, 0, 3};
 constexpr RgbLayout kArgb = {1, 2, 3, 0};
 constexpr RgbLayout kAbgr = {3, 2, 1, 0};
 
-// Rows Y, U, V; columns red, green, blue; units of 1/256, the scale in which callers hand in matrices of their own.
+// Rows Y, U, V; columns red, green, blue; units of 1/256, as in the matrices that callers pass.
 using RgbToYuvRow = KorInt[3];
 
 struct RgbToYuvMatrix {
     RgbToYuvRow y, u, v;
 };
 
-static_assert(sizeof(RgbToYuvMatrix) == 9 * sizeof(KorInt), "laid out as callers lay out theirs");
+static_assert(sizeof(RgbToYuvMatrix) == 9 * sizeof(KorInt), "the same layout as a caller's");
 
-// ITU-R BT.601, limited range. Its constants have seven fraction bits (33, 64, 13 and so on); they are written doubled,
-// which changes no result and lets one shift by eight serve every matrix.
+// ITU-R BT.601, limited range. Its constants have seven fraction bits (33, 64, 13 and so on). They are doubled here, which
+// changes no result and lets one shift by eight serve every matrix.
 constexpr RgbToYuvMatrix kBt601 = {
     {2 * 33, 2 * 64, 2 * 13},
     {2 * -19, 2 * -37, 2 * 56},
@@ -577,7 +630,7 @@ constexpr RgbToYuvMatrix kBt709 = {
     {112, -102, -10},
 };
 
-// BT.601 again, with eight fraction bits: the matrix of the 24-bit captures. The two sets differ slightly, and both are
+// BT.601 with eight fraction bits: the matrix of the 24-bit captures. It differs slightly from the one above, and both are
 // part of the contract.
 constexpr RgbToYuvMatrix kBt601Of24Bit = {
     {66, 129, 25},
@@ -588,7 +641,7 @@ constexpr RgbToYuvMatrix kBt601Of24Bit = {
 constexpr KorUint8 kLumaOffset = 16;
 constexpr KorUint8 kChromaOffset = 128;
 
-// One sample: the weighted sum in units of 1/256, rounded down, plus the offset, of which the low byte is kept.
+// One sample: the low byte of the weighted sum in units of 1/256, rounded down, plus the offset.
 constexpr KorUint8 Weigh(const RgbToYuvRow& weights, KorUint8 offset, KorUint8 r, KorUint8 g, KorUint8 b) {
     const KorUint sum = static_cast<KorUint>(weights[0]) * r + static_cast<KorUint>(weights[1]) * g +
                         static_cast<KorUint>(weights[2]) * b;
@@ -606,21 +659,21 @@ static_assert(MapsGreyTo(kBt601Of24Bit, 0, 16, 128, 128) && MapsGreyTo(kBt601Of2
 static_assert(MapsGreyTo(kBt709, 0, 16, 128, 128) && MapsGreyTo(kBt709, 255, 235, 127, 128));
 static_assert(Weigh(kBt601.u, kChromaOffset, 0, 0, 255) == 239 && Weigh(kBt601.v, kChromaOffset, 255, 0, 0) == 239);
 
-// Takes n pixels apart, at least one. Where pixels are read as words, the alpha between them comes along and is dropped.
-// The pixel whose alpha begins or ends the run is taken by its bytes: that alpha may lie outside the caller's memory.
+// Splits n pixels, at least one. Where pixels are read as words, alpha is read as well and dropped. The first or last
+// pixel, whose alpha begins or ends the run, is read byte by byte: that alpha may lie outside the caller's memory.
 template <const RgbLayout& layout>
 KOR_KERNEL void SplitPixels(KorUint8* KOR_RESTRICT r, KorUint8* KOR_RESTRICT g, KorUint8* KOR_RESTRICT b,
                             const KorUint8* KOR_RESTRICT x, KorSizeT n) {
     constexpr bool alphaFirst = layout.ao == 0;
-    const KorSizeT begin = kReadsWords && alphaFirst ? 1 : 0;
-    const KorSizeT end = kReadsWords && !alphaFirst ? n - 1 : n;
+    const KorSizeT begin = kGroupsAsWords && alphaFirst ? 1 : 0;
+    const KorSizeT end = kGroupsAsWords && !alphaFirst ? n - 1 : n;
     KOR_BYTE_LANES
     for (KorSizeT i = begin; i < end; ++i) {
         r[i] = ByteOf<KorUint, layout.ro>(x, i);
         g[i] = ByteOf<KorUint, layout.go>(x, i);
         b[i] = ByteOf<KorUint, layout.bo>(x, i);
     }
-    if constexpr (kReadsWords) {
+    if constexpr (kGroupsAsWords) {
         const KorSizeT edge = alphaFirst ? 0 : n - 1;
         r[edge] = x[4 * edge + layout.ro];
         g[edge] = x[4 * edge + layout.go];
@@ -629,7 +682,7 @@ KOR_KERNEL void SplitPixels(KorUint8* KOR_RESTRICT r, KorUint8* KOR_RESTRICT g, 
 }
 
 // Weigh for n pixels. Only bits 8 to 15 of the sum reach the result, so it is formed modulo 2^16, in lanes half as wide
-// as the sum itself would need.
+// as the full sum would need.
 KOR_KERNEL void WeighLanes(KorUint8* KOR_RESTRICT dst,
                            const KorUint8* KOR_RESTRICT r, const KorUint8* KOR_RESTRICT g, const KorUint8* KOR_RESTRICT b,
                            KorUint16 wr, KorUint16 wg, KorUint16 wb, KorUint8 offset, KorSizeT n) {
@@ -646,7 +699,7 @@ void WeighRow(KorUint8* dst, const RgbRun& x, const RgbToYuvRow& weights, KorUin
     WeighLanes(dst, x.r, x.g, x.b, wr, wg, wb, offset, n);
 }
 
-// The chroma of the blocks that n columns make, where each column is already the average of its rows.
+// The chroma of blocks from n columns, each already the average of its rows.
 void WriteBlockChroma(KorUint8* u, KorUint8* v, const RgbRun& columns, const RgbToYuvMatrix& matrix, KorSizeT n) {
     RgbRun blocks;
     ReducePairs(blocks.r, columns.r, n);
@@ -715,16 +768,17 @@ struct Rgb {
     KorUint8 r, g, b;
 };
 
-Rgb BgraPixel(const KorUint8* row, KorSizeT column) {
+template <const RgbLayout& layout>
+Rgb Pixel(const KorUint8* row, KorSizeT column) {
     const KorUint8* x = row + 4 * column;
-    return {x[kBgra.ro], x[kBgra.go], x[kBgra.bo]};
+    return {x[layout.ro], x[layout.go], x[layout.bo]};
 }
 
 constexpr Rgb Average(Rgb a, Rgb b) {
     return {Average(a.r, b.r), Average(a.g, b.g), Average(a.b, b.b)};
 }
 
-// A caller's matrix, read anew through its pointer for every sample.
+// A caller's matrix, read again through its pointer for every sample.
 struct CallerMatrix {
     const KorInt (*coeffs)[3];
 
@@ -743,8 +797,9 @@ void WriteCorner(Plane y, KorSizeT width, KorSizeT height, KorUint8 corner) {
     }
 }
 
-// The conversion for coefficients that share memory with no destination: the common kernels, and what differs at the odd
-// edges. The passes keep their order: row pairs, odd column, odd row, corner.
+// The conversion for coefficients that do not overlap a destination: the common kernels, plus what differs at the odd
+// edges. The order of the passes is fixed: row pairs, odd column, odd row, corner.
+template <const RgbLayout& layout>
 void CaptureGeneral(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorSizeT height, const KorInt (*coeffs)[3]) {
     RgbToYuvMatrix matrix;
     KorMemCpy(&matrix, coeffs, sizeof matrix);
@@ -754,24 +809,25 @@ void CaptureGeneral(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, 
     const CallerMatrix caller = {coeffs};
     const KorSizeT width2 = width & ~KorSizeT{1};
     const KorSizeT height2 = height & ~KorSizeT{1};
-    XXXXToI420_C_<kBgra>(y, u, v, rows, width, height2, matrix);
+    XXXXToI420_C_<layout>(y, u, v, rows, width, height2, matrix);
     if (IsOdd(width)) {
         for (KorSizeT row = 0; row < height2; ++row) {
             KorUint8* last = y.Row(row) + width2;
-            last[0] = last[1] = caller.EdgeY(BgraPixel(rows.Row(row), width2));
+            last[0] = last[1] = caller.EdgeY(Pixel<layout>(rows.Row(row), width2));
         }
     }
     if (IsOdd(height)) {
-        CaptureLoneRow<kBgra>(y.Row(height2), u.Row(height2 / 2), v.Row(height2 / 2), rows.Row(height2), width, edge);
+        CaptureLoneRow<layout>(y.Row(height2), u.Row(height2 / 2), v.Row(height2 / 2), rows.Row(height2), width, edge);
         KorMemCpy(y.Row(height), y.Row(height2), width2);
     }
     if (IsOdd(width) && IsOdd(height)) {
-        WriteCorner(y, width, height, caller.Y(BgraPixel(rows.Row(height2), width2)));
+        WriteCorner(y, width, height, caller.Y(Pixel<layout>(rows.Row(height2), width2)));
     }
 }
 
-// The same, one sample at a time and in the order of the passes, for coefficients that lie inside a destination plane:
-// every sample takes them as the samples before it left them.
+// The same, one sample at a time and in the order of the passes, for coefficients that overlap a destination plane: every
+// sample uses them as the samples before it left them.
+template <const RgbLayout& layout>
 void CaptureGeneralOverlapping(Plane y, Plane u, Plane v, SourceRows rows,
                                KorSizeT width, KorSizeT height, const KorInt (*coeffs)[3]) {
     const CallerMatrix matrix = {coeffs};
@@ -781,10 +837,10 @@ void CaptureGeneralOverlapping(Plane y, Plane u, Plane v, SourceRows rows,
     const KorSizeT height2 = 2 * heightC;
     for (KorSizeT i = 0; i < heightC; ++i) {
         for (KorSizeT j = 0; j < widthC; ++j) {
-            const Rgb p0 = BgraPixel(rows.Row(2 * i), 2 * j);
-            const Rgb p1 = BgraPixel(rows.Row(2 * i), 2 * j + 1);
-            const Rgb p2 = BgraPixel(rows.Row(2 * i + 1), 2 * j);
-            const Rgb p3 = BgraPixel(rows.Row(2 * i + 1), 2 * j + 1);
+            const Rgb p0 = Pixel<layout>(rows.Row(2 * i), 2 * j);
+            const Rgb p1 = Pixel<layout>(rows.Row(2 * i), 2 * j + 1);
+            const Rgb p2 = Pixel<layout>(rows.Row(2 * i + 1), 2 * j);
+            const Rgb p3 = Pixel<layout>(rows.Row(2 * i + 1), 2 * j + 1);
             y.Row(2 * i)[2 * j] = matrix.Y(p0);
             y.Row(2 * i)[2 * j + 1] = matrix.Y(p1);
             y.Row(2 * i + 1)[2 * j] = matrix.Y(p2);
@@ -796,8 +852,8 @@ void CaptureGeneralOverlapping(Plane y, Plane u, Plane v, SourceRows rows,
     }
     if (IsOdd(width)) {
         for (KorSizeT i = 0; i < heightC; ++i) {
-            const Rgb p0 = BgraPixel(rows.Row(2 * i), width2);
-            const Rgb p2 = BgraPixel(rows.Row(2 * i + 1), width2);
+            const Rgb p0 = Pixel<layout>(rows.Row(2 * i), width2);
+            const Rgb p2 = Pixel<layout>(rows.Row(2 * i + 1), width2);
             KorUint8* y0 = y.Row(2 * i) + width2;
             KorUint8* y1 = y.Row(2 * i + 1) + width2;
             y0[0] = y0[1] = matrix.EdgeY(p0);
@@ -809,8 +865,8 @@ void CaptureGeneralOverlapping(Plane y, Plane u, Plane v, SourceRows rows,
     if (IsOdd(height)) {
         const KorUint8* x = rows.Row(height2);
         for (KorSizeT j = 0; j < widthC; ++j) {
-            const Rgb p0 = BgraPixel(x, 2 * j);
-            const Rgb p1 = BgraPixel(x, 2 * j + 1);
+            const Rgb p0 = Pixel<layout>(x, 2 * j);
+            const Rgb p1 = Pixel<layout>(x, 2 * j + 1);
             y.Row(height2)[2 * j] = y.Row(height)[2 * j] = matrix.EdgeY(p0);
             y.Row(height2)[2 * j + 1] = y.Row(height)[2 * j + 1] = matrix.EdgeY(p1);
             u.Row(heightC)[j] = matrix.U(Average(p0, p1));
@@ -818,14 +874,14 @@ void CaptureGeneralOverlapping(Plane y, Plane u, Plane v, SourceRows rows,
         }
     }
     if (IsOdd(width) && IsOdd(height)) {
-        const Rgb corner = BgraPixel(rows.Row(height2), width2);
+        const Rgb corner = Pixel<layout>(rows.Row(height2), width2);
         WriteCorner(y, width, height, matrix.Y(corner));
         u.Row(heightC)[widthC] = matrix.U(corner);
         v.Row(heightC)[widthC] = matrix.V(corner);
     }
 }
 
-// Whether coefficients share a byte with the width by height samples of a plane.
+// Whether the coefficients share a byte with the width by height samples of a plane.
 bool Overlap(const KorInt (*coeffs)[3], Plane plane, KorSizeT width, KorSizeT height) {
     const uintptr_t coeffsBegin = reinterpret_cast<uintptr_t>(coeffs);
     const uintptr_t planeBegin = reinterpret_cast<uintptr_t>(plane.samples);
@@ -833,8 +889,8 @@ bool Overlap(const KorInt (*coeffs)[3], Plane plane, KorSizeT width, KorSizeT he
     return coeffsBegin < planeBegin + planeBytes && planeBegin < coeffsBegin + 3 * sizeof *coeffs;
 }
 
-// Takes n pixels of three bytes apart, 32 at a time. Their 96 bytes have places from 0 to 95, and interleaving halves
-// doubles a place modulo 95. Byte 3 * i + c of the pixels belongs to place i + 32 * c, 32 times as far modulo 95: five steps.
+// Splits n pixels of three bytes, 32 at a time. Interleaving the halves of their 96 bytes doubles the index of every byte
+// modulo 95. Byte 3 * i + c must go to index i + 32 * c, which is 32 times its own modulo 95: five steps.
 KOR_KERNEL void SplitTriples(KorUint8* KOR_RESTRICT first, KorUint8* KOR_RESTRICT second, KorUint8* KOR_RESTRICT third,
                              const KorUint8* KOR_RESTRICT x, KorSizeT n) {
     constexpr KorSizeT block = 32;
@@ -842,15 +898,19 @@ KOR_KERNEL void SplitTriples(KorUint8* KOR_RESTRICT first, KorUint8* KOR_RESTRIC
     const KorSizeT whole = n - n % block;
     for (KorSizeT i = 0; i < whole; i += block) {
         KorUint8 pixels[3 * block], planes[3 * block];
-        KorMemCpy(pixels, x + 3 * i, sizeof pixels);
+        for (KorSizeT k = 0; k < sizeof pixels; k += kBlock) {
+            KorMemCpy(pixels + k, x + 3 * i + k, kBlock);
+        }
         InterleaveHalves(planes, pixels);
         InterleaveHalves(pixels, planes);
         InterleaveHalves(planes, pixels);
         InterleaveHalves(pixels, planes);
         InterleaveHalves(planes, pixels);
-        KorMemCpy(first + i, planes, block);
-        KorMemCpy(second + i, planes + block, block);
-        KorMemCpy(third + i, planes + 2 * block, block);
+        for (KorSizeT k = 0; k < block; k += kBlock) {
+            KorMemCpy(first + i + k, planes + k, kBlock);
+            KorMemCpy(second + i + k, planes + block + k, kBlock);
+            KorMemCpy(third + i + k, planes + 2 * block + k, kBlock);
+        }
     }
     for (KorSizeT i = whole; i < n; ++i) {
         first[i] = x[3 * i];
@@ -859,7 +919,7 @@ KOR_KERNEL void SplitTriples(KorUint8* KOR_RESTRICT first, KorUint8* KOR_RESTRIC
     }
 }
 
-// The rounded average of the four samples of n blocks.
+// The rounded averages of the four samples of n blocks.
 KOR_KERNEL void AverageBlocks(KorUint8* KOR_RESTRICT dst,
                               const KorUint8* KOR_RESTRICT a, const KorUint8* KOR_RESTRICT b, KorSizeT n) {
     KOR_BYTE_LANES
@@ -868,23 +928,22 @@ KOR_KERNEL void AverageBlocks(KorUint8* KOR_RESTRICT dst,
     }
 }
 
-// The bytes of a 24-bit pixel: red first or blue first.
-enum class Order24 {
-    Rgb,
-    Bgr,
-};
-
-// The 24-bit captures convert every pixel and average its chroma afterwards.
-void Convert24Bit(KorUint8* y, KorUint8* u, KorUint8* v, const KorUint8* rgb, Order24 order, KorSizeT n) {
+// The 24-bit captures convert every pixel and then average the chroma.
+template <const RgbLayout& layout>
+void Convert24Bit(KorUint8* y, KorUint8* u, KorUint8* v, const KorUint8* x, KorSizeT n) {
+    static_assert(layout.ao == 3, "the first three bytes are the pixel");
     RgbRun row;
-    const bool redFirst = order == Order24::Rgb;
-    SplitTriples(redFirst ? row.r : row.b, row.g, redFirst ? row.b : row.r, rgb, n);
+    KorUint8* channels[3];
+    channels[layout.ro] = row.r;
+    channels[layout.go] = row.g;
+    channels[layout.bo] = row.b;
+    SplitTriples(channels[0], channels[1], channels[2], x, n);
     WeighRow(y, row, kBt601Of24Bit.y, kLumaOffset, n);
     WeighRow(u, row, kBt601Of24Bit.u, kChromaOffset, n);
     WeighRow(v, row, kBt601Of24Bit.v, kChromaOffset, n);
 }
 
-// The chroma of n columns of a row pair. An odd last column has blocks one column wide.
+// The chroma of n columns of a row pair. The block of an odd last column is one column wide.
 void ReduceBlocks(KorUint8* dst, const KorUint8* a, const KorUint8* b, KorSizeT n) {
     AverageBlocks(dst, a, b, n / 2);
     if (IsOdd(n)) {
@@ -892,8 +951,8 @@ void ReduceBlocks(KorUint8* dst, const KorUint8* a, const KorUint8* b, KorSizeT 
     }
 }
 
-// Deliberate: the corner of an odd width and height blends the chroma above and to its left, and takes the one that there
-// is where the other is missing. Only a picture of one pixel converts its own.
+// Deliberate: the corner of an odd width and height averages the chroma above and to its left, or copies the one that
+// exists. Only a picture of one pixel converts its own.
 void WriteCornerChroma(Plane plane, KorSizeT widthC, KorSizeT heightC, KorUint8 own) {
     KorUint8* corner = plane.Row(heightC) + widthC;
     if (widthC == 0 && heightC == 0) {
@@ -907,12 +966,13 @@ void WriteCornerChroma(Plane plane, KorSizeT widthC, KorSizeT heightC, KorUint8 
     }
 }
 
-void Capture24Bit(Plane y, Plane u, Plane v, const KorUint8* rgb, KorSizeT pitchRgb, Order24 order,
+template <const RgbLayout& layout>
+void Capture24Bit(Plane y, Plane u, Plane v, const KorUint8* x, KorSizeT pitchX,
                   KorSizeT width, KorSizeT height, KorBool flip) {
     if (width == 0 || height == 0) {
         return;
     }
-    const SourceRows rows = ReadingOrder(rgb, pitchRgb, height, flip);
+    const SourceRows rows = ReadingOrder(x, pitchX, height, flip);
     const KorSizeT widthC = width / 2;
     const KorSizeT width2 = 2 * widthC;
     const KorSizeT heightC = height / 2;
@@ -921,14 +981,14 @@ void Capture24Bit(Plane y, Plane u, Plane v, const KorUint8* rgb, KorSizeT pitch
     for (KorSizeT i = 0; i < heightC; ++i) {
         for (KorSizeT start = 0; start < width; start += kRun) {
             const KorSizeT n = Min(kRun, width - start);
-            Convert24Bit(y.Row(2 * i) + start, u0, v0, rows.Row(2 * i) + 3 * start, order, n);
-            Convert24Bit(y.Row(2 * i + 1) + start, u1, v1, rows.Row(2 * i + 1) + 3 * start, order, n);
+            Convert24Bit<layout>(y.Row(2 * i) + start, u0, v0, rows.Row(2 * i) + 3 * start, n);
+            Convert24Bit<layout>(y.Row(2 * i + 1) + start, u1, v1, rows.Row(2 * i + 1) + 3 * start, n);
             ReduceBlocks(u.Row(i) + start / 2, u0, u1, n);
             ReduceBlocks(v.Row(i) + start / 2, v0, v1, n);
         }
     }
     if (IsOdd(width)) {
-        // Deliberate: the luma of an odd last column is repeated one column further right.
+        // Deliberate: the luma of an odd last column is repeated one column to the right.
         for (KorSizeT row = 0; row < height2; ++row) {
             y.Row(row)[width] = y.Row(row)[width2];
         }
@@ -936,7 +996,7 @@ void Capture24Bit(Plane y, Plane u, Plane v, const KorUint8* rgb, KorSizeT pitch
     if (IsOdd(height)) {
         for (KorSizeT start = 0; start < width2; start += kRun) {
             const KorSizeT n = Min(kRun, width2 - start);
-            Convert24Bit(y.Row(height2) + start, u0, v0, rows.Row(height2) + 3 * start, order, n);
+            Convert24Bit<layout>(y.Row(height2) + start, u0, v0, rows.Row(height2) + 3 * start, n);
             AveragePairs(u.Row(heightC) + start / 2, u0, n / 2);
             AveragePairs(v.Row(heightC) + start / 2, v0, n / 2);
         }
@@ -948,7 +1008,7 @@ void Capture24Bit(Plane y, Plane u, Plane v, const KorUint8* rgb, KorSizeT pitch
     if (IsOdd(width) && IsOdd(height)) {
         // Deliberate: the corner repeats the luma above it. Only a picture of one row converts its own.
         KorUint8 yOwn, uOwn, vOwn;
-        Convert24Bit(&yOwn, &uOwn, &vOwn, rows.Row(height2) + 3 * width2, order, 1);
+        Convert24Bit<layout>(&yOwn, &uOwn, &vOwn, rows.Row(height2) + 3 * width2, 1);
         y.Row(height2)[width2] = heightC != 0 ? y.Row(height2 - 1)[width2] : yOwn;
         WriteCornerChroma(u, widthC, heightC, uOwn);
         WriteCornerChroma(v, widthC, heightC, vOwn);
@@ -1037,7 +1097,7 @@ void KorBGRAToI444UsingBT709_C_(KorUint8* y, KorSizeT pitchY,
     if (width == 0 || height == 0) {
         return;
     }
-    // Deliberate: a set flip chooses the first row and no more. From there the walk goes downwards, past the picture.
+    // Deliberate: a set flip only chooses the first row. From there the rows run downwards, past the picture.
     const SourceRows rows = {ReadingOrder(x, pitchX, height, flip).first, static_cast<KorDistanceT>(pitchX)};
     XXXXToI444_C_<kBgra>({y, pitchY}, {u, pitchU}, {v, pitchV}, rows, width, height, kBt709);
 }
@@ -1056,12 +1116,12 @@ void KorBGRAToI420General_C_(KorUint8* y, KorSizeT pitchY,
     const SourceRows rows = ReadingOrder(x, pitchX, height, flip);
     const KorSizeT widthC = (width + 1) / 2;
     const KorSizeT heightC = (height + 1) / 2;
-    // The luma that is written includes the spare column and row of odd sizes.
+    // The luma written includes the spare column and row of odd sizes.
     if (Overlap(coeffs, planeY, 2 * widthC, 2 * heightC) || Overlap(coeffs, planeU, widthC, heightC) ||
         Overlap(coeffs, planeV, widthC, heightC)) {
-        CaptureGeneralOverlapping(planeY, planeU, planeV, rows, width, height, coeffs);
+        CaptureGeneralOverlapping<kBgra>(planeY, planeU, planeV, rows, width, height, coeffs);
     } else {
-        CaptureGeneral(planeY, planeU, planeV, rows, width, height, coeffs);
+        CaptureGeneral<kBgra>(planeY, planeU, planeV, rows, width, height, coeffs);
     }
 }
 
@@ -1070,7 +1130,7 @@ void KorRawToI420_C_(KorUint8* y, KorSizeT pitchY,
                      KorUint8* v, KorSizeT pitchV,
                      const KorUint8* rgb, KorSizeT pitchRgb,
                      KorSizeT width, KorSizeT height, KorBool flip) {
-    Capture24Bit({y, pitchY}, {u, pitchU}, {v, pitchV}, rgb, pitchRgb, Order24::Rgb, width, height, flip);
+    Capture24Bit<kRgba>({y, pitchY}, {u, pitchU}, {v, pitchV}, rgb, pitchRgb, width, height, flip);
 }
 
 void Kor24BGToI420_C_(KorUint8* y, KorSizeT pitchY,
@@ -1078,15 +1138,14 @@ void Kor24BGToI420_C_(KorUint8* y, KorSizeT pitchY,
                       KorUint8* v, KorSizeT pitchV,
                       const KorUint8* bgr, KorSizeT pitchBgr,
                       KorSizeT width, KorSizeT height, KorBool flip) {
-    Capture24Bit({y, pitchY}, {u, pitchU}, {v, pitchV}, bgr, pitchBgr, Order24::Bgr, width, height, flip);
+    Capture24Bit<kBgra>({y, pitchY}, {u, pitchU}, {v, pitchV}, bgr, pitchBgr, width, height, flip);
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
 // 4  YUV to RGB
 //
-// Noise is a stage of its own: it turns a run of samples into a run of noisy samples, and the plain kernels behind it
-// do not know of it. Colour works in 16-bit lanes, unless a caller's coefficients are too large; the bounds stand with the
-// kernels.
+// Noise is a separate stage: it adds noise to a run of samples before the plain kernels convert it. Colour is computed in
+// 16-bit lanes unless a caller's coefficients are too large; the bounds are stated with the kernels.
 // ---------------------------------------------------------------------------------------------------------------------
 
 namespace {
@@ -1099,8 +1158,8 @@ constexpr KorSizeT RoundUpTo8(KorSizeT n) {
     return (n + 7) & ~KorSizeT{7};
 }
 
-// The noise of one plane. The index is that of the sample in row 0 and column 0; it grows without limit and is reduced
-// only where the table is read.
+// The noise of one plane. The index is that of the sample in row 0 and column 0; indices grow without limit and are
+// reduced only where the table is read.
 struct Noise {
     bool isOn;
     KorSizeT index;
@@ -1116,7 +1175,7 @@ constexpr KorUint ChromaShift(KorUint ditherLevel) {
     return 4 - ditherLevel;
 }
 
-// Levels beyond the four that are defined count as Off.
+// Undefined levels count as Off.
 constexpr bool IsDithering(KorUint ditherLevel) {
     return ditherLevel != KOR_VIDEOFRAMEDITHERLEVEL_Off && ditherLevel <= KOR_VIDEOFRAMEDITHERLEVEL_2;
 }
@@ -1127,7 +1186,7 @@ KorSizeT DrawIndex(KorSizeT startMask) {
     return index & startMask;
 }
 
-// The filter draws 16 bits and leaves the reduction to the table's reader.
+// The filter draws 16 bits; AddNoise reduces them.
 KorSizeT DrawShortIndex() {
     KorUint16 index = 0;
     KorRandomGetBytes(reinterpret_cast<char*>(&index), sizeof index);
@@ -1151,8 +1210,8 @@ static_assert(ClipLane(-32768) == 0 && ClipLane(-1) == 0 && ClipLane(0) == 0 &&
                   ClipLane(255) == 255 && ClipLane(256) == 255 && ClipLane(32767) == 255,
               "saturates at both ends");
 
-// A sample with noise. Limiting the entry to 13 bits first keeps every step within 16 bits and changes no result: at
-// the largest shift, 4, the limits still scale to -256 and 256, which saturate any sample.
+// A sample with noise. Limiting the entry to 13 bits first keeps every step within 16 bits and changes no result: even at
+// the largest shift, 4, the limits scale to -256 and 256, which saturate any sample.
 template <KorUint rsBits>
 constexpr KorUint8 NoisySample(KorUint8 sample, KorInt16 entry) {
     static_assert(rsBits <= 4, "the limits of the entry are chosen for shifts up to 4");
@@ -1175,7 +1234,7 @@ KOR_KERNEL void AddNoiseRow(KorUint8* KOR_RESTRICT dst,
     }
 }
 
-// Adds the noise from index on, which starts anew at the end of the table.
+// Adds the noise from index on, wrapping at the end of the table.
 void AddNoise(KorUint8* dst, const KorUint8* src, KorSizeT index, KorUint rsBits, KorSizeT n) {
     while (n != 0) {
         const KorSizeT entry = index & (kNoiseEntries - 1);
@@ -1205,12 +1264,12 @@ void AddNoise(KorUint8* dst, const KorUint8* src, KorSizeT index, KorUint rsBits
     }
 }
 
-// A plane that is read, with noise or without.
+// A source plane, with or without noise.
 struct SourcePlane {
     SourceRows rows;
     Noise noise;
 
-    // n samples of a row: those of the plane itself or, with noise, in the run that is handed in.
+    // n samples of a row: in the plane itself or, with noise, in the run that is passed in.
     const KorUint8* Read(KorUint8* noisy, KorSizeT row, KorSizeT start, KorSizeT n) const {
         const KorUint8* plain = rows.Row(row) + start;
         if (!noise.isOn) {
@@ -1225,13 +1284,13 @@ struct SourcePlanes {
     SourcePlane y, u, v;
 };
 
-// How a family of conversions walks the noise table: where chroma may start, and the distance of rows in each plane.
+// How a family of conversions walks the noise table: where chroma may start, and the distance between rows.
 struct NoiseWalk {
     KorSizeT chromaStart;
     KorSizeT strideY, strideC;
 };
 
-// Luma walks a raster; chroma runs on from one row to the next.
+// Luma rows start at multiples of 8; chroma runs on from one row to the next.
 constexpr NoiseWalk I420Walk(KorSizeT width) {
     return {kAnyStart, RoundUpTo8(width), width >> 1};
 }
@@ -1244,7 +1303,7 @@ constexpr NoiseWalk PackedWalk(KorSizeT width) {
     return {kAlignedStart, RoundUpTo8(width), RoundUpTo8(width >> 1)};
 }
 
-// The source of a renderer. When it dithers, the start of each plane's noise is drawn here, in the order Y, U, V.
+// The source of a renderer or packer. If it dithers, the start of each plane's noise is drawn here, in the order Y, U, V.
 SourcePlanes Source(ReadPlane y, ReadPlane u, ReadPlane v, KorUint ditherLevel, NoiseWalk walk) {
     SourcePlanes planes = {{TopDown(y), {}}, {TopDown(u), {}}, {TopDown(v), {}}};
     if (IsDithering(ditherLevel)) {
@@ -1255,8 +1314,14 @@ SourcePlanes Source(ReadPlane y, ReadPlane u, ReadPlane v, KorUint ditherLevel, 
     return planes;
 }
 
-// Hands out an I420 picture in runs of 2 by 2 blocks: write(row, start, y0, y1, u, v, n) gets n columns of the two luma
-// rows from (start, row) on, and their chroma. What is left over of odd sizes is not handed out.
+// n columns of a row pair from (start, row) on: the two luma rows and the chroma that they share.
+struct BlockRun {
+    KorSizeT row, start;
+    const KorUint8 *y0, *y1, *u, *v;
+    KorSizeT n;
+};
+
+// Calls write(run) for all 2 by 2 blocks of an I420 picture. An odd last column or row is left out.
 template <class Write>
 void ForEachBlockRun(const SourcePlanes& planes, KorSizeT width, KorSizeT height, Write write) {
     const KorSizeT width2 = width & ~KorSizeT{1};
@@ -1268,14 +1333,14 @@ void ForEachBlockRun(const SourcePlanes& planes, KorSizeT width, KorSizeT height
     for (KorSizeT i = 0; i < heightC; ++i) {
         for (KorSizeT start = 0; start < width2; start += kRun) {
             const KorSizeT n = Min(kRun, width2 - start);
-            write(2 * i, start,
-                  planes.y.Read(y0, 2 * i, start, n), planes.y.Read(y1, 2 * i + 1, start, n),
-                  planes.u.Read(u, i, start / 2, n / 2), planes.v.Read(v, i, start / 2, n / 2), n);
+            write(BlockRun{2 * i, start,
+                           planes.y.Read(y0, 2 * i, start, n), planes.y.Read(y1, 2 * i + 1, start, n),
+                           planes.u.Read(u, i, start / 2, n / 2), planes.v.Read(v, i, start / 2, n / 2), n});
         }
     }
 }
 
-// What chroma adds to the luma of each channel.
+// What chroma adds to luma in each channel.
 struct TermRun {
     KorInt16 rR[kRun];
     KorInt16 gG[kRun];
@@ -1312,7 +1377,7 @@ KOR_KERNEL void WriteTerms(KorInt16* KOR_RESTRICT rR, KorInt16* KOR_RESTRICT gG,
     }
 }
 
-// Every term twice, for the two pixels of a pair.
+// Repeats every term, for the two pixels of a pair.
 KOR_KERNEL void RepeatRow(KorInt16* KOR_RESTRICT dst, const KorInt16* KOR_RESTRICT terms, KorSizeT n) {
     for (KorSizeT i = 0; i < n; ++i) {
         dst[2 * i] = terms[i];
@@ -1337,7 +1402,7 @@ static_assert(CallerTerm({256, 0, 0}, 0, 0) == -16 && CallerTerm({0, 0, 0}, 9, 9
               "chroma terms are rounded, then floored");
 static_assert(CallerTerm({0, 1, 0}, 0, 128) == 0 && CallerTerm({0, 129, 0}, 127, 128) == -1, "rounded toward minus infinity");
 
-// Coefficients of at most 32 in magnitude leave every luma and every term, and their sums, in a 16-bit lane.
+// Coefficients below 32 in magnitude keep luma, terms and their sums within 16-bit lanes.
 constexpr KorInt kLaneCoefficient = 8191;
 static_assert((255 * kLaneCoefficient >> 8) + CallerTerm({-kLaneCoefficient, -kLaneCoefficient, -kLaneCoefficient}, 0, 0) <= 32767,
               "sums fit at the upper end");
@@ -1354,7 +1419,7 @@ bool FitsLanes(const RenderCoefficients& coeffs) {
     return fits;
 }
 
-// CallerTerm for n samples. Products of 16-bit factors are widened in far fewer operations than those of wider ones.
+// CallerTerm for n samples. Products of 16-bit factors take far fewer vector operations than those of wider ones.
 KOR_KERNEL void WriteCallerTerms(KorInt16* KOR_RESTRICT terms,
                                  const KorUint8* KOR_RESTRICT u, const KorUint8* KOR_RESTRICT v, const KorInt (&row)[3], KorSizeT n) {
     const KorInt offset = 128 - 16 * row[0];
@@ -1367,12 +1432,12 @@ KOR_KERNEL void WriteCallerTerms(KorInt16* KOR_RESTRICT terms,
     }
 }
 
-// (y * multiplier) >> 8 in a 16-bit lane, by whole and fraction of the multiplier.
+// (y * multiplier) >> 8 in a 16-bit lane, from the whole and fractional parts of the multiplier.
 constexpr KorInt16 LumaLane(KorUint8 y, KorInt16 whole, KorUint16 fraction) {
     return static_cast<KorInt16>(y * whole + (static_cast<KorUint16>(y * fraction) >> 8));
 }
 
-// Puts a pixel together in registers and writes it as two words: single bytes would not be widened.
+// Composes a pixel in registers and writes it as two words: stores of single bytes would not be vectorised.
 template <const RgbLayout& layout>
 KOR_INLINE inline void WritePixel(KorUint8* x, KorInt16 yY, KorInt16 rR, KorInt16 gG, KorInt16 bB) {
     KorInt16 bytes[4] = {255, 255, 255, 255};
@@ -1397,40 +1462,42 @@ KOR_KERNEL void RenderRow(KorUint8* KOR_RESTRICT x,
     }
 }
 
-// A row of pairs of BGRA pixels in 32-bit arithmetic, for coefficients that do not fit the lanes.
+// A row of pixel pairs in 32-bit arithmetic, for coefficients too large for 16-bit lanes.
+template <const RgbLayout& layout>
 KOR_KERNEL void RenderPairsWide(KorUint8* KOR_RESTRICT x,
                                 const KorUint8* KOR_RESTRICT y, const KorUint8* KOR_RESTRICT u, const KorUint8* KOR_RESTRICT v,
                                 const RenderCoefficients& coeffs, KorSizeT n) {
     for (KorSizeT i = 0; i < 2 * n; ++i) {
         const KorInt yY = static_cast<KorInt>(y[i] * static_cast<KorUint>(coeffs.rows[0][0])) >> 8;
-        x[4 * i + kBgra.ro] = KorByteClip(yY + CallerTerm(coeffs.rows[0], u[i / 2], v[i / 2]));
-        x[4 * i + kBgra.go] = KorByteClip(yY + CallerTerm(coeffs.rows[1], u[i / 2], v[i / 2]));
-        x[4 * i + kBgra.bo] = KorByteClip(yY + CallerTerm(coeffs.rows[2], u[i / 2], v[i / 2]));
-        x[4 * i + kBgra.ao] = 255;
+        x[4 * i + layout.ro] = KorByteClip(yY + CallerTerm(coeffs.rows[0], u[i / 2], v[i / 2]));
+        x[4 * i + layout.go] = KorByteClip(yY + CallerTerm(coeffs.rows[1], u[i / 2], v[i / 2]));
+        x[4 * i + layout.bo] = KorByteClip(yY + CallerTerm(coeffs.rows[2], u[i / 2], v[i / 2]));
+        x[4 * i + layout.ao] = 255;
     }
 }
 
-// 32-bit pixels squeezed to their first three bytes. Each four-byte copy is overwritten in part by the next; the last
-// pixel of the run has none behind it.
-KOR_KERNEL void SqueezePixels(KorUint8* KOR_RESTRICT bgr, const KorUint8* KOR_RESTRICT x, KorSizeT n) {
+// Keeps the first three bytes of 32-bit pixels. The last byte of each four-byte copy is overwritten by the next copy; the
+// last pixel of the run is copied as three bytes.
+KOR_KERNEL void DropAlpha(KorUint8* KOR_RESTRICT dst, const KorUint8* KOR_RESTRICT x, KorSizeT n) {
     for (KorSizeT i = 0; i + 1 < n; ++i) {
-        KorMemCpy(bgr + 3 * i, x + 4 * i, 4);
+        KorMemCpy(dst + 3 * i, x + 4 * i, 4);
     }
-    KorMemCpy(bgr + 3 * (n - 1), x + 4 * (n - 1), 3);
+    KorMemCpy(dst + 3 * (n - 1), x + 4 * (n - 1), 3);
 }
 
 template <const RgbLayout& layout>
 void I420ToXXXX_C_(const SourcePlanes& planes, Plane x, KorSizeT width, KorSizeT height, const YuvToRgbMatrix& matrix) {
     TermRun pairs, terms;
-    ForEachBlockRun(planes, width, height, [&](KorSizeT row, KorSizeT start, const KorUint8* y0, const KorUint8* y1, const KorUint8* u, const KorUint8* v, KorSizeT n) {
-        WriteTerms(pairs.rR, pairs.gG, pairs.bB, u, v, matrix, n / 2);
-        RepeatTerms(terms, pairs, n / 2);
-        RenderRow<layout>(x.Row(row) + 4 * start, y0, terms.rR, terms.gG, terms.bB, kRenderLuma, n);
-        RenderRow<layout>(x.Row(row + 1) + 4 * start, y1, terms.rR, terms.gG, terms.bB, kRenderLuma, n);
+    ForEachBlockRun(planes, width, height, [&](const BlockRun& run) {
+        WriteTerms(pairs.rR, pairs.gG, pairs.bB, run.u, run.v, matrix, run.n / 2);
+        RepeatTerms(terms, pairs, run.n / 2);
+        RenderRow<layout>(x.Row(run.row) + 4 * run.start, run.y0, terms.rR, terms.gG, terms.bB, kRenderLuma, run.n);
+        RenderRow<layout>(x.Row(run.row + 1) + 4 * run.start, run.y1, terms.rR, terms.gG, terms.bB, kRenderLuma, run.n);
     });
 }
 
-void I444ToBgra(const SourcePlanes& planes, Plane x, KorSizeT width, KorSizeT height, const YuvToRgbMatrix& matrix) {
+template <const RgbLayout& layout>
+void I444ToXXXX_C_(const SourcePlanes& planes, Plane x, KorSizeT width, KorSizeT height, const YuvToRgbMatrix& matrix) {
     if (width == 0) {
         return;
     }
@@ -1443,43 +1510,46 @@ void I444ToBgra(const SourcePlanes& planes, Plane x, KorSizeT width, KorSizeT he
             const KorUint8* u = planes.u.Read(noisyU, row, start, n);
             const KorUint8* v = planes.v.Read(noisyV, row, start, n);
             WriteTerms(terms.rR, terms.gG, terms.bB, u, v, matrix, n);
-            RenderRow<kBgra>(x.Row(row) + 4 * start, y, terms.rR, terms.gG, terms.bB, kRenderLuma, n);
+            RenderRow<layout>(x.Row(row) + 4 * start, y, terms.rR, terms.gG, terms.bB, kRenderLuma, n);
         }
     }
 }
 
-void I420ToBgraGeneral(const SourcePlanes& planes, Plane x, KorSizeT width, KorSizeT height, const RenderCoefficients& matrix) {
+template <const RgbLayout& layout>
+void I420ToXXXXGeneral(const SourcePlanes& planes, Plane x, KorSizeT width, KorSizeT height, const RenderCoefficients& matrix) {
     // Deliberate: row 0 gives the luma multiplier of all three channels; the luma offset comes from each row's own.
     const KorInt lumaMultiplier = matrix.rows[0][0];
     const bool fitsLanes = FitsLanes(matrix);
     TermRun pairs, terms;
-    ForEachBlockRun(planes, width, height, [&](KorSizeT row, KorSizeT start, const KorUint8* y0, const KorUint8* y1, const KorUint8* u, const KorUint8* v, KorSizeT n) {
-        KorUint8* x0 = x.Row(row) + 4 * start;
-        KorUint8* x1 = x.Row(row + 1) + 4 * start;
+    ForEachBlockRun(planes, width, height, [&](const BlockRun& run) {
+        KorUint8* x0 = x.Row(run.row) + 4 * run.start;
+        KorUint8* x1 = x.Row(run.row + 1) + 4 * run.start;
         if (fitsLanes) {
-            WriteCallerTerms(pairs.rR, u, v, matrix.rows[0], n / 2);
-            WriteCallerTerms(pairs.gG, u, v, matrix.rows[1], n / 2);
-            WriteCallerTerms(pairs.bB, u, v, matrix.rows[2], n / 2);
-            RepeatTerms(terms, pairs, n / 2);
-            RenderRow<kBgra>(x0, y0, terms.rR, terms.gG, terms.bB, lumaMultiplier, n);
-            RenderRow<kBgra>(x1, y1, terms.rR, terms.gG, terms.bB, lumaMultiplier, n);
+            WriteCallerTerms(pairs.rR, run.u, run.v, matrix.rows[0], run.n / 2);
+            WriteCallerTerms(pairs.gG, run.u, run.v, matrix.rows[1], run.n / 2);
+            WriteCallerTerms(pairs.bB, run.u, run.v, matrix.rows[2], run.n / 2);
+            RepeatTerms(terms, pairs, run.n / 2);
+            RenderRow<layout>(x0, run.y0, terms.rR, terms.gG, terms.bB, lumaMultiplier, run.n);
+            RenderRow<layout>(x1, run.y1, terms.rR, terms.gG, terms.bB, lumaMultiplier, run.n);
         } else {
-            RenderPairsWide(x0, y0, u, v, matrix, n / 2);
-            RenderPairsWide(x1, y1, u, v, matrix, n / 2);
+            RenderPairsWide<layout>(x0, run.y0, run.u, run.v, matrix, run.n / 2);
+            RenderPairsWide<layout>(x1, run.y1, run.u, run.v, matrix, run.n / 2);
         }
     });
 }
 
+template <const RgbLayout& layout>
 void I420To24Bit(const SourcePlanes& planes, Plane x, KorSizeT width, KorSizeT height) {
+    static_assert(layout.ao == 3, "the first three bytes are the pixel");
     TermRun pairs, terms;
     KorUint8 pixels[4 * kRun];
-    ForEachBlockRun(planes, width, height, [&](KorSizeT row, KorSizeT start, const KorUint8* y0, const KorUint8* y1, const KorUint8* u, const KorUint8* v, KorSizeT n) {
-        WriteTerms(pairs.rR, pairs.gG, pairs.bB, u, v, kRenderBt601, n / 2);
-        RepeatTerms(terms, pairs, n / 2);
-        RenderRow<kBgra>(pixels, y0, terms.rR, terms.gG, terms.bB, kRenderLuma, n);
-        SqueezePixels(x.Row(row) + 3 * start, pixels, n);
-        RenderRow<kBgra>(pixels, y1, terms.rR, terms.gG, terms.bB, kRenderLuma, n);
-        SqueezePixels(x.Row(row + 1) + 3 * start, pixels, n);
+    ForEachBlockRun(planes, width, height, [&](const BlockRun& run) {
+        WriteTerms(pairs.rR, pairs.gG, pairs.bB, run.u, run.v, kRenderBt601, run.n / 2);
+        RepeatTerms(terms, pairs, run.n / 2);
+        RenderRow<layout>(pixels, run.y0, terms.rR, terms.gG, terms.bB, kRenderLuma, run.n);
+        DropAlpha(x.Row(run.row) + 3 * run.start, pixels, run.n);
+        RenderRow<layout>(pixels, run.y1, terms.rR, terms.gG, terms.bB, kRenderLuma, run.n);
+        DropAlpha(x.Row(run.row + 1) + 3 * run.start, pixels, run.n);
     });
 }
 
@@ -1527,7 +1597,7 @@ void KorI444ToBGRA_C_(const KorUint8* y, KorSizeT pitchY,
                       KorUint8* x, KorSizeT pitchX,
                       KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
     const SourcePlanes planes = Source({y, pitchY}, {u, pitchU}, {v, pitchV}, ditherLevel, I444Walk(width));
-    I444ToBgra(planes, {x, pitchX}, width, height, kRenderBt601);
+    I444ToXXXX_C_<kBgra>(planes, {x, pitchX}, width, height, kRenderBt601);
 }
 
 void KorI444ToBGRAUsingBT709_C_(const KorUint8* y, KorSizeT pitchY,
@@ -1536,7 +1606,7 @@ void KorI444ToBGRAUsingBT709_C_(const KorUint8* y, KorSizeT pitchY,
                                 KorUint8* x, KorSizeT pitchX,
                                 KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
     const SourcePlanes planes = Source({y, pitchY}, {u, pitchU}, {v, pitchV}, ditherLevel, I444Walk(width));
-    I444ToBgra(planes, {x, pitchX}, width, height, kRenderBt709);
+    I444ToXXXX_C_<kBgra>(planes, {x, pitchX}, width, height, kRenderBt709);
 }
 
 void KorI420ToBGRAUsingBT709_C_(const KorUint8* y, KorSizeT pitchY,
@@ -1559,7 +1629,7 @@ void KorI420ToBGRAGeneral_C_(const KorUint8* y, KorSizeT pitchY,
     }
     RenderCoefficients matrix;
     KorMemCpy(&matrix, coeffs, sizeof matrix);
-    I420ToBgraGeneral(planes, {x, pitchX}, width, height, matrix);
+    I420ToXXXXGeneral<kBgra>(planes, {x, pitchX}, width, height, matrix);
 }
 
 void KorI420To24BG_C_(const KorUint8* y, KorSizeT pitchY,
@@ -1568,7 +1638,7 @@ void KorI420To24BG_C_(const KorUint8* y, KorSizeT pitchY,
                       KorUint8* x, KorSizeT pitchX,
                       KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
     const SourcePlanes planes = Source({y, pitchY}, {u, pitchU}, {v, pitchV}, ditherLevel, I420Walk(width));
-    I420To24Bit(planes, {x, pitchX}, width, height);
+    I420To24Bit<kBgra>(planes, {x, pitchX}, width, height);
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -1577,7 +1647,7 @@ void KorI420To24BG_C_(const KorUint8* y, KorSizeT pitchY,
 
 namespace {
 
-// The bytes of a group of two pixels: the left luma sample (the right one lies two bytes further), U and V.
+// The bytes of a group of two pixels that hold the left luma sample (the right one is two bytes further), U and V.
 struct PackedLayout {
     KorSizeT y, u, v;
 };
@@ -1586,7 +1656,7 @@ constexpr PackedLayout kYuy2 = {0, 1, 3};
 constexpr PackedLayout kUyvy = {1, 0, 2};
 
 template <const PackedLayout& layout>
-KOR_KERNEL void TakeLuma(KorUint8* KOR_RESTRICT y, const KorUint8* KOR_RESTRICT x, KorSizeT n) {
+KOR_KERNEL void ExtractLuma(KorUint8* KOR_RESTRICT y, const KorUint8* KOR_RESTRICT x, KorSizeT n) {
     KOR_BYTE_LANES
     for (KorSizeT i = 0; i < n; ++i) {
         y[i] = ByteOf<KorUint16, layout.y>(x, i);
@@ -1604,8 +1674,8 @@ KOR_KERNEL void AverageChroma(KorUint8* KOR_RESTRICT u, KorUint8* KOR_RESTRICT v
     }
 }
 
-// The lower row of a pair. The last row of an odd height is its own lower row: its luma is written twice, and its
-// chroma is the average of itself.
+// The lower row of a pair. The last row of an odd height is its own lower row: its luma is written twice, and its chroma
+// is averaged with itself.
 const KorUint8* LowerRow(SourceRows rows, KorSizeT row, KorSizeT height) {
     return rows.Row(Min(row + 1, height - 1));
 }
@@ -1617,95 +1687,97 @@ void PackedToI420(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, Ko
     for (KorSizeT row = 0; row < height; row += 2) {
         const KorUint8* x0 = rows.Row(row);
         const KorUint8* x1 = LowerRow(rows, row, height);
-        TakeLuma<layout>(y.Row(row), x0, 2 * widthC);
-        TakeLuma<layout>(y.Row(row + 1), x1, 2 * widthC);
+        ExtractLuma<layout>(y.Row(row), x0, 2 * widthC);
+        ExtractLuma<layout>(y.Row(row + 1), x1, 2 * widthC);
         AverageChroma<layout>(u.Row(row / 2), v.Row(row / 2), x0, x1, widthC);
     }
 }
 
-// TakeLuma and AverageChroma in reverse order.
+// ExtractLuma in reverse order. Luma is read as words: with single bytes, GCC ends a fixed count with a scalar loop so as
+// not to read past the last byte.
 template <const PackedLayout& layout>
-KOR_KERNEL void TakeLumaReversed(KorUint8* KOR_RESTRICT y, const KorUint8* KOR_RESTRICT x, KorSizeT n) {
+KOR_KERNEL void ExtractLumaReversed(KorUint8* KOR_RESTRICT y, const KorUint8* KOR_RESTRICT x, KorSizeT n) {
     Run luma;
     for (; n >= kRun; n -= kRun, x += 2 * kRun) {
         KOR_BYTE_LANES
         for (KorSizeT k = 0; k < kRun; ++k) {
-            luma[k] = ByteOf<KorUint16, layout.y>(x, k);
+            luma[k] = ByteOfWord<KorUint16, layout.y>(x, k);
         }
         ReverseRun(y + (n - kRun), luma);
     }
-    TakeLuma<layout>(luma, x, n);
+    ExtractLuma<layout>(luma, x, n);
     ReverseRow(y, luma, n);
 }
 
-// The chroma of n pixels of a row pair, U and V still in turn.
+// The chroma of n pixels of a row pair, U and V still interleaved.
 template <const PackedLayout& layout>
 KOR_KERNEL void AverageChromaPairs(KorUint8* KOR_RESTRICT c,
                                    const KorUint8* KOR_RESTRICT x0, const KorUint8* KOR_RESTRICT x1, KorSizeT n) {
-    static_assert(layout.v == layout.u + 2, "every other byte is chroma");
+    constexpr KorSizeT chroma = Min(layout.u, layout.v);
+    static_assert(chroma + layout.y == 1, "every other byte is chroma");
     KOR_BYTE_LANES
     for (KorSizeT i = 0; i < n; ++i) {
-        c[i] = Average(ByteOf<KorUint16, layout.u>(x0, i), ByteOf<KorUint16, layout.u>(x1, i));
+        c[i] = Average(ByteOf<KorUint16, chroma>(x0, i), ByteOf<KorUint16, chroma>(x1, i));
     }
 }
 
 template <const PackedLayout& layout>
 void AverageChromaReversed(KorUint8* u, KorUint8* v, const KorUint8* x0, const KorUint8* x1, KorSizeT n) {
+    KorUint8* const first = layout.u < layout.v ? u : v;
+    KorUint8* const second = layout.u < layout.v ? v : u;
     KorUint8 chroma[8 * kRun];
     for (KorSizeT end = n; end != 0;) {
         const KorSizeT m = Min(end, sizeof chroma / 2);
         end -= m;
         AverageChromaPairs<layout>(chroma, x0, x1, 2 * m);
-        SplitRowReversed(u + end, v + end, chroma, m);
+        SplitRowReversed(first + end, second + end, chroma, m);
         x0 += 4 * m;
         x1 += 4 * m;
     }
 }
 
 template <const PackedLayout& layout>
-void ReversePacked(TurnedPlane y, TurnedPlane u, TurnedPlane v, SourceRows rows, KorSizeT width, KorSizeT height) {
+void ReversePacked(RotatedPlane y, RotatedPlane u, RotatedPlane v, SourceRows rows, KorSizeT width, KorSizeT height) {
     const KorSizeT widthC = width / 2;
     for (KorSizeT row = 0; row < height; row += 2) {
         const KorUint8* x0 = rows.Row(row);
         const KorUint8* x1 = LowerRow(rows, row, height);
-        TakeLumaReversed<layout>(y.At(width - 1, row), x0, width);
-        TakeLumaReversed<layout>(y.At(width - 1, row + 1), x1, width);
+        ExtractLumaReversed<layout>(y.At(width - 1, row), x0, width);
+        ExtractLumaReversed<layout>(y.At(width - 1, row + 1), x1, width);
         AverageChromaReversed<layout>(u.At(widthC - 1, row / 2), v.At(widthC - 1, row / 2), x0, x1, widthC);
     }
 }
 
-// Turns whole row pairs. A tile has the columns of its even and odd rows apart before it has them together, so chroma is
-// averaged there; the source is read once, and nothing is kept but a tile.
+// Rotates whole row pairs. Before the last step of its transposition, a tile has the even and the odd rows in separate
+// halves, and chroma is averaged there: the source is read once, and nothing but a tile is buffered.
 template <const PackedLayout& layout>
-void TurnRowPairs(TurnedPlane y, TurnedPlane u, TurnedPlane v, SourceRows rows, KorSizeT width, KorSizeT height) {
+void RotateRowPairs(RotatedPlane y, RotatedPlane u, RotatedPlane v, SourceRows rows, KorSizeT width, KorSizeT height) {
     constexpr KorSizeT half = kTile * kTile / 2;
     ForEachTile(rows, 2 * width, height, [&](KorSizeT i, KorSizeT j, KorSizeT w, KorSizeT h) KOR_INLINE {
         TransposedTile tile;
         KorUint8 means[half];
         tile.Load(rows, i, j, w, h, y.row > 0);
-        for (KorSizeT k = 0; k < half; ++k) {
-            means[k] = Average(tile.halves[k], tile.halves[half + k]);
-        }
+        AverageHalves(means, tile.halves);
         StoreColumns(y, i / 2, j, tile.columns + layout.y * kTile, 2 * kTile, w / 2, h);
         StoreColumns(u, i / 4, j / 2, means + layout.u * kTile / 2, 2 * kTile, w / 4, h / 2);
         StoreColumns(v, i / 4, j / 2, means + layout.v * kTile / 2, 2 * kTile, w / 4, h / 2);
     });
 }
 
-// The last row of an odd height is a pair of its own: a source whose next row is the same.
+// The last row of an odd height forms a pair with itself: its pitch is 0.
 template <const PackedLayout& layout>
-void TurnPacked(TurnedPlane y, TurnedPlane u, TurnedPlane v, SourceRows rows, KorSizeT width, KorSizeT height) {
+void RotatePacked(RotatedPlane y, RotatedPlane u, RotatedPlane v, SourceRows rows, KorSizeT width, KorSizeT height) {
     const KorSizeT heightC = height / 2;
-    TurnRowPairs<layout>(y, u, v, rows, width, 2 * heightC);
+    RotateRowPairs<layout>(y, u, v, rows, width, 2 * heightC);
     if (IsOdd(height)) {
-        TurnRowPairs<layout>(y.From(2 * heightC), u.From(heightC), v.From(heightC), {rows.Row(height - 1), 0}, width, 2);
+        RotateRowPairs<layout>(y.From(2 * heightC), u.From(heightC), v.From(heightC), {rows.Row(height - 1), 0}, width, 2);
     }
 }
 
-// Deliberate: with an odd width, which callers do not pass, every row pair reads its source two bytes and writes its
-// luma one sample earlier than the pair before it would have it. At some angles that leads out of the plane.
+// Deliberate: an odd width, which callers must not pass, shifts every row pair against the one before: by two bytes in the
+// source and one luma sample in the destination, towards the start of the row. At some angles that leaves the plane.
 template <const PackedLayout& layout>
-void TurnPackedOddWidth(TurnedPlane y, TurnedPlane u, TurnedPlane v, SourceRows rows, KorSizeT width, KorSizeT height) {
+void RotatePackedOddWidth(RotatedPlane y, RotatedPlane u, RotatedPlane v, SourceRows rows, KorSizeT width, KorSizeT height) {
     for (KorSizeT jc = 0; 2 * jc < height; ++jc) {
         const KorUint8* x0 = rows.Row(2 * jc) - 2 * jc;
         const KorUint8* x1 = LowerRow(rows, 2 * jc, height) - 2 * jc;
@@ -1730,11 +1802,11 @@ void PackedToI420WithRotation(Plane y, Plane u, Plane v, const KorUint8* x, KorS
     // An odd height is padded with a copy of the last row, whatever the angle.
     const KorSizeT heightUp = height + height % 2;
     const SourceRows rows = ReadingOrder(x, pitchX, height, flip);
-    const TurnedPlane turnedY = Turned(y, width, heightUp, rotationDegree);
-    const TurnedPlane turnedU = Turned(u, width / 2, heightUp / 2, rotationDegree);
-    const TurnedPlane turnedV = Turned(v, width / 2, heightUp / 2, rotationDegree);
+    const RotatedPlane rotatedY = Rotated(y, width, heightUp, rotationDegree);
+    const RotatedPlane rotatedU = Rotated(u, width / 2, heightUp / 2, rotationDegree);
+    const RotatedPlane rotatedV = Rotated(v, width / 2, heightUp / 2, rotationDegree);
     if (IsOdd(width)) {
-        TurnPackedOddWidth<layout>(turnedY, turnedU, turnedV, rows, width, height);
+        RotatePackedOddWidth<layout>(rotatedY, rotatedU, rotatedV, rows, width, height);
         return;
     }
     switch (rotationDegree) {
@@ -1742,27 +1814,36 @@ void PackedToI420WithRotation(Plane y, Plane u, Plane v, const KorUint8* x, KorS
             PackedToI420<layout>(y, u, v, rows, width, height);
             break;
         case 180:
-            ReversePacked<layout>(turnedY, turnedU, turnedV, rows, width, height);
+            ReversePacked<layout>(rotatedY, rotatedU, rotatedV, rows, width, height);
             break;
         default:
-            // Deliberate: 90, 270 and, as 270, every angle that is none of the four.
-            TurnPacked<layout>(turnedY, turnedU, turnedV, rows, width, height);
+            // Deliberate: 90, 270 and, as 270, every other angle.
+            RotatePacked<layout>(rotatedY, rotatedU, rotatedV, rows, width, height);
             break;
     }
 }
 
-// Packs an I420 picture: joinLuma(x, y, c, n) puts n luma samples and n chroma bytes, U and V in turn, into a row.
-template <class JoinLuma>
-void I420ToPacked(const SourcePlanes& planes, Plane x, KorSizeT width, KorSizeT height, JoinLuma joinLuma) {
+// A row of n pixels from luma and interleaved chroma.
+template <const PackedLayout& layout>
+void PackRow(KorUint8* x, const KorUint8* y, const KorUint8* chroma, KorSizeT n) {
+    if constexpr (layout.y == 0) {
+        JoinRow(x, y, chroma, n);
+    } else {
+        JoinRow(x, chroma, y, n);
+    }
+}
+
+template <const PackedLayout& layout>
+void I420ToPacked(const SourcePlanes& planes, Plane x, KorSizeT width, KorSizeT height) {
     Run chroma;
-    ForEachBlockRun(planes, width, height, [&](KorSizeT row, KorSizeT start, const KorUint8* y0, const KorUint8* y1, const KorUint8* u, const KorUint8* v, KorSizeT n) {
-        JoinRow(chroma, u, v, n / 2);
-        joinLuma(x.Row(row) + 2 * start, y0, chroma, n);
-        joinLuma(x.Row(row + 1) + 2 * start, y1, chroma, n);
+    ForEachBlockRun(planes, width, height, [&](const BlockRun& run) {
+        JoinRow(chroma, layout.u < layout.v ? run.u : run.v, layout.u < layout.v ? run.v : run.u, run.n / 2);
+        PackRow<layout>(x.Row(run.row) + 2 * run.start, run.y0, chroma, run.n);
+        PackRow<layout>(x.Row(run.row + 1) + 2 * run.start, run.y1, chroma, run.n);
     });
 }
 
-// Full-range luma to limited range.
+// Full-range to limited-range luma.
 constexpr KorUint8 LimitLuma(KorUint8 y) {
     return static_cast<KorUint8>((static_cast<KorUint16>(y * 220) >> 8) + 16);
 }
@@ -1772,7 +1853,7 @@ constexpr KorInt16 LimitChroma(KorUint8 c) {
     return static_cast<KorInt16>(static_cast<KorInt16>(static_cast<KorInt8>(c) * 113) >> 7);
 }
 
-// Chroma of I420 to the signed bytes of Yuv2. Deliberate: below 16 and above 240 the result wraps.
+// I420 chroma to the signed bytes of Yuv2. Deliberate: below 16 and above 240 the result wraps.
 constexpr KorUint8 ExpandChroma(KorUint8 c) {
     return LowByte(static_cast<KorUint16>(c * 145 + 14208) >> 7);
 }
@@ -1782,14 +1863,14 @@ static_assert(LimitChroma(0x80) == -113 && LimitChroma(0) == 0 && LimitChroma(0x
 static_assert(ExpandChroma(128) == 0 && ExpandChroma(16) == 129 && ExpandChroma(240) == 126, "chroma is scaled by 145/128");
 static_assert(ExpandChroma(15) == 127 && ExpandChroma(241) == 128, "chroma wraps");
 
-KOR_KERNEL void TakeYuv2Luma(KorUint8* KOR_RESTRICT y, const KorUint8* KOR_RESTRICT yuv2, KorSizeT n) {
+KOR_KERNEL void ExtractYuv2Luma(KorUint8* KOR_RESTRICT y, const KorUint8* KOR_RESTRICT yuv2, KorSizeT n) {
     KOR_BYTE_LANES
     for (KorSizeT i = 0; i < n; ++i) {
         y[i] = LimitLuma(ByteOf<KorUint16, kYuy2.y>(yuv2, i));
     }
 }
 
-// The average of two rows, rounded up and centred on 128; 257 holds that offset and half a step.
+// The average of two rows, rounded up and centred on 128; 257 is twice that offset plus one for rounding.
 constexpr KorUint8 AverageSigned(KorUint8 upper, KorUint8 lower) {
     return static_cast<KorUint8>(static_cast<KorInt16>(LimitChroma(upper) + LimitChroma(lower) + 257) >> 1);
 }
@@ -1822,17 +1903,18 @@ void Yuv2ToI420(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorS
         const KorSizeT drift = Drift(row, width);
         const KorUint8* x0 = rows.Row(row) - 2 * drift;
         const KorUint8* x1 = LowerRow(rows, row, height) - 2 * drift;
-        TakeYuv2Luma(y.Row(row) - drift, x0, 2 * widthC);
-        TakeYuv2Luma(y.Row(row + 1) - drift, x1, 2 * widthC);
+        ExtractYuv2Luma(y.Row(row) - drift, x0, 2 * widthC);
+        ExtractYuv2Luma(y.Row(row + 1) - drift, x1, 2 * widthC);
         AverageYuv2Chroma(u.Row(row / 2), v.Row(row / 2), x0, x1, widthC);
     }
 }
 
-// Deliberate: luma keeps its limited range, although the other direction takes full-range luma.
+// Deliberate: luma stays limited-range, although the opposite direction expects full-range luma.
 void I420ToYuv2(SourceRows y, SourceRows u, SourceRows v, Plane yuy2, KorSizeT width, KorSizeT height) {
     const KorSizeT width2 = width & ~KorSizeT{1};
     const KorSizeT height2 = height & ~KorSizeT{1};
-    Run uRun, vRun, chroma;
+    // At cache lines, as RgbRun.
+    alignas(64) Run uRun, vRun, chroma;
     for (KorSizeT row = 0; row < height2; row += 2) {
         const KorSizeT drift = Drift(row, width);
         for (KorSizeT start = 0; start < width2; start += kRun) {
@@ -1906,8 +1988,7 @@ void KorI420ToYUY2_C_(const KorUint8* y, KorSizeT pitchY,
                       KorUint8* x, KorSizeT pitchX,
                       KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
     const SourcePlanes planes = Source({y, pitchY}, {u, pitchU}, {v, pitchV}, ditherLevel, PackedWalk(width));
-    I420ToPacked(planes, {x, pitchX}, width, height,
-                 [](KorUint8* row, const KorUint8* luma, const KorUint8* chroma, KorSizeT n) { JoinRow(row, luma, chroma, n); });
+    I420ToPacked<kYuy2>(planes, {x, pitchX}, width, height);
 }
 
 void KorI420ToUYVY_C_(const KorUint8* y, KorSizeT pitchY,
@@ -1916,8 +1997,7 @@ void KorI420ToUYVY_C_(const KorUint8* y, KorSizeT pitchY,
                       KorUint8* x, KorSizeT pitchX,
                       KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
     const SourcePlanes planes = Source({y, pitchY}, {u, pitchU}, {v, pitchV}, ditherLevel, PackedWalk(width));
-    I420ToPacked(planes, {x, pitchX}, width, height,
-                 [](KorUint8* row, const KorUint8* luma, const KorUint8* chroma, KorSizeT n) { JoinRow(row, chroma, luma, n); });
+    I420ToPacked<kUyvy>(planes, {x, pitchX}, width, height);
 }
 
 void KorYuv2ToI420_C_(KorUint8* y, KorSizeT pitchY,
@@ -1950,8 +2030,8 @@ void KorM420ToI420_C_(KorUint8* y, KorSizeT pitchY,
     if (width == 0 || height < 2) {
         return;
     }
-    // Deliberate: the rows here are blocks of three, yet a set flip starts as many pitches down as there are luma rows
-    // above the last. It turns the order of the blocks and never that of the two luma rows inside one.
+    // Deliberate: the rows here are blocks of three, yet a set flip starts height - 1 pitches down, counted in luma rows.
+    // It reverses the order of the blocks but not of the two luma rows in each.
     M420ToI420({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(m420, pitchM420, height, flip), width, height);
 }
 
@@ -1961,8 +2041,8 @@ void KorM420ToI420_C_(KorUint8* y, KorSizeT pitchY,
 
 namespace {
 
-// Adds noise to one row of a plane that may be filtered in place: through a run on the stack, so that no kernel sees
-// overlapping rows.
+// Adds noise to one row of a plane that may be filtered in place. A run on the stack keeps overlapping rows from the
+// kernel.
 void DitherRow(KorUint8* out, const KorUint8* in, KorSizeT index, KorUint rsBits, KorSizeT n) {
     Run noisy;
     for (KorSizeT start = 0; start < n; start += kRun) {
@@ -1972,8 +2052,8 @@ void DitherRow(KorUint8* out, const KorUint8* in, KorSizeT index, KorUint rsBits
     }
 }
 
-// Deliberate: a row pair moves the noise on by one row only, so that the lower row of a pair and the upper row of the next
-// get the same noise.
+// Deliberate: a row pair advances the noise by one row only, so the lower row of a pair and the upper row of the next get
+// the same noise.
 void DitherLuma(Plane out, SourceRows in, KorSizeT noiseIndex, KorUint rsBits, KorSizeT width, KorSizeT height) {
     const KorSizeT width2 = width & ~KorSizeT{1};
     const KorSizeT height2 = height & ~KorSizeT{1};
@@ -1982,7 +2062,7 @@ void DitherLuma(Plane out, SourceRows in, KorSizeT noiseIndex, KorUint rsBits, K
     }
 }
 
-// Deliberate: chroma rows lie as far apart in the noise as luma rows.
+// Deliberate: chroma rows are as far apart in the noise as luma rows.
 void DitherChroma(Plane out, SourceRows in, KorSizeT noiseIndex, KorUint rsBits, KorSizeT width, KorSizeT height) {
     const KorSizeT cWidth = width >> 1;
     const KorSizeT cHeight = height >> 1;
@@ -1991,9 +2071,9 @@ void DitherChroma(Plane out, SourceRows in, KorSizeT noiseIndex, KorUint rsBits,
     }
 }
 
-// Two samples by weights that sum to 255, in 16-bit lanes: the sum is at most 65025. Up to there the quotient by 255 is
-// (result + (result >> 8) + 1) >> 8, and compilers have a multiplication for it that is cheaper still. Deliberate: it is
-// rounded down, not to nearest; weights of 0 and 255 return one side unchanged.
+// Two samples by weights that sum to 255, in 16-bit lanes: the sum is at most 65025. Up to that bound the quotient by 255
+// equals (result + (result >> 8) + 1) >> 8, and compilers divide by a multiplication that is cheaper still. Deliberate:
+// the quotient is rounded down, not to nearest; weights of 0 and 255 return one side unchanged.
 constexpr KorUint8 Blend(KorUint16 background, KorUint16 foreground, KorUint16 alpha, KorUint16 oneMinusAlpha) {
     const KorUint16 result = static_cast<KorUint16>(background * oneMinusAlpha + foreground * alpha);
     return static_cast<KorUint8>(result / 255);
@@ -2045,11 +2125,11 @@ void KorI420Dither_C_(const KorUint8* yIn, KorSizeT yInPitch,
                       KorUint8* uOut, KorSizeT uOutPitch,
                       KorUint8* vOut, KorSizeT vOutPitch,
                       KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel, KorBool randomizeNoiseOffsets) {
-    // Deliberate: there is no Off here; level 0 is noise one step weaker than the weakest of the converters.
+    // Deliberate: there is no Off here; its value, 0, is a level one step weaker than the converters' weakest.
     if (ditherLevel > KOR_VIDEOFRAMEDITHERLEVEL_2) {
         return;
     }
-    // Fixed offsets are those of one stream of noise through Y, then U, then V.
+    // The fixed offsets are those of one stream of noise that runs through Y, then U, then V.
     KorSizeT yNoiseIndex = 0;
     KorSizeT uNoiseIndex = height * width;
     KorSizeT vNoiseIndex = (height >> 1) * (width >> 1) + height * width;

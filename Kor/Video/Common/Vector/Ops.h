@@ -67,8 +67,8 @@ KOR_INLINE inline VI16 MulAddBytes(V8 a, VI8 b) {
     const DI16 d;
     const VI16 a16 = hn::BitCast(d, a);
     const VI16 b16 = hn::BitCast(d, b);
-    const VI16 even = hn::MulLow(hn::And(a16, hn::Set(d, 0xff)), hn::ShiftRight<8>(hn::ShiftLeft<8>(b16)));
-    const VI16 odd = hn::MulLow(hn::BitCast(d, hn::ShiftRight<8>(hn::BitCast(D16(), a))), hn::ShiftRight<8>(b16));
+    const VI16 even = hn::Mul(hn::And(a16, hn::Set(d, 0xff)), hn::ShiftRight<8>(hn::ShiftLeft<8>(b16)));
+    const VI16 odd = hn::Mul(hn::BitCast(d, hn::ShiftRight<8>(hn::BitCast(D16(), a))), hn::ShiftRight<8>(b16));
     return hn::SaturatedAdd(even, odd);
 #endif
 }
@@ -83,8 +83,8 @@ KOR_INLINE inline VI32 AddDotWords(VI32 sum, VI16 a, VI16 b) {
     const DI32 d;
     const VI32 a32 = hn::BitCast(d, a);
     const VI32 b32 = hn::BitCast(d, b);
-    const VI32 even = hn::MulLow(hn::ShiftRight<16>(hn::ShiftLeft<16>(a32)), hn::ShiftRight<16>(hn::ShiftLeft<16>(b32)));
-    return hn::Add(sum, hn::Add(even, hn::MulLow(hn::ShiftRight<16>(a32), hn::ShiftRight<16>(b32))));
+    const VI32 even = hn::Mul(hn::ShiftRight<16>(hn::ShiftLeft<16>(a32)), hn::ShiftRight<16>(hn::ShiftLeft<16>(b32)));
+    return hn::Add(sum, hn::Add(even, hn::Mul(hn::ShiftRight<16>(a32), hn::ShiftRight<16>(b32))));
 #endif
 }
 
@@ -144,15 +144,21 @@ KOR_INLINE inline V8 SecondBytes(VI32 a, VI32 b, VI32 c, VI32 d) {
 #endif
 }
 
+// The lower halves of all blocks of 128 bits, then the upper ones.
+KOR_INLINE inline V8 OrderHalves(V8 x) {
+#if HWY_TARGET == HWY_AVX3
+    return V8{_mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7), x.raw)};
+#elif HWY_TARGET == HWY_AVX2
+    return V8{_mm256_permute4x64_epi64(x.raw, 0xd8)};
+#else
+    return x;
+#endif
+}
+
 // The low bytes of two vectors of 16-bit lanes, none of them above 255.
 KOR_INLINE inline V8 JoinBytes(V16 a, V16 b) {
-#if HWY_TARGET == HWY_AVX3
-    const __m512i order = _mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7);
-    return V8{_mm512_permutexvar_epi64(order, _mm512_packus_epi16(a.raw, b.raw))};
-#elif HWY_TARGET == HWY_AVX2
-    return V8{_mm256_permute4x64_epi64(_mm256_packus_epi16(a.raw, b.raw), 0xd8)};
-#elif HWY_ARCH_X86
-    return V8{_mm_packus_epi16(a.raw, b.raw)};
+#if HWY_ARCH_X86
+    return OrderHalves(V8{KOR_X86(packus_epi16)(a.raw, b.raw)});
 #else
     const D8 d8;
     return hn::ConcatEven(d8, hn::BitCast(d8, b), hn::BitCast(d8, a));

@@ -4,6 +4,7 @@
 #include "Kor/Video/Common/Vector/Memory.h"
 #include "Kor/Video/Common/Vector/Noise.h"
 #include "Kor/Video/Common/Vector/Ops.h"
+#include "Kor/Video/Common/Vector/Reorder.h"
 #include "Kor/Video/Common/Vector/Target.h"
 
 namespace kor {
@@ -31,22 +32,33 @@ KOR_INLINE inline void StoreHalves(V8 x, KorUint8* lower, KorUint8* upper) {
     hn::StoreU(hn::UpperHalf(half, x), half, upper);
 }
 
-// Two rows of n pixels, n at least a vector of bytes and even. x1 may be x0.
-template <LumaByte lumaByte>
+// Two rows of n pixels, n at least a vector of bytes and even. x1 may be x0. Backwards, the last pixel is written first.
+template <LumaByte lumaByte, Order order>
 KOR_KERNEL void CaptureRowPair(KorUint8* y0, KorUint8* y1, KorUint8* u, KorUint8* v,
                                const KorUint8* x0, const KorUint8* x1, KorSizeT n, KorSizeT distance) {
     constexpr int luma = lumaByte == LumaByte::First ? 0 : 1;
     const D8 d;
     const KorSizeT size = hn::Lanes(d);
     ForEachBlock(n, size, [&](KorSizeT start) KOR_INLINE {
-        FetchAhead(x0 + 2 * start, 2 * size, distance);
-        FetchAhead(x1 + 2 * start, 2 * size, distance);
-        const V8 a0 = hn::LoadU(d, x0 + 2 * start), b0 = hn::LoadU(d, x0 + 2 * start + size);
-        const V8 a1 = hn::LoadU(d, x1 + 2 * start), b1 = hn::LoadU(d, x1 + 2 * start + size);
-        hn::StoreU(TakeOfPairs<luma>(a0, b0), d, y0 + start);
-        hn::StoreU(TakeOfPairs<luma>(a1, b1), d, y1 + start);
+        const KorSizeT from = order == Order::Forwards ? start : n - size - start;
+        const KorUint8* upper = x0 + 2 * from;
+        const KorUint8* lower = x1 + 2 * from;
+        FetchAhead(upper, 2 * size, distance);
+        FetchAhead(lower, 2 * size, distance);
+        const V8 a0 = hn::LoadU(d, upper), b0 = hn::LoadU(d, upper + size);
+        const V8 a1 = hn::LoadU(d, lower), b1 = hn::LoadU(d, lower + size);
+        const V8 luma0 = TakeOfPairs<luma>(a0, b0);
+        const V8 luma1 = TakeOfPairs<luma>(a1, b1);
         const V8 uv = TakeOfGroups<1 - luma>(hn::AverageRound(a0, a1), hn::AverageRound(b0, b1));
-        StoreHalves(uv, u + start / 2, v + start / 2);
+        if constexpr (order == Order::Forwards) {
+            hn::StoreU(luma0, d, y0 + start);
+            hn::StoreU(luma1, d, y1 + start);
+            StoreHalves(uv, u + start / 2, v + start / 2);
+        } else {
+            hn::StoreU(Reversed(luma0), d, y0 + start);
+            hn::StoreU(Reversed(luma1), d, y1 + start);
+            StoreHalves(Reversed(uv), v + start / 2, u + start / 2);
+        }
     });
 }
 
@@ -59,8 +71,89 @@ template <LumaByte lumaByte>
 void PackedToI420(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorSizeT height) {
     const KorSizeT distance = FetchDistance(2 * width, height);
     for (KorSizeT row = 0; row < height; row += 2) {
-        CaptureRowPair<lumaByte>(y.Row(row), y.Row(row + 1), u.Row(row / 2), v.Row(row / 2),
-                                 rows.Row(row), rows.Row(LowerRow(row, height)), width & ~KorSizeT{1}, distance);
+        CaptureRowPair<lumaByte, Order::Forwards>(y.Row(row), y.Row(row + 1), u.Row(row / 2), v.Row(row / 2),
+                                                  rows.Row(row), rows.Row(LowerRow(row, height)), width & ~KorSizeT{1}, distance);
+    }
+}
+
+// Turns by 180 degrees. A lone last row is taken twice, as everywhere.
+template <LumaByte lumaByte>
+void PackedToI420Reversed(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorSizeT height) {
+    const KorSizeT lastPair = (height - 1) / 2;
+    for (KorSizeT row = 0; row < height; row += 2) {
+        const KorSizeT to = lastPair - row / 2;
+        CaptureRowPair<lumaByte, Order::Backwards>(y.Row(2 * to + 1), y.Row(2 * to), u.Row(to), v.Row(to),
+                                                   rows.Row(row), rows.Row(LowerRow(row, height)), width, 0);
+    }
+}
+
+// A tile of 8 pixels by as many rows as a vector has bytes. Before the last step of the transposition its columns stand there
+// by even and by odd rows, and there their chroma is averaged: of two columns that share a vector one is luma, the other chroma.
+template <LumaByte lumaByte>
+KOR_KERNEL void TurnPackedTile(KorUint8* y, KorDistanceT columnY, KorUint8* u, KorDistanceT columnU,
+                               KorUint8* v, KorDistanceT columnV, SourceRows src) {
+    constexpr bool isLumaFirst = lumaByte == LumaByte::First;
+    constexpr KorSizeT half = kTileBytes / 2;
+    const D8 d;
+    const hn::ScalableTag<uint64_t> d64;
+    Tile tile(src);
+    tile.InterleaveHalves();
+    tile.InterleaveHalves();
+    tile.InterleaveHalves();
+    for (KorSizeT k = 0; k < half; ++k) {
+        const V8 even = tile.rows[k];
+        const V8 odd = tile.rows[k + half];
+        const V8 luma = isLumaFirst ? hn::InterleaveLower(d, even, odd) : hn::InterleaveUpper(d, even, odd);
+        hn::StoreU(luma, d, y + static_cast<KorDistanceT>(k) * columnY);
+    }
+    for (KorSizeT k = 0; k < half / 2; ++k) {
+        const auto ofU = hn::BitCast(d64, hn::AverageRound(tile.rows[2 * k], tile.rows[2 * k + half]));
+        const auto ofV = hn::BitCast(d64, hn::AverageRound(tile.rows[2 * k + 1], tile.rows[2 * k + 1 + half]));
+        const auto both = isLumaFirst ? hn::InterleaveUpper(d64, ofU, ofV) : hn::InterleaveLower(d64, ofU, ofV);
+        StoreHalves(OrderHalves(hn::BitCast(d, both)), u + static_cast<KorDistanceT>(k) * columnU, v + static_cast<KorDistanceT>(k) * columnV);
+    }
+}
+
+template <LumaByte lumaByte>
+void TurnRowPairs(TurnedPlane y, TurnedPlane u, TurnedPlane v, SourceRows src, KorSizeT width, KorSizeT height) {
+    const SourceRows rows = Along(src, height, y.upwards);
+    ForEachTile(rows, 2 * width, height, kBandOfPairs, [&](KorSizeT i, KorSizeT j) KOR_INLINE {
+        TurnPackedTile<lumaByte>(y.Column(i / 2) + j, y.column, u.Column(i / 4) + j / 2, u.column, v.Column(i / 4) + j / 2, v.column,
+                                 {rows.Row(j) + i, rows.pitch});
+    });
+}
+
+// The portable functions of two layouts have one type.
+using CaptureRotation = decltype(&KorYUY2ToI420WithRotation_C_);
+
+template <LumaByte lumaByte>
+void PackedToI420WithRotation(CaptureRotation portable, Plane y, Plane u, Plane v, const KorUint8* x, KorSizeT pitchX,
+                              KorSizeT width, KorSizeT height, KorBool flip, KorImageRotationDegree rotationDegree) {
+    const KorSizeT height2 = height & ~KorSizeT{1};
+    const bool isStraight = rotationDegree == 0 || rotationDegree == 180;
+    if (IsOdd(width) || !(isStraight ? IsWide(width, height) : HasTiles(2 * width, height2))) {
+        portable(y.samples, y.pitch, u.samples, u.pitch, v.samples, v.pitch, x, pitchX, width, height, flip, rotationDegree);
+        return;
+    }
+    const SourceRows rows = ReadingOrder(x, pitchX, height, flip);
+    if (rotationDegree == 0) {
+        PackedToI420<lumaByte>(y, u, v, rows, width, height);
+        return;
+    }
+    if (rotationDegree == 180) {
+        PackedToI420Reversed<lumaByte>(y, u, v, rows, width, height);
+        return;
+    }
+    // Deliberate: every angle that is none of the four is taken for 270. A lone last row, which stands twice, makes the first two
+    // columns at 90 degrees and the last two at 270.
+    const bool is90 = rotationDegree == 90;
+    const KorSizeT pairs = is90 && IsOdd(height) ? 2 : 0;
+    TurnRowPairs<lumaByte>({{y.samples + pairs, y.pitch}, width, is90}, {{u.samples + pairs / 2, u.pitch}, width / 2, is90},
+                           {{v.samples + pairs / 2, v.pitch}, width / 2, is90}, rows, width, height2);
+    if (IsOdd(height)) {
+        const KorSizeT lone = is90 ? 0 : height2;
+        portable(y.samples + lone, y.pitch, u.samples + lone / 2, u.pitch, v.samples + lone / 2, v.pitch,
+                 rows.Row(height - 1), pitchX, width, 1, 0, rotationDegree);
     }
 }
 
@@ -111,23 +204,6 @@ KOR_KERNEL void SplitRow(KorUint8* first, KorUint8* second, const KorUint8* src,
     });
 }
 
-// What packing does to the bytes of U and V, in turn, before they meet luma.
-struct KeepChroma {
-    static KOR_INLINE V8 Apply(V8 uv) { return uv; }
-};
-
-// To the signed bytes of Yuv2: the low byte of ((145 c) >> 7) + 111. Deliberate: below 16 and above 240 the result wraps.
-struct ExpandChroma {
-    static KOR_INLINE V8 Apply(V8 uv) {
-        const D16 d;
-        const V16 scale = hn::Set(d, 290);
-        const V16 even = hn::MulHigh(hn::ShiftLeft<8>(hn::BitCast(d, uv)), scale);
-        const V16 odd = hn::MulHigh(hn::And(hn::BitCast(d, uv), hn::Set(d, 0xff00)), scale);
-        const V16 both = hn::Or(hn::And(even, hn::Set(d, 0xff)), hn::ShiftLeft<8>(odd));
-        return hn::Add(hn::BitCast(D8(), both), hn::Set(D8(), 111));
-    }
-};
-
 template <LumaByte lumaByte>
 KOR_INLINE inline void StorePacked(V8 luma, V8 uv, KorUint8* x) {
     if constexpr (lumaByte == LumaByte::First) {
@@ -139,12 +215,12 @@ KOR_INLINE inline void StorePacked(V8 luma, V8 uv, KorUint8* x) {
 
 // A row of n pixels, n at least a vector of bytes and even. One row at a time, although two share their chroma: one stream of
 // stores is faster than two, once the picture is larger than the caches.
-template <LumaByte lumaByte, class Chroma>
+template <LumaByte lumaByte>
 KOR_KERNEL void PackRow(KorUint8* x, PlainRow y, PlainRow u, PlainRow v, KorSizeT n) {
     const D8 d;
     const H8 half;
     ForEachBlock(n, hn::Lanes(d), [&](KorSizeT start) KOR_INLINE {
-        const V8 uv = Chroma::Apply(JoinPairs(u.Load(half, start / 2), v.Load(half, start / 2)));
+        const V8 uv = JoinPairs(u.Load(half, start / 2), v.Load(half, start / 2));
         StorePacked<lumaByte>(y.Load(d, start), uv, x + 2 * start);
     });
 }
@@ -163,8 +239,8 @@ KOR_KERNEL void PackNoisyRowPair(KorUint8* x0, KorUint8* x1, NoisyRow y0, NoisyR
 
 template <LumaByte lumaByte>
 void PackRowPair(KorUint8* x0, KorUint8* x1, PlainRow y0, PlainRow y1, PlainRow u, PlainRow v, KorSizeT n) {
-    PackRow<lumaByte, KeepChroma>(x0, y0, u, v, n);
-    PackRow<lumaByte, KeepChroma>(x1, y1, u, v, n);
+    PackRow<lumaByte>(x0, y0, u, v, n);
+    PackRow<lumaByte>(x1, y1, u, v, n);
 }
 
 template <LumaByte lumaByte>
@@ -198,10 +274,44 @@ void Yuv2ToI420(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorS
     }
 }
 
+// Chroma to the signed bytes of Yuv2, U and V in turn: the low byte of ((145 c) >> 7) + 111. Deliberate: below 16 and above 240
+// the result wraps.
+KOR_INLINE inline V8 ExpandChroma(V8 uv) {
+    const D16 d;
+    const V16 scale = hn::Set(d, 290);
+    const V16 even = hn::MulHigh(hn::ShiftLeft<8>(hn::BitCast(d, uv)), scale);
+    const V16 odd = hn::MulHigh(hn::And(hn::BitCast(d, uv), hn::Set(d, 0xff00)), scale);
+    const V16 both = hn::Or(hn::And(even, hn::Set(d, 0xff)), hn::ShiftLeft<8>(odd));
+    return hn::Add(hn::BitCast(D8(), both), hn::Set(D8(), 111));
+}
+
+KOR_KERNEL void ExpandChromaRow(KorUint8* uv, const KorUint8* u, const KorUint8* v, KorSizeT n) {
+    const D8 d;
+    const H8 half;
+    ForEachBlock(n, hn::Lanes(d), [&](KorSizeT start) KOR_INLINE {
+        hn::StoreU(ExpandChroma(JoinPairs(hn::LoadU(half, u + start / 2), hn::LoadU(half, v + start / 2))), d, uv + start);
+    });
+}
+
+KOR_KERNEL void JoinRow(KorUint8* x, const KorUint8* y, const KorUint8* uv, KorSizeT n) {
+    const D8 d;
+    ForEachBlock(n, hn::Lanes(d), [&](KorSizeT start) KOR_INLINE { StorePairs(hn::LoadU(d, y + start), hn::LoadU(d, uv + start), x + 2 * start); });
+}
+
+// Chroma is expanded once for two rows, a long run at a time: rows that are written by turns in short pieces are much slower, once
+// the picture is larger than the caches.
 void I420ToYuv2(SourceRows y, SourceRows u, SourceRows v, Plane x, KorSizeT width, KorSizeT height) {
-    for (KorSizeT row = 0; row < (height & ~KorSizeT{1}); ++row) {
+    constexpr KorSizeT kRun = 4096;
+    const KorSizeT width2 = width & ~KorSizeT{1};
+    const KorSizeT size = Min(width2, kRun);
+    KorUint8 uv[kRun];
+    for (KorSizeT row = 0; row + 1 < height; row += 2) {
         const KorSizeT drift = Drift(row, width);
-        PackRow<kYuy2, ExpandChroma>(x.Row(row) - 2 * drift, {y.Row(row) - drift}, {u.Row(row / 2)}, {v.Row(row / 2)}, width & ~KorSizeT{1});
+        ForEachBlock(width2, size, [&](KorSizeT start) {
+            ExpandChromaRow(uv, u.Row(row / 2) + start / 2, v.Row(row / 2) + start / 2, size);
+            JoinRow(x.Row(row) - 2 * drift + 2 * start, y.Row(row) - drift + start, uv, size);
+            JoinRow(x.Row(row + 1) - 2 * drift + 2 * start, y.Row(row + 1) - drift + start, uv, size);
+        });
     }
 }
 
@@ -219,6 +329,14 @@ void KorUYVYToI420 KOR_PARAMETERS_Capture {
         return KorUYVYToI420_C_ KOR_ARGUMENTS_Capture;
     }
     PackedToI420<kUyvy>({y, pitchY}, {u, pitchU}, {v, pitchV}, ReadingOrder(x, pitchX, height, flip), width, height);
+}
+
+void KorYUY2ToI420WithRotation KOR_PARAMETERS_CaptureRotation {
+    PackedToI420WithRotation<kYuy2>(&KorYUY2ToI420WithRotation_C_, {y, pitchY}, {u, pitchU}, {v, pitchV}, x, pitchX, width, height, flip, rotationDegree);
+}
+
+void KorUYVYToI420WithRotation KOR_PARAMETERS_CaptureRotation {
+    PackedToI420WithRotation<kUyvy>(&KorUYVYToI420WithRotation_C_, {y, pitchY}, {u, pitchU}, {v, pitchV}, x, pitchX, width, height, flip, rotationDegree);
 }
 
 void KorI420ToYUY2 KOR_PARAMETERS_Render {

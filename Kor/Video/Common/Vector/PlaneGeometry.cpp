@@ -111,26 +111,6 @@ void FlipPlane(Plane plane, KorSizeT width, KorSizeT height) {
 // Quarter turns
 // ---------------------------------------------------------------------------------------------------------------------
 
-// Where a plane that is rotated by a quarter keeps its samples: source column i becomes a row, which begins with the source's
-// last row at 90 degrees and with its first at 270.
-struct TurnedPlane {
-    KorUint8* firstColumn;
-    KorDistanceT column;
-    bool upwards;
-
-    TurnedPlane(Plane dst, KorSizeT width, bool is90)
-        : firstColumn(is90 ? dst.samples : dst.Row(width - 1)),
-          column(is90 ? static_cast<KorDistanceT>(dst.pitch) : -static_cast<KorDistanceT>(dst.pitch)),
-          upwards(is90) {}
-
-    KorUint8* Column(KorSizeT i) const { return firstColumn + static_cast<KorDistanceT>(i) * column; }
-};
-
-// The rows of a source in the order in which the rows of the rotated plane have them.
-SourceRows Along(SourceRows src, KorSizeT height, bool upwards) {
-    return upwards ? SourceRows{src.Row(height - 1), -src.pitch} : src;
-}
-
 KOR_KERNEL void TurnTile(KorUint8* dst, KorDistanceT column, SourceRows src) {
     const D8 d;
     Tile tile(src);
@@ -150,45 +130,16 @@ KOR_KERNEL void SplitAndTurnTile(KorUint8* dst1, KorDistanceT column1, KorUint8*
     }
 }
 
-bool HasTiles(KorSizeT rowBytes, KorSizeT height) {
-    return rowBytes >= kTileBytes && height >= hn::Lanes(D8());
-}
-
-// Tiles are visited in bands of rows, and in a band one cache line of the source after the other: both sides then finish the
-// lines that they have begun while these are at hand. The rows of a line lie a pitch apart, where hardware foresees nothing, so
-// the band's next line is asked for ahead. Tiles at the right and lower edges move back into the picture.
-template <class Turn>
-KOR_INLINE inline void ForEachTile(SourceRows src, KorSizeT rowBytes, KorSizeT height, Turn turn) {
-    constexpr KorSizeT kBand = 128;
-    constexpr KorSizeT kLine = 64;
-    const KorSizeT tileRows = hn::Lanes(D8());
-    for (KorSizeT band = 0; band < height; band += kBand) {
-        const KorSizeT bandEnd = Min(height, band + kBand);
-        for (KorSizeT line = 0; line < rowBytes; line += kLine) {
-            const KorSizeT lineEnd = Min(rowBytes, line + kLine);
-            for (KorSizeT row = band; row < bandEnd; row += tileRows) {
-                const KorSizeT j = Min(row, height - tileRows);
-                for (KorSizeT r = 0; lineEnd < rowBytes && r < tileRows; ++r) {
-                    __builtin_prefetch(src.Row(j + r) + lineEnd);
-                }
-                for (KorSizeT i = line; i < lineEnd; i += kTileBytes) {
-                    turn(Min(i, rowBytes - kTileBytes), j);
-                }
-            }
-        }
-    }
-}
-
 void TurnPlane(TurnedPlane dst, SourceRows src, KorSizeT width, KorSizeT height) {
     const SourceRows rows = Along(src, height, dst.upwards);
-    ForEachTile(rows, width, height, [&](KorSizeT i, KorSizeT j) KOR_INLINE {
+    ForEachTile(rows, width, height, kBand, [&](KorSizeT i, KorSizeT j) KOR_INLINE {
         TurnTile(dst.Column(i) + j, dst.column, {rows.Row(j) + i, rows.pitch});
     });
 }
 
 void SplitAndTurn(TurnedPlane uv1, TurnedPlane uv2, SourceRows src, KorSizeT width, KorSizeT height) {
     const SourceRows rows = Along(src, height, uv1.upwards);
-    ForEachTile(rows, 2 * width, height, [&](KorSizeT i, KorSizeT j) KOR_INLINE {
+    ForEachTile(rows, 2 * width, height, kBandOfPairs, [&](KorSizeT i, KorSizeT j) KOR_INLINE {
         SplitAndTurnTile(uv1.Column(i / 2) + j, uv1.column, uv2.Column(i / 2) + j, uv2.column, {rows.Row(j) + i, rows.pitch});
     });
 }

@@ -132,6 +132,60 @@ struct Tile {
     }
 };
 
+// Where a plane that is rotated by a quarter keeps its samples: source column i becomes a row, which begins with the source's
+// last row at 90 degrees and with its first at 270.
+struct TurnedPlane {
+    KorUint8* firstColumn;
+    KorDistanceT column;
+    bool upwards;
+
+    TurnedPlane(Plane dst, KorSizeT width, bool is90)
+        : firstColumn(is90 ? dst.samples : dst.Row(width - 1)),
+          column(is90 ? static_cast<KorDistanceT>(dst.pitch) : -static_cast<KorDistanceT>(dst.pitch)),
+          upwards(is90) {}
+
+    KorUint8* Column(KorSizeT i) const { return firstColumn + static_cast<KorDistanceT>(i) * column; }
+};
+
+// The rows of a source in the order in which the rows of the rotated plane have them.
+[[maybe_unused]] SourceRows Along(SourceRows src, KorSizeT height, bool upwards) {
+    return upwards ? SourceRows{src.Row(height - 1), -src.pitch} : src;
+}
+
+[[maybe_unused]] bool HasTiles(KorSizeT rowBytes, KorSizeT height) {
+    return rowBytes >= kTileBytes && height >= hn::Lanes(D8());
+}
+
+// Tiles are visited in bands of rows, and in a band one cache line of the source after the other: both sides then finish the
+// lines that they have begun while these are at hand. The rows of a line lie a pitch apart, where hardware foresees nothing, so
+// the band's next line is asked for ahead. Tiles at the right and lower edges move back into the picture.
+//
+// Bands of one plane have 128 rows. Those of pairs, which have longer rows and more destinations, have half of that: the pages of
+// the band are visited once a line, and the processor must not forget where they lie.
+constexpr KorSizeT kBand = 128;
+constexpr KorSizeT kBandOfPairs = 64;
+
+template <class Turn>
+KOR_INLINE inline void ForEachTile(SourceRows src, KorSizeT rowBytes, KorSizeT height, KorSizeT bandRows, Turn turn) {
+    constexpr KorSizeT kLine = 64;
+    const KorSizeT tileRows = hn::Lanes(D8());
+    for (KorSizeT band = 0; band < height; band += bandRows) {
+        const KorSizeT bandEnd = Min(height, band + bandRows);
+        for (KorSizeT line = 0; line < rowBytes; line += kLine) {
+            const KorSizeT lineEnd = Min(rowBytes, line + kLine);
+            for (KorSizeT row = band; row < bandEnd; row += tileRows) {
+                const KorSizeT j = Min(row, height - tileRows);
+                for (KorSizeT r = 0; lineEnd < rowBytes && r < tileRows; ++r) {
+                    __builtin_prefetch(src.Row(j + r) + lineEnd);
+                }
+                for (KorSizeT i = line; i < lineEnd; i += kTileBytes) {
+                    turn(Min(i, rowBytes - kTileBytes), j);
+                }
+            }
+        }
+    }
+}
+
 }  // namespace
 }  // namespace KOR_TARGET_NAMESPACE
 }  // namespace kor

@@ -1,0 +1,54 @@
+// Options that several subcommands share, each declared once.
+#ifndef KORFRAME_OPTIONS_H
+#define KORFRAME_OPTIONS_H
+
+#include <CLI/CLI.hpp>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "image/PixelFormat.h"
+#include "io/Open.h"
+#include "pipeline/Pipeline.h"
+
+namespace korframe {
+
+// What raw frames need and other files carry themselves.
+struct RawOptions {
+    std::optional<Layout> from;
+    Size size;
+
+    void Add(CLI::App& command);
+    InputRequest Request(const std::string& path) const;
+};
+
+// How to read an input.
+struct InputOptions {
+    RawOptions raw;
+    std::optional<Layout> order;
+    std::string rate;
+
+    void Add(CLI::App& command);
+    InputRequest Request(const std::string& path) const;
+};
+
+// What to write, and how to process.
+struct OutputOptions {
+    OutputRequest to;
+    std::optional<std::uint64_t> seed;
+    std::size_t jobs = 1;
+
+    void Add(CLI::App& command);
+    void Fill(ChainRequest& request, const std::string& output) const;
+};
+
+extern const char* const kInputHelp;
+extern const char* const kDitherHelp;
+
+void AddOutputArgument(CLI::App& command, std::string& output);
+void AddMatrixOption(CLI::App& command, std::string& matrix);
+void AddSeedOption(CLI::App& command, std::optional<std::uint64_t>& seed);
+
+}  // namespace korframe
+
+#endif

@@ -1,0 +1,28 @@
+#include "io/Errors.h"
+
+#include <cctype>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+namespace korframe {
+
+const char* const kOutOfMemory = "not enough memory for frames of this size; use smaller ones";
+
+void FlushStandardOutput() {
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+        FailFile("standard output", std::string("cannot be written: ") + std::strerror(errno));
+    }
+}
+
+void SayLine(const std::string& message) {
+    std::string line = "korframe: " + message;
+    for (char& c : line) {
+        if (std::iscntrl(static_cast<unsigned char>(c)) != 0) {
+            c = '?';
+        }
+    }
+    std::fprintf(stderr, "%s\n", line.c_str());
+}
+
+}  // namespace korframe

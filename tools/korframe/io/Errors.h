@@ -1,0 +1,55 @@
+// Whatever goes wrong is thrown as an Error and printed once, as one line, by Main.cpp.
+#ifndef KORFRAME_ERRORS_H
+#define KORFRAME_ERRORS_H
+
+#include <stdexcept>
+#include <string>
+
+namespace korframe {
+
+enum class ExitStatus : int {
+    Success = 0,
+    Failure = 1,  // bad input, or reading or writing failed; from compare: the files differ
+    Usage = 2     // the command line asks for the impossible; from compare: any error
+};
+
+class Error : public std::runtime_error {
+  public:
+    Error(ExitStatus status, const std::string& message) : std::runtime_error(message), status_(status) {}
+    ExitStatus Status() const { return status_; }
+
+  private:
+    ExitStatus status_;
+};
+
+// Ends the program with a status once everything has been printed.
+struct Verdict {
+    ExitStatus status;
+};
+
+extern const char* const kOutOfMemory;
+
+// An input that breaks off. The frames before the break are good, and a writer keeps them before it reports the error.
+class BrokenStream : public Error {
+  public:
+    explicit BrokenStream(const std::string& message) : Error(ExitStatus::Failure, message) {}
+};
+
+[[noreturn]] inline void FailFile(const std::string& file, const std::string& what) {
+    throw Error(ExitStatus::Failure, file + ": " + what);
+}
+
+[[noreturn]] inline void FailUsage(const std::string& what) {
+    throw Error(ExitStatus::Usage, what);
+}
+
+// Printed output may still be buffered; a full disk or a closed pipe only shows once it is written.
+void FlushStandardOutput();
+
+// Prints one line to standard error, prefixed with the program's name. Control characters, as file names may have them,
+// become question marks.
+void SayLine(const std::string& message);
+
+}  // namespace korframe
+
+#endif

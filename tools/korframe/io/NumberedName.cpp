@@ -1,0 +1,32 @@
+#include "io/NumberedName.h"
+
+namespace korframe {
+
+NumberedName::NumberedName(const std::string& pattern) : before_(pattern) {
+    for (std::size_t percent = pattern.find('%'); percent != std::string::npos;
+         percent = pattern.find('%', percent + 1)) {
+        std::size_t end = percent + 1;
+        std::size_t digits = 0;
+        if (end + 1 < pattern.size() && pattern[end] == '0' && pattern[end + 1] >= '1' && pattern[end + 1] <= '9') {
+            digits = static_cast<std::size_t>(pattern[end + 1] - '0');
+            end += 2;
+        }
+        if (end < pattern.size() && pattern[end] == 'd') {
+            before_ = pattern.substr(0, percent);
+            after_ = pattern.substr(end + 1);
+            digits_ = digits;
+            numbered_ = true;
+            return;
+        }
+    }
+}
+
+std::string NumberedName::For(std::uint64_t number) const {
+    std::string digits = std::to_string(number);
+    if (digits.size() < digits_) {
+        digits.insert(0, digits_ - digits.size(), '0');
+    }
+    return before_ + digits + after_;
+}
+
+}  // namespace korframe

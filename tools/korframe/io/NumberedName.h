@@ -1,0 +1,28 @@
+// Names of numbered pictures: "out-%04d.png" stands for out-0001.png, out-0002.png and so on.
+#ifndef KORFRAME_NUMBEREDNAME_H
+#define KORFRAME_NUMBEREDNAME_H
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace korframe {
+
+class NumberedName {
+  public:
+    // The first %d or %0Nd in the pattern is replaced by the number; any other % stands for itself.
+    explicit NumberedName(const std::string& pattern);
+
+    bool IsNumbered() const { return numbered_; }
+    std::string For(std::uint64_t number) const;
+
+  private:
+    std::string before_;
+    std::string after_;
+    std::size_t digits_ = 0;
+    bool numbered_ = false;
+};
+
+}  // namespace korframe
+
+#endif

@@ -1,0 +1,201 @@
+#include "io/Open.h"
+
+#include <utility>
+
+#include "io/Errors.h"
+#include "io/NumberedName.h"
+#include "io/RawFile.h"
+#include "io/Y4mFile.h"
+
+namespace korframe {
+
+namespace {
+
+class PictureSource : public FrameSource {
+  public:
+    PictureSource(InputFile& input, const InputRequest& request) {
+        info_.container = NameOfKind(RecognisePicture(input.Peek(kSignatureBytes)));
+        Frame picture = ReadPicture(input);
+        if (!request.keepAlpha) {
+            LayOverBlack(picture);
+        }
+        Reorder(picture, *request.pictureOrder, picture_);
+        info_.name = input.Name();
+        info_.format = request.pictureOrder;
+        info_.width = picture.Width();
+        info_.height = picture.Height();
+        info_.picture = true;
+        info_.frames = 1;
+    }
+
+    bool Read(Frame& frame) override {
+        if (taken_) {
+            return false;
+        }
+        frame = std::move(picture_);
+        taken_ = true;
+        return true;
+    }
+
+  private:
+    Frame picture_;
+    bool taken_ = false;
+};
+
+// A single picture, or one for each frame if the name has a place for the number.
+class PictureSink : public FrameSink {
+  public:
+    PictureSink(const std::string& path, PictureKind kind) : path_(path), name_(path), kind_(kind) {}
+
+    void Encode(const Frame& frame, Coded& coded) const override { coded = EncodePicture(path_, kind_, frame); }
+
+    void Write(const Frame& /*frame*/, const std::string& /*fields*/, const Coded& coded) override {
+        if (name_.IsNumbered()) {
+            WriteWholeFile(name_.For(++frames_), coded);
+            return;
+        }
+        if (++frames_ > 1) {
+            FailFile(path_,
+                     "is a single picture, but there are more frames; put a number in the name, for example "
+                     "frame-%04d.png");
+        }
+        only_ = coded;
+    }
+
+    void Finish() override {
+        if (!name_.IsNumbered()) {
+            WriteWholeFile(path_, only_);
+        }
+    }
+
+  private:
+    std::string path_;
+    NumberedName name_;
+    PictureKind kind_;
+    std::uint64_t frames_ = 0;
+    Coded only_;
+};
+
+const char* const kSizeForm = " WIDTHxHEIGHT";
+const char* const kRawElsewhere = "for an overlay of raw frames use korframe blend";
+
+std::unique_ptr<FrameSource> OpenRaw(std::unique_ptr<InputFile> input, const PixelFormat& format,
+                                     const InputRequest& request) {
+    if (request.size.width == 0) {
+        FailUsage(
+            input->Name() + ": raw " + format.name + " frames carry no size; " +
+            (request.sizeOption == nullptr ? kRawElsewhere : std::string("add ") + request.sizeOption + kSizeForm));
+    }
+    return std::make_unique<RawSource>(std::move(input), format, request.size.width, request.size.height);
+}
+
+bool DescribesItself(const std::string& signature) {
+    return IsY4m(signature) || RecognisePicture(signature) != PictureKind::None;
+}
+
+std::unique_ptr<FrameSource> OpenAny(const InputRequest& request) {
+    auto input = std::make_unique<InputFile>(request.path);
+    const bool describesItself = request.rawOnlyIfNeeded && DescribesItself(input->Peek(kSignatureBytes));
+    if (request.from != nullptr && !describesItself) {
+        return OpenRaw(std::move(input), *request.from, request);
+    }
+    // A size on the command line means raw frames, whose first bytes may look like anything.
+    const PixelFormat* bySuffix = FindFormatBySuffix(request.path);
+    if (bySuffix != nullptr && request.size.width > 0 && !describesItself) {
+        return OpenRaw(std::move(input), *bySuffix, request);
+    }
+    const std::string signature = input->Peek(kSignatureBytes);
+    const bool y4m = IsY4m(signature);
+    const bool picture = RecognisePicture(signature) != PictureKind::None;
+    if ((y4m || picture) && request.size.width > 0 && !describesItself) {
+        FailUsage(input->Name() + ": " + request.sizeOption +
+                  " is for raw frames, and this file has a size of its own; for raw frames add " + request.fromOption +
+                  " LAYOUT");
+    }
+    if (y4m) {
+        return std::make_unique<Y4mSource>(std::move(input));
+    }
+    if (picture) {
+        return std::make_unique<PictureSource>(*input, request);
+    }
+    if (bySuffix != nullptr) {
+        return OpenRaw(std::move(input), *bySuffix, request);
+    }
+    if (signature.empty()) {
+        FailFile(input->Name(), "is empty; expected a PNG, JPEG, PPM or Y4M file or raw frames");
+    }
+    FailFile(input->Name(),
+             std::string("is not a PNG, JPEG, PPM or Y4M file; ") +
+                 (request.sizeOption == nullptr ? kRawElsewhere
+                                                : std::string("for raw frames add ") + request.fromOption +
+                                                      " LAYOUT and " + request.sizeOption + kSizeForm));
+}
+
+}  // namespace
+
+std::unique_ptr<FrameSource> OpenSource(const InputRequest& request) {
+    std::unique_ptr<FrameSource> source = OpenAny(request);
+    if (request.pictureOnly && !source->Info().picture) {
+        FailUsage("--order " + std::string(request.pictureOrder->name) + ": " + source->Info().name +
+                  " is not a picture; for raw frames give the byte order by --from");
+    }
+    if (!request.rate.empty()) {
+        source->SetRate(request.rate);
+    }
+    return source;
+}
+
+std::string NameOfOutput(const std::string& path) {
+    return path == "-" ? "standard output" : path;
+}
+
+OutputKind DecideOutput(const std::string& path, const OutputRequest& to, const PixelFormat* rendered) {
+    if (to.container == Container::Pictures) {
+        return {Container::Pictures, nullptr, to.picture};
+    }
+    const bool y4mAsked = to.container == Container::Y4m;
+    const bool nothingAsked = !to.container && to.layout == nullptr;
+    if (y4mAsked || Suffix(path) == "y4m" || (path == "-" && nothingAsked && rendered == nullptr)) {
+        if (to.layout != nullptr && !to.layout->IsPlanarYuv()) {
+            FailUsage(std::string("--to ") + to.layout->name + ": " + path +
+                      " is named as a Y4M file; expected i420 or i444, or another name");
+        }
+        return {Container::Y4m, to.layout, PictureKind::None};
+    }
+    if (const PictureKind picture = PictureKindOfName(path); picture != PictureKind::None) {
+        if (to.layout != nullptr) {
+            FailUsage(std::string("--to ") + to.layout->name + ": " + path +
+                      " is named as a picture; for raw frames use another name, for example out." + to.layout->name);
+        }
+        if (picture == PictureKind::Jpeg) {
+            FailUsage(path +
+                      ": cannot write JPEG, only read it; expected a name that ends in .png, .ppm, .y4m or the "
+                      "name of a raw layout");
+        }
+        return {Container::Pictures, nullptr, picture};
+    }
+    const PixelFormat* layout = to.layout != nullptr ? to.layout : FindFormatBySuffix(path);
+    if (layout == nullptr) {
+        layout = rendered;
+    }
+    if (layout == nullptr) {
+        FailUsage(path +
+                  ": the name does not say what to write; add --to, or use a name that ends in .y4m, .png, .ppm or "
+                  "the name of a raw layout");
+    }
+    return {Container::Raw, layout, PictureKind::None};
+}
+
+std::unique_ptr<FrameSink> OpenSink(const std::string& path, const OutputKind& kind, const StreamInfo& info) {
+    switch (kind.container) {
+        case Container::Y4m:
+            return std::make_unique<Y4mSink>(path, info);
+        case Container::Pictures:
+            return std::make_unique<PictureSink>(path, kind.picture);
+        case Container::Raw:
+            break;
+    }
+    return std::make_unique<RawSink>(path);
+}
+
+}  // namespace korframe

@@ -1,0 +1,44 @@
+#include "io/RawFile.h"
+
+#include "io/Errors.h"
+#include "io/SizeChecks.h"
+
+namespace korframe {
+
+void ReadWholeFrame(InputFile& input, Frame& frame, std::uint64_t number) {
+    const std::size_t got = input.Read(frame.Data(), frame.Size());
+    if (got < frame.Size()) {
+        throw BrokenStream(input.Name() + ": frame " + std::to_string(number) +
+                           " is truncated: " + std::to_string(frame.Size() - got) + " of its " +
+                           std::to_string(frame.Size()) + " bytes are missing");
+    }
+}
+
+RawSource::RawSource(std::unique_ptr<InputFile> input, const PixelFormat& format, std::size_t width, std::size_t height)
+    : input_(std::move(input)) {
+    info_.name = input_->Name();
+    info_.format = &format;
+    info_.width = width;
+    info_.height = height;
+    CheckSize(info_.name, width, height);
+    CheckParity(info_.name, format, width, height);
+    if (input_->Size()) {
+        info_.frames = *input_->Size() / format.FrameBytes(width, height);
+    }
+}
+
+bool RawSource::Read(Frame& frame) {
+    if (input_->Peek(1).empty()) {
+        if (framesRead_ == 0) {
+            FailFile(info_.name, "is empty; expected frames of " +
+                                     std::to_string(info_.format->FrameBytes(info_.width, info_.height)) + " bytes");
+        }
+        return false;
+    }
+    frame.Reset(*info_.format, info_.width, info_.height);
+    ReadWholeFrame(*input_, frame, framesRead_ + 1);
+    ++framesRead_;
+    return true;
+}
+
+}  // namespace korframe

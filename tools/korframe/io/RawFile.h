@@ -1,0 +1,38 @@
+// Raw frames, one after another with nothing in between.
+#ifndef KORFRAME_RAWFILE_H
+#define KORFRAME_RAWFILE_H
+
+#include "io/InputFile.h"
+#include "io/OutputFile.h"
+#include "io/Stream.h"
+
+namespace korframe {
+
+// Fills a frame from the input. `number`, counted from 1, is for the message if the input ends within it.
+void ReadWholeFrame(InputFile& input, Frame& frame, std::uint64_t number);
+
+class RawSource : public FrameSource {
+  public:
+    RawSource(std::unique_ptr<InputFile> input, const PixelFormat& format, std::size_t width, std::size_t height);
+    bool Read(Frame& frame) override;
+
+  private:
+    std::unique_ptr<InputFile> input_;
+    std::uint64_t framesRead_ = 0;
+};
+
+class RawSink : public FrameSink {
+  public:
+    explicit RawSink(const std::string& path) : output_(path) {}
+    void Write(const Frame& frame, const std::string& /*fields*/, const Coded& /*coded*/) override {
+        output_.Write(frame.Data(), frame.Size());
+    }
+    void Finish() override { output_.Commit(); }
+
+  private:
+    OutputFile output_;
+};
+
+}  // namespace korframe
+
+#endif

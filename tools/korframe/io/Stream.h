@@ -1,0 +1,75 @@
+// Where frames come from and where they go, whatever the files are.
+#ifndef KORFRAME_STREAM_H
+#define KORFRAME_STREAM_H
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "image/Image.h"
+
+namespace korframe {
+
+// What a Y4M header gives besides size and layout, with the values used for other inputs.
+struct ClipTags {
+    std::string rate = "25:1";
+    std::string interlacing = "p";
+    std::string aspect = "1:1";
+    // Of 4:2:0 chroma, as in "420jpeg"; if empty, that of the layout.
+    std::string siting;
+    // The X fields, without the X.
+    std::vector<std::string> extensions = {"COLORRANGE=LIMITED"};
+};
+
+struct StreamInfo {
+    std::string name;  // of the input, for messages
+    const PixelFormat* format = nullptr;
+    std::size_t width = 0;
+    std::size_t height = 0;
+    const char* container = "raw frames";
+    bool tellsTags = false;               // the tags come from the input
+    bool picture = false;                 // a single frame, so no progress is shown
+    std::optional<std::uint64_t> frames;  // an estimate, for the progress display
+    ClipTags tags;
+};
+
+bool IsFullRange(const ClipTags& tags);
+void SetLimitedRange(ClipTags& tags);
+// Removes the X field in which some programs repeat the chroma layout, for when that changes.
+void DropChromaField(ClipTags& tags);
+
+// A frame as encoded in a file, if that differs from its bytes.
+using Coded = std::vector<std::uint8_t>;
+
+class FrameSource {
+  public:
+    virtual ~FrameSource() = default;
+    const StreamInfo& Info() const { return info_; }
+    void SetRate(const std::string& rate) { info_.tags.rate = rate; }
+    // Reads the next frame, in the layout that Info names; false at the end. Throws BrokenStream if the input breaks
+    // off.
+    virtual bool Read(Frame& frame) = 0;
+    // What a Y4M file gives for the last frame alone, as in " Itpp"; usually nothing.
+    const std::string& FrameFields() const { return frameFields_; }
+
+  protected:
+    std::string frameFields_;
+    StreamInfo info_;
+};
+
+class FrameSink {
+  public:
+    virtual ~FrameSink() = default;
+    // Does whatever can be done before the frame's turn comes. May be called on several threads at once.
+    virtual void Encode(const Frame& /*frame*/, Coded& /*coded*/) const {}
+    // Writes a frame, given the fields from its source and what Encode made of it.
+    virtual void Write(const Frame& frame, const std::string& fields, const Coded& coded) = 0;
+    // Puts the file in place; without it, none appears.
+    virtual void Finish() = 0;
+};
+
+}  // namespace korframe
+
+#endif
