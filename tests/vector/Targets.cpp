@@ -1,4 +1,5 @@
-// Targets [EXPECTED]: what the three functions about targets promise. EXPECTED is the target that must be in use at first.
+// Targets [EXPECTED]: what the three functions about targets promise. EXPECTED is the target that must be in use at
+// first.
 #include <cstdio>
 #include <cstring>
 #include <vector>
@@ -29,12 +30,14 @@ int main(int argc, char** argv) {
 
     const KorSizeT count = KorYuv420Targets(nullptr, 0);
     std::vector<const char*> names(count + 1, "untouched");
-    Check(KorYuv420Targets(names.data(), count + 1) == count, "the number of targets does not depend on the room for them");
+    Check(KorYuv420Targets(names.data(), count + 1) == count,
+          "the number of targets does not depend on the room for them");
     Check(std::strcmp(names[count], "untouched") == 0, "no more names are written than there are");
     Check(std::strcmp(names[count - 1], "portable") == 0, "the last target is the portable one");
     names.assign(count + 1, "untouched");
     KorYuv420Targets(names.data(), 1);
-    Check(std::strcmp(names[count > 1 ? 1 : count], "untouched") == 0, "no more names are written than there is room for");
+    Check(std::strcmp(names[count > 1 ? 1 : count], "untouched") == 0,
+          "no more names are written than there is room for");
     KorYuv420Targets(names.data(), count);
 
     const char* best = nullptr;

@@ -52,6 +52,10 @@ constexpr Functions kFunctions = {
 #define KOR_TARGET_NAMESPACE avx512
 #include "Kor/Video/Common/Vector/Target_.inc"
 #endif
+#if defined(KOR_WITH_NEON)
+#define KOR_TARGET_NAMESPACE neon
+#include "Kor/Video/Common/Vector/Target_.inc"
+#endif
 
 namespace {
 
@@ -107,6 +111,9 @@ constexpr Target kTargets[] = {
 #endif
 #if defined(KOR_WITH_SSSE3)
     {"ssse3", &RunsSsse3, kor::ssse3::kFunctions, kor::ssse3::kFunctions},
+#endif
+#if defined(KOR_WITH_NEON)
+    {"neon", &RunsAlways, kor::neon::kFunctions, kor::neon::kFunctions},
 #endif
     {"portable", &RunsAlways, kor::portable::kFunctions, kor::portable::kFunctions},
 };

@@ -332,8 +332,9 @@ KOR_INLINE inline V8 TakeOfGroups(V8 a, V8 b) {
     const V8 b8 = hn::TableLookupBytes(b, places);
     return OrderQuarters(V8{KOR_X86(unpacklo_epi32)(a8.raw, b8.raw)});
 #else
+    const D8 d;
     const V8 both = TakeOfPairs<byte>(a, b);
-    return TakeOfPairs<0>(both, both);
+    return hn::ConcatLowerLower(d, TakeOfPairs<1>(both, both), TakeOfPairs<0>(both, both));
 #endif
 }
 

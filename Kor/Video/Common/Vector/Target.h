@@ -12,6 +12,7 @@
 #define HWY_DISABLE_PCLMUL_AES
 #define HWY_DISABLE_BMI2_FMA
 #define HWY_DISABLE_F16C
+#define TOOLCHAIN_MISS_SYS_AUXV_H  // Highway would ask for AES on ARM
 // Highway's own assertions would need its library.
 #define HWY_IS_DEBUG_BUILD 0
 #include <hwy/highway.h>
