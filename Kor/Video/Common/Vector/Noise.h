@@ -50,7 +50,7 @@ class NoiseTable {
         : rsBits_(rsBits) {}
 
     // Takes in count entries from index on.
-    void Fill(KorSizeT index, KorSizeT count) {
+    KOR_KERNEL void Fill(KorSizeT index, KorSizeT count) {
         if (isWhole_) {
             return;
         }
@@ -140,7 +140,7 @@ struct NoisyPlane {
 
 // Adds the noise from index on in 16 bits. Entries are limited to 13 bits, which changes no result: at the largest shift, 4, the
 // limits still saturate every sample.
-inline void AddNoise(KorUint8* KOR_RESTRICT dst, const KorUint8* KOR_RESTRICT src, KorSizeT index, KorUint rsBits, KorSizeT n) {
+[[maybe_unused]] KOR_KERNEL void AddNoise(KorUint8* KOR_RESTRICT dst, const KorUint8* KOR_RESTRICT src, KorSizeT index, KorUint rsBits, KorSizeT n) {
     const KorInt rsRound = (1 << rsBits) >> 1;
     while (n != 0) {
         const KorSizeT entry = index & (kNoiseEntries - 1);
@@ -199,7 +199,7 @@ constexpr bool IsDithering(KorUint ditherLevel) {
 constexpr KorSizeT kAnyStart = 0x3fff;
 constexpr KorSizeT kAlignedStart = 0x3ff8;
 
-inline KorSizeT DrawIndex(KorSizeT startMask) {
+[[maybe_unused]] KorSizeT DrawIndex(KorSizeT startMask) {
     KorSizeT index = 0;
     KorRandomGetBytes(reinterpret_cast<char*>(&index), sizeof index);
     return index & startMask;
