@@ -33,9 +33,9 @@ KOR_INLINE inline void StoreHalves(V8 x, KorUint8* lower, KorUint8* upper) {
 }
 
 // Two rows of n pixels, n at least a vector of bytes and even. x1 may be x0. Backwards, the last pixel is written first.
-template <LumaByte lumaByte, Order order>
+template <LumaByte lumaByte, Order order, Source source>
 KOR_KERNEL void CaptureRowPair(KorUint8* y0, KorUint8* y1, KorUint8* u, KorUint8* v,
-                               const KorUint8* x0, const KorUint8* x1, KorSizeT n, KorSizeT distance) {
+                               const KorUint8* x0, const KorUint8* x1, KorSizeT n) {
     constexpr int luma = lumaByte == LumaByte::First ? 0 : 1;
     const D8 d;
     const KorSizeT size = hn::Lanes(d);
@@ -43,8 +43,8 @@ KOR_KERNEL void CaptureRowPair(KorUint8* y0, KorUint8* y1, KorUint8* u, KorUint8
         const KorSizeT from = order == Order::Forwards ? start : n - size - start;
         const KorUint8* upper = x0 + 2 * from;
         const KorUint8* lower = x1 + 2 * from;
-        FetchAhead(upper, 2 * size, distance);
-        FetchAhead(lower, 2 * size, distance);
+        FetchAhead<source>(upper, 2 * size);
+        FetchAhead<source>(lower, 2 * size);
         const V8 a0 = hn::LoadU(d, upper), b0 = hn::LoadU(d, upper + size);
         const V8 a1 = hn::LoadU(d, lower), b1 = hn::LoadU(d, lower + size);
         const V8 luma0 = TakeOfPairs<luma>(a0, b0);
@@ -69,10 +69,11 @@ KorSizeT LowerRow(KorSizeT row, KorSizeT height) {
 
 template <LumaByte lumaByte>
 void PackedToI420(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorSizeT height) {
-    const KorSizeT distance = FetchDistance(2 * width, height);
+    const bool isCached = SourceOf(2 * width, height) == Source::Cached;
+    const auto capture = isCached ? &CaptureRowPair<lumaByte, Order::Forwards, Source::Cached> : &CaptureRowPair<lumaByte, Order::Forwards, Source::BeyondCaches>;
     for (KorSizeT row = 0; row < height; row += 2) {
-        CaptureRowPair<lumaByte, Order::Forwards>(y.Row(row), y.Row(row + 1), u.Row(row / 2), v.Row(row / 2),
-                                                  rows.Row(row), rows.Row(LowerRow(row, height)), width & ~KorSizeT{1}, distance);
+        capture(y.Row(row), y.Row(row + 1), u.Row(row / 2), v.Row(row / 2),
+                rows.Row(row), rows.Row(LowerRow(row, height)), width & ~KorSizeT{1});
     }
 }
 
@@ -82,8 +83,8 @@ void PackedToI420Reversed(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT w
     const KorSizeT lastPair = (height - 1) / 2;
     for (KorSizeT row = 0; row < height; row += 2) {
         const KorSizeT to = lastPair - row / 2;
-        CaptureRowPair<lumaByte, Order::Backwards>(y.Row(2 * to + 1), y.Row(2 * to), u.Row(to), v.Row(to),
-                                                   rows.Row(row), rows.Row(LowerRow(row, height)), width, 0);
+        CaptureRowPair<lumaByte, Order::Backwards, Source::Cached>(y.Row(2 * to + 1), y.Row(2 * to), u.Row(to), v.Row(to),
+                                                                   rows.Row(row), rows.Row(LowerRow(row, height)), width);
     }
 }
 
@@ -178,13 +179,14 @@ KOR_INLINE inline V8 AverageSigned(V8 upper, V8 lower) {
     return hn::BitCast(D8(), hn::ShiftRight<1>(sum));
 }
 
+template <Source source>
 KOR_KERNEL void CaptureYuv2RowPair(KorUint8* y0, KorUint8* y1, KorUint8* u, KorUint8* v,
-                                   const KorUint8* x0, const KorUint8* x1, KorSizeT n, KorSizeT distance) {
+                                   const KorUint8* x0, const KorUint8* x1, KorSizeT n) {
     const D8 d;
     const KorSizeT size = hn::Lanes(d);
     ForEachBlock(n, size, [&](KorSizeT start) KOR_INLINE {
-        FetchAhead(x0 + 2 * start, 2 * size, distance);
-        FetchAhead(x1 + 2 * start, 2 * size, distance);
+        FetchAhead<source>(x0 + 2 * start, 2 * size);
+        FetchAhead<source>(x1 + 2 * start, 2 * size);
         const V8 a0 = hn::LoadU(d, x0 + 2 * start), b0 = hn::LoadU(d, x0 + 2 * start + size);
         const V8 a1 = hn::LoadU(d, x1 + 2 * start), b1 = hn::LoadU(d, x1 + 2 * start + size);
         hn::StoreU(LimitLuma(a0, b0), d, y0 + start);
@@ -266,11 +268,12 @@ KorSizeT Drift(KorSizeT row, KorSizeT width) {
 }
 
 void Yuv2ToI420(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorSizeT height) {
-    const KorSizeT distance = FetchDistance(2 * width, height);
+    const bool isCached = SourceOf(2 * width, height) == Source::Cached;
+    const auto capture = isCached ? &CaptureYuv2RowPair<Source::Cached> : &CaptureYuv2RowPair<Source::BeyondCaches>;
     for (KorSizeT row = 0; row < height; row += 2) {
         const KorSizeT drift = Drift(row, width);
-        CaptureYuv2RowPair(y.Row(row) - drift, y.Row(row + 1) - drift, u.Row(row / 2), v.Row(row / 2),
-                           rows.Row(row) - 2 * drift, rows.Row(LowerRow(row, height)) - 2 * drift, width & ~KorSizeT{1}, distance);
+        capture(y.Row(row) - drift, y.Row(row + 1) - drift, u.Row(row / 2), v.Row(row / 2),
+                rows.Row(row) - 2 * drift, rows.Row(LowerRow(row, height)) - 2 * drift, width & ~KorSizeT{1});
     }
 }
 

@@ -144,16 +144,16 @@ KOR_INLINE inline const KorUint8* Readable(KorUint8 (&copy)[kBlockBytes], const 
 }
 
 // Two rows of n pixels, n at least a vector of bytes and even. y1 and x1 may be y0 and x0.
-template <class Weights>
+template <Source source, class Weights>
 KOR_KERNEL void CaptureRowPair(KorUint8* y0, KorUint8* y1, KorUint8* u, KorUint8* v,
-                               const KorUint8* x0, const KorUint8* x1, KorSizeT n, Weights weights, Unread unread, KorSizeT distance) {
+                               const KorUint8* x0, const KorUint8* x1, KorSizeT n, Weights weights, Unread unread) {
     const D8 d;
     const hn::Half<D8> half;
     const KorSizeT size = hn::Lanes(d);
     KorUint8 copy0[kBlockBytes], copy1[kBlockBytes];
     ForEachBlock(n, size, [&](KorSizeT start) KOR_INLINE {
-        FetchAhead(x0 + 4 * start, 4 * size, distance);
-        FetchAhead(x1 + 4 * start, 4 * size, distance);
+        FetchAhead<source>(x0 + 4 * start, 4 * size);
+        FetchAhead<source>(x1 + 4 * start, 4 * size);
         const KorUint8* upper = Readable(copy0, x0 + 4 * start, 4 * size, unread);
         const KorUint8* lower = Readable(copy1, x1 + 4 * start, 4 * size, unread);
         const V8 a0 = hn::LoadU(d, upper), b0 = hn::LoadU(d, upper + size);
@@ -172,13 +172,13 @@ KOR_KERNEL void CaptureRowPair(KorUint8* y0, KorUint8* y1, KorUint8* u, KorUint8
 }
 
 // One row of n pixels, n at least a vector of bytes.
-template <class Weights>
-KOR_KERNEL void CaptureRow(KorUint8* y, KorUint8* u, KorUint8* v, const KorUint8* x, KorSizeT n, Weights weights, Unread unread, KorSizeT distance) {
+template <Source source, class Weights>
+KOR_KERNEL void CaptureRow(KorUint8* y, KorUint8* u, KorUint8* v, const KorUint8* x, KorSizeT n, Weights weights, Unread unread) {
     const D8 d;
     const KorSizeT size = hn::Lanes(d);
     KorUint8 copy[kBlockBytes];
     ForEachBlock(n, size, [&](KorSizeT start) KOR_INLINE {
-        FetchAhead(x + 4 * start, 4 * size, distance);
+        FetchAhead<source>(x + 4 * start, 4 * size);
         const KorUint8* pixels = Readable(copy, x + 4 * start, 4 * size, unread);
         const V8 a = hn::LoadU(d, pixels), b = hn::LoadU(d, pixels + size);
         const V8 c = hn::LoadU(d, pixels + 2 * size), e = hn::LoadU(d, pixels + 3 * size);
@@ -276,14 +276,15 @@ KOR_INLINE inline V8 Capture24Pair(KorUint8* y0, KorUint8* y1, const KorUint8* x
 
 // Two rows of n pixels of 24 bits, n at least a vector of bytes and even. x1 may be x0. Every pixel's chroma is converted
 // and then averaged.
+template <Source source>
 KOR_KERNEL void Capture24RowPair(KorUint8* y0, KorUint8* y1, KorUint8* u, KorUint8* v,
-                                 const KorUint8* x0, const KorUint8* x1, KorSizeT n, TripleWeights weights, KorSizeT distance) {
+                                 const KorUint8* x0, const KorUint8* x1, KorSizeT n, TripleWeights weights) {
     const D8 d;
     const hn::Half<D8> half;
     const KorSizeT size = hn::Lanes(d);
     ForEachBlock(n, size, [&](KorSizeT start) KOR_INLINE {
-        FetchAhead(x0 + 3 * start, 3 * size, distance);
-        FetchAhead(x1 + 3 * start, 3 * size, distance);
+        FetchAhead<source>(x0 + 3 * start, 3 * size);
+        FetchAhead<source>(x1 + 3 * start, 3 * size);
         const V8 uv = Capture24Pair(y0 + start, y1 + start, x0 + 3 * start, x1 + 3 * start, weights);
         hn::StoreU(hn::LowerHalf(half, uv), half, u + start / 2);
         hn::StoreU(hn::UpperHalf(half, uv), half, v + start / 2);
@@ -336,14 +337,15 @@ void CaptureI420(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, Kor
     const Weights weights(matrix, layout);
     const KorSizeT width2 = width & ~KorSizeT{1};
     const KorSizeT edgeRow = EdgeRow(rows, height, EdgeOf(layout));
-    const KorSizeT distance = FetchDistance(4 * width, height);
+    const bool isCached = SourceOf(4 * width, height) == Source::Cached;
+    const auto capture = isCached ? &CaptureRowPair<Source::Cached, Weights> : &CaptureRowPair<Source::BeyondCaches, Weights>;
     for (KorSizeT row = 0; row < height; row += 2) {
         const KorSizeT row1 = Min(row + 1, height - 1);
         const KorUint8* x0 = rows.Row(row);
         const KorUint8* x1 = rows.Row(row1);
         const bool isEdge = edgeRow == row || edgeRow == row1;
-        CaptureRowPair(y.Row(row), y.Row(row1), u.Row(row / 2), v.Row(row / 2), x0, x1, width2, weights,
-                       isEdge ? EdgeOf(layout) : Unread::None, distance);
+        capture(y.Row(row), y.Row(row1), u.Row(row / 2), v.Row(row / 2), x0, x1, width2, weights,
+                isEdge ? EdgeOf(layout) : Unread::None);
         if (IsOdd(width)) {
             const Rgb upper = PixelAt(x0, width2, layout);
             const Rgb lower = PixelAt(x1, width2, layout);
@@ -360,9 +362,10 @@ void CaptureI444(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, Kor
                  const RgbLayout& layout, const RgbToYuvMatrix& matrix) {
     const Weights weights(matrix, layout);
     const KorSizeT edgeRow = EdgeRow(rows, height, EdgeOf(layout));
-    const KorSizeT distance = FetchDistance(4 * width, height);
+    const bool isCached = SourceOf(4 * width, height) == Source::Cached;
+    const auto capture = isCached ? &CaptureRow<Source::Cached, Weights> : &CaptureRow<Source::BeyondCaches, Weights>;
     for (KorSizeT row = 0; row < height; ++row) {
-        CaptureRow(y.Row(row), u.Row(row), v.Row(row), rows.Row(row), width, weights, row == edgeRow ? EdgeOf(layout) : Unread::None, distance);
+        capture(y.Row(row), u.Row(row), v.Row(row), rows.Row(row), width, weights, row == edgeRow ? EdgeOf(layout) : Unread::None);
     }
 }
 
@@ -443,15 +446,16 @@ Yuv Convert24(const KorUint8* x, Order24 order) {
 // The odd edges are those of the portable function, which says why they are as they are.
 void Capture24(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorSizeT height, Order24 order) {
     const TripleWeights weights(order);
-    const KorSizeT distance = FetchDistance(3 * width, height);
+    const bool isCached = SourceOf(3 * width, height) == Source::Cached;
+    const auto capture = isCached ? &Capture24RowPair<Source::Cached> : &Capture24RowPair<Source::BeyondCaches>;
     const KorSizeT widthC = width / 2;
     const KorSizeT width2 = 2 * widthC;
     const KorSizeT heightC = height / 2;
     const KorSizeT height2 = 2 * heightC;
     // The luma of a lone last row is also written to the row below the picture.
     for (KorSizeT row = 0; row < height; row += 2) {
-        Capture24RowPair(y.Row(row), y.Row(row + 1), u.Row(row / 2), v.Row(row / 2),
-                         rows.Row(row), rows.Row(Min(row + 1, height - 1)), width2, weights, distance);
+        capture(y.Row(row), y.Row(row + 1), u.Row(row / 2), v.Row(row / 2),
+                rows.Row(row), rows.Row(Min(row + 1, height - 1)), width2, weights);
     }
     if (!IsOdd(width)) {
         return;
