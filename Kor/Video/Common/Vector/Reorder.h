@@ -44,35 +44,35 @@ KOR_INLINE inline V8 Reversed(V8 x) {
 // The first and the second bytes of the pairs in two vectors that follow each other in memory.
 template <Order order>
 KOR_INLINE inline void SplitPairs(V8 a, V8 b, V8& first, V8& second) {
-    if constexpr (order == Order::Forwards) {
-        first = TakeOfPairs<0>(a, b);
-        second = TakeOfPairs<1>(a, b);
-    } else {
+    constexpr bool forwards = order == Order::Forwards;
 #if defined(KOR_VNNI)
-        static constexpr Places kFirst = Places::Make([](KorUint i) { return 126 - 2 * i; });
-        static constexpr Places kSecond = Places::Make([](KorUint i) { return 127 - 2 * i; });
-        first = V8{_mm512_permutex2var_epi8(a.raw, kFirst.Load(), b.raw)};
-        second = V8{_mm512_permutex2var_epi8(a.raw, kSecond.Load(), b.raw)};
+    static constexpr Places kFirst = Places::Make([](KorUint i) { return forwards ? 2 * i : 126 - 2 * i; });
+    static constexpr Places kSecond = Places::Make([](KorUint i) { return forwards ? 2 * i + 1 : 127 - 2 * i; });
+    first = V8{_mm512_permutex2var_epi8(a.raw, kFirst.Load(), b.raw)};
+    second = V8{_mm512_permutex2var_epi8(a.raw, kSecond.Load(), b.raw)};
 #elif HWY_ARCH_X86
-        // In every block the first bytes of its eight pairs, then the second ones.
-        static constexpr BlockPlaces kPlaces = BlockPlaces::Make([](KorUint i) { return 14 - 2 * (i % 8) + i / 8; });
-        const hn::ScalableTag<uint64_t> d64;
-        const auto halvesA = hn::BitCast(d64, kPlaces.Of(a));
-        const auto halvesB = hn::BitCast(d64, kPlaces.Of(b));
-        const auto ordered = [](auto halves) KOR_INLINE {
+    // In every block the first bytes of its eight pairs, then the second ones: fewer steps than to take each of them alone.
+    static constexpr BlockPlaces kPlaces = BlockPlaces::Make([](KorUint i) { return (forwards ? 2 * (i % 8) : 14 - 2 * (i % 8)) + i / 8; });
+    const hn::ScalableTag<uint64_t> d64;
+    const auto halvesA = hn::BitCast(d64, kPlaces.Of(forwards ? a : b));
+    const auto halvesB = hn::BitCast(d64, kPlaces.Of(forwards ? b : a));
+    const auto ordered = [](auto halves) KOR_INLINE {
 #if HWY_TARGET == HWY_AVX2
-            return V8{_mm256_permute4x64_epi64(halves.raw, 0x72)};
+        return V8{_mm256_permute4x64_epi64(halves.raw, forwards ? 0xd8 : 0x72)};
 #else
-            return hn::BitCast(D8(), halves);
+        return hn::BitCast(D8(), halves);
 #endif
-        };
-        first = ordered(hn::InterleaveLower(d64, halvesB, halvesA));
-        second = ordered(hn::InterleaveUpper(d64, halvesB, halvesA));
+    };
+    first = ordered(hn::InterleaveLower(d64, halvesA, halvesB));
+    second = ordered(hn::InterleaveUpper(d64, halvesA, halvesB));
 #else
-        first = Reversed(TakeOfPairs<0>(a, b));
-        second = Reversed(TakeOfPairs<1>(a, b));
-#endif
+    first = TakeOfPairs<0>(a, b);
+    second = TakeOfPairs<1>(a, b);
+    if constexpr (!forwards) {
+        first = Reversed(first);
+        second = Reversed(second);
     }
+#endif
 }
 
 // Transposition works on tiles of 16 bytes by as many rows as a vector has bytes. Vector r holds 16 bytes of the rows r, r + 16,
