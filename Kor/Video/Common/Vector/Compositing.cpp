@@ -1,5 +1,6 @@
 // Compositing: blends, and noise in the planes of a picture. All of it works in place, so the last vector of a row, which
 // overlaps the one before it, is loaded before anything is stored.
+#include "Kor/Video/Common/Vector/Memory.h"
 #include "Kor/Video/Common/Vector/Noise.h"
 #include "Kor/Video/Common/Vector/Ops.h"
 #include "Kor/Video/Common/Vector/Target.h"
@@ -20,10 +21,10 @@ KOR_INLINE inline void ReplaceRow(KorUint8* row, KorSizeT n, Result result) {
     const bool hasRest = n % size != 0;
     const V8 last = hasRest ? result(n - size) : hn::Zero(d);
     for (KorSizeT i = 0; i + size <= n; i += size) {
-        hn::StoreU(result(i), d, row + i);
+        Store(result(i), row + i);
     }
     if (hasRest) {
-        hn::StoreU(last, d, row + (n - size));
+        Store(last, row + (n - size));
     }
 }
 

@@ -35,6 +35,12 @@ KOR_INLINE inline void FetchAhead(const KorUint8* x, KorSizeT bytes) {
     }
 }
 
+// Stores a vector of a destination.
+template <class V>
+KOR_INLINE inline void Store(V x, KorUint8* to) {
+    hn::StoreU(x, hn::DFromV<V>(), to);
+}
+
 }  // namespace
 }  // namespace KOR_TARGET_NAMESPACE
 }  // namespace kor

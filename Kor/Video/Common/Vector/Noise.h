@@ -50,15 +50,18 @@ class NoiseTable {
         : rsBits_(rsBits) {}
 
     // Takes in count entries from index on.
-    void Fill(KorSizeT index, KorSizeT count) {
-        const KorSizeT first = index & (kNoiseEntries - 1) & ~(kBlock - 1);
-        const KorSizeT end = (index & (kNoiseEntries - 1)) + Min(count, kNoiseEntries);
-        if (!isWhole_) {
-            FillBlocks(first, Min(end, kNoiseEntries));
-            FillBlocks(0, end - Min(end, kNoiseEntries));
+    KOR_KERNEL void Fill(KorSizeT index, KorSizeT count) {
+        if (isWhole_) {
+            return;
+        }
+        const KorSizeT first = index & (kNoiseEntries - 1);
+        const KorSizeT end = first + Min(count, kNoiseEntries);
+        FillBlocks(first & ~(kBlock - 1), Min(end, kNoiseEntries));
+        if (first + count > kNoiseEntries) {
+            FillBlocks(0, end - kNoiseEntries);
             KorMemCpy(entries_ + kNoiseEntries, entries_, kReach);
         }
-        isWhole_ = isWhole_ || count >= kNoiseEntries;
+        isWhole_ = count >= kNoiseEntries;
     }
 
     // Whether nothing that was taken in is limited. The limits themselves count as such.
@@ -70,16 +73,20 @@ class NoiseTable {
     static constexpr KorSizeT kBlock = HWY_MAX_BYTES;
 
     KOR_KERNEL void FillBlocks(KorSizeT begin, KorSizeT end) {
-        const DI8 d8;
-        VI8 lowest = hn::Zero(d8);
-        VI8 highest = hn::Zero(d8);
-        for (KorSizeT i = begin; i < end; i += hn::Lanes(d8)) {
+        const D8 d;
+        const DI8 di;
+        const V8 sign = hn::Set(d, 0x80);
+        V8 lowest = sign;
+        V8 highest = sign;
+        for (KorSizeT i = begin; i < end; i += hn::Lanes(d)) {
             const VI8 noise = JoinSaturated(Shifted(i), Shifted(i + hn::Lanes(DI16())));
-            lowest = hn::Min(lowest, noise);
-            highest = hn::Max(highest, noise);
-            hn::StoreU(noise, d8, entries_ + i);
+            hn::StoreU(noise, di, entries_ + i);
+            // Every processor compares unsigned bytes.
+            const V8 level = hn::Xor(hn::BitCast(d, noise), sign);
+            lowest = hn::Min(lowest, level);
+            highest = hn::Max(highest, level);
         }
-        isExact_ = isExact_ && hn::AllFalse(d8, hn::Eq(lowest, hn::Set(d8, -128))) && hn::AllFalse(d8, hn::Eq(highest, hn::Set(d8, 127)));
+        isExact_ = isExact_ && hn::AllFalse(d, hn::Eq(lowest, hn::Zero(d))) && hn::AllFalse(d, hn::Eq(highest, hn::Set(d, 255)));
     }
 
     // A rounded high product: (entry * 2^(15 - rsBits) + 2^14) >> 15 is (entry + round) >> rsBits.
@@ -133,7 +140,7 @@ struct NoisyPlane {
 
 // Adds the noise from index on in 16 bits. Entries are limited to 13 bits, which changes no result: at the largest shift, 4, the
 // limits still saturate every sample.
-inline void AddNoise(KorUint8* KOR_RESTRICT dst, const KorUint8* KOR_RESTRICT src, KorSizeT index, KorUint rsBits, KorSizeT n) {
+[[maybe_unused]] KOR_KERNEL void AddNoise(KorUint8* KOR_RESTRICT dst, const KorUint8* KOR_RESTRICT src, KorSizeT index, KorUint rsBits, KorSizeT n) {
     const KorInt rsRound = (1 << rsBits) >> 1;
     while (n != 0) {
         const KorSizeT entry = index & (kNoiseEntries - 1);
@@ -192,7 +199,7 @@ constexpr bool IsDithering(KorUint ditherLevel) {
 constexpr KorSizeT kAnyStart = 0x3fff;
 constexpr KorSizeT kAlignedStart = 0x3ff8;
 
-inline KorSizeT DrawIndex(KorSizeT startMask) {
+[[maybe_unused]] KorSizeT DrawIndex(KorSizeT startMask) {
     KorSizeT index = 0;
     KorRandomGetBytes(reinterpret_cast<char*>(&index), sizeof index);
     return index & startMask;

@@ -1,5 +1,6 @@
 // Plane geometry: samples move, and nothing is computed but one average. Pictures that are smaller than a vector, or than a tile,
 // go to the portable functions.
+#include "Kor/Video/Common/Vector/Memory.h"
 #include "Kor/Video/Common/Vector/Ops.h"
 #include "Kor/Video/Common/Vector/Reorder.h"
 #include "Kor/Video/Common/Vector/Target.h"
@@ -19,14 +20,14 @@ bool IsWide(KorSizeT width) {
 KOR_KERNEL void AverageRow(KorUint8* dst, const KorUint8* a, const KorUint8* b, KorSizeT n) {
     const D8 d;
     ForEachBlock(n, hn::Lanes(d), [&](KorSizeT start) KOR_INLINE {
-        hn::StoreU(hn::AverageRound(hn::LoadU(d, a + start), hn::LoadU(d, b + start)), d, dst + start);
+        Store(hn::AverageRound(hn::LoadU(d, a + start), hn::LoadU(d, b + start)), dst + start);
     });
 }
 
 KOR_KERNEL void ReverseRow(KorUint8* dst, const KorUint8* src, KorSizeT n) {
     const D8 d;
     const KorSizeT size = hn::Lanes(d);
-    ForEachBlock(n, size, [&](KorSizeT start) KOR_INLINE { hn::StoreU(Reversed(hn::LoadU(d, src + (n - size - start))), d, dst + start); });
+    ForEachBlock(n, size, [&](KorSizeT start) KOR_INLINE { Store(Reversed(hn::LoadU(d, src + (n - size - start))), dst + start); });
 }
 
 template <Order order>
@@ -37,8 +38,8 @@ KOR_KERNEL void SplitRow(KorUint8* first, KorUint8* second, const KorUint8* src,
         const KorSizeT to = order == Order::Forwards ? start : n - size - start;
         V8 firsts, seconds;
         SplitPairs<order>(hn::LoadU(d, src + 2 * start), hn::LoadU(d, src + 2 * start + size), firsts, seconds);
-        hn::StoreU(firsts, d, first + to);
-        hn::StoreU(seconds, d, second + to);
+        Store(firsts, first + to);
+        Store(seconds, second + to);
     });
 }
 
@@ -50,11 +51,11 @@ KOR_KERNEL void SwapRows(KorUint8* top, KorUint8* bottom, KorSizeT n) {
     const V8 lastOfBottom = hn::LoadU(d, bottom + (n - size));
     for (KorSizeT i = 0; i + size <= n; i += size) {
         const V8 ofTop = hn::LoadU(d, top + i);
-        hn::StoreU(hn::LoadU(d, bottom + i), d, top + i);
-        hn::StoreU(ofTop, d, bottom + i);
+        Store(hn::LoadU(d, bottom + i), top + i);
+        Store(ofTop, bottom + i);
     }
-    hn::StoreU(lastOfBottom, d, top + (n - size));
-    hn::StoreU(lastOfTop, d, bottom + (n - size));
+    Store(lastOfBottom, top + (n - size));
+    Store(lastOfTop, bottom + (n - size));
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -112,21 +113,19 @@ void FlipPlane(Plane plane, KorSizeT width, KorSizeT height) {
 // ---------------------------------------------------------------------------------------------------------------------
 
 KOR_KERNEL void TurnTile(KorUint8* dst, KorDistanceT column, SourceRows src) {
-    const D8 d;
     Tile tile(src);
     tile.Transpose();
     for (KorSizeT k = 0; k < kTileBytes; ++k) {
-        hn::StoreU(tile.rows[k], d, dst + static_cast<KorDistanceT>(k) * column);
+        Store(tile.rows[k], dst + static_cast<KorDistanceT>(k) * column);
     }
 }
 
 KOR_KERNEL void SplitAndTurnTile(KorUint8* dst1, KorDistanceT column1, KorUint8* dst2, KorDistanceT column2, SourceRows src) {
-    const D8 d;
     Tile tile(src);
     tile.Transpose();
     for (KorSizeT k = 0; k < kTileBytes / 2; ++k) {
-        hn::StoreU(tile.rows[2 * k], d, dst1 + static_cast<KorDistanceT>(k) * column1);
-        hn::StoreU(tile.rows[2 * k + 1], d, dst2 + static_cast<KorDistanceT>(k) * column2);
+        Store(tile.rows[2 * k], dst1 + static_cast<KorDistanceT>(k) * column1);
+        Store(tile.rows[2 * k + 1], dst2 + static_cast<KorDistanceT>(k) * column2);
     }
 }
 

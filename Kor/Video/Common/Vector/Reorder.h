@@ -13,70 +13,66 @@ enum class Order {
     Backwards,
 };
 
-// Places of bytes in a table of `size`: the even ones of a range and then the odd ones, or every one, in either order.
-template <KorUint size>
-struct PlaceTable {
-    alignas(size) KorUint8 places[size] = {};
+#if !defined(KOR_VNNI)
+// Where a permutation inside every 128 bits takes each byte from.
+struct alignas(16) BlockPlaces {
+    KorUint8 bytes[16];
 
-    // Place k is first + k * step.
-    static constexpr PlaceTable Run(KorUint first, KorInt step) {
-        PlaceTable table;
-        for (KorUint k = 0; k < size; ++k) {
-            table.places[k] = static_cast<KorUint8>(first + k * static_cast<KorUint>(step));
+    template <class PlaceOf>
+    static constexpr BlockPlaces Make(PlaceOf placeOf) {
+        BlockPlaces places = {};
+        for (KorUint i = 0; i < 16; ++i) {
+            places.bytes[i] = static_cast<KorUint8>(placeOf(i));
         }
-        return table;
+        return places;
     }
-    // The first half of this table, then the first half of another.
-    constexpr PlaceTable Then(const PlaceTable& other) const {
-        PlaceTable table;
-        for (KorUint k = 0; k < size; ++k) {
-            table.places[k] = k < size / 2 ? places[k] : other.places[k - size / 2];
-        }
-        return table;
-    }
+    KOR_INLINE V8 Of(V8 x) const { return hn::TableLookupBytes(x, hn::LoadDup128(D8(), bytes)); }
 };
+#endif
+
+// The bytes of a vector in reverse order.
+KOR_INLINE inline V8 Reversed(V8 x) {
+#if defined(KOR_VNNI)
+    static constexpr Places kPlaces = Places::Make([](KorUint i) { return 63 - i; });
+    return V8{_mm512_permutexvar_epi8(kPlaces.Load(), x.raw)};
+#else
+    static constexpr BlockPlaces kPlaces = BlockPlaces::Make([](KorUint i) { return 15 - i; });
+    return hn::ReverseBlocks(D8(), kPlaces.Of(x));
+#endif
+}
 
 // The first and the second bytes of the pairs in two vectors that follow each other in memory.
 template <Order order>
 KOR_INLINE inline void SplitPairs(V8 a, V8 b, V8& first, V8& second) {
-    constexpr bool forwards = order == Order::Forwards;
-    const D8 d;
+    if constexpr (order == Order::Forwards) {
+        first = TakeOfPairs<0>(a, b);
+        second = TakeOfPairs<1>(a, b);
+    } else {
 #if defined(KOR_VNNI)
-    static constexpr PlaceTable<64> kEven = forwards ? PlaceTable<64>::Run(0, 2) : PlaceTable<64>::Run(126, -2);
-    static constexpr PlaceTable<64> kOdd = forwards ? PlaceTable<64>::Run(1, 2) : PlaceTable<64>::Run(127, -2);
-    first = V8{_mm512_permutex2var_epi8(a.raw, hn::Load(d, kEven.places).raw, b.raw)};
-    second = V8{_mm512_permutex2var_epi8(a.raw, hn::Load(d, kOdd.places).raw, b.raw)};
-#else
-    static constexpr PlaceTable<16> kEven = forwards ? PlaceTable<16>::Run(0, 2) : PlaceTable<16>::Run(14, -2);
-    static constexpr PlaceTable<16> kOdd = forwards ? PlaceTable<16>::Run(1, 2) : PlaceTable<16>::Run(15, -2);
-    static constexpr PlaceTable<16> kEvenThenOdd = kEven.Then(kOdd);
-    // Halves of blocks: the first bytes of eight pairs, and the second ones.
-    const hn::ScalableTag<uint64_t> d64;
-    const V8 places = hn::LoadDup128(d, kEvenThenOdd.places);
-    const auto halvesA = hn::BitCast(d64, hn::TableLookupBytes(a, places));
-    const auto halvesB = hn::BitCast(d64, hn::TableLookupBytes(b, places));
-    const auto ordered = [](auto x) KOR_INLINE {
+        static constexpr Places kFirst = Places::Make([](KorUint i) { return 126 - 2 * i; });
+        static constexpr Places kSecond = Places::Make([](KorUint i) { return 127 - 2 * i; });
+        first = V8{_mm512_permutex2var_epi8(a.raw, kFirst.Load(), b.raw)};
+        second = V8{_mm512_permutex2var_epi8(a.raw, kSecond.Load(), b.raw)};
+#elif HWY_ARCH_X86
+        // In every block the first bytes of its eight pairs, then the second ones.
+        static constexpr BlockPlaces kPlaces = BlockPlaces::Make([](KorUint i) { return 14 - 2 * (i % 8) + i / 8; });
+        const hn::ScalableTag<uint64_t> d64;
+        const auto halvesA = hn::BitCast(d64, kPlaces.Of(a));
+        const auto halvesB = hn::BitCast(d64, kPlaces.Of(b));
+        const auto ordered = [](auto halves) KOR_INLINE {
 #if HWY_TARGET == HWY_AVX2
-        return V8{forwards ? _mm256_permute4x64_epi64(x.raw, 0xd8) : _mm256_permute4x64_epi64(x.raw, 0x72)};
+            return V8{_mm256_permute4x64_epi64(halves.raw, 0x72)};
 #else
-        return hn::BitCast(D8(), x);
+            return hn::BitCast(D8(), halves);
 #endif
-    };
-    first = ordered(forwards ? hn::InterleaveLower(d64, halvesA, halvesB) : hn::InterleaveLower(d64, halvesB, halvesA));
-    second = ordered(forwards ? hn::InterleaveUpper(d64, halvesA, halvesB) : hn::InterleaveUpper(d64, halvesB, halvesA));
-#endif
-}
-
-// The bytes of a vector in reverse order.
-KOR_INLINE inline V8 Reversed(V8 x) {
-    const D8 d;
-#if defined(KOR_VNNI)
-    static constexpr PlaceTable<64> kBackwards = PlaceTable<64>::Run(63, -1);
-    return V8{_mm512_permutexvar_epi8(hn::Load(d, kBackwards.places).raw, x.raw)};
+        };
+        first = ordered(hn::InterleaveLower(d64, halvesB, halvesA));
+        second = ordered(hn::InterleaveUpper(d64, halvesB, halvesA));
 #else
-    static constexpr PlaceTable<16> kBackwards = PlaceTable<16>::Run(15, -1);
-    return hn::ReverseBlocks(d, hn::TableLookupBytes(x, hn::LoadDup128(d, kBackwards.places)));
+        first = Reversed(TakeOfPairs<0>(a, b));
+        second = Reversed(TakeOfPairs<1>(a, b));
 #endif
+    }
 }
 
 // Transposition works on tiles of 16 bytes by as many rows as a vector has bytes. Vector r holds 16 bytes of the rows r, r + 16,

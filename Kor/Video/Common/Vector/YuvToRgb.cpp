@@ -5,6 +5,7 @@
 // Factors are in the upper byte of their lanes, or in the multiplier, so that products are taken from the upper half.
 //
 // Red and blue are treated alike. A layout says which of them comes first in memory, and the rest is "first" and "last".
+#include "Kor/Video/Common/Vector/Memory.h"
 #include "Kor/Video/Common/Vector/Noise.h"
 #include "Kor/Video/Common/Vector/Ops.h"
 #include "Kor/Video/Common/Vector/Target.h"
@@ -174,7 +175,7 @@ struct Pixels32 {
 #endif
     }
 
-    static KOR_INLINE inline void Store(KorUint8* x, V8 first, V8 green, V8 last) {
+    static KOR_INLINE inline void Write(KorUint8* x, V8 first, V8 green, V8 last) {
         static constexpr Places kFrom0(0), kFrom8(8);
         const D16 d;
         const V8 pair0 = alphaFirst ? green : first;
@@ -212,8 +213,8 @@ struct Pixels32 {
     // Pairs of bytes that make the first and the second half of pixels.
     static KOR_INLINE inline void StoreFour(KorUint8* x, V16 front, V16 back) {
         const D8 d;
-        hn::StoreU(hn::BitCast(d, hn::InterleaveLower(D16(), front, back)), d, x);
-        hn::StoreU(hn::BitCast(d, hn::InterleaveUpper(D16(), front, back)), d, x + hn::Lanes(d));
+        Store(hn::BitCast(d, hn::InterleaveLower(D16(), front, back)), x);
+        Store(hn::BitCast(d, hn::InterleaveUpper(D16(), front, back)), x + hn::Lanes(d));
     }
 };
 
@@ -255,7 +256,7 @@ struct Pixels24 {
         return x;
     }
 
-    static KOR_INLINE inline void Store(KorUint8* x, V8 first, V8 green, V8 last) {
+    static KOR_INLINE inline void Write(KorUint8* x, V8 first, V8 green, V8 last) {
         const V8 c0 = Permute(first, kPlaces.channel[0]);
         const V8 c1 = Permute(green, kPlaces.channel[1]);
         const V8 c2 = Permute(last, kPlaces.channel[2]);
@@ -290,13 +291,13 @@ struct Pixels24 {
         const D8 d;
 #if HWY_TARGET == HWY_AVX2
         // The groups of the lower halves, then those of the upper ones.
-        hn::StoreU(hn::ConcatLowerLower(d, b, a), d, x);
-        hn::StoreU(hn::ConcatUpperLower(d, a, c), d, x + 32);
-        hn::StoreU(hn::ConcatUpperUpper(d, c, b), d, x + 64);
+        Store(hn::ConcatLowerLower(d, b, a), x);
+        Store(hn::ConcatUpperLower(d, a, c), x + 32);
+        Store(hn::ConcatUpperUpper(d, c, b), x + 64);
 #else
-        hn::StoreU(a, d, x);
-        hn::StoreU(b, d, x + hn::Lanes(d));
-        hn::StoreU(c, d, x + 2 * hn::Lanes(d));
+        Store(a, x);
+        Store(b, x + hn::Lanes(d));
+        Store(c, x + 2 * hn::Lanes(d));
 #endif
     }
 };
@@ -308,7 +309,7 @@ struct Pixels24 {
 // A vector of pixels of luma and of the terms of its even and of its odd pixels.
 template <class Pixels>
 KOR_INLINE inline void StorePixels(KorUint8* x, VI16 evenLuma, VI16 oddLuma, VI16 first0, VI16 green0, VI16 last0, VI16 first1, VI16 green1, VI16 last1) {
-    Pixels::Store(x, Channel(evenLuma, oddLuma, first0, first1), Channel(evenLuma, oddLuma, green0, green1), Channel(evenLuma, oddLuma, last0, last1));
+    Pixels::Write(x, Channel(evenLuma, oddLuma, first0, first1), Channel(evenLuma, oddLuma, green0, green1), Channel(evenLuma, oddLuma, last0, last1));
 }
 
 // Every other sample, from the first or from the second on, in the upper byte of a lane.
