@@ -20,15 +20,17 @@
  *              blocks that kernels have up to 512 in both directions, rows and columns longer than 65536, whole
  *              pictures up to 1921x1081, and random sizes up to 2000x2000 from a seed that is printed.
  *   Arguments  All combinations of flips, levels, angles (legal ones and others), directions of the source, positions,
- *              weights, matrices (six, up to sums that wrap; in memory of their own and in the planes that are
- * written), work in place where it is allowed. Memory     Tight pitches, pitches of whole 16 bytes, odd ones that put
- * every row on another alignment, and pitches of more than 16 and 32 bits; planes that end right before an unmapped
- * page, and planes that begin right behind one. At sizes of zero also null pointers. Content    Noise, and in turn all
- * 0, all 255, alternating, ramps, and the values at which arithmetic turns. Every colour, and every sample with every
- * weight. Noise      A table with regions of small, extreme, rising and wide 16-bit values; draws that follow from the
- * seed. Calls      Some under another rounding mode with denormal numbers flushed to zero, on a second thread with a
- * stack of 64 KiB, with sources that are mapped read-only, with unmapped pages between the rows, again with the same
- * arguments; one case 110000 times, and a few on two threads at once.
+ *              weights, matrices (six, up to sums that wrap; in memory of their own and in planes that are written),
+ *              work in place where it is allowed.
+ *   Memory     Tight pitches, pitches of whole 16 bytes, odd ones that put every row on another alignment, and pitches
+ *              of more than 16 and 32 bits; planes that end right before an unmapped page, and planes that begin right
+ *              behind one. At sizes of zero also null pointers.
+ *   Content    Noise, and in turn all 0, all 255, alternating, ramps, and the values at which arithmetic turns. Every
+ *              colour, and every sample with every weight.
+ *   Noise      A table with regions of small, extreme, rising and wide 16-bit values; draws that follow from the seed.
+ *   Calls      Some under another rounding mode with denormal numbers flushed to zero, on a second thread with a stack
+ *              of 64 KiB, with sources that are mapped read-only, with unmapped pages between the rows, again with the
+ *              same arguments; one case 110000 times, and a few on two threads at once.
  *
  * What is compared
  *
@@ -42,10 +44,10 @@
  *                  x87 unit, the direction flag: on x86-64 and AArch64, elsewhere the rounding mode alone.
  *   Memory         Bytes that the C library counts as allocated, where it counts.
  *
- * Each function is tried in a child process, which is watched. A touch on an unmapped page, any other signal, the end
- * of the process and a call that does not return are reported like any difference, with the case that was running.
- * After its first difference a function is left, and the next one is tried. What cannot be checked on a machine is
- * named at the end of the run.
+ * Each function is tried in a child process, which is watched. A touch on an unmapped page, any other signal, the end of
+ * the process and a call that does not return are reported like any difference, with the case that was running. After
+ * its first difference a function is left, and the next one is tried. What cannot be checked on a machine is named at the
+ * end of the run.
  *
  * Valid C99 and C++17. For systems with mmap, fork, POSIX signals and threads.
  */
@@ -65,56 +67,78 @@ KOR_EXTERN_C_BEGIN
  * ------------------------------------------------------------------------------------------------------------------ */
 
 /* The fourteen shapes of the functions; the library's header names the arguments of each. */
-typedef void (*KorConformancePlane)(const KorUint8* src, KorDistanceT pitchSrc, KorUint8* dst, KorSizeT pitchDst,
+typedef void (*KorConformancePlane)(const KorUint8* src, KorDistanceT pitchSrc,
+                                    KorUint8* dst, KorSizeT pitchDst,
                                     KorSizeT width, KorSizeT height);
-typedef void (*KorConformanceSplit)(const KorUint8* src, KorDistanceT pitchSrc, KorUint8* uv1, KorSizeT pitchUv1,
-                                    KorUint8* uv2, KorSizeT pitchUv2, KorSizeT width, KorSizeT height);
-typedef void (*KorConformancePlaneRotation)(const KorUint8* src, KorDistanceT pitchSrc, KorUint8* dst,
-                                            KorSizeT pitchDst, KorSizeT widthSrc, KorSizeT heightSrc,
-                                            KorImageRotationDegree rotationDegree);
-typedef void (*KorConformanceSplitRotation)(const KorUint8* src, KorDistanceT pitchSrc, KorUint8* uv1,
-                                            KorSizeT pitchUv1, KorUint8* uv2, KorSizeT pitchUv2, KorSizeT widthSrc,
-                                            KorSizeT heightSrc, KorImageRotationDegree rotationDegree);
-typedef void (*KorConformanceFlipVertical)(KorUint8* srcY, KorSizeT srcPitchY, KorUint8* srcU, KorSizeT srcPitchU,
-                                           KorUint8* srcV, KorSizeT srcPitchV, KorSizeT width, KorSizeT height);
-typedef void (*KorConformanceCapture)(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v,
-                                      KorSizeT pitchV, const KorUint8* x, KorSizeT pitchX, KorSizeT width,
-                                      KorSizeT height, KorBool flip);
-typedef void (*KorConformanceCaptureGeneral)(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v,
-                                             KorSizeT pitchV, const KorUint8* x, KorSizeT pitchX, KorSizeT width,
-                                             KorSizeT height, KorBool flip, const KorInt (*coeffs)[3]);
-typedef void (*KorConformanceCaptureRotation)(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v,
-                                              KorSizeT pitchV, const KorUint8* x, KorSizeT pitchX, KorSizeT width,
-                                              KorSizeT height, KorBool flip, KorImageRotationDegree rotationDegree);
-typedef void (*KorConformanceRender)(const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU,
-                                     const KorUint8* v, KorSizeT pitchV, KorUint8* x, KorSizeT pitchX, KorSizeT width,
-                                     KorSizeT height, KorVideoFrameDitherLevel ditherLevel);
-typedef void (*KorConformanceRenderGeneral)(const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU,
-                                            const KorUint8* v, KorSizeT pitchV, KorUint8* x, KorSizeT pitchX,
-                                            KorSizeT width, KorSizeT height, const KorInt (*coeffs)[3],
-                                            KorVideoFrameDitherLevel ditherLevel);
-typedef void (*KorConformancePack)(const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU,
-                                   const KorUint8* v, KorSizeT pitchV, KorUint8* x, KorSizeT pitchX, KorSizeT width,
-                                   KorSizeT height);
-typedef void (*KorConformanceDither)(const KorUint8* yIn, KorSizeT yInPitch, const KorUint8* uIn, KorSizeT uInPitch,
-                                     const KorUint8* vIn, KorSizeT vInPitch, KorUint8* yOut, KorSizeT yOutPitch,
-                                     KorUint8* uOut, KorSizeT uOutPitch, KorUint8* vOut, KorSizeT vOutPitch,
-                                     KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel,
-                                     KorBool randomizeNoiseOffsets);
-typedef void (*KorConformanceBlend)(KorUint8* yBackground, KorSizeT yBackgroundPitch, KorUint8* uBackground,
-                                    KorSizeT uBackgroundPitch, KorUint8* vBackground, KorSizeT vBackgroundPitch,
-                                    const KorUint8* yForeground, KorSizeT yForegroundPitch, const KorUint8* uForeground,
-                                    KorSizeT uForegroundPitch, const KorUint8* vForeground, KorSizeT vForegroundPitch,
-                                    KorSizeT width, KorSizeT height, KorSizeT xPosition, KorSizeT yPosition,
-                                    KorUint8 alpha);
-typedef void (*KorConformanceBlendArray)(KorUint8* yBackground, KorSizeT yBackgroundPitch, KorUint8* uBackground,
-                                         KorSizeT uBackgroundPitch, KorUint8* vBackground, KorSizeT vBackgroundPitch,
+typedef void (*KorConformanceSplit)(const KorUint8* src, KorDistanceT pitchSrc,
+                                    KorUint8* uv1, KorSizeT pitchUv1,
+                                    KorUint8* uv2, KorSizeT pitchUv2,
+                                    KorSizeT width, KorSizeT height);
+typedef void (*KorConformancePlaneRotation)(const KorUint8* src, KorDistanceT pitchSrc,
+                                            KorUint8* dst, KorSizeT pitchDst,
+                                            KorSizeT widthSrc, KorSizeT heightSrc, KorImageRotationDegree rotationDegree);
+typedef void (*KorConformanceSplitRotation)(const KorUint8* src, KorDistanceT pitchSrc,
+                                            KorUint8* uv1, KorSizeT pitchUv1,
+                                            KorUint8* uv2, KorSizeT pitchUv2,
+                                            KorSizeT widthSrc, KorSizeT heightSrc, KorImageRotationDegree rotationDegree);
+typedef void (*KorConformanceFlipVertical)(KorUint8* srcY, KorSizeT srcPitchY,
+                                           KorUint8* srcU, KorSizeT srcPitchU,
+                                           KorUint8* srcV, KorSizeT srcPitchV,
+                                           KorSizeT width, KorSizeT height);
+typedef void (*KorConformanceCapture)(KorUint8* y, KorSizeT pitchY,
+                                      KorUint8* u, KorSizeT pitchU,
+                                      KorUint8* v, KorSizeT pitchV,
+                                      const KorUint8* x, KorSizeT pitchX,
+                                      KorSizeT width, KorSizeT height, KorBool flip);
+typedef void (*KorConformanceCaptureGeneral)(KorUint8* y, KorSizeT pitchY,
+                                             KorUint8* u, KorSizeT pitchU,
+                                             KorUint8* v, KorSizeT pitchV,
+                                             const KorUint8* x, KorSizeT pitchX,
+                                             KorSizeT width, KorSizeT height, KorBool flip, const KorInt (*coeffs)[3]);
+typedef void (*KorConformanceCaptureRotation)(KorUint8* y, KorSizeT pitchY,
+                                              KorUint8* u, KorSizeT pitchU,
+                                              KorUint8* v, KorSizeT pitchV,
+                                              const KorUint8* x, KorSizeT pitchX,
+                                              KorSizeT width, KorSizeT height, KorBool flip, KorImageRotationDegree rotationDegree);
+typedef void (*KorConformanceRender)(const KorUint8* y, KorSizeT pitchY,
+                                     const KorUint8* u, KorSizeT pitchU,
+                                     const KorUint8* v, KorSizeT pitchV,
+                                     KorUint8* x, KorSizeT pitchX,
+                                     KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel);
+typedef void (*KorConformanceRenderGeneral)(const KorUint8* y, KorSizeT pitchY,
+                                            const KorUint8* u, KorSizeT pitchU,
+                                            const KorUint8* v, KorSizeT pitchV,
+                                            KorUint8* x, KorSizeT pitchX,
+                                            KorSizeT width, KorSizeT height, const KorInt (*coeffs)[3], KorVideoFrameDitherLevel ditherLevel);
+typedef void (*KorConformancePack)(const KorUint8* y, KorSizeT pitchY,
+                                   const KorUint8* u, KorSizeT pitchU,
+                                   const KorUint8* v, KorSizeT pitchV,
+                                   KorUint8* x, KorSizeT pitchX,
+                                   KorSizeT width, KorSizeT height);
+typedef void (*KorConformanceDither)(const KorUint8* yIn, KorSizeT yInPitch,
+                                     const KorUint8* uIn, KorSizeT uInPitch,
+                                     const KorUint8* vIn, KorSizeT vInPitch,
+                                     KorUint8* yOut, KorSizeT yOutPitch,
+                                     KorUint8* uOut, KorSizeT uOutPitch,
+                                     KorUint8* vOut, KorSizeT vOutPitch,
+                                     KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel, KorBool randomizeNoiseOffsets);
+typedef void (*KorConformanceBlend)(KorUint8* yBackground, KorSizeT yBackgroundPitch,
+                                    KorUint8* uBackground, KorSizeT uBackgroundPitch,
+                                    KorUint8* vBackground, KorSizeT vBackgroundPitch,
+                                    const KorUint8* yForeground, KorSizeT yForegroundPitch,
+                                    const KorUint8* uForeground, KorSizeT uForegroundPitch,
+                                    const KorUint8* vForeground, KorSizeT vForegroundPitch,
+                                    KorSizeT width, KorSizeT height, KorSizeT xPosition, KorSizeT yPosition, KorUint8 alpha);
+typedef void (*KorConformanceBlendArray)(KorUint8* yBackground, KorSizeT yBackgroundPitch,
+                                         KorUint8* uBackground, KorSizeT uBackgroundPitch,
+                                         KorUint8* vBackground, KorSizeT vBackgroundPitch,
                                          const KorUint8* yForeground, KorSizeT yForegroundPitch,
                                          const KorUint8* uForeground, KorSizeT uForegroundPitch,
-                                         const KorUint8* vForeground, KorSizeT vForegroundPitch, KorSizeT width,
-                                         KorSizeT height, KorSizeT xPosition, KorSizeT yPosition, KorUint8* yAlpha,
-                                         KorSizeT yAlphaPitch, KorUint8* uAlpha, KorSizeT uAlphaPitch, KorUint8* vAlpha,
-                                         KorSizeT vAlphaPitch);
+                                         const KorUint8* vForeground, KorSizeT vForegroundPitch,
+                                         KorSizeT width, KorSizeT height, KorSizeT xPosition, KorSizeT yPosition,
+                                         KorUint8* yAlpha, KorSizeT yAlphaPitch,
+                                         KorUint8* uAlpha, KorSizeT uAlphaPitch,
+                                         KorUint8* vAlpha, KorSizeT vAlphaPitch);
 
 /*
  * One pointer for each function, in the order of the library's header and named like it without the suffix. A null
@@ -136,8 +160,7 @@ KOR_SERVICE const KorConformanceTable* KorConformancePortable(void);
 typedef enum KorConformanceStatus {
     KOR_CONFORMANCE_SAME = 0,    /* no difference was found */
     KOR_CONFORMANCE_DIFFERS = 1, /* a function differs, crashes, or touches what is not its business */
-    KOR_CONFORMANCE_USAGE =
-        2 /* nothing was tried: a bad option, a file that cannot be written, other services linked */
+    KOR_CONFORMANCE_USAGE = 2    /* nothing was tried: a bad option, a file that cannot be written, other services linked */
 } KorConformanceStatus;
 
 /*
@@ -155,20 +178,19 @@ typedef KorBool (*KorConformanceSelectTarget)(const char* name);
 typedef struct KorConformanceOptions {
     const char* name;                 /* of the variant, for the reports; null: "variant" */
     const KorConformanceTable* model; /* what is expected; null: the portable functions */
-    const char* const*
-        functions; /* names of the functions to try, with or without their suffix, all in the table; null: all */
+    const char* const* functions;     /* names of the functions to try, with or without their suffix, all in the table; null: all */
     size_t functionCount;
-    uint64_t seed;      /* zero: the usual one */
-    size_t randomCases; /* of each function; zero: the usual number */
-    KorBool quick;      /* fewer sizes: a tenth of the time, for a first look and for emulators */
-    size_t caseNumber;  /* try only this case of each function that has it, as a report numbers it; zero: all */
+    uint64_t seed;                           /* zero: the usual one */
+    size_t randomCases;                      /* of each function; zero: the usual number */
+    KorBool quick;                           /* fewer sizes: a tenth of the time, for a first look and for emulators */
+    size_t caseNumber;                       /* try only this case of each function that has it, as a report numbers it; zero: all */
     KorConformanceListTargets listTargets;   /* both, or null for a set without targets: every target that this */
     KorConformanceSelectTarget selectTarget; /* machine can run is tried, and the automatic choice */
     const char* const* targets;              /* names of those to try, "automatic" among them; null: all */
     size_t targetCount;
-    KorBool oneProcess; /* call everything in this process, for a debugger; zero: each function in a child process */
-    size_t timeLimit; /* seconds after which a call in a child process never returns; zero: 10, more on slow machines */
-    FILE* text;       /* where to report; null: nowhere */
+    KorBool oneProcess;      /* call everything in this process, for a debugger; zero: each function in a child process */
+    size_t timeLimit;        /* seconds after which a call in a child process never returns; zero: 10, more on slow machines */
+    FILE* text;              /* where to report; null: nowhere */
     const char* junitPath;   /* also write JUnit XML to this file; null: do not */
     const char* programName; /* for the command that repeats a failure; null: "PROGRAM" */
 } KorConformanceOptions;
