@@ -20,7 +20,7 @@
  *              blocks that kernels have up to 512 in both directions, rows and columns longer than 65536, whole
  *              pictures up to 1921x1081, and random sizes up to 2000x2000 from a seed that is printed.
  *   Arguments  All combinations of flips, levels, angles (legal ones and others), directions of the source, positions,
- *              weights, matrices (six, up to sums that wrap; in memory of their own and in the planes that are written),
+ *              weights, matrices (six, up to sums that wrap; in memory of their own and in planes that are written),
  *              work in place where it is allowed.
  *   Memory     Tight pitches, pitches of whole 16 bytes, odd ones that put every row on another alignment, and pitches
  *              of more than 16 and 32 bits; planes that end right before an unmapped page, and planes that begin right
@@ -44,10 +44,10 @@
  *                  x87 unit, the direction flag: on x86-64 and AArch64, elsewhere the rounding mode alone.
  *   Memory         Bytes that the C library counts as allocated, where it counts.
  *
- * Each function is tried in a child process, which is watched. A touch on an unmapped page, any other signal, the end of
- * the process and a call that does not return are reported like any difference, with the case that was running. After
- * its first difference a function is left, and the next one is tried. What cannot be checked on a machine is named at the
- * end of the run.
+ * Each function is tried in a child process, which is watched. A touch on an unmapped page, any other signal, the end
+ * of the process and a call that does not return are reported like any difference, with the case that was running.
+ * After its first difference a function is left, and the next one is tried. What cannot be checked on a machine is
+ * named at the end of the run.
  *
  * Valid C99 and C++17. For systems with mmap, fork, POSIX signals and threads.
  */
@@ -67,6 +67,7 @@ KOR_EXTERN_C_BEGIN
  * ------------------------------------------------------------------------------------------------------------------ */
 
 /* The fourteen shapes of the functions; the library's header names the arguments of each. */
+/* clang-format off */
 typedef void (*KorConformancePlane)(const KorUint8* src, KorDistanceT pitchSrc,
                                     KorUint8* dst, KorSizeT pitchDst,
                                     KorSizeT width, KorSizeT height);
@@ -139,6 +140,7 @@ typedef void (*KorConformanceBlendArray)(KorUint8* yBackground, KorSizeT yBackgr
                                          KorUint8* yAlpha, KorSizeT yAlphaPitch,
                                          KorUint8* uAlpha, KorSizeT uAlphaPitch,
                                          KorUint8* vAlpha, KorSizeT vAlphaPitch);
+/* clang-format on */
 
 /*
  * One pointer for each function, in the order of the library's header and named like it without the suffix. A null
@@ -160,7 +162,7 @@ KOR_SERVICE const KorConformanceTable* KorConformancePortable(void);
 typedef enum KorConformanceStatus {
     KOR_CONFORMANCE_SAME = 0,    /* no difference was found */
     KOR_CONFORMANCE_DIFFERS = 1, /* a function differs, crashes, or touches what is not its business */
-    KOR_CONFORMANCE_USAGE = 2    /* nothing was tried: a bad option, a file that cannot be written, other services linked */
+    KOR_CONFORMANCE_USAGE = 2    /* nothing was tried: a bad option, an unwritable file, other services linked */
 } KorConformanceStatus;
 
 /*
@@ -178,18 +180,18 @@ typedef KorBool (*KorConformanceSelectTarget)(const char* name);
 typedef struct KorConformanceOptions {
     const char* name;                 /* of the variant, for the reports; null: "variant" */
     const KorConformanceTable* model; /* what is expected; null: the portable functions */
-    const char* const* functions;     /* names of the functions to try, with or without their suffix, all in the table; null: all */
+    const char* const* functions;     /* names of those to try, with or without suffix; null: all in the table */
     size_t functionCount;
     uint64_t seed;                           /* zero: the usual one */
     size_t randomCases;                      /* of each function; zero: the usual number */
     KorBool quick;                           /* fewer sizes: a tenth of the time, for a first look and for emulators */
-    size_t caseNumber;                       /* try only this case of each function that has it, as a report numbers it; zero: all */
+    size_t caseNumber;                       /* only this case of each function, as a report numbers it; zero: all */
     KorConformanceListTargets listTargets;   /* both, or null for a set without targets: every target that this */
     KorConformanceSelectTarget selectTarget; /* machine can run is tried, and the automatic choice */
     const char* const* targets;              /* names of those to try, "automatic" among them; null: all */
     size_t targetCount;
-    KorBool oneProcess;      /* call everything in this process, for a debugger; zero: each function in a child process */
-    size_t timeLimit;        /* seconds after which a call in a child process never returns; zero: 10, more on slow machines */
+    KorBool oneProcess;      /* for a debugger; zero: each function in a child process */
+    size_t timeLimit;        /* seconds that a call may take; zero: 10, more on slow machines */
     FILE* text;              /* where to report; null: nowhere */
     const char* junitPath;   /* also write JUnit XML to this file; null: do not */
     const char* programName; /* for the command that repeats a failure; null: "PROGRAM" */

@@ -51,33 +51,40 @@ using PeerToI420 = decltype(&libyuv::ARGBToI420);
 using PeerFromI420 = decltype(&libyuv::I420ToARGB);
 
 // A packed picture of some bytes a pixel to planes whose chroma is width / part by height / part.
-Case Capture(const char* name, KorCapture kor, PeerToI420 peer, size_t pixelBytes, size_t part, const char* swsFrom, const char* swsTo) {
-    return {
-        name, static_cast<double>(pixelBytes) + (part == 2 ? 1.5 : 3.0),
-        [=](Frame& f) {
-            const size_t pitchC = (f.Width() + part - 1) / part;
-            kor(f.yOut, f.Width(), f.uOut, pitchC, f.vOut, pitchC, f.packedIn, pixelBytes * f.Width(), f.Width(), f.Height(), 0);
-        },
-        [=](Frame& f) {
-            const int pitchC = static_cast<int>((f.Width() + part - 1) / part);
-            peer(f.packedIn, static_cast<int>(pixelBytes) * f.width, f.yOut, f.width, f.uOut, pitchC, f.vOut, pitchC, f.width, f.height);
-        },
-        swsFrom, swsTo};
+Case Capture(const char* name, KorCapture kor, PeerToI420 peer, size_t pixelBytes, size_t part, const char* swsFrom,
+             const char* swsTo) {
+    return {name,
+            static_cast<double>(pixelBytes) + (part == 2 ? 1.5 : 3.0),
+            [=](Frame& f) {
+                const size_t pitchC = (f.Width() + part - 1) / part;
+                kor(f.yOut, f.Width(), f.uOut, pitchC, f.vOut, pitchC, f.packedIn, pixelBytes * f.Width(), f.Width(),
+                    f.Height(), 0);
+            },
+            [=](Frame& f) {
+                const int pitchC = static_cast<int>((f.Width() + part - 1) / part);
+                peer(f.packedIn, static_cast<int>(pixelBytes) * f.width, f.yOut, f.width, f.uOut, pitchC, f.vOut,
+                     pitchC, f.width, f.height);
+            },
+            swsFrom,
+            swsTo};
 }
 
-Case Render(const char* name, KorRender kor, PeerFromI420 peer, size_t pixelBytes, size_t part, KorVideoFrameDitherLevel level,
-            const char* swsFrom, const char* swsTo) {
-    return {
-        name, static_cast<double>(pixelBytes) + (part == 2 ? 1.5 : 3.0),
-        [=](Frame& f) {
-            const size_t pitchC = (f.Width() + part - 1) / part;
-            kor(f.yIn, f.Width(), f.uIn, pitchC, f.vIn, pitchC, f.packedOut, pixelBytes * f.Width(), f.Width(), f.Height(), level);
-        },
-        [=](Frame& f) {
-            const int pitchC = static_cast<int>((f.Width() + part - 1) / part);
-            peer(f.yIn, f.width, f.uIn, pitchC, f.vIn, pitchC, f.packedOut, static_cast<int>(pixelBytes) * f.width, f.width, f.height);
-        },
-        swsFrom, swsTo};
+Case Render(const char* name, KorRender kor, PeerFromI420 peer, size_t pixelBytes, size_t part,
+            KorVideoFrameDitherLevel level, const char* swsFrom, const char* swsTo) {
+    return {name,
+            static_cast<double>(pixelBytes) + (part == 2 ? 1.5 : 3.0),
+            [=](Frame& f) {
+                const size_t pitchC = (f.Width() + part - 1) / part;
+                kor(f.yIn, f.Width(), f.uIn, pitchC, f.vIn, pitchC, f.packedOut, pixelBytes * f.Width(), f.Width(),
+                    f.Height(), level);
+            },
+            [=](Frame& f) {
+                const int pitchC = static_cast<int>((f.Width() + part - 1) / part);
+                peer(f.yIn, f.width, f.uIn, pitchC, f.vIn, pitchC, f.packedOut, static_cast<int>(pixelBytes) * f.width,
+                     f.width, f.height);
+            },
+            swsFrom,
+            swsTo};
 }
 
 void AddCaptures(std::vector<Case>& cases) {
@@ -86,9 +93,11 @@ void AddCaptures(std::vector<Case>& cases) {
     cases.push_back(Capture("RGBA to I420", &KorRGBAToI420, &libyuv::ABGRToI420, 4, 2, "rgba", "yuv420p"));
     cases.push_back(Capture("ARGB to I420", &KorARGBToI420, &libyuv::BGRAToI420, 4, 2, "argb", "yuv420p"));
     cases.push_back(Capture("ABGR to I420", &KorABGRToI420, &libyuv::RGBAToI420, 4, 2, "abgr", "yuv420p"));
-    cases.push_back(Capture("BGRA to I420 BT.709", &KorBGRAToI420UsingBT709, &libyuv::ARGBToI420, 4, 2, "bgra", "yuv420p"));
+    cases.push_back(
+        Capture("BGRA to I420 BT.709", &KorBGRAToI420UsingBT709, &libyuv::ARGBToI420, 4, 2, "bgra", "yuv420p"));
     cases.push_back(Capture("BGRA to I444", &KorBGRAToI444, &libyuv::ARGBToI444, 4, 1, "bgra", "yuv444p"));
-    cases.push_back(Capture("BGRA to I444 BT.709", &KorBGRAToI444UsingBT709, &libyuv::ARGBToI444, 4, 1, "bgra", "yuv444p"));
+    cases.push_back(
+        Capture("BGRA to I444 BT.709", &KorBGRAToI444UsingBT709, &libyuv::ARGBToI444, 4, 1, "bgra", "yuv444p"));
     cases.push_back(Capture("24BG to I420", &Kor24BGToI420, &libyuv::RGB24ToI420, 3, 2, "bgr24", "yuv420p"));
     cases.push_back(Capture("Raw to I420", &KorRawToI420, &libyuv::RAWToI420, 3, 2, "rgb24", "yuv420p"));
     cases.push_back(Capture("YUY2 to I420", &KorYUY2ToI420, &libyuv::YUY2ToI420, 2, 2, "yuyv422", "yuv420p"));
@@ -99,22 +108,26 @@ void AddCaptures(std::vector<Case>& cases) {
 void AddCallersMatrix(std::vector<Case>& cases, const char* name, const KorInt (*matrix)[3]) {
     Case general = Capture(name, &KorBGRAToI420, &libyuv::ARGBToI420, 4, 2, "", "");
     general.kor = [matrix](Frame& f) {
-        KorBGRAToI420General(f.yOut, f.Width(), f.uOut, f.WidthC(), f.vOut, f.WidthC(), f.packedIn, 4 * f.Width(), f.Width(), f.Height(), 0, matrix);
+        KorBGRAToI420General(f.yOut, f.Width(), f.uOut, f.WidthC(), f.vOut, f.WidthC(), f.packedIn, 4 * f.Width(),
+                             f.Width(), f.Height(), 0, matrix);
     };
     cases.push_back(general);
 }
 
-void AddRotatedCapture(std::vector<Case>& cases, const char* name, decltype(&KorYUY2ToI420WithRotation) kor, KorUint fourCc, KorImageRotationDegree angle) {
+void AddRotatedCapture(std::vector<Case>& cases, const char* name, decltype(&KorYUY2ToI420WithRotation) kor,
+                       KorUint fourCc, KorImageRotationDegree angle) {
     cases.push_back({name, 3.5,
                      [=](Frame& f) {
                          const bool isQuarter = angle % 180 != 0;
                          const size_t pitch = isQuarter ? f.Height() : f.Width();
-                         kor(f.yOut, pitch, f.uOut, pitch / 2, f.vOut, pitch / 2, f.packedIn, 2 * f.Width(), f.Width(), f.Height(), 0, angle);
+                         kor(f.yOut, pitch, f.uOut, pitch / 2, f.vOut, pitch / 2, f.packedIn, 2 * f.Width(), f.Width(),
+                             f.Height(), 0, angle);
                      },
                      [=](Frame& f) {
                          const int pitch = angle % 180 != 0 ? f.height : f.width;
-                         libyuv::ConvertToI420(f.packedIn, 2 * f.Width() * f.Height(), f.yOut, pitch, f.uOut, pitch / 2, f.vOut, pitch / 2, 0, 0,
-                                               f.width, f.height, f.width, f.height, static_cast<libyuv::RotationMode>(angle), fourCc);
+                         libyuv::ConvertToI420(f.packedIn, 2 * f.Width() * f.Height(), f.yOut, pitch, f.uOut, pitch / 2,
+                                               f.vOut, pitch / 2, 0, 0, f.width, f.height, f.width, f.height,
+                                               static_cast<libyuv::RotationMode>(angle), fourCc);
                      },
                      "", ""});
 }
@@ -122,43 +135,61 @@ void AddRotatedCapture(std::vector<Case>& cases, const char* name, decltype(&Kor
 void AddM420(std::vector<Case>& cases) {
     cases.push_back({"M420 to I420", 3.0,
                      [](Frame& f) {
-                         KorM420ToI420(f.yOut, f.Width(), f.uOut, f.Width() / 2, f.vOut, f.Width() / 2, f.packedIn, 3 * f.Width(), f.Width(), f.Height(), 0);
+                         KorM420ToI420(f.yOut, f.Width(), f.uOut, f.Width() / 2, f.vOut, f.Width() / 2, f.packedIn,
+                                       3 * f.Width(), f.Width(), f.Height(), 0);
                      },
                      [](Frame& f) {
-                         libyuv::NV12ToI420(f.yIn, f.width, f.packedIn, f.width, f.yOut, f.width, f.uOut, f.width / 2, f.vOut, f.width / 2, f.width, f.height);
+                         libyuv::NV12ToI420(f.yIn, f.width, f.packedIn, f.width, f.yOut, f.width, f.uOut, f.width / 2,
+                                            f.vOut, f.width / 2, f.width, f.height);
                      },
                      "nv12", "yuv420p"});
 }
 
 void AddPackers(std::vector<Case>& cases) {
-    cases.push_back(Render("I420 to YUY2", &KorI420ToYUY2, &libyuv::I420ToYUY2, 2, 2, KOR_VIDEOFRAMEDITHERLEVEL_Off, "yuv420p", "yuyv422"));
-    cases.push_back(Render("I420 to UYVY", &KorI420ToUYVY, &libyuv::I420ToUYVY, 2, 2, KOR_VIDEOFRAMEDITHERLEVEL_Off, "yuv420p", "uyvy422"));
-    cases.push_back(Render("I420 to YUY2 dithered", &KorI420ToYUY2, &libyuv::I420ToYUY2, 2, 2, KOR_VIDEOFRAMEDITHERLEVEL_1, "", ""));
-    Case yuv2 = Render("I420 to Yuv2", &KorI420ToYUY2, &libyuv::I420ToYUY2, 2, 2, KOR_VIDEOFRAMEDITHERLEVEL_Off, "", "");
+    cases.push_back(Render("I420 to YUY2", &KorI420ToYUY2, &libyuv::I420ToYUY2, 2, 2, KOR_VIDEOFRAMEDITHERLEVEL_Off,
+                           "yuv420p", "yuyv422"));
+    cases.push_back(Render("I420 to UYVY", &KorI420ToUYVY, &libyuv::I420ToUYVY, 2, 2, KOR_VIDEOFRAMEDITHERLEVEL_Off,
+                           "yuv420p", "uyvy422"));
+    cases.push_back(Render("I420 to YUY2 dithered", &KorI420ToYUY2, &libyuv::I420ToYUY2, 2, 2,
+                           KOR_VIDEOFRAMEDITHERLEVEL_1, "", ""));
+    Case yuv2 =
+        Render("I420 to Yuv2", &KorI420ToYUY2, &libyuv::I420ToYUY2, 2, 2, KOR_VIDEOFRAMEDITHERLEVEL_Off, "", "");
     yuv2.kor = [](Frame& f) {
-        KorI420toYuv2(f.yIn, f.Width(), f.uIn, f.WidthC(), f.vIn, f.WidthC(), f.packedOut, 2 * f.Width(), f.Width(), f.Height());
+        KorI420toYuv2(f.yIn, f.Width(), f.uIn, f.WidthC(), f.vIn, f.WidthC(), f.packedOut, 2 * f.Width(), f.Width(),
+                      f.Height());
     };
     cases.push_back(yuv2);
 }
 
 void AddRenderers(std::vector<Case>& cases) {
-    cases.push_back(Render("I420 to BGRA", &KorI420ToBGRA, &libyuv::I420ToARGB, 4, 2, KOR_VIDEOFRAMEDITHERLEVEL_Off, "yuv420p", "bgra"));
-    cases.push_back(Render("I420 to RGBA", &KorI420ToRGBA, &libyuv::I420ToABGR, 4, 2, KOR_VIDEOFRAMEDITHERLEVEL_Off, "yuv420p", "rgba"));
-    cases.push_back(Render("I420 to BGRA dithered", &KorI420ToBGRA, &libyuv::I420ToARGB, 4, 2, KOR_VIDEOFRAMEDITHERLEVEL_1, "", ""));
-    cases.push_back(Render("I420 to BGRA BT.709", &KorI420ToBGRAUsingBT709, &libyuv::H420ToARGB, 4, 2, KOR_VIDEOFRAMEDITHERLEVEL_Off, "", ""));
-    cases.push_back(Render("I444 to BGRA", &KorI444ToBGRA, &libyuv::I444ToARGB, 4, 1, KOR_VIDEOFRAMEDITHERLEVEL_Off, "yuv444p", "bgra"));
-    cases.push_back(Render("I420 to 24BG", &KorI420To24BG, &libyuv::I420ToRGB24, 3, 2, KOR_VIDEOFRAMEDITHERLEVEL_Off, "yuv420p", "bgr24"));
+    cases.push_back(Render("I420 to BGRA", &KorI420ToBGRA, &libyuv::I420ToARGB, 4, 2, KOR_VIDEOFRAMEDITHERLEVEL_Off,
+                           "yuv420p", "bgra"));
+    cases.push_back(Render("I420 to RGBA", &KorI420ToRGBA, &libyuv::I420ToABGR, 4, 2, KOR_VIDEOFRAMEDITHERLEVEL_Off,
+                           "yuv420p", "rgba"));
+    cases.push_back(Render("I420 to BGRA dithered", &KorI420ToBGRA, &libyuv::I420ToARGB, 4, 2,
+                           KOR_VIDEOFRAMEDITHERLEVEL_1, "", ""));
+    cases.push_back(Render("I420 to BGRA BT.709", &KorI420ToBGRAUsingBT709, &libyuv::H420ToARGB, 4, 2,
+                           KOR_VIDEOFRAMEDITHERLEVEL_Off, "", ""));
+    cases.push_back(Render("I444 to BGRA", &KorI444ToBGRA, &libyuv::I444ToARGB, 4, 1, KOR_VIDEOFRAMEDITHERLEVEL_Off,
+                           "yuv444p", "bgra"));
+    cases.push_back(Render("I420 to 24BG", &KorI420To24BG, &libyuv::I420ToRGB24, 3, 2, KOR_VIDEOFRAMEDITHERLEVEL_Off,
+                           "yuv420p", "bgr24"));
 }
 
 void AddGeometry(std::vector<Case>& cases) {
     cases.push_back({"split", 4.0,
                      [](Frame& f) {
-                         KorPlanarUVDeinterlace(f.packedIn, 2 * static_cast<KorDistanceT>(f.width), f.uOut, f.Width(), f.vOut, f.Width(), f.Width(), f.Height());
+                         KorPlanarUVDeinterlace(f.packedIn, 2 * static_cast<KorDistanceT>(f.width), f.uOut, f.Width(),
+                                                f.vOut, f.Width(), f.Width(), f.Height());
                      },
-                     [](Frame& f) { libyuv::SplitUVPlane(f.packedIn, 2 * f.width, f.uOut, f.width, f.vOut, f.width, f.width, f.height); }, "", ""});
-    cases.push_back({"mirror", 2.0,
-                     [](Frame& f) { KorPlanarMirror(f.yIn, f.width, f.yOut, f.Width(), f.Width(), f.Height()); },
-                     [](Frame& f) { libyuv::MirrorPlane(f.yIn, f.width, f.yOut, f.width, f.width, f.height); }, "", ""});
+                     [](Frame& f) {
+                         libyuv::SplitUVPlane(f.packedIn, 2 * f.width, f.uOut, f.width, f.vOut, f.width, f.width,
+                                              f.height);
+                     },
+                     "", ""});
+    cases.push_back(
+        {"mirror", 2.0, [](Frame& f) { KorPlanarMirror(f.yIn, f.width, f.yOut, f.Width(), f.Width(), f.Height()); },
+         [](Frame& f) { libyuv::MirrorPlane(f.yIn, f.width, f.yOut, f.width, f.width, f.height); }, "", ""});
     for (const KorImageRotationDegree angle : {90u, 180u, 270u}) {
         cases.push_back({"rotate plane by " + std::to_string(angle), 2.0,
                          [angle](Frame& f) {
@@ -167,29 +198,40 @@ void AddGeometry(std::vector<Case>& cases) {
                          },
                          [angle](Frame& f) {
                              const int pitch = angle == 180 ? f.width : f.height;
-                             libyuv::RotatePlane(f.yIn, f.width, f.yOut, pitch, f.width, f.height, static_cast<libyuv::RotationMode>(angle));
+                             libyuv::RotatePlane(f.yIn, f.width, f.yOut, pitch, f.width, f.height,
+                                                 static_cast<libyuv::RotationMode>(angle));
                          },
                          "", ""});
     }
     cases.push_back({"rotate by 90 and split", 4.0,
                      [](Frame& f) {
-                         KorPlanarUVDeinterlaceRotation(f.packedIn, 2 * static_cast<KorDistanceT>(f.width), f.uOut, f.Height(), f.vOut, f.Height(), f.Width(), f.Height(), 90);
+                         KorPlanarUVDeinterlaceRotation(f.packedIn, 2 * static_cast<KorDistanceT>(f.width), f.uOut,
+                                                        f.Height(), f.vOut, f.Height(), f.Width(), f.Height(), 90);
                      },
-                     [](Frame& f) { libyuv::SplitRotateUV90(f.packedIn, 2 * f.width, f.uOut, f.height, f.vOut, f.height, f.width, f.height); }, "", ""});
+                     [](Frame& f) {
+                         libyuv::SplitRotateUV90(f.packedIn, 2 * f.width, f.uOut, f.height, f.vOut, f.height, f.width,
+                                                 f.height);
+                     },
+                     "", ""});
 }
 
 void AddBlends(std::vector<Case>& cases) {
     // The peer has the blend with an alpha plane for luma alone.
     cases.push_back({"blend with an array, Y, U and V", 6.0,
                      [](Frame& f) {
-                         KorI420AlphaArrayBlend(f.yOut, f.Width(), f.uOut, f.WidthC(), f.vOut, f.WidthC(), f.yIn, f.Width(), f.uIn, f.WidthC(), f.vIn, f.WidthC(),
-                                                f.Width(), f.Height(), 0, 0, f.packedIn, f.Width(), f.packedIn, f.WidthC(), f.packedIn, f.WidthC());
+                         KorI420AlphaArrayBlend(f.yOut, f.Width(), f.uOut, f.WidthC(), f.vOut, f.WidthC(), f.yIn,
+                                                f.Width(), f.uIn, f.WidthC(), f.vIn, f.WidthC(), f.Width(), f.Height(),
+                                                0, 0, f.packedIn, f.Width(), f.packedIn, f.WidthC(), f.packedIn,
+                                                f.WidthC());
                      },
                      [](Frame& f) {
                          const int heightC = (f.height + 1) / 2;
-                         libyuv::BlendPlane(f.yIn, f.width, f.yOut, f.width, f.packedIn, f.width, f.yOut, f.width, f.width, f.height);
-                         libyuv::BlendPlane(f.uIn, f.widthC(), f.uOut, f.widthC(), f.packedIn, f.widthC(), f.uOut, f.widthC(), f.widthC(), heightC);
-                         libyuv::BlendPlane(f.vIn, f.widthC(), f.vOut, f.widthC(), f.packedIn, f.widthC(), f.vOut, f.widthC(), f.widthC(), heightC);
+                         libyuv::BlendPlane(f.yIn, f.width, f.yOut, f.width, f.packedIn, f.width, f.yOut, f.width,
+                                            f.width, f.height);
+                         libyuv::BlendPlane(f.uIn, f.widthC(), f.uOut, f.widthC(), f.packedIn, f.widthC(), f.uOut,
+                                            f.widthC(), f.widthC(), heightC);
+                         libyuv::BlendPlane(f.vIn, f.widthC(), f.vOut, f.widthC(), f.packedIn, f.widthC(), f.vOut,
+                                            f.widthC(), f.widthC(), heightC);
                      },
                      "", ""});
 }

@@ -10,8 +10,8 @@
 
 namespace peers {
 
-// Planes and a packed image of one size, for reading and for writing, aligned to 64 bytes and with tight pitches. Planes of
-// chroma have room for 4:4:4; pictures may be rotated.
+// Planes and a packed image of one size, for reading and for writing, aligned to 64 bytes and with tight pitches.
+// Planes of chroma have room for 4:4:4; pictures may be rotated.
 class Frame {
   public:
     Frame(int frameWidth, int frameHeight);

@@ -1,4 +1,5 @@
-// korpeers [--size WxH] [--ms N] [PATTERN]: Mpix/s of every target beside other libraries, each in the best of many calls.
+// korpeers [--size WxH] [--ms N] [PATTERN]: Mpix/s of every target beside other libraries, each in the best of many
+// calls.
 //
 // The contestants of a case take turns call by call, so that what slows the machine for a while slows all of them.
 extern "C" {
@@ -45,7 +46,8 @@ Call Swscale(const Case& test, int width, int height) {
     }
     const AVPixelFormat from = av_get_pix_fmt(test.swscaleFrom.c_str());
     const AVPixelFormat to = av_get_pix_fmt(test.swscaleTo.c_str());
-    SwsContext* context = sws_getContext(width, height, from, width, height, to, SWS_BILINEAR, nullptr, nullptr, nullptr);
+    SwsContext* context =
+        sws_getContext(width, height, from, width, height, to, SWS_BILINEAR, nullptr, nullptr, nullptr);
     if (context == nullptr) {
         return nullptr;
     }

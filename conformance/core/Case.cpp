@@ -117,7 +117,9 @@ void VisitInTurn(const Sweep& sweep, const Next& next) {
 // Mostly small pictures, where many can be tried; now and then large ones.
 std::pair<std::size_t, std::size_t> DrawSize(Noise& noise, std::size_t limit) {
     const std::size_t small = std::min<std::size_t>(limit, 300);
-    const std::pair<std::size_t, std::size_t> limits[] = {{small, small}, {small, small}, {small, small}, {limit, 40}, {limit, 12}, {40, limit}, {limit / 2, limit / 2}, {limit, limit}};
+    const std::pair<std::size_t, std::size_t> limits[] = {
+        {small, small}, {small, small}, {small, small},         {limit, 40},
+        {limit, 12},    {40, limit},    {limit / 2, limit / 2}, {limit, limit}};
     const auto& most = limits[noise.Below(8)];
     const auto below = [&noise](std::size_t end) { return noise.Below(static_cast<std::uint32_t>(end)); };
     const std::size_t width = 1 + below(most.first);

@@ -25,8 +25,8 @@ enum class Pitches {
     Loose,  // some bytes of padding, another number for each plane, all rows aligned alike
     Odd,    // padding that puts every row on another alignment
     Drawn,  // padding from the seed of the case
-    // The subject's rows lie far apart: a pitch of more than 16 bits, rows whose offsets have more than 32, and a pitch of
-    // more than 32.
+    // The subject's rows lie far apart: a pitch of more than 16 bits, rows whose offsets have more than 32, and a pitch
+    // of more than 32.
     Wide,
     Far,
     Huge,

@@ -11,8 +11,7 @@ struct SignedSource {
     const KorUint8* data;
     KorDistanceT pitch;
 
-    SignedSource(const PlaneView& plane, Walk walk)
-        : data(plane.data), pitch(static_cast<KorDistanceT>(plane.pitch)) {
+    SignedSource(const PlaneView& plane, Walk walk) : data(plane.data), pitch(static_cast<KorDistanceT>(plane.pitch)) {
         if (walk == Walk::Up && plane.rows > 0 && data != nullptr) {
             data += (plane.rows - 1) * plane.pitch;
             pitch = -pitch;
@@ -79,8 +78,7 @@ struct Arguments {
     template <class Receiver>
     void Pass(SplitRotationFunction, const Receiver& receive) const {
         const SignedSource src(p[0], c.walk);
-        receive(src.data, src.pitch, p[1].data, p[1].pitch, p[2].data, p[2].pitch, c.width, c.height,
-                c.rotationDegree);
+        receive(src.data, src.pitch, p[1].data, p[1].pitch, p[2].data, p[2].pitch, c.width, c.height, c.rotationDegree);
     }
     template <class Receiver>
     void Pass(FlipVerticalFunction, const Receiver& receive) const {
@@ -119,8 +117,9 @@ struct Scribe {
         }
     }
     void Write(const KorInt (*coefficients)[3]) {
-        text += coefficients == nullptr ? "NULL" : options.matrixPlace == MatrixPlace::Own ? "coeffs"
-                                                                                           : "coeffs inside a plane";
+        text += coefficients == nullptr                   ? "NULL"
+                : options.matrixPlace == MatrixPlace::Own ? "coeffs"
+                                                          : "coeffs inside a plane";
     }
     template <class Number>
     void Write(Number number) {

@@ -28,10 +28,10 @@ using DitherFunction = KorConformanceDither;
 using BlendFunction = KorConformanceBlend;
 using BlendArrayFunction = KorConformanceBlendArray;
 
-using AnyFunction = std::variant<CaptureFunction, CaptureGeneralFunction, CaptureRotatingFunction, RenderFunction,
-                                 RenderGeneralFunction, RenderPlainFunction, PlaneFunction, SplitFunction,
-                                 PlaneRotationFunction, SplitRotationFunction, FlipVerticalFunction, DitherFunction,
-                                 BlendFunction, BlendArrayFunction>;
+using AnyFunction =
+    std::variant<CaptureFunction, CaptureGeneralFunction, CaptureRotatingFunction, RenderFunction,
+                 RenderGeneralFunction, RenderPlainFunction, PlaneFunction, SplitFunction, PlaneRotationFunction,
+                 SplitRotationFunction, FlipVerticalFunction, DitherFunction, BlendFunction, BlendArrayFunction>;
 
 bool IsNull(const AnyFunction& function);
 

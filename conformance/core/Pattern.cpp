@@ -42,8 +42,7 @@ void FillRow(Pattern pattern, Noise& noise, std::size_t start, std::size_t row, 
 
 }  // namespace
 
-Noise::Noise(std::uint64_t seed)
-    : state_(MixSeed(seed, 1) | 1) {}
+Noise::Noise(std::uint64_t seed) : state_(MixSeed(seed, 1) | 1) {}
 
 std::uint64_t Noise::Next() {
     state_ ^= state_ >> 12;

@@ -5,9 +5,8 @@
 #include "KorConformance.h"
 
 /* Mirrors four samples at a time. */
-static void MirrorByFours(const KorUint8* src, KorDistanceT pitchSrc,
-                          KorUint8* dst, KorSizeT pitchDst,
-                          KorSizeT width, KorSizeT height) {
+static void MirrorByFours(const KorUint8* src, KorDistanceT pitchSrc, KorUint8* dst, KorSizeT pitchDst, KorSizeT width,
+                          KorSizeT height) {
     KorSizeT i;
     KorSizeT j;
     if (width == 0) {

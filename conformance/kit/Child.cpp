@@ -75,8 +75,7 @@ std::string NameOfSignal(int number) {
 }
 
 std::string Describe(int status) {
-    return WIFSIGNALED(status) ? NameOfSignal(WTERMSIG(status))
-                               : "exit status " + std::to_string(WEXITSTATUS(status));
+    return WIFSIGNALED(status) ? NameOfSignal(WTERMSIG(status)) : "exit status " + std::to_string(WEXITSTATUS(status));
 }
 
 int Reap(pid_t child) {

@@ -65,7 +65,8 @@ using Place = std::size_t;
 // weights meet each pair of them in one of the pictures.
 void FillPart(const Plane& plane, const PlaneUse& use, std::size_t picture) {
     if (IsNamed(use, "y")) {
-        FillByPlace(plane, [&](Place row, Place column, Place, Place) { return 4 * picture + row % 2 * 2 + column % 2; });
+        FillByPlace(plane,
+                    [&](Place row, Place column, Place, Place) { return 4 * picture + row % 2 * 2 + column % 2; });
     } else if (IsNamed(use, "u") || std::strstr(use.name, "Background") != nullptr) {
         FillByPlace(plane, [](Place, Place, Place r, Place) { return r; });
     } else if (IsNamed(use, "v") || std::strstr(use.name, "Foreground") != nullptr) {

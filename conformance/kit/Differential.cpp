@@ -33,8 +33,13 @@ constexpr int kRepeats = 11;
 constexpr int kGrowingCalls = 3;
 
 std::string DescribeMemory(const Case& c, Reach reach) {
-    static const char* const kPitches[] = {
-        "tight", "of whole 16 bytes", "odd", "drawn", "of more than 16 bits", "of 30 bits, rows far apart", "of more than 32 bits"};
+    static const char* const kPitches[] = {"tight",
+                                           "of whole 16 bytes",
+                                           "odd",
+                                           "drawn",
+                                           "of more than 16 bits",
+                                           "of 30 bits, rows far apart",
+                                           "of more than 32 bits"};
     return std::string("pitches ") +
            (reach == Reach::RowsOnPages ? "of whole pages" : kPitches[static_cast<int>(c.pitches)]) +
            (c.placement == Placement::Rear ? ", planes end before an unmapped page"
@@ -48,8 +53,7 @@ bool TakesNullPointers(const Case& c) {
 
 }  // namespace
 
-Differential::Differential(const Entry& entry, const AnyFunction& subject, const AnyFunction& model,
-                           Progress* progress)
+Differential::Differential(const Entry& entry, const AnyFunction& subject, const AnyFunction& model, Progress* progress)
     : entry_(entry),
       options_(entry.options()),
       subject_(subject),
@@ -190,8 +194,7 @@ void Differential::PlaceMatrix() {
     if (case_.matrixPlace == MatrixPlace::Own) {
         return;
     }
-    const std::size_t index = case_.matrixPlace == MatrixPlace::U ? 1 : case_.matrixPlace == MatrixPlace::V ? 2
-                                                                                                            : 0;
+    const std::size_t index = case_.matrixPlace == MatrixPlace::U ? 1 : case_.matrixPlace == MatrixPlace::V ? 2 : 0;
     const PlaneShape& shape = planes_[index].shape();
     std::size_t begin = 0;
     std::size_t end = shape.Span();
@@ -292,8 +295,8 @@ void Differential::RunSubject() {
     }
 }
 
-// The same call on the same memory has the same result, and leaves as much allocated as before. The first calls may take
-// what an allocator keeps at hand, which is not counted.
+// The same call on the same memory has the same result, and leaves as much allocated as before. The first calls may
+// take what an allocator keeps at hand, which is not counted.
 void Differential::RepeatSubject() {
     repeating_ = true;
     before_ = "differs when called again with the same arguments: ";
@@ -349,8 +352,8 @@ void Differential::CallOnce() {
 void Differential::CallHere() {
     ScriptedRandom::ServeSeed(case_.seed);
     const std::size_t allocated = manner_.repeated ? AllocatedBytes() : 0;
-    aftermath_.fault = catcher_.Run(
-        [this] { CallWatched(subject_, views_.data(), case_, manner_.floats, aftermath_.change); });
+    aftermath_.fault =
+        catcher_.Run([this] { CallWatched(subject_, views_.data(), case_, manner_.floats, aftermath_.change); });
     aftermath_.allocated = static_cast<std::ptrdiff_t>((manner_.repeated ? AllocatedBytes() : 0) - allocated);
     aftermath_.draws = ScriptedRandom::Draws();
 }

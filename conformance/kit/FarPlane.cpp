@@ -131,7 +131,8 @@ FarPlane& FarPlane::operator=(FarPlane&& other) noexcept {
     return *this;
 }
 
-// Calls visit(far, near, count) for the bytes of each row, those before the first row and those behind the last included.
+// Calls visit(far, near, count) for the bytes of each row, those before the first row and those behind the last
+// included.
 template <class Visitor>
 void FarPlane::ForEachWindow(const Plane& near, Visitor visit) const {
     const std::ptrdiff_t pitch = static_cast<std::ptrdiff_t>(near.pitch());
@@ -153,7 +154,8 @@ void FarPlane::ForEachWindow(const Plane& near, Visitor visit) const {
 }
 
 void FarPlane::ReturnTo(const Plane& near) const {
-    ForEachWindow(near, [&](const std::uint8_t* far, std::uint8_t* bytes, std::size_t count) { std::memcpy(bytes, far, count); });
+    ForEachWindow(
+        near, [&](const std::uint8_t* far, std::uint8_t* bytes, std::size_t count) { std::memcpy(bytes, far, count); });
 }
 
 bool FarPlane::IsNear(std::uintptr_t address) const {

@@ -1,5 +1,5 @@
-// Planes whose rows lie so far apart that pitches and offsets need more than 16 or 32 bits. Only the rows are memory; the
-// addresses between them are reserved, and a touch there ends in a signal.
+// Planes whose rows lie so far apart that pitches and offsets need more than 16 or 32 bits. Only the rows are memory;
+// the addresses between them are reserved, and a touch there ends in a signal.
 #ifndef KOR_CONFORMANCE_KIT_FARPLANE_H
 #define KOR_CONFORMANCE_KIT_FARPLANE_H
 

@@ -18,7 +18,8 @@ struct Caught {
 
 // A trap that a compiler put in raises SIGILL on x86 and SIGTRAP on AArch64. SIGABRT is what abort() and a failed
 // assertion raise.
-constexpr Caught kCaught[] = {{SIGSEGV, "SIGSEGV"}, {SIGBUS, "SIGBUS"}, {SIGILL, "SIGILL"}, {SIGTRAP, "SIGTRAP"}, {SIGFPE, "SIGFPE"}, {SIGABRT, "SIGABRT"}, {SIGSYS, "SIGSYS"}};
+constexpr Caught kCaught[] = {{SIGSEGV, "SIGSEGV"}, {SIGBUS, "SIGBUS"},   {SIGILL, "SIGILL"}, {SIGTRAP, "SIGTRAP"},
+                              {SIGFPE, "SIGFPE"},   {SIGABRT, "SIGABRT"}, {SIGSYS, "SIGSYS"}};
 
 constexpr std::size_t kSignalStackBytes = std::size_t{1} << 16;
 
@@ -60,8 +61,7 @@ SignalStack::~SignalStack() {
     }
 }
 
-FaultCatcher::FaultCatcher()
-    : former_(std::size(kCaught)) {
+FaultCatcher::FaultCatcher() : former_(std::size(kCaught)) {
     struct sigaction action = {};
     action.sa_sigaction = LeaveWork;
     // The handler does not return, so that the signal must not stay blocked.

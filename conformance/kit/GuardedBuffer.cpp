@@ -21,8 +21,7 @@ std::size_t GuardSize() {
 
 }  // namespace
 
-GuardedBuffer::GuardedBuffer(std::size_t minimumBytes)
-    : begin_(nullptr), size_(0), guard_(GuardSize()) {
+GuardedBuffer::GuardedBuffer(std::size_t minimumBytes) : begin_(nullptr), size_(0), guard_(GuardSize()) {
     size_ = (minimumBytes / PageSize() + 1) * PageSize();
     void* mapping = mmap(nullptr, size_ + 2 * guard_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (mapping == MAP_FAILED) {

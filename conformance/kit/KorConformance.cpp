@@ -54,8 +54,7 @@ std::vector<const Entry*> ChooseEntries(const KorConformanceOptions& options) {
             }
         }
         if (chosen.size() == before) {
-            throw UsageError(std::string("there is no function ") + options.functions[i] +
-                             "; --list tells all names");
+            throw UsageError(std::string("there is no function ") + options.functions[i] + "; --list tells all names");
         }
     }
     return chosen;
@@ -68,7 +67,8 @@ void RequireOwnServices() {
     const bool drawn = KorRandomGetBytes(byte, sizeof byte) != 0 && ScriptedRandom::Draws().size() == 1;
     if (!drawn || KorTblDitherStd4[kNoiseRamp] != NoiseEntry(kNoiseRamp)) {
         throw UsageError(
-            "another KorRandomGetBytes or KorTblDitherStd4 is linked in place of the kit's own; link the kit instead of "
+            "another KorRandomGetBytes or KorTblDitherStd4 is linked in place of the kit's own; link the kit instead "
+            "of "
             "Kor::Platform");
     }
 }
@@ -100,9 +100,8 @@ std::uint64_t DrawSeed() {
 constexpr double kSecondsWithoutProgress = 10;
 
 bool IsWanted(const Target& target, const KorConformanceOptions& options) {
-    return options.targets == nullptr ||
-           std::any_of(options.targets, options.targets + options.targetCount,
-                       [&](const char* name) { return target.name == name; });
+    return options.targets == nullptr || std::any_of(options.targets, options.targets + options.targetCount,
+                                                     [&](const char* name) { return target.name == name; });
 }
 
 // All targets of the set, or those that are asked for.
@@ -118,7 +117,8 @@ std::vector<Target> ChooseTargets(const KorConformanceOptions& options) {
             for (const Target& target : all) {
                 names += " " + target.name;
             }
-            throw UsageError("there is no target " + name + (options.listTargets == nullptr ? "; the set names none" : "; there are:" + names));
+            throw UsageError("there is no target " + name +
+                             (options.listTargets == nullptr ? "; the set names none" : "; there are:" + names));
         }
     }
     all.erase(std::remove_if(all.begin(), all.end(), [&](const Target& target) { return !IsWanted(target, options); }),
@@ -260,7 +260,8 @@ std::string Usage(const std::string& program, const std::string& name) {
            "\n"
            "  --random N        try N random cases of each function; their seed is drawn unless --seed gives it\n"
            "  --case N          try only case N of each function, as a report numbers it\n"
-           "  --target NAME     try this processor target only, \"automatic\" for the automatic choice; may be repeated\n"
+           "  --target NAME     try this processor target only, \"automatic\" for the automatic choice; may be "
+           "repeated\n"
            "  --time-limit N    a call that takes more than N seconds never returns; 10 unless this machine is slow\n"
            "  --no-fork         try all functions in this process, for a debugger\n"
            "  --junit FILE      also write the results to FILE as JUnit XML\n"

@@ -12,8 +12,7 @@ constexpr std::size_t kNoiseEntries = 16384;
 // Where each region starts.
 constexpr std::size_t kSmallNoise = 0;       // -8 to 8, as a product's table might have them
 constexpr std::size_t kExtremeNoise = 2048;  // the limits of 16 bits and the values next to zero
-constexpr std::size_t kNoiseRamp =
-    4096;                                  // -4096 to 4095 in order: every sum of a sample that is not saturated anyway
+constexpr std::size_t kNoiseRamp = 4096;   // -4096 to 4095 in order: every sum of a sample that is not saturated anyway
 constexpr std::size_t kWideNoise = 12288;  // all 16 bits, up to the end of the table
 
 // The entry that the table holds at an index below kNoiseEntries.

@@ -20,7 +20,8 @@ using Numbers = std::initializer_list<std::size_t>;
 // Around 16, 32 and 48 in both directions, and a few long rows and columns.
 SizeList SmallBlocks() {
     SizeList sizes{{641, 3}, {640, 4}, {1283, 7}, {4099, 2}, {3, 301}, {2, 514}};
-    for (const std::size_t width : Numbers{63, 64, 65, 127, 128, 129, 130, 191, 193, 255, 256, 257, 258, 511, 512, 513, 514}) {
+    for (const std::size_t width :
+         Numbers{63, 64, 65, 127, 128, 129, 130, 191, 193, 255, 256, 257, 258, 511, 512, 513, 514}) {
         sizes.emplace_back(width, 2 + width % 3);
     }
     for (const std::size_t width : Numbers{15, 16, 17, 32, 47, 49}) {
@@ -64,7 +65,8 @@ SizeList LargeBlocks() {
 }
 
 // Rows and columns whose numbers outgrow 8, 12 and 16 bits and the blocks of any kernel, and the rests of long rows.
-const SizeList kLong{{120, 8}, {248, 5}, {376, 6}, {504, 3}, {1040, 10}, {1144, 6}, {2050, 4}, {4400, 6}, {16644, 4}, {65801, 2}, {2, 65538}, {64, 1200}, {34, 1100}, {20, 700}, {70, 650}};
+const SizeList kLong{{120, 8},   {248, 5},   {376, 6},   {504, 3},   {1040, 10}, {1144, 6}, {2050, 4}, {4400, 6},
+                     {16644, 4}, {65801, 2}, {2, 65538}, {64, 1200}, {34, 1100}, {20, 700}, {70, 650}};
 
 // Chroma, too, has more than 65536 columns or rows.
 const SizeList kVeryLong{{131202, 3}, {131201, 2}, {2, 131079}};
@@ -83,7 +85,8 @@ SizeList FewSizes() {
     return sizes;
 }
 
-const SizeList kFewBlocks{{50, 8}, {66, 66}, {63, 9}, {120, 8}, {126, 5}, {127, 34}, {98, 130}, {258, 18}, {514, 129}, {1040, 6}, {4400, 4}, {64, 1100}};
+const SizeList kFewBlocks{{50, 8},   {66, 66},  {63, 9},    {120, 8},  {126, 5},  {127, 34},
+                          {98, 130}, {258, 18}, {514, 129}, {1040, 6}, {4400, 4}, {64, 1100}};
 
 // ---- Parts -------------------------------------------------------------------------------------------------------
 
@@ -105,7 +108,8 @@ Sweep EachOption(const Entry& entry, SizeList sizes) {
 Sweep MatrixInEveryPlane(const Entry& entry, bool quick) {
     SizeList sizes{{6, 7}, {11, 4}, {16, 9}, {41, 5}, {47, 7}};
     if (!quick) {
-        sizes.insert(sizes.end(), {{1, 80}, {2, 40}, {23, 6}, {32, 8}, {33, 5}, {40, 3}, {48, 17}, {64, 7}, {66, 5}, {129, 3}});
+        sizes.insert(sizes.end(),
+                     {{1, 80}, {2, 40}, {23, 6}, {32, 8}, {33, 5}, {40, 3}, {48, 17}, {64, 7}, {66, 5}, {129, 3}});
     }
     Sweep sweep = entry.options();
     sweep.matrixPlaces = {MatrixPlace::Y, MatrixPlace::U, MatrixPlace::V, MatrixPlace::SpareRow};

@@ -113,7 +113,8 @@ Plane::Differences Plane::Compare(const std::uint8_t* expected) const {
             return;
         }
         if (count == 0) {
-            first = static_cast<std::size_t>(std::mismatch(expected + from, expected + to, allocation_ + from).first - expected);
+            first = static_cast<std::size_t>(std::mismatch(expected + from, expected + to, allocation_ + from).first -
+                                             expected);
         }
         for (std::size_t i = from; i < to; ++i) {
             count += expected[i] != allocation_[i] ? 1 : 0;

@@ -78,10 +78,10 @@ struct Watch {
 static_assert(offsetof(Watch, function) == 192 && offsetof(Watch, registers) == 200 && offsetof(Watch, fpcr) == 352 &&
               offsetof(Watch, fpcrOfCaller) == 368);
 
-constexpr const char* kRegisters[] = {
-    "register x19", "register x20", "register x21", "register x22", "register x23", "register x24", "register x25",
-    "register x26", "register x27", "register x28", "register x29", "register d8", "register d9", "register d10",
-    "register d11", "register d12", "register d13", "register d14", "register d15"};
+constexpr const char* kRegisters[] = {"register x19", "register x20", "register x21", "register x22", "register x23",
+                                      "register x24", "register x25", "register x26", "register x27", "register x28",
+                                      "register x29", "register d8",  "register d9",  "register d10", "register d11",
+                                      "register d12", "register d13", "register d14", "register d15"};
 
 #endif
 

@@ -97,10 +97,7 @@ struct Totals {
         for (const Outcome& outcome : outcomes) {
             cases += outcome.verdict.cases;
             seconds += outcome.seconds;
-            ++(outcome.refused          ? refused
-               : !outcome.Tried()       ? untried
-               : outcome.verdict.Same() ? same
-                                        : differ);
+            ++(outcome.refused ? refused : !outcome.Tried() ? untried : outcome.verdict.Same() ? same : differ);
         }
     }
 };
@@ -156,8 +153,8 @@ std::string JUnitXml(const Request& request, const std::vector<Outcome>& outcome
            "/>\n    </properties>\n";
     for (const Outcome& outcome : outcomes) {
         const std::string target = outcome.target->Named() ? "." + outcome.target->name : "";
-        xml += "    <testcase" + Attribute("classname", request.name + target) + Attribute("name", outcome.entry->name) +
-               Attribute("time", Seconds(outcome.seconds));
+        xml += "    <testcase" + Attribute("classname", request.name + target) +
+               Attribute("name", outcome.entry->name) + Attribute("time", Seconds(outcome.seconds));
         if (!outcome.Tried()) {
             xml += ">\n      <skipped" + Attribute("message", WhyUntried(outcome)) + "/>\n    </testcase>\n";
         } else if (outcome.verdict.Same()) {

@@ -89,8 +89,7 @@ Verdict Trials::Run(bool quick, std::uint64_t seed, std::size_t firstNumber, std
     };
     run(ChooseCase(entry_, kOftenSize, 0),
         [&](const Case& options) { return CallOften(options, quick ? kManyCallsQuick : kManyCalls); });
-    const double seconds = onlyCase != 0 ? kAtOnceSecondsAlone : quick ? kAtOnceSecondsQuick
-                                                                       : kAtOnceSeconds;
+    const double seconds = onlyCase != 0 ? kAtOnceSecondsAlone : quick ? kAtOnceSecondsQuick : kAtOnceSeconds;
     for (std::size_t i = 0; i < std::size(kAtOnceSizes); ++i) {
         run(ChooseCase(entry_, kAtOnceSizes[i], 2 * i),
             [&](const Case& options) { return CallAtOnce(options, seconds); });

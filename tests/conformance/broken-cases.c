@@ -27,11 +27,8 @@ static int IsBroken(KorSizeT width, KorSizeT height) {
            (Has("large and rare") && width > 1400 && width < 1900 && height > 700);
 }
 
-static void Capture(KorUint8* y, KorSizeT pitchY,
-                    KorUint8* u, KorSizeT pitchU,
-                    KorUint8* v, KorSizeT pitchV,
-                    const KorUint8* x, KorSizeT pitchX,
-                    KorSizeT width, KorSizeT height, KorBool flip) {
+static void Capture(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
+                    const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip) {
     KorSizeT i;
     KorBGRAToI420_C_(y, pitchY, u, pitchU, v, pitchV, x, pitchX, width, height, flip);
     if (IsBroken(width, height)) {
@@ -46,9 +43,8 @@ static void Capture(KorUint8* y, KorSizeT pitchY,
 }
 
 /* Row by row, so that offsets and pitches can be cut. */
-static void Mirror(const KorUint8* src, KorDistanceT pitchSrc,
-                   KorUint8* dst, KorSizeT pitchDst,
-                   KorSizeT width, KorSizeT height) {
+static void Mirror(const KorUint8* src, KorDistanceT pitchSrc, KorUint8* dst, KorSizeT pitchDst, KorSizeT width,
+                   KorSizeT height) {
     KorSizeT row;
     if (Has("pitch of 16 bits")) {
         pitchDst = (uint16_t)pitchDst;
@@ -68,27 +64,24 @@ static int LiesIn(const void* place, const KorUint8* plane, KorSizeT size) {
 }
 
 /* Copies a matrix first that is to be read anew for each sample. */
-static void CaptureGeneral(KorUint8* y, KorSizeT pitchY,
-                           KorUint8* u, KorSizeT pitchU,
-                           KorUint8* v, KorSizeT pitchV,
-                           const KorUint8* x, KorSizeT pitchX,
-                           KorSizeT width, KorSizeT height, KorBool flip, const KorInt (*coeffs)[3]) {
+static void CaptureGeneral(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, KorUint8* v, KorSizeT pitchV,
+                           const KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height, KorBool flip,
+                           const KorInt (*coeffs)[3]) {
     KorInt copy[3][3];
     const KorSizeT heightC = (height + 1) / 2;
     memcpy(copy, coeffs, sizeof copy);
-    if (height > 0 && ((Has("matrix in u") && LiesIn(coeffs, u, heightC * pitchU)) ||
-                       (Has("matrix in v") && LiesIn(coeffs, v, heightC * pitchV)) ||
-                       (Has("matrix in the spare row") && height % 2 == 1 && LiesIn(coeffs, y + height * pitchY, width)))) {
+    if (height > 0 &&
+        ((Has("matrix in u") && LiesIn(coeffs, u, heightC * pitchU)) ||
+         (Has("matrix in v") && LiesIn(coeffs, v, heightC * pitchV)) ||
+         (Has("matrix in the spare row") && height % 2 == 1 && LiesIn(coeffs, y + height * pitchY, width)))) {
         coeffs = (const KorInt(*)[3])copy;
     }
     KorBGRAToI420General_C_(y, pitchY, u, pitchU, v, pitchV, x, pitchX, width, height, flip, coeffs);
 }
 
-static void Render(const KorUint8* y, KorSizeT pitchY,
-                   const KorUint8* u, KorSizeT pitchU,
-                   const KorUint8* v, KorSizeT pitchV,
-                   KorUint8* x, KorSizeT pitchX,
-                   KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
+static void Render(const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v,
+                   KorSizeT pitchV, KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height,
+                   KorVideoFrameDitherLevel ditherLevel) {
     KorSizeT i;
     KorI444ToBGRA_C_(y, pitchY, u, pitchU, v, pitchV, x, pitchX, width, height, ditherLevel);
     for (i = 0; Has("one triple") && ditherLevel == KOR_VIDEOFRAMEDITHERLEVEL_Off && i < width * height; ++i) {
@@ -103,13 +96,11 @@ static void Render(const KorUint8* y, KorSizeT pitchY,
     }
 }
 
-static void Blend(KorUint8* yBackground, KorSizeT yBackgroundPitch,
-                  KorUint8* uBackground, KorSizeT uBackgroundPitch,
-                  KorUint8* vBackground, KorSizeT vBackgroundPitch,
-                  const KorUint8* yForeground, KorSizeT yForegroundPitch,
-                  const KorUint8* uForeground, KorSizeT uForegroundPitch,
-                  const KorUint8* vForeground, KorSizeT vForegroundPitch,
-                  KorSizeT width, KorSizeT height, KorSizeT xPosition, KorSizeT yPosition, KorUint8 alpha) {
+static void Blend(KorUint8* yBackground, KorSizeT yBackgroundPitch, KorUint8* uBackground, KorSizeT uBackgroundPitch,
+                  KorUint8* vBackground, KorSizeT vBackgroundPitch, const KorUint8* yForeground,
+                  KorSizeT yForegroundPitch, const KorUint8* uForeground, KorSizeT uForegroundPitch,
+                  const KorUint8* vForeground, KorSizeT vForegroundPitch, KorSizeT width, KorSizeT height,
+                  KorSizeT xPosition, KorSizeT yPosition, KorUint8 alpha) {
     if (Has("weight of 77") && alpha == 77) {
         alpha = 78;
     }

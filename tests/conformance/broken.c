@@ -71,8 +71,7 @@ static void ChangeProcessor(void) {
 }
 #else
 static const char* const processorCrimes[] = {"none"};
-static void ChangeProcessor(void) {
-}
+static void ChangeProcessor(void) {}
 #endif
 
 /* Whether arithmetic goes on as a program expects that never changed the mode. Volatile, so that it goes on here. */
@@ -90,7 +89,8 @@ static int KeepsDenormals(void) {
 
 /* ---- The crimes -------------------------------------------------------------------------------------------------- */
 
-static void NeedStack(void) {
+/* Not inlined: only this crime is to need it. */
+__attribute__((noinline)) static void NeedStack(void) {
     char much[4 << 20];
     char* volatile lowest = much;
     *lowest = 1;
@@ -188,9 +188,8 @@ static void CrimeAtEverySize(const KorUint8* src, KorDistanceT pitchSrc, KorUint
     }
 }
 
-static void Mirror(const KorUint8* src, KorDistanceT pitchSrc,
-                   KorUint8* dst, KorSizeT pitchDst,
-                   KorSizeT width, KorSizeT height) {
+static void Mirror(const KorUint8* src, KorDistanceT pitchSrc, KorUint8* dst, KorSizeT pitchDst, KorSizeT width,
+                   KorSizeT height) {
     if (Commits("scratch") && width > 0 && width <= 65536) {
         MirrorByScratch(src, pitchSrc, dst, pitchDst, width, height);
         return;
@@ -219,11 +218,9 @@ void MirrorOfAssembly(const KorUint8* src, KorDistanceT pitchSrc, KorUint8* dst,
 }
 #endif
 
-static void Render(const KorUint8* y, KorSizeT pitchY,
-                   const KorUint8* u, KorSizeT pitchU,
-                   const KorUint8* v, KorSizeT pitchV,
-                   KorUint8* x, KorSizeT pitchX,
-                   KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
+static void Render(const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v,
+                   KorSizeT pitchV, KorUint8* x, KorSizeT pitchX, KorSizeT width, KorSizeT height,
+                   KorVideoFrameDitherLevel ditherLevel) {
     char byte[1];
     /* Volatile, so that no compiler knows what is touched. */
     KorUint8* volatile place = x;

@@ -1,5 +1,5 @@
-// The two functions that take a matrix against their literal twins, with matrices of every magnitude and in every place.
-// All functions are held against the reference by the conformance kit.
+// The two functions that take a matrix against their literal twins, with matrices of every magnitude and in every
+// place. All functions are held against the reference by the conformance kit.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -67,7 +67,8 @@ TEST(MatricesOfEveryMagnitude, Render) {
 
 // Converts into three planes of planeBytes each, with a matrix somewhere in, between or around them; returns all bytes.
 kit::Bytes CaptureOntoMatrix(kit::CaptureGeneralFunction convert, std::size_t planeBytes, std::size_t matrixAt,
-                             std::size_t width, std::size_t height, std::uint64_t seed, std::size_t pitchU, std::size_t pitchV) {
+                             std::size_t width, std::size_t height, std::uint64_t seed, std::size_t pitchU,
+                             std::size_t pitchV) {
     kit::Bytes memory(sizeof(kit::Matrix) + 3 * planeBytes + sizeof(kit::Matrix));
     kit::FillNoise(seed, memory.data(), memory.size());
     const kit::Plane x(kit::Shape(4 * width, height));
@@ -86,7 +87,8 @@ void CompareOntoMatrix(std::size_t planeBytes, std::size_t step, const kit::Size
             for (std::size_t at = 0; at <= sizeof(kit::Matrix) + 3 * planeBytes; at += step) {
                 ++seed;
                 const auto capture = [&](kit::CaptureGeneralFunction convert) {
-                    return CaptureOntoMatrix(convert, planeBytes, at, width, height, seed, width / 2 + 2, width / 2 + 5);
+                    return CaptureOntoMatrix(convert, planeBytes, at, width, height, seed, width / 2 + 2,
+                                             width / 2 + 5);
                 };
                 ASSERT_EQ(capture(&::KorBGRAToI420General_C_), capture(&::reference::KorBGRAToI420General_C_))
                     << width << "x" << height << ", matrix at " << at;

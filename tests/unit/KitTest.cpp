@@ -482,7 +482,8 @@ void CopyAndCount(const KorUint8* src, KorDistanceT pitchSrc, KorUint8* dst, Kor
 TEST(KitTrials, FindACallOfMany) {
     const kit::Entry& entry = kit::Find("KorPlanarMirror_C_");
     const kit::Verdict verdict = kit::Trials(entry, &CopyAndCount, &Copy).Run(true, 1, 100);
-    EXPECT_TRUE(StartsWith(verdict.finding.title, "differs in call 1500 of 2000: wrong byte in a destination: plane dst"));
+    EXPECT_TRUE(
+        StartsWith(verdict.finding.title, "differs in call 1500 of 2000: wrong byte in a destination: plane dst"));
     EXPECT_EQ(verdict.failing, 100u);
     callsOfCounting = 1500;
     const kit::Verdict same = kit::Trials(entry, &CopyAndCount, &Copy).Run(true, 1, 100);

@@ -1,5 +1,5 @@
-// A byte order is one line: orders that no exported function has go through every driver, and must write what a function
-// with a known order writes for the same picture.
+// A byte order is one line: orders that no exported function has go through every driver, and must write what a
+// function with a known order writes for the same picture.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -94,8 +94,8 @@ void ExpectPackedCapture(Known known) {
                 Planes own, twin;
                 PackedToI420WithRotation<layout>({own.y.Data(), pitchY}, {own.u.Data(), pitchC}, {own.v.Data(), pitchC},
                                                  x.Data(), 2 * width, width, height, 1, angle);
-                known(twin.y.Data(), pitchY, twin.v.Data(), pitchC, twin.u.Data(), pitchC,
-                      x.Data(), 2 * width, width, height, 1, angle);
+                known(twin.y.Data(), pitchY, twin.v.Data(), pitchC, twin.u.Data(), pitchC, x.Data(), 2 * width, width,
+                      height, 1, angle);
                 EXPECT_TRUE(own == twin);
             }
         }
@@ -135,10 +135,10 @@ TEST(Layouts, ThirdOrderOf24BitIsCapturedAndRendered) {
     ForEachSize([&](std::size_t width, std::size_t height) {
         const std::size_t pitch = width + 1;
         Planes own, twin;
-        Capture24Bit<kGrba>({own.y.Data(), pitch}, {own.u.Data(), pitch}, {own.v.Data(), pitch},
-                            grb.Data(), 3 * width, width, height, 1);
-        KorRawToI420_C_(twin.y.Data(), pitch, twin.u.Data(), pitch, twin.v.Data(), pitch,
-                        rgb.Data(), 3 * width, width, height, 1);
+        Capture24Bit<kGrba>({own.y.Data(), pitch}, {own.u.Data(), pitch}, {own.v.Data(), pitch}, grb.Data(), 3 * width,
+                            width, height, 1);
+        KorRawToI420_C_(twin.y.Data(), pitch, twin.u.Data(), pitch, twin.v.Data(), pitch, rgb.Data(), 3 * width, width,
+                        height, 1);
         EXPECT_TRUE(own == twin);
 
         Buffer ownPixels, twinPixels;
@@ -146,8 +146,8 @@ TEST(Layouts, ThirdOrderOf24BitIsCapturedAndRendered) {
         const ReadPlane u = {source.u.Data(), width};
         const ReadPlane v = {source.v.Data(), width};
         I420To24Bit<kGrba>(Source(y, u, v, 0, I420Walk(width)), {ownPixels.Data(), 3 * width}, width, height);
-        KorI420To24BG_C_(y.samples, width, u.samples, width, v.samples, width,
-                         twinPixels.Data(), 3 * width, width, height, KOR_VIDEOFRAMEDITHERLEVEL_Off);
+        KorI420To24BG_C_(y.samples, width, u.samples, width, v.samples, width, twinPixels.Data(), 3 * width, width,
+                         height, KOR_VIDEOFRAMEDITHERLEVEL_Off);
         EXPECT_EQ(ownPixels.bytes, Moved<3>(twinPixels, {2, 0, 1}).bytes);
     });
 }

@@ -79,7 +79,8 @@ TEST_P(KitPlanOf, HasEveryWidthAndHeightUpToABlockAndTheLargeOnes) {
         EXPECT_TRUE(has([&](const Size& s) { return s.first == size && (size <= 40 || s.second >= 5); })) << size;
         EXPECT_TRUE(has([&](const Size& s) { return s.second == size && (size <= 12 || s.first >= 5); })) << size;
     }
-    for (const Size& size : {Size{1280, 720}, {1366, 768}, {1921, 1081}, {16644, 4}, {65801, 2}, {2, 65538}, {64, 1200}}) {
+    for (const Size& size :
+         {Size{1280, 720}, {1366, 768}, {1921, 1081}, {16644, 4}, {65801, 2}, {2, 65538}, {64, 1200}}) {
         EXPECT_EQ(sizes.count(size), 1u) << size.first << "x" << size.second;
     }
 }
@@ -159,7 +160,8 @@ TEST(KitContents, PicturesOfACaptureHoldEveryColour) {
             for (std::size_t column = 0; column < 512; column += 2) {
                 const std::uint8_t* pixel = &x.At(row, bytes * column + first);
                 colours.emplace(pixel, pixel + 3);
-                ASSERT_TRUE(std::equal(pixel, pixel + 3, pixel + bytes) && std::equal(pixel, pixel + 3, pixel + x.pitch()));
+                ASSERT_TRUE(std::equal(pixel, pixel + 3, pixel + bytes) &&
+                            std::equal(pixel, pixel + 3, pixel + x.pitch()));
             }
         }
         EXPECT_EQ(colours.size(), 65536u);
@@ -190,7 +192,8 @@ TEST(KitContents, PicturesOfABlendBringEveryWeightToEveryPair) {
         for (std::size_t row = 0; row < 256; ++row) {
             for (std::size_t column = 0; column < 256; ++column) {
                 seen.push_back(std::uint32_t{picture.planes[1].At(row, column)} << 16 |
-                               std::uint32_t{picture.planes[4].At(row, column)} << 8 | picture.planes[7].At(row, column));
+                               std::uint32_t{picture.planes[4].At(row, column)} << 8 |
+                               picture.planes[7].At(row, column));
             }
         }
     }
@@ -212,7 +215,8 @@ TEST(KitFarPlane, KeepsEveryByteAndReturnsIt) {
             const kit::PlaneView view = far.View();
             EXPECT_GT(view.pitch, 65536u);
             for (std::size_t row = 0; row < 10; ++row) {
-                ASSERT_TRUE(std::equal(view.data + row * view.pitch, view.data + row * view.pitch + 67, &near.At(row, 0)));
+                ASSERT_TRUE(
+                    std::equal(view.data + row * view.pitch, view.data + row * view.pitch + 67, &near.At(row, 0)));
             }
             std::fill_n(near.allocation(), near.allocationSize(), std::uint8_t{0});
             view.data[3 * view.pitch + 5] ^= 1;

@@ -1,7 +1,7 @@
 // The dispatched conversions: 38 functions of one line, which call what a table names, and the choice of the table.
 //
-//   - There is one table a target, made when the library is compiled. A table names the target's own functions and, where
-//     it has none, the portable ones.
+//   - There is one table a target, made when the library is compiled. Its functions go to the portable ones for pictures that
+//     they are not made for, such as narrow ones.
 //   - The first call chooses a table, unless KorYuv420SelectTarget() has done so before. Nothing runs before main(),
 //     nothing is allocated, and nothing waits: the choice is one pointer, and all that is kept.
 //   - Without Highway, or compiled by hand, the portable table is the only one. The build defines KOR_WITH_AVX2 and so on
@@ -22,14 +22,10 @@ struct Functions {
 #include "Kor/Video/Common/KorYuv420Functions_.inc"
 };
 
-// The portable functions under their names without suffix: what a target uses where it has nothing of its own.
 namespace portable {
 
-#define KOR_FUNCTION(name, shape, family, frames) constexpr decltype(&name##_C_) name = &name##_C_;
-#include "Kor/Video/Common/KorYuv420Functions_.inc"
-
 constexpr Functions kFunctions = {
-#define KOR_FUNCTION(name, shape, family, frames) name,
+#define KOR_FUNCTION(name, shape, family, frames) &name##_C_,
 #include "Kor/Video/Common/KorYuv420Functions_.inc"
 };
 
@@ -89,8 +85,8 @@ bool RunsAlways() {
 }
 #endif
 
-// A target: a name, its table, and the table of the automatic choice on a machine whose best target this is. The two differ
-// where measurement found another target's function faster.
+// A target: a name, its table, and the table of the automatic choice on a machine whose best target this is. The two are to differ
+// where measurement finds another target's function faster.
 struct Target {
     const char* name;
     bool (*runs)();

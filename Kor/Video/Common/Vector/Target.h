@@ -35,9 +35,9 @@ namespace KOR_TARGET_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-// The functions of the table that this target has.
-#define KOR_VECTORISED(name) decltype(name##_C_) name;
-#include "Kor/Video/Common/Vector/Vectorised_.inc"
+// The functions of this target's table, each of which stands in the file of its family.
+#define KOR_FUNCTION(name, shape, family, frames) decltype(name##_C_) name;
+#include "Kor/Video/Common/KorYuv420Functions_.inc"
 
 namespace {
 
