@@ -1,6 +1,6 @@
-// Dither with the noise that a product has: the dispatched functions held against the portable ones with the default table. The
-// kit's own table has the extremes of 16 bits in it, so that pictures which walk all of it never use noise in bytes. Arguments and
-// exit status are those of Dispatched.cpp.
+// Dither with the noise that a product has: the dispatched functions held against the portable ones with the default
+// table. The kit's own table has the extremes of 16 bits in it, so that pictures which walk all of it never use noise
+// in bytes. Arguments and exit status are those of Dispatched.cpp.
 #include <cstdio>
 #include <cstring>
 #include <random>
@@ -23,8 +23,8 @@ struct Size {
 };
 
 // Narrow, odd, around the strips of noise and of staged rows, and large enough to walk the whole table.
-constexpr Size kSizes[] = {
-    {64, 2}, {127, 3}, {128, 2}, {129, 5}, {514, 66}, {1000, 40}, {2048, 9}, {3455, 6}, {3456, 8}, {3457, 6}, {3521, 4}, {6912, 5}, {6914, 5}, {7001, 4}};
+constexpr Size kSizes[] = {{64, 2},   {127, 3},  {128, 2},  {129, 5},  {514, 66}, {1000, 40}, {2048, 9},
+                           {3455, 6}, {3456, 8}, {3457, 6}, {3521, 4}, {6912, 5}, {6914, 5},  {7001, 4}};
 
 Bytes RandomPlane(std::mt19937& generator, KorSizeT size) {
     Bytes plane(size);
@@ -38,7 +38,9 @@ struct Outcome {
     Bytes y, u, v;
     std::vector<KorSizeT> draws;
 
-    bool operator==(const Outcome& other) const { return y == other.y && u == other.u && v == other.v && draws == other.draws; }
+    bool operator==(const Outcome& other) const {
+        return y == other.y && u == other.u && v == other.v && draws == other.draws;
+    }
 };
 
 // Runs a function with given random starts.
@@ -55,9 +57,11 @@ Outcome Run(KorUint seed, const Outcome& before, Call call) {
 int failures = 0;
 
 template <class Convert, class Reference>
-void Compare(const char* name, Size size, KorUint level, KorUint seed, const Outcome& before, Convert convert, Reference reference) {
+void Compare(const char* name, Size size, KorUint level, KorUint seed, const Outcome& before, Convert convert,
+             Reference reference) {
     if (!(Run(seed, before, convert) == Run(seed, before, reference))) {
-        std::printf("%s differs: %zux%zu, level %u, seed %u\n", name, static_cast<size_t>(size.width), static_cast<size_t>(size.height), level, seed);
+        std::printf("%s differs: %zux%zu, level %u, seed %u\n", name, static_cast<size_t>(size.width),
+                    static_cast<size_t>(size.height), level, seed);
         ++failures;
     }
 }
@@ -70,11 +74,13 @@ struct Renderer {
     KorSizeT pixelBytes;
 };
 
-#define KOR_RENDERER(name, pixelBytes) {#name, &name, &name##_C_, pixelBytes}
-constexpr Renderer kRenderers[] = {
-    KOR_RENDERER(KorI420ToRGBA, 4), KOR_RENDERER(KorI420ToBGRA, 4), KOR_RENDERER(KorI420ToARGB, 4), KOR_RENDERER(KorI420ToABGR, 4),
-    KOR_RENDERER(KorI444ToBGRA, 4), KOR_RENDERER(KorI444ToBGRAUsingBT709, 4), KOR_RENDERER(KorI420ToBGRAUsingBT709, 4),
-    KOR_RENDERER(KorI420To24BG, 3), KOR_RENDERER(KorI420ToYUY2, 2), KOR_RENDERER(KorI420ToUYVY, 2)};
+#define KOR_RENDERER(name, pixelBytes) \
+    { #name, &name, &name##_C_, pixelBytes }
+constexpr Renderer kRenderers[] = {KOR_RENDERER(KorI420ToRGBA, 4),           KOR_RENDERER(KorI420ToBGRA, 4),
+                                   KOR_RENDERER(KorI420ToARGB, 4),           KOR_RENDERER(KorI420ToABGR, 4),
+                                   KOR_RENDERER(KorI444ToBGRA, 4),           KOR_RENDERER(KorI444ToBGRAUsingBT709, 4),
+                                   KOR_RENDERER(KorI420ToBGRAUsingBT709, 4), KOR_RENDERER(KorI420To24BG, 3),
+                                   KOR_RENDERER(KorI420ToYUY2, 2),           KOR_RENDERER(KorI420ToUYVY, 2)};
 
 constexpr KorInt kMatrix[3][3] = {{299, 0, 409}, {298, -100, -208}, {298, 516, 0}};
 
@@ -88,22 +94,28 @@ void CompareAll(Size size, KorVideoFrameDitherLevel level, KorUint seed) {
     for (const Renderer& renderer : kRenderers) {
         const KorSizeT pitchX = renderer.pixelBytes * width + 5;
         const auto with = [&](Render render) {
-            return [&, render](Outcome& o) { render(y.data(), width, u.data(), width, v.data(), width, o.y.data(), pitchX, width, size.height, level); };
+            return [&, render](Outcome& o) {
+                render(y.data(), width, u.data(), width, v.data(), width, o.y.data(), pitchX, width, size.height,
+                       level);
+            };
         };
-        Compare(renderer.name, size, level, seed, {Bytes(pitchX * size.height, 7), {}, {}, {}}, with(renderer.dispatched), with(renderer.portable));
+        Compare(renderer.name, size, level, seed, {Bytes(pitchX * size.height, 7), {}, {}, {}},
+                with(renderer.dispatched), with(renderer.portable));
     }
     const KorSizeT pitchX = 4 * width + 3;
     const auto general = [&](decltype(&KorI420ToBGRAGeneral_C_) render) {
         return [&, render](Outcome& o) {
-            render(y.data(), width, u.data(), width, v.data(), width, o.y.data(), pitchX, width, size.height, kMatrix, level);
+            render(y.data(), width, u.data(), width, v.data(), width, o.y.data(), pitchX, width, size.height, kMatrix,
+                   level);
         };
     };
-    Compare("KorI420ToBGRAGeneral", size, level, seed, {Bytes(pitchX * size.height, 7), {}, {}, {}}, general(&KorI420ToBGRAGeneral), general(&KorI420ToBGRAGeneral_C_));
+    Compare("KorI420ToBGRAGeneral", size, level, seed, {Bytes(pitchX * size.height, 7), {}, {}, {}},
+            general(&KorI420ToBGRAGeneral), general(&KorI420ToBGRAGeneral_C_));
     // In place, and with fixed starts every other time.
     const auto filter = [&](decltype(&KorI420Dither_C_) dither) {
         return [&, dither](Outcome& o) {
-            dither(o.y.data(), width, o.u.data(), width, o.v.data(), width, o.y.data(), width, o.u.data(), width, o.v.data(), width,
-                   width, size.height, level, seed % 2);
+            dither(o.y.data(), width, o.u.data(), width, o.v.data(), width, o.y.data(), width, o.u.data(), width,
+                   o.v.data(), width, width, size.height, level, seed % 2);
         };
     };
     Compare("KorI420Dither", size, level, seed, {y, u, v, {}}, filter(&KorI420Dither), filter(&KorI420Dither_C_));
