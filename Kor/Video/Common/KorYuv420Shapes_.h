@@ -119,7 +119,8 @@
      KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel, KorBool randomizeNoiseOffsets)
 
 #define KOR_ARGUMENTS_Dither \
-    (yIn, yInPitch, uIn, uInPitch, vIn, vInPitch, yOut, yOutPitch, uOut, uOutPitch, vOut, vOutPitch, width, height, ditherLevel, randomizeNoiseOffsets)
+    (yIn, yInPitch, uIn, uInPitch, vIn, vInPitch, yOut, yOutPitch, uOut, uOutPitch, vOut, vOutPitch, \
+     width, height, ditherLevel, randomizeNoiseOffsets)
 
 #define KOR_PARAMETERS_Blend \
     (KorUint8* yBackground, KorSizeT yBackgroundPitch, \
@@ -131,7 +132,9 @@
      KorSizeT width, KorSizeT height, KorSizeT xPosition, KorSizeT yPosition, KorUint8 alpha)
 
 #define KOR_ARGUMENTS_Blend \
-    (yBackground, yBackgroundPitch, uBackground, uBackgroundPitch, vBackground, vBackgroundPitch, yForeground, yForegroundPitch, uForeground, uForegroundPitch, vForeground, vForegroundPitch, width, height, xPosition, yPosition, alpha)
+    (yBackground, yBackgroundPitch, uBackground, uBackgroundPitch, vBackground, vBackgroundPitch, \
+     yForeground, yForegroundPitch, uForeground, uForegroundPitch, vForeground, vForegroundPitch, \
+     width, height, xPosition, yPosition, alpha)
 
 #define KOR_PARAMETERS_BlendArray \
     (KorUint8* yBackground, KorSizeT yBackgroundPitch, \
@@ -146,7 +149,9 @@
      KorUint8* vAlpha, KorSizeT vAlphaPitch)
 
 #define KOR_ARGUMENTS_BlendArray \
-    (yBackground, yBackgroundPitch, uBackground, uBackgroundPitch, vBackground, vBackgroundPitch, yForeground, yForegroundPitch, uForeground, uForegroundPitch, vForeground, vForegroundPitch, width, height, xPosition, yPosition, yAlpha, yAlphaPitch, uAlpha, uAlphaPitch, vAlpha, vAlphaPitch)
+    (yBackground, yBackgroundPitch, uBackground, uBackgroundPitch, vBackground, vBackgroundPitch, \
+     yForeground, yForegroundPitch, uForeground, uForegroundPitch, vForeground, vForegroundPitch, \
+     width, height, xPosition, yPosition, yAlpha, yAlphaPitch, uAlpha, uAlphaPitch, vAlpha, vAlphaPitch)
 // clang-format on
 
 #endif

@@ -93,7 +93,8 @@ KOR_KERNEL void BlendRow(KorUint8* background, const KorUint8* foreground, Alpha
 
 // Blends from (column, row) of the background on. Planes whose rows follow each other without gaps are one long row.
 template <class Alpha>
-void BlendPlane(Plane background, KorSizeT column, KorSizeT row, SourceRows foreground, KorSizeT width, KorSizeT height, const Alpha& alpha) {
+void BlendPlane(Plane background, KorSizeT column, KorSizeT row, SourceRows foreground, KorSizeT width, KorSizeT height,
+                const Alpha& alpha) {
     if (background.pitch == width && foreground.pitch == static_cast<KorDistanceT>(width) && !alpha.HasGaps(width)) {
         BlendRow(background.Row(row) + column, foreground.first, alpha.Row(0), width * height);
         return;
@@ -184,8 +185,10 @@ void KorI420AlphaBlend KOR_PARAMETERS_Blend {
     const KorSizeT heightC = (height + 1) / 2;
     const ConstantAlpha constant = {alpha};
     BlendPlane({yBackground, yBackgroundPitch}, xPosition, yPosition, TopDown(yForeground, yForegroundPitch), width, height, constant);
-    BlendPlane({uBackground, uBackgroundPitch}, xPosition / 2, yPosition / 2, TopDown(uForeground, uForegroundPitch), widthC, heightC, constant);
-    BlendPlane({vBackground, vBackgroundPitch}, xPosition / 2, yPosition / 2, TopDown(vForeground, vForegroundPitch), widthC, heightC, constant);
+    BlendPlane({uBackground, uBackgroundPitch}, xPosition / 2, yPosition / 2, TopDown(uForeground, uForegroundPitch), widthC, heightC,
+               constant);
+    BlendPlane({vBackground, vBackgroundPitch}, xPosition / 2, yPosition / 2, TopDown(vForeground, vForegroundPitch), widthC, heightC,
+               constant);
 }
 
 void KorI420AlphaArrayBlend KOR_PARAMETERS_BlendArray {

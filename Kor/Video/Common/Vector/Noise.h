@@ -140,7 +140,8 @@ struct NoisyPlane {
 
 // Adds the noise from index on in 16 bits. Entries are limited to 13 bits, which changes no result: at the largest shift, 4, the
 // limits still saturate every sample.
-[[maybe_unused]] KOR_KERNEL void AddNoise(KorUint8* KOR_RESTRICT dst, const KorUint8* KOR_RESTRICT src, KorSizeT index, KorUint rsBits, KorSizeT n) {
+[[maybe_unused]] KOR_KERNEL void AddNoise(KorUint8* KOR_RESTRICT dst, const KorUint8* KOR_RESTRICT src, KorSizeT index, KorUint rsBits,
+                                          KorSizeT n) {
     const KorInt rsRound = (1 << rsBits) >> 1;
     while (n != 0) {
         const KorSizeT entry = index & (kNoiseEntries - 1);
@@ -239,7 +240,8 @@ constexpr KorSizeT StripWidth(KorSizeT width, KorSizeT limit) {
 
 // False, and nothing done, if there is noise that does not fit bytes.
 template <class Convert>
-KOR_KERNEL bool ConvertWithTables(const Planes<SourceRows>& source, const Planes<Walk>& walks, KorSizeT width, KorSizeT height, KorSizeT chromaSize, const Convert& convert) {
+KOR_KERNEL bool ConvertWithTables(const Planes<SourceRows>& source, const Planes<Walk>& walks, KorSizeT width, KorSizeT height,
+                                  KorSizeT chromaSize, const Convert& convert) {
     NoiseTable luma(walks.y.rsBits);
     NoiseTable chroma(walks.u.rsBits);
     luma.Fill(walks.y.index, height * walks.y.stride);
@@ -251,25 +253,32 @@ KOR_KERNEL bool ConvertWithTables(const Planes<SourceRows>& source, const Planes
     const KorSizeT size = StripWidth(width, NoiseTable::kReach);
     ForEachBlock(width, size, [&](KorSizeT start) {
         const KorSizeT startC = start / chromaSize;
-        convert(Planes<NoisyPlane>{{source.y, &luma, walks.y, start}, {source.u, &chroma, walks.u, startC}, {source.v, &chroma, walks.v, startC}}, start, size);
+        convert(
+            Planes<NoisyPlane>{
+                {source.y, &luma, walks.y, start}, {source.u, &chroma, walks.u, startC}, {source.v, &chroma, walks.v, startC}},
+            start, size);
     });
     return true;
 }
 
 template <class Convert>
-KOR_KERNEL void ConvertStaged(const Planes<SourceRows>& source, const Planes<Walk>& walks, KorSizeT width, KorSizeT chromaSize, const Convert& convert) {
+KOR_KERNEL void ConvertStaged(const Planes<SourceRows>& source, const Planes<Walk>& walks, KorSizeT width, KorSizeT chromaSize,
+                              const Convert& convert) {
     const KorSizeT size = StripWidth(width, StagedPlane::kStrip);
     ForEachBlock(width, size, [&](KorSizeT start) {
         const KorSizeT startC = start / chromaSize;
         const KorSizeT sizeC = size / chromaSize;
-        convert(Planes<StagedPlane>{{source.y, walks.y, start, size}, {source.u, walks.u, startC, sizeC}, {source.v, walks.v, startC, sizeC}}, start, size);
+        convert(
+            Planes<StagedPlane>{{source.y, walks.y, start, size}, {source.u, walks.u, startC, sizeC}, {source.v, walks.v, startC, sizeC}},
+            start, size);
     });
 }
 
 // Calls convert(planes, start, n) for columns start to start + n: once for all columns or, with noise, for strips that may
 // overlap. Starts in the table are drawn in the order Y, U, V.
 template <class Convert>
-void ConvertDithered(const Planes<SourceRows>& source, KorSizeT width, KorSizeT height, KorUint ditherLevel, const Family& family, const Convert& convert) {
+void ConvertDithered(const Planes<SourceRows>& source, KorSizeT width, KorSizeT height, KorUint ditherLevel, const Family& family,
+                     const Convert& convert) {
     if (!IsDithering(ditherLevel)) {
         convert(Planes<PlainPlane>{{source.y}, {source.u}, {source.v}}, 0, width);
         return;

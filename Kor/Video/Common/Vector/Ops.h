@@ -188,7 +188,8 @@ KOR_INLINE inline V8 BytesOfSums(VI16 a, VI16 b, VI16 c, VI16 d, KorUint16 offse
 #if HWY_ARCH_X86 && !defined(KOR_X86_512)
     const V16 ab = V16{KOR_X86(hadd_epi16)(a.raw, b.raw)};
     const V16 cd = V16{KOR_X86(hadd_epi16)(c.raw, d.raw)};
-    return OrderQuarters(V8{KOR_X86(packus_epi16)(hn::ShiftRight<shift>(hn::Add(ab, from)).raw, hn::ShiftRight<shift>(hn::Add(cd, from)).raw)});
+    return OrderQuarters(
+        V8{KOR_X86(packus_epi16)(hn::ShiftRight<shift>(hn::Add(ab, from)).raw, hn::ShiftRight<shift>(hn::Add(cd, from)).raw)});
 #else
     const DI16 di16;
     const V16 ab = hn::BitCast(d16, hn::Add(hn::ConcatEven(di16, b, a), hn::ConcatOdd(di16, b, a)));

@@ -70,7 +70,8 @@ KorSizeT LowerRow(KorSizeT row, KorSizeT height) {
 template <LumaByte lumaByte>
 void PackedToI420(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorSizeT height) {
     const bool isCached = SourceOf(2 * width, height) == Source::Cached;
-    const auto capture = isCached ? &CaptureRowPair<lumaByte, Order::Forwards, Source::Cached> : &CaptureRowPair<lumaByte, Order::Forwards, Source::BeyondCaches>;
+    const auto capture = isCached ? &CaptureRowPair<lumaByte, Order::Forwards, Source::Cached>
+                                  : &CaptureRowPair<lumaByte, Order::Forwards, Source::BeyondCaches>;
     for (KorSizeT row = 0; row < height; row += 2) {
         capture(y.Row(row), y.Row(row + 1), u.Row(row / 2), v.Row(row / 2),
                 rows.Row(row), rows.Row(LowerRow(row, height)), width & ~KorSizeT{1});
@@ -111,7 +112,8 @@ KOR_KERNEL void TurnPackedTile(KorUint8* y, KorDistanceT columnY, KorUint8* u, K
         const auto ofU = hn::BitCast(d64, hn::AverageRound(tile.rows[2 * k], tile.rows[2 * k + half]));
         const auto ofV = hn::BitCast(d64, hn::AverageRound(tile.rows[2 * k + 1], tile.rows[2 * k + 1 + half]));
         const auto both = isLumaFirst ? hn::InterleaveUpper(d64, ofU, ofV) : hn::InterleaveLower(d64, ofU, ofV);
-        StoreHalves(OrderHalves(hn::BitCast(d, both)), u + static_cast<KorDistanceT>(k) * columnU, v + static_cast<KorDistanceT>(k) * columnV);
+        StoreHalves(OrderHalves(hn::BitCast(d, both)), u + static_cast<KorDistanceT>(k) * columnU,
+                    v + static_cast<KorDistanceT>(k) * columnV);
     }
 }
 
@@ -254,12 +256,13 @@ void PackRowPair(KorUint8* x0, KorUint8* x1, NoisyRow y0, NoisyRow y1, NoisyRow 
 template <LumaByte lumaByte>
 void I420ToPacked(const Planes<SourceRows>& source, Plane x, KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
     const KorSizeT height2 = height & ~KorSizeT{1};
-    ConvertDithered(source, width & ~KorSizeT{1}, height2, ditherLevel, PackedFamily(width), [&](const auto& planes, KorSizeT start, KorSizeT n) {
-        for (KorSizeT row = 0; row < height2; row += 2) {
-            PackRowPair<lumaByte>(x.Row(row) + 2 * start, x.Row(row + 1) + 2 * start, planes.y.Row(row), planes.y.Row(row + 1),
-                                  planes.u.Row(row / 2), planes.v.Row(row / 2), n);
-        }
-    });
+    ConvertDithered(source, width & ~KorSizeT{1}, height2, ditherLevel, PackedFamily(width),
+                    [&](const auto& planes, KorSizeT start, KorSizeT n) {
+                        for (KorSizeT row = 0; row < height2; row += 2) {
+                            PackRowPair<lumaByte>(x.Row(row) + 2 * start, x.Row(row + 1) + 2 * start, planes.y.Row(row),
+                                                  planes.y.Row(row + 1), planes.u.Row(row / 2), planes.v.Row(row / 2), n);
+                        }
+                    });
 }
 
 // Deliberate: with an odd width every row pair of Yuv2 starts one luma sample and half a group earlier than the pitches say.
@@ -298,7 +301,8 @@ KOR_KERNEL void ExpandChromaRow(KorUint8* uv, const KorUint8* u, const KorUint8*
 
 KOR_KERNEL void JoinRow(KorUint8* x, const KorUint8* y, const KorUint8* uv, KorSizeT n) {
     const D8 d;
-    ForEachBlock(n, hn::Lanes(d), [&](KorSizeT start) KOR_INLINE { StorePairs(hn::LoadU(d, y + start), hn::LoadU(d, uv + start), x + 2 * start); });
+    ForEachBlock(n, hn::Lanes(d),
+                 [&](KorSizeT start) KOR_INLINE { StorePairs(hn::LoadU(d, y + start), hn::LoadU(d, uv + start), x + 2 * start); });
 }
 
 // Chroma is expanded once for two rows, a long run at a time: rows that are written by turns in short pieces are much slower, once
@@ -335,11 +339,13 @@ void KorUYVYToI420 KOR_PARAMETERS_Capture {
 }
 
 void KorYUY2ToI420WithRotation KOR_PARAMETERS_CaptureRotation {
-    PackedToI420WithRotation<kYuy2>(&KorYUY2ToI420WithRotation_C_, {y, pitchY}, {u, pitchU}, {v, pitchV}, x, pitchX, width, height, flip, rotationDegree);
+    PackedToI420WithRotation<kYuy2>(&KorYUY2ToI420WithRotation_C_, {y, pitchY}, {u, pitchU}, {v, pitchV}, x, pitchX, width, height, flip,
+                                    rotationDegree);
 }
 
 void KorUYVYToI420WithRotation KOR_PARAMETERS_CaptureRotation {
-    PackedToI420WithRotation<kUyvy>(&KorUYVYToI420WithRotation_C_, {y, pitchY}, {u, pitchU}, {v, pitchV}, x, pitchX, width, height, flip, rotationDegree);
+    PackedToI420WithRotation<kUyvy>(&KorUYVYToI420WithRotation_C_, {y, pitchY}, {u, pitchU}, {v, pitchV}, x, pitchX, width, height, flip,
+                                    rotationDegree);
 }
 
 void KorI420ToYUY2 KOR_PARAMETERS_Render {

@@ -255,7 +255,8 @@ KOR_INLINE inline V16 LumaOfPairs(V8 fronts, V8 backs, KorUint group) {
 }
 
 // One row of luma, and the chroma of its pixels, centred on 0.
-KOR_INLINE inline void Convert24(KorUint8* y, VI16& uLeft, VI16& uRight, VI16& vLeft, VI16& vRight, const KorUint8* x, const TripleWeights& weights) {
+KOR_INLINE inline void Convert24(KorUint8* y, VI16& uLeft, VI16& uRight, VI16& vLeft, VI16& vRight, const KorUint8* x,
+                                 const TripleWeights& weights) {
     V8 a, b, c, d;
     LoadTriples(x, a, b, c, d);
     hn::StoreU(JoinBytes(LumaOfPairs(a, b, weights.y), LumaOfPairs(c, d, weights.y)), D8(), y);
@@ -270,7 +271,8 @@ KOR_INLINE inline V8 Capture24Pair(KorUint8* y0, KorUint8* y1, const KorUint8* x
     VI16 u0Left, u0Right, v0Left, v0Right, u1Left, u1Right, v1Left, v1Right;
     Convert24(y0, u0Left, u0Right, v0Left, v0Right, x0, weights);
     Convert24(y1, u1Left, u1Right, v1Left, v1Right, x1, weights);
-    return BytesOfSums<2>(hn::Add(u0Left, u1Left), hn::Add(u0Right, u1Right), hn::Add(v0Left, v1Left), hn::Add(v0Right, v1Right), 4 * kChromaOffset + 2);
+    return BytesOfSums<2>(hn::Add(u0Left, u1Left), hn::Add(u0Right, u1Right), hn::Add(v0Left, v1Left), hn::Add(v0Right, v1Right),
+                          4 * kChromaOffset + 2);
 }
 #endif
 
@@ -310,7 +312,8 @@ Rgb PixelAt(const KorUint8* row, KorSizeT column, const RgbLayout& layout) {
 
 // One sample of one pixel.
 constexpr KorUint8 Weigh(const KorInt (&weights)[3], KorUint8 offset, Rgb c) {
-    const KorUint sum = static_cast<KorUint>(weights[0]) * c.r + static_cast<KorUint>(weights[1]) * c.g + static_cast<KorUint>(weights[2]) * c.b;
+    const KorUint sum =
+        static_cast<KorUint>(weights[0]) * c.r + static_cast<KorUint>(weights[1]) * c.g + static_cast<KorUint>(weights[2]) * c.b;
     return static_cast<KorUint8>(((sum >> 8) + offset) & 0xff);
 }
 
@@ -551,7 +554,8 @@ void KorBGRAToI420General KOR_PARAMETERS_CaptureGeneral {
     const KorSizeT widthC = (width + 1) / 2;
     const KorSizeT heightC = (height + 1) / 2;
     // The luma that is written includes the spare column and row of odd sizes.
-    if (Overlap(coeffs, planeY, 2 * widthC, 2 * heightC) || Overlap(coeffs, planeU, widthC, heightC) || Overlap(coeffs, planeV, widthC, heightC)) {
+    if (Overlap(coeffs, planeY, 2 * widthC, 2 * heightC) || Overlap(coeffs, planeU, widthC, heightC) ||
+        Overlap(coeffs, planeV, widthC, heightC)) {
         return KorBGRAToI420General_C_ KOR_ARGUMENTS_CaptureGeneral;
     }
     RgbToYuvMatrix matrix;

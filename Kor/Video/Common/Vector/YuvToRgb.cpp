@@ -71,7 +71,8 @@ struct FixedTerms {
         // The unsigned factor of a product of bytes is the sample or, where that is signed, the weight.
         const V8 pairs = hn::BitCast(D8(), hn::Or(hn::ShiftRight<8>(c0), c1));
         const V8 weights = hn::BitCast(D8(), Set(green0 | green1 << 8));
-        const VI16 sums = Row::kIsSigned ? MulAddBytes(weights, hn::BitCast(DI8(), pairs)) : MulAddBytes(pairs, hn::BitCast(DI8(), weights));
+        const VI16 sums =
+            Row::kIsSigned ? MulAddBytes(weights, hn::BitCast(DI8(), pairs)) : MulAddBytes(pairs, hn::BitCast(DI8(), weights));
         greenTerm = hn::Sub(Set(lumaCentre + greenBias - kCentre<Row> * (green0 + green1) / 64), hn::ShiftRight<6>(sums));
     }
 
@@ -308,8 +309,10 @@ struct Pixels24 {
 
 // A vector of pixels of luma and of the terms of its even and of its odd pixels.
 template <class Pixels>
-KOR_INLINE inline void StorePixels(KorUint8* x, VI16 evenLuma, VI16 oddLuma, VI16 first0, VI16 green0, VI16 last0, VI16 first1, VI16 green1, VI16 last1) {
-    Pixels::Write(x, Channel(evenLuma, oddLuma, first0, first1), Channel(evenLuma, oddLuma, green0, green1), Channel(evenLuma, oddLuma, last0, last1));
+KOR_INLINE inline void StorePixels(KorUint8* x, VI16 evenLuma, VI16 oddLuma, VI16 first0, VI16 green0, VI16 last0, VI16 first1, VI16 green1,
+                                   VI16 last1) {
+    Pixels::Write(x, Channel(evenLuma, oddLuma, first0, first1), Channel(evenLuma, oddLuma, green0, green1),
+                  Channel(evenLuma, oddLuma, last0, last1));
 }
 
 // Every other sample, from the first or from the second on, in the upper byte of a lane.
@@ -334,8 +337,10 @@ KOR_KERNEL void RenderRowPair(KorUint8* x0, KorUint8* x1, Row y0, Row y1, Row c0
         t.template Get<Row>(hn::ShiftLeft<8>(Pixels::Order(chroma0)), hn::ShiftLeft<8>(Pixels::Order(chroma1)), first, green, last);
         const V8 luma0 = Pixels::Order(y0.Load(d, start));
         const V8 luma1 = Pixels::Order(y1.Load(d, start));
-        StorePixels<Pixels>(x0 + Pixels::kBytes * start, t.template Luma<Row>(EvenSamples(luma0)), t.template Luma<Row>(OddSamples(luma0)), first, green, last, first, green, last);
-        StorePixels<Pixels>(x1 + Pixels::kBytes * start, t.template Luma<Row>(EvenSamples(luma1)), t.template Luma<Row>(OddSamples(luma1)), first, green, last, first, green, last);
+        StorePixels<Pixels>(x0 + Pixels::kBytes * start, t.template Luma<Row>(EvenSamples(luma0)), t.template Luma<Row>(OddSamples(luma0)),
+                            first, green, last, first, green, last);
+        StorePixels<Pixels>(x1 + Pixels::kBytes * start, t.template Luma<Row>(EvenSamples(luma1)), t.template Luma<Row>(OddSamples(luma1)),
+                            first, green, last, first, green, last);
     });
 }
 
@@ -351,7 +356,8 @@ KOR_KERNEL void RenderRow(KorUint8* x, Row y, Row c0, Row c1, KorSizeT n, Terms 
         VI16 first0, green0, last0, first1, green1, last1;
         t.template Get<Row>(EvenSamples(chroma0), EvenSamples(chroma1), first0, green0, last0);
         t.template Get<Row>(OddSamples(chroma0), OddSamples(chroma1), first1, green1, last1);
-        StorePixels<Pixels>(x + Pixels::kBytes * start, t.template Luma<Row>(EvenSamples(luma)), t.template Luma<Row>(OddSamples(luma)), first0, green0, last0, first1, green1, last1);
+        StorePixels<Pixels>(x + Pixels::kBytes * start, t.template Luma<Row>(EvenSamples(luma)), t.template Luma<Row>(OddSamples(luma)),
+                            first0, green0, last0, first1, green1, last1);
     });
 }
 
@@ -380,14 +386,16 @@ bool RenderI420(const Picture& picture, Plane x, bool blueFirst, const Terms& te
     if (width2 < hn::Lanes(D8()) || picture.height < 2) {
         return false;
     }
-    ConvertDithered(picture.planes, width2, picture.height & ~KorSizeT{1}, picture.ditherLevel, I420Family(picture.width), [&](const auto& planes, KorSizeT start, KorSizeT n) {
-        const auto& chroma0 = FirstChroma(planes, blueFirst);
-        const auto& chroma1 = LastChroma(planes, blueFirst);
-        for (KorSizeT row = 0; row + 2 <= picture.height; row += 2) {
-            RenderRowPair<Pixels>(x.Row(row) + Pixels::kBytes * start, x.Row(row + 1) + Pixels::kBytes * start,
-                                  planes.y.Row(row), planes.y.Row(row + 1), chroma0.Row(row / 2), chroma1.Row(row / 2), n, terms);
-        }
-    });
+    ConvertDithered(picture.planes, width2, picture.height & ~KorSizeT{1}, picture.ditherLevel, I420Family(picture.width),
+                    [&](const auto& planes, KorSizeT start, KorSizeT n) {
+                        const auto& chroma0 = FirstChroma(planes, blueFirst);
+                        const auto& chroma1 = LastChroma(planes, blueFirst);
+                        for (KorSizeT row = 0; row + 2 <= picture.height; row += 2) {
+                            RenderRowPair<Pixels>(x.Row(row) + Pixels::kBytes * start, x.Row(row + 1) + Pixels::kBytes * start,
+                                                  planes.y.Row(row), planes.y.Row(row + 1), chroma0.Row(row / 2), chroma1.Row(row / 2), n,
+                                                  terms);
+                        }
+                    });
     return true;
 }
 
@@ -398,11 +406,13 @@ bool RenderI444(const Picture& picture, Plane x, const YuvToRgbMatrix& matrix) {
         return false;
     }
     const FixedTerms terms(matrix, true);
-    ConvertDithered(picture.planes, picture.width, picture.height, picture.ditherLevel, I444Family(picture.width), [&](const auto& planes, KorSizeT start, KorSizeT n) {
-        for (KorSizeT row = 0; row < picture.height; ++row) {
-            RenderRow<Pixels>(x.Row(row) + Pixels::kBytes * start, planes.y.Row(row), planes.u.Row(row), planes.v.Row(row), n, terms);
-        }
-    });
+    ConvertDithered(picture.planes, picture.width, picture.height, picture.ditherLevel, I444Family(picture.width),
+                    [&](const auto& planes, KorSizeT start, KorSizeT n) {
+                        for (KorSizeT row = 0; row < picture.height; ++row) {
+                            RenderRow<Pixels>(x.Row(row) + Pixels::kBytes * start, planes.y.Row(row), planes.u.Row(row), planes.v.Row(row),
+                                              n, terms);
+                        }
+                    });
     return true;
 }
 
