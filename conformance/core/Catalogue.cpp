@@ -419,7 +419,7 @@ PlaneUse& Layout::Add(const char* name, Access access, std::size_t rowBytes, std
 const std::vector<Entry>& Catalogue() {
     static const std::vector<Entry> entries{
 #define KOR_FUNCTION(name, shape, family, frames) \
-    {#name "_C_", Family::family, &frames, &Options##shape, &Of<&KorConformanceTable::name>},
+    {#name "_C_", Family::family, frames, Options##shape, Of<&KorConformanceTable::name>},
 #include "Kor/Video/Common/KorYuv420Functions_.inc"
     };
     return entries;

@@ -9,23 +9,24 @@ namespace kit {
 
 namespace {
 
-void Protect(std::uintptr_t begin, std::uintptr_t end, int protection) {
-    if (begin < end && mprotect(reinterpret_cast<void*>(begin), end - begin, protection) != 0) {
+void Protect(std::uint8_t* begin, const std::uint8_t* end, int protection) {
+    if (begin < end && mprotect(begin, static_cast<std::size_t>(end - begin), protection) != 0) {
         throw std::runtime_error("mprotect failed");
     }
 }
 
-std::uintptr_t PageDown(std::uintptr_t address) {
-    return address / PageBytes() * PageBytes();
+// The start of the page that holds the byte.
+std::uint8_t* PageDown(std::uint8_t* byte) {
+    return byte - reinterpret_cast<std::uintptr_t>(byte) % PageBytes();
 }
 
-std::uintptr_t PageUp(std::uintptr_t address) {
-    return PageDown(address + PageBytes() - 1);
+std::uint8_t* PageUp(std::uint8_t* byte) {
+    return PageDown(byte + PageBytes() - 1);
 }
 
 // Every page with a byte of the plane. A plane shares its buffer with nothing.
 void ProtectAll(const Plane& plane, int protection) {
-    const auto begin = reinterpret_cast<std::uintptr_t>(plane.allocation());
+    std::uint8_t* const begin = plane.allocation();
     Protect(PageDown(begin), PageUp(begin + plane.allocationSize()), protection);
 }
 
@@ -42,7 +43,7 @@ void ForbidWriting(const Plane& plane) {
 
 void HideGaps(const Plane& plane) {
     plane.ForEachGap([&](std::size_t offset, std::size_t size) {
-        const auto begin = reinterpret_cast<std::uintptr_t>(plane.allocation() + offset);
+        std::uint8_t* const begin = plane.allocation() + offset;
         Protect(PageUp(begin), PageDown(begin + size), PROT_NONE);
     });
 }

@@ -9,6 +9,7 @@ std::vector<Target> ListTargets(KorConformanceListTargets list) {
     std::vector<const char*> names(list(nullptr, 0));
     names.resize(list(names.data(), names.size()) < names.size() ? 0 : names.size());
     std::vector<Target> targets;
+    targets.reserve(names.size() + 1);
     for (const char* name : names) {
         targets.push_back({name, name});
     }
