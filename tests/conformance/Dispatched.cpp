@@ -1,4 +1,4 @@
-// The dispatched functions held against the portable ones: every target that this machine can run, and the automatic
+// The dispatched functions checked against the portable ones: every target that this machine can run, and the automatic
 // choice.
 #include "Kor/Video/Common/KorYuv420.h"
 #include "KorConformance.h"

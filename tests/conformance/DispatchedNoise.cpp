@@ -1,4 +1,4 @@
-// Dither with the noise that a product has: the dispatched functions held against the portable ones with the default
+// Dither with the noise that a product has: the dispatched functions checked against the portable ones with the default
 // table. The kit's own table has the extremes of 16 bits in it, so that pictures which walk all of it never use noise
 // in bytes. Arguments and exit status are those of Dispatched.cpp.
 #include <cstdio>

@@ -15,7 +15,7 @@ fail() {
     failures=$((failures + 1))
 }
 
-# finds FUNCTION FAULT KIND [OPTION...]: the kit finds the fault in the function, tells its kind (a basic regular
+# finds FUNCTION FAULT KIND [OPTION...]: the kit finds the fault in the function, names its kind (a basic regular
 # expression), and finds it again by the command that the report names.
 finds() {
     function=$1

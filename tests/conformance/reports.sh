@@ -42,7 +42,7 @@ finds() {
     says "  call: $function("
     says "<failure message=\"$title" junit.xml
     cp stdout.txt first.txt
-    # The program's own first argument is no option of the kit.
+    # The kit does not see the program's own first argument.
     again=$(sed -n 's/^  again: [^ ]* //p' first.txt)
     # Word splitting is what the options are for.
     # shellcheck disable=SC2086
@@ -178,7 +178,7 @@ says 'name="broken &lt;by &quot;design&quot;&gt;" tests="38" failures="0" errors
 says '<property name="seed" value="7"/>' junit.xml
 [ "$(grep -c '<testcase ' junit.xml)" -eq 38 ] || fail "not 38 test cases: $(cat junit.xml)"
 if command -v xmllint >/dev/null; then
-    xmllint --noout junit.xml || fail "the report is no XML"
+    xmllint --noout junit.xml || fail "the report is not valid XML"
 fi
 ends 0 "$example" --seed random
 ends 0 "$example" --function KorPlanarMirror_C_ --function KorPlanarMirror

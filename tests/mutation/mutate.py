@@ -189,7 +189,7 @@ SHORT_LOOPS = re.compile(r"\b(h|half|bytes|kRun|8)$")
 
 
 def limits(code):
-    """Loops that end too early in rows and columns behind a limit, as vector code does that was tried with small pictures."""
+    """Loops that end too early beyond a limit of rows or columns, as in vector code tested with small pictures only."""
     m = re.match(r"(\s*for \(.*?; )(?:(\d) \* )?(\w+) < ((?:\w+)(?: / 2)?)(; .*)$", code)
     if not m or SHORT_LOOPS.search(m.group(4)) or m.group(4) in ("n", "w") and m.group(3) in ("k", "r"):
         return
@@ -257,7 +257,7 @@ Planted = collections.namedtuple("Planted", "function line text after")
 
 
 def read_planted(path, lines):
-    """Lines of the form `FUNCTION: PLACE: BEFORE ==> AFTER`; the function whose conformance run has to tell."""
+    """Lines of the form `FUNCTION: PLACE: BEFORE ==> AFTER`; the function whose conformance run must fail."""
     places = definitions(lines)
     found, stale = [], []
     for text in path.read_text().splitlines():

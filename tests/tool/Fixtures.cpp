@@ -67,7 +67,7 @@ void WritePng(const PngKind& kind, std::uint32_t width, const Bytes& row) {
 
 // 32x16 grey pixels, with a different shade in each quadrant: 240, 180 over 120, 60. An Exif field gives the
 // orientation.
-void WriteTurnedJpeg(const std::string& name, std::uint8_t orientation) {
+void WriteRotatedJpeg(const std::string& name, std::uint8_t orientation) {
     // Big-endian TIFF with one directory of one entry: tag 0x0112, a short, once.
     const Bytes exif = {'E', 'x',  'i', 'f', 0, 0, 'M', 'M', 0, 42,          0, 0, 0, 8, 0, 1,
                         1,   0x12, 0,   3,   0, 0, 0,   1,   0, orientation, 0, 0, 0, 0, 0, 0};
@@ -136,7 +136,7 @@ void WriteJpeg(const std::string& name, J_COLOR_SPACE space, const Bytes& compon
 
 int main(int argc, char** argv) {
     if (argc != 2) {
-        Fail("the name of a directory is wanted");
+        Fail("expected the name of a directory");
     }
     directory = argv[1];
 
@@ -154,7 +154,7 @@ int main(int argc, char** argv) {
     WriteJpeg("black-progressive.jpg", JCS_RGB, {0, 0, 0}, true);
     WriteJpeg("cmyk.jpg", JCS_CMYK, {0, 0, 0, 0}, false);
     for (std::uint8_t orientation = 0; orientation <= 9; ++orientation) {
-        WriteTurnedJpeg("turned-" + std::to_string(orientation) + ".jpg", orientation);
+        WriteRotatedJpeg("rotated-" + std::to_string(orientation) + ".jpg", orientation);
     }
     return EXIT_SUCCESS;
 }

@@ -92,7 +92,7 @@ same out.y4m expected
 works convert in.y4m out.y4m --flip --rate 24
 [ "$(head -1 out.y4m)" = "YUV4MPEG2 W4 H2 F24:1 It A4:3 C420mpeg2 XYSCSS=420MPEG2 XCOLORRANGE=FULL" ] || fail "flipped: $(head -1 out.y4m)"
 refuses 1 "in.y4m: is interlaced (Ib), and rotating by 90 would turn its fields into columns; deinterlace it first" convert in.y4m x.y4m --rotate 90
-# If each frame has its own field order, that is kept, and the clip cannot be turned upside down.
+# If each frame has its own field order, that is kept, and the clip cannot be flipped.
 sed 's/ Ib / Im /' in.y4m >mixed.y4m
 works convert mixed.y4m out.y4m --mirror
 [ "$(grep -ac 'FRAME Ippp XZ$' out.y4m)" -eq 1 ] || fail "the fields of a frame are lost"

@@ -42,7 +42,7 @@ change_everywhere() {
     leaves_nothing
 }
 change_everywhere pictures/half.png 5
-change_everywhere pictures/turned-6.jpg 37
+change_everywhere pictures/rotated-6.jpg 37
 change_everywhere small.y4m 3
 change_everywhere small.ppm 1
 

@@ -37,8 +37,8 @@ same out.i420 expected
 # All orientations of the camera: the shades of the quadrants in reading order, and the size. Orientations unknown to Exif
 # count as upright.
 orientation() {
-    works convert pictures/turned-"$1".jpg out.ppm
-    works convert pictures/turned-"$1".jpg out.i420
+    works convert pictures/rotated-"$1".jpg out.ppm
+    works convert pictures/rotated-"$1".jpg out.i420
     [ "$(sed -n 2p out.ppm)" = "$2" ] || fail "orientation $1: size $(sed -n 2p out.ppm)"
     width=${2% *}
     last=$((width * ${2#* }))

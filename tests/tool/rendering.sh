@@ -88,8 +88,8 @@ wrong_matrix() {
     printf '%b' "$1" >wrong.txt
     refuses 1 "--matrix wrong.txt: $2" convert red.i420 none.rgb --size 2x2 --matrix wrong.txt
 }
-wrong_matrix "" "line 1, column 1: the file ends after 0 rows; expected 3"
-wrong_matrix "1 2 3\n4 5 6\n" "line 3, column 1: the file ends after 2 rows; expected 3"
+wrong_matrix "" "line 1, column 1: expected three rows, found 0"
+wrong_matrix "1 2 3\n4 5 6\n" "line 3, column 1: expected three rows, found 2"
 wrong_matrix "1 2 3\n4 5\n7 8 9\n" "line 2, column 4: the row ends after 2; expected 3 numbers"
 wrong_matrix "1 2 3\n4 5 6 7\n" "line 2, column 7: a fourth number; expected 3 in a row"
 wrong_matrix "1 2 3\n4 5 6\n7 8 9\n\n # x\n0\n" "line 6, column 1: a fourth row; expected 3"

@@ -1,5 +1,5 @@
 // The two functions that take a matrix against their literal twins, with matrices of every magnitude and in every
-// place. All functions are held against the reference by the conformance kit.
+// place. All functions are checked against the reference by the conformance kit.
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -95,7 +95,7 @@ void RunInfo(const InfoOptions& options) {
     const std::unique_ptr<FrameSource> source = OpenSource(request);
     const StreamInfo& info = source->Info();
     PrintStream(info);
-    if (info.tellsTags) {
+    if (info.hasTags) {
         PrintTags(info);
     }
     std::uint64_t frames = 0;

@@ -34,7 +34,7 @@ std::uint32_t BigEndian(const std::uint8_t* bytes) {
     return value;
 }
 
-// The simplified interface stops at the last pixel. The chunks tell whether the rest is there and the data intact: each
+// The simplified interface stops at the last pixel. The chunks show whether the rest is there and the data intact: each
 // has its length, its kind and, at the end, a checksum of everything but the length.
 void CheckChunks(const std::string& name, const std::vector<std::uint8_t>& file) {
     constexpr std::size_t kSignature = 8;

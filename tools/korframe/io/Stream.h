@@ -29,7 +29,7 @@ struct StreamInfo {
     std::size_t width = 0;
     std::size_t height = 0;
     const char* container = "raw frames";
-    bool tellsTags = false;               // the tags come from the input
+    bool hasTags = false;                 // the tags come from the input
     bool picture = false;                 // a single frame, so no progress is shown
     std::optional<std::uint64_t> frames;  // an estimate, for the progress display
     ClipTags tags;

@@ -65,7 +65,7 @@ bool IsY4m(const std::string& signature) {
 Y4mSource::Y4mSource(std::unique_ptr<InputFile> input) : input_(std::move(input)) {
     info_.name = input_->Name();
     info_.container = "Y4M";
-    info_.tellsTags = true;
+    info_.hasTags = true;
     const std::optional<std::string> header = input_->ReadLine(kLongestHeader);
     if (!header) {
         FailFile(info_.name, "has a Y4M header that does not end; expected a line of at most " +

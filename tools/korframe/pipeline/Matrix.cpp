@@ -72,7 +72,7 @@ Matrix ReadMatrix(InputFile& input) {
         row += column > 0 ? 1 : 0;
     }
     if (row < kSide) {
-        fail(0, "the file ends after " + std::to_string(row) + " rows; expected 3");
+        fail(0, "expected three rows, found " + std::to_string(row));
     }
     return matrix;
 }
