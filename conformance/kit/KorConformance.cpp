@@ -121,6 +121,9 @@ std::vector<Target> ChooseTargets(const KorConformanceOptions& options) {
                              (options.listTargets == nullptr ? "; the set names none" : "; there are:" + names));
         }
     }
+    if (options.targets != nullptr && options.targetCount == 0) {
+        throw UsageError("the list of targets is empty");
+    }
     all.erase(std::remove_if(all.begin(), all.end(), [&](const Target& target) { return !IsWanted(target, options); }),
               all.end());
     return all;
