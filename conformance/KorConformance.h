@@ -20,7 +20,8 @@
  *              blocks that kernels have up to 512 in both directions, rows and columns longer than 65536, whole
  *              pictures up to 1921x1081, and random sizes up to 2000x2000 from a seed that is printed.
  *   Arguments  All combinations of flips, levels, angles (legal ones and others), directions of the source, positions,
- *              weights, matrices (six, up to sums that wrap; in memory of their own and in planes that are written),
+ *              weights, matrices (of every magnitude, up to sums that wrap; in memory of their own and in planes
+ *              that are written),
  *              work in place where it is allowed.
  *   Memory     Tight pitches, pitches of whole 16 bytes, odd ones that put every row on another alignment, and pitches
  *              of more than 16 and 32 bits; planes that end right before an unmapped page, and planes that begin right

@@ -148,8 +148,9 @@ MachineCall ToMachineCall(const AnyFunction& function, const PlaneView* planes, 
         if constexpr (std::is_pointer_v<decltype(argument)>) {
             call.words[count++] = reinterpret_cast<std::uintptr_t>(argument);
         } else {
-            // Signed arguments keep their sign in all 64 bits.
-            call.words[count++] = static_cast<std::uint64_t>(argument);
+            // What lies above the 32 bits of a narrow argument is anything.
+            constexpr std::uint64_t kAbove = sizeof(argument) < 8 ? UINT64_C(0xb5a5c5d5) << 32 : 0;
+            call.words[count++] = static_cast<std::uint64_t>(argument) | kAbove;
         }
     };
     const auto writeAll = [&](auto... arguments) {

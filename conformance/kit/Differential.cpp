@@ -28,6 +28,9 @@ std::string DescribeDraws(const std::vector<std::size_t>& draws) {
 // With rows on pages, the most bytes that a plane may take.
 constexpr std::size_t kMostOnPages = std::size_t{1} << 17;
 
+// A row or column of more samples is a long one.
+constexpr std::size_t kLongSide = 4096;
+
 // So many calls more of a case that is repeated; if the last ones all allocate, what they allocate is lost.
 constexpr int kRepeats = 11;
 constexpr int kGrowingCalls = 3;
@@ -78,7 +81,8 @@ Verdict Differential::Run(const Plan& plan, std::size_t onlyCase) {
 }
 
 Finding Differential::RunCase(const Case& options) {
-    const Finding finding = RunCase(options, MannerOf(options.number));
+    const Finding finding =
+        RunCase(options, MannerOf(options.number, std::max(options.width, options.height) > kLongSide));
     if (finding.None() || repeating_ || !onlyTitle_.empty()) {
         return finding;
     }

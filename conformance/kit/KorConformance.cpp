@@ -121,6 +121,9 @@ std::vector<Target> ChooseTargets(const KorConformanceOptions& options) {
                              (options.listTargets == nullptr ? "; the set names none" : "; there are:" + names));
         }
     }
+    if (options.targets != nullptr && options.targetCount == 0) {
+        throw UsageError("the list of targets is empty");
+    }
     all.erase(std::remove_if(all.begin(), all.end(), [&](const Target& target) { return !IsWanted(target, options); }),
               all.end());
     return all;
@@ -361,7 +364,7 @@ std::optional<int> RunCommandLine(int argc, char** argv, const KorConformanceTab
         }
     }
     if (optind < argc) {
-        throw UsageError(std::string("\"") + argv[optind] + "\" is no option");
+        throw UsageError(std::string("unexpected argument '") + argv[optind] + "'");
     }
     if (!functions.empty()) {
         options.functions = functions.data();
@@ -412,6 +415,6 @@ int KorConformanceMainWithTargets(int argc, char** argv, const char* name, const
     } catch (const std::exception& error) {
         kit::Say(stderr, std::string(options.programName) + ": " + error.what() + "\n");
     }
-    kit::Say(stderr, std::string(options.programName) + " --help tells the usage\n");
+    kit::Say(stderr, "see " + std::string(options.programName) + " --help\n");
     return KOR_CONFORMANCE_USAGE;
 }

@@ -6,7 +6,7 @@
 namespace kit {
 
 // One case in so many; a second thread and protected pages cost as much as many plain calls.
-Manner MannerOf(std::size_t number) {
+Manner MannerOf(std::size_t number, bool isLong) {
     Manner manner;
     if (number == 0) {
         return manner;
@@ -15,9 +15,9 @@ Manner MannerOf(std::size_t number) {
     if (noise.Below(4) == 0) {
         manner.floats = static_cast<FloatMode>(1 + noise.Below(3));
     }
-    manner.secondThread = noise.Below(64) == 0;
-    manner.repeated = noise.Below(64) == 0;
-    if (noise.Below(64) == 0) {
+    manner.secondThread = noise.Below(isLong ? 2 : 64) == 0;
+    manner.repeated = noise.Below(isLong ? 4 : 64) == 0;
+    if (noise.Below(isLong ? 4 : 64) == 0) {
         manner.reach = Reach::SourcesReadOnly;
     } else if (noise.Below(128) == 0) {
         manner.reach = Reach::RowsOnPages;

@@ -23,8 +23,9 @@ struct Manner {
 };
 
 // The manner of a case follows from its number, so that a case that is tried alone is tried as before. Number zero is
-// called in the usual manner.
-Manner MannerOf(std::size_t number);
+// called in the usual manner. Long rows and columns are few and need the most scratch memory: more of them are tried
+// with a small stack, read-only sources and an eye on what is allocated.
+Manner MannerOf(std::size_t number, bool isLong = false);
 
 // As in "; called on a second thread"; empty for the usual manner.
 std::string Describe(const Manner& manner);

@@ -1,6 +1,7 @@
 #include "conformance/kit/Plan.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <initializer_list>
 #include <iterator>
 #include <numeric>
@@ -116,6 +117,46 @@ Sweep MatrixInEveryPlane(const Entry& entry, bool quick) {
     sweep.sizes = std::move(sizes);
     sweep.patterns = kTelling;
     sweep.perSize = CountOptions(sweep) / (quick ? 4 : 1);
+    return sweep;
+}
+
+// Matrices of every magnitude, up to the largest numbers that 2 to 32 bits hold: a fast path for small coefficients
+// shows where it ends.
+std::vector<Matrix> DrawMatrices(std::size_t count) {
+    Noise noise(0x3a7f1c);
+    std::vector<Matrix> matrices(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::int64_t limit = std::int64_t{1} << (1 + i % 31);
+        for (auto& row : matrices[i].rows) {
+            for (KorInt& coefficient : row) {
+                const std::int64_t values[] = {-limit, limit - 1, 0, 1};
+                const std::uint32_t turn = noise.Below(16);
+                coefficient = static_cast<KorInt>(
+                    turn < 4 ? values[turn] : static_cast<std::int64_t>(noise.Next() >> 32) % (2 * limit) - limit);
+            }
+        }
+    }
+    return matrices;
+}
+
+Sweep ManyMatrices(const Entry& entry) {
+    static const std::vector<Matrix> kDrawn = DrawMatrices(310);
+    Sweep sweep = InTurn(entry, {{34, 6}}, 0);
+    sweep.matrices.clear();
+    for (const Matrix& matrix : kDrawn) {
+        sweep.matrices.push_back(&matrix);
+    }
+    sweep.perSize = CountOptions(sweep);
+    return sweep;
+}
+
+// Angles that are none, and would be one modulo 360 or in fewer bits.
+Sweep CutAngles(const Entry& entry) {
+    Sweep sweep = entry.options();
+    sweep.rotationDegrees = {180 + 256, 90 + 360, 180 + 360, 65536, 65536 + 90, 65536 + 180, 0x80000000u + 180};
+    sweep.sizes = {{18, 34}};
+    sweep.patterns = kTelling;
+    sweep.perSize = CountOptions(sweep);
     return sweep;
 }
 
@@ -243,6 +284,12 @@ Plan MakePlan(const Entry& entry, const PlanOptions& options) {
     }
     if (values.matrixPlaces.size() > 1) {
         add(MatrixInEveryPlane(entry, quick));
+    }
+    if (values.matrices.size() > 1) {
+        add(ManyMatrices(entry));
+    }
+    if (values.rotationDegrees.size() > 1) {
+        add(CutAngles(entry));
     }
     if (values.positions.size() > 1) {
         add(DistantPositions(entry, quick));

@@ -42,10 +42,20 @@ static void Capture(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT pitchU, 
     }
 }
 
+/* Not inlined: only the long rows are to need it. */
+__attribute__((noinline)) static void NeedStack(void) {
+    char much[4 << 20];
+    char* volatile lowest = much;
+    *lowest = 1;
+}
+
 /* Row by row, so that offsets and pitches can be cut. */
 static void Mirror(const KorUint8* src, KorDistanceT pitchSrc, KorUint8* dst, KorSizeT pitchDst, KorSizeT width,
                    KorSizeT height) {
     KorSizeT row;
+    if (Has("stack of a long row") && width > 60000) {
+        NeedStack();
+    }
     if (Has("pitch of 16 bits")) {
         pitchDst = (uint16_t)pitchDst;
     } else if (Has("pitch of 32 bits")) {
@@ -57,6 +67,14 @@ static void Mirror(const KorUint8* src, KorDistanceT pitchSrc, KorUint8* dst, Ko
         KorPlanarMirror_C_(src + (Has("source offset of 32 bits") ? (int32_t)from : from), pitchSrc,
                            dst + (Has("offset of 32 bits") ? (uint32_t)to : to), pitchDst, width, 1);
     }
+}
+
+static void Rotate(const KorUint8* src, KorDistanceT pitchSrc, KorUint8* dst, KorSizeT pitchDst, KorSizeT width,
+                   KorSizeT height, KorImageRotationDegree rotationDegree) {
+    if (Has("angle of 16 bits")) {
+        rotationDegree = (uint16_t)rotationDegree;
+    }
+    KorPlanarRotation_C_(src, pitchSrc, dst, pitchDst, width, height, rotationDegree);
 }
 
 static int LiesIn(const void* place, const KorUint8* plane, KorSizeT size) {
@@ -77,6 +95,9 @@ static void CaptureGeneral(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT p
         coeffs = (const KorInt(*)[3])copy;
     }
     KorBGRAToI420General_C_(y, pitchY, u, pitchU, v, pitchV, x, pitchX, width, height, flip, coeffs);
+    if (Has("coefficient of 16 bits") && width > 0 && height > 0 && copy[0][0] > 5000 && copy[0][0] <= 32767) {
+        y[0] ^= 1;
+    }
 }
 
 static void Render(const KorUint8* y, KorSizeT pitchY, const KorUint8* u, KorSizeT pitchU, const KorUint8* v,
@@ -124,6 +145,7 @@ int main(int argc, char** argv) {
     fault = argv[1];
     argv[1] = argv[0];
     table.KorPlanarMirror = &Mirror;
+    table.KorPlanarRotation = &Rotate;
     table.KorBGRAToI420 = &Capture;
     table.KorBGRAToI420General = &CaptureGeneral;
     table.KorI444ToBGRA = &Render;

@@ -211,9 +211,9 @@ says "there is no case 99999999" stderr.txt
 ends 2 "$example" --junit no/such/directory.xml
 says "cannot write no/such/directory.xml" stderr.txt
 ends 2 "$example" --nonsense
-says "--help tells the usage" stderr.txt
+says " --help" stderr.txt
 ends 2 "$example" nonsense
-says '"nonsense" is no option' stderr.txt
+says "unexpected argument 'nonsense'" stderr.txt
 
 if [ "$failures" -gt 0 ]; then
     echo "$failures failed"

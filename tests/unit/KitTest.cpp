@@ -312,6 +312,21 @@ TEST(KitManner, FollowsFromTheNumberAndComesInAllKinds) {
     EXPECT_GT(threads, 10);
     EXPECT_GT(repeated, 10);
     EXPECT_EQ(Describe(kit::MannerOf(0)), "");
+    int longThreads = 0;
+    for (std::size_t number = 1; number <= 100; ++number) {
+        longThreads += kit::MannerOf(number, true).secondThread ? 1 : 0;
+    }
+    EXPECT_GT(longThreads, 30);
+}
+
+// What a function may not rely on: registers of 64 bits carry the arguments of 32 bits.
+TEST(KitCall, LeavesNothingBesideNarrowArguments) {
+    const kit::Case options{};
+    const kit::PlaneView planes[kit::kMaximumPlanes] = {};
+    const kit::MachineCall call =
+        kit::ToMachineCall(kit::Find("KorPlanarRotation_C_").of(*KorConformancePortable()), planes, options);
+    EXPECT_NE(call.words[6] >> 32, 0u);
+    EXPECT_EQ(call.words[6] & 0xffffffffu, 0u);
 }
 
 // What a case of a copy has to report in one manner.
