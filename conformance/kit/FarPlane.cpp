@@ -1,7 +1,6 @@
 #include "conformance/kit/FarPlane.h"
 
 #include <sys/mman.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstring>
@@ -20,11 +19,6 @@ constexpr std::ptrdiff_t kBeforeRow = 128;
 
 // Zero where addresses have 32 bits, and nothing is that far apart.
 constexpr std::size_t kGiB = sizeof(std::size_t) > 4 ? std::size_t{1} << 30 : 0;
-
-std::size_t PageSize() {
-    static const std::size_t size = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-    return size;
-}
 
 void* Reserve(std::size_t bytes) {
     return mmap(nullptr, bytes, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
@@ -95,7 +89,7 @@ FarPlane::FarPlane(const Plane& near, Pitches pitches, std::size_t index)
     const PlaneShape& shape = near.shape();
     const std::size_t rowsBefore = shape.pitch == 0 ? 1 : shape.Front() / shape.pitch + 1;
     const std::size_t rows = rowsBefore + shape.rows + shape.spareRows + 2;
-    size_ = (rows * pitch_ / PageSize() + 1) * PageSize();
+    size_ = (rows * pitch_ / PageBytes() + 1) * PageBytes();
     void* const mapping = Reserve(size_);
     if (mapping == MAP_FAILED) {
         throw std::bad_alloc();
@@ -103,7 +97,7 @@ FarPlane::FarPlane(const Plane& near, Pitches pitches, std::size_t index)
     mapping_ = static_cast<std::uint8_t*>(mapping);
     data_ = mapping_ + rowsBefore * pitch_;
     ForEachWindow(near, [&](std::uint8_t* far, const std::uint8_t* bytes, std::size_t count) {
-        std::uint8_t* const page = far - reinterpret_cast<std::uintptr_t>(far) % PageSize();
+        std::uint8_t* const page = far - reinterpret_cast<std::uintptr_t>(far) % PageBytes();
         if (mprotect(page, static_cast<std::size_t>(far + count - page), PROT_READ | PROT_WRITE) != 0) {
             munmap(mapping_, size_);
             throw std::bad_alloc();

@@ -9,20 +9,20 @@ namespace kit {
 
 namespace {
 
-std::size_t PageSize() {
-    static const std::size_t size = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-    return size;
-}
-
 // Wider than a page, so that a step over a whole row of a large plane is caught too.
 std::size_t GuardSize() {
-    return 16 * PageSize();
+    return 16 * PageBytes();
 }
 
 }  // namespace
 
+std::size_t PageBytes() {
+    static const std::size_t bytes = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    return bytes;
+}
+
 GuardedBuffer::GuardedBuffer(std::size_t minimumBytes) : begin_(nullptr), size_(0), guard_(GuardSize()) {
-    size_ = (minimumBytes / PageSize() + 1) * PageSize();
+    size_ = (minimumBytes / PageBytes() + 1) * PageBytes();
     void* mapping = mmap(nullptr, size_ + 2 * guard_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (mapping == MAP_FAILED) {
         throw std::bad_alloc();

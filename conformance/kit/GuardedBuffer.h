@@ -7,6 +7,9 @@
 
 namespace kit {
 
+// Bytes of a page, the smallest piece of memory that can be protected.
+std::size_t PageBytes();
+
 class GuardedBuffer {
   public:
     explicit GuardedBuffer(std::size_t minimumBytes);

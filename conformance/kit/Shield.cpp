@@ -1,7 +1,6 @@
 #include "conformance/kit/Shield.h"
 
 #include <sys/mman.h>
-#include <unistd.h>
 
 #include <stdexcept>
 
@@ -31,11 +30,6 @@ void ProtectAll(const Plane& plane, int protection) {
 }
 
 }  // namespace
-
-std::size_t PageBytes() {
-    static const std::size_t bytes = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-    return bytes;
-}
 
 void ForbidWriting(const Plane& plane) {
     ProtectAll(plane, PROT_READ);

@@ -6,9 +6,6 @@
 
 namespace kit {
 
-// Pages of memory can be protected, and nothing smaller.
-std::size_t PageBytes();
-
 // The plane can be read but not written, even with what it holds already.
 void ForbidWriting(const Plane& plane);
 // Whole pages between the rows can neither be read nor written.
