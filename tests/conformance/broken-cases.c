@@ -61,7 +61,7 @@ static void Mirror(const KorUint8* src, KorDistanceT pitchSrc, KorUint8* dst, Ko
     } else if (Has("pitch of 32 bits")) {
         pitchDst = (uint32_t)pitchDst;
     }
-    for (row = 0; row < height; ++row) {
+    for (row = 0; width > 0 && row < height; ++row) {
         const KorDistanceT from = (KorDistanceT)row * pitchSrc;
         const KorSizeT to = row * pitchDst;
         KorPlanarMirror_C_(src + (Has("source offset of 32 bits") ? (int32_t)from : from), pitchSrc,
@@ -88,7 +88,7 @@ static void CaptureGeneral(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT p
     KorInt copy[3][3];
     const KorSizeT heightC = (height + 1) / 2;
     memcpy(copy, coeffs, sizeof copy);
-    if (height > 0 &&
+    if (width > 0 && height > 0 &&
         ((Has("matrix in u") && LiesIn(coeffs, u, heightC * pitchU)) ||
          (Has("matrix in v") && LiesIn(coeffs, v, heightC * pitchV)) ||
          (Has("matrix in the spare row") && height % 2 == 1 && LiesIn(coeffs, y + height * pitchY, width)))) {
