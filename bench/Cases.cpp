@@ -234,12 +234,14 @@ bool BeginsWith(const char* text, const char* pattern) {
 
 }  // namespace
 
-std::vector<Case> Cases() {
+std::vector<Case> Cases(const KorConformanceTable& table, const std::string& suffix) {
     std::vector<Case> cases;
     for (const kit::Entry& entry : kit::Catalogue()) {
-        const kit::AnyFunction function = entry.of(*KorConformancePortable());
-        for (const Option& option : std::visit(OptionsOf{entry.name}, function)) {
-            cases.push_back(MakeCase(TitleOf(entry.family), entry.name, entry, function, option));
+        const kit::AnyFunction function = entry.of(table);
+        const std::string name = entry.name;
+        const std::string label = name.substr(0, name.rfind("_C_")) + suffix;
+        for (const Option& option : std::visit(OptionsOf{name}, function)) {
+            cases.push_back(MakeCase(TitleOf(entry.family), label, entry, function, option));
         }
     }
     AddBaselines(cases);
