@@ -235,14 +235,19 @@ bool BeginsWith(const char* text, const char* pattern) {
 }  // namespace
 
 std::vector<Case> Cases() {
+    std::vector<Case> cases = Cases(*KorConformancePortable());
+    AddBaselines(cases);
+    return cases;
+}
+
+std::vector<Case> Cases(const KorConformanceTable& table) {
     std::vector<Case> cases;
     for (const kit::Entry& entry : kit::Catalogue()) {
-        const kit::AnyFunction function = entry.of(*KorConformancePortable());
+        const kit::AnyFunction function = entry.of(table);
         for (const Option& option : std::visit(OptionsOf{entry.name}, function)) {
             cases.push_back(MakeCase(TitleOf(entry.family), entry.name, entry, function, option));
         }
     }
-    AddBaselines(cases);
     return cases;
 }
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "bench/Planes.h"
+#include "conformance/KorConformance.h"
 
 namespace bench {
 
@@ -24,8 +25,10 @@ struct Case {
     std::string Label() const { return option.empty() ? function : function + " " + option; }
 };
 
-// All cases, family by family in the order of the header. Sizes must be even.
+// All cases, family by family in the order of the header: of the functions of a table, or of the portable ones. Sizes
+// must be even for what is compared with them.
 std::vector<Case> Cases();
+std::vector<Case> Cases(const KorConformanceTable& table);
 
 // Whether a label contains a pattern, in which * matches anything and a final $ the end. Ignores case.
 bool Matches(const std::string& label, const std::string& pattern);
