@@ -55,6 +55,10 @@ constexpr Functions kFunctions = {
 #define KOR_TARGET_NAMESPACE neon
 #include "Kor/Video/Common/Vector/Target_.inc"
 #endif
+#if defined(KOR_WITH_WASM)
+#define KOR_TARGET_NAMESPACE wasm
+#include "Kor/Video/Common/Vector/Target_.inc"
+#endif
 
 // By shape, the extent of a picture that has to fill a vector: that of its chroma where each plane has kernels of its own, and of
 // both sides where they may be exchanged.
@@ -173,6 +177,9 @@ constexpr Target kTargets[] = {
 #endif
 #if defined(KOR_WITH_NEON)
     {"neon", &RunsAlways, kor::neon::kFunctions, kor::neon::kFunctions},
+#endif
+#if defined(KOR_WITH_WASM)
+    {"wasm", &RunsAlways, kor::wasm::kFunctions, kor::wasm::kFunctions},
 #endif
     {"portable", &RunsAlways, kor::portable::kFunctions, kor::portable::kFunctions},
 };
