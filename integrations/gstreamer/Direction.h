@@ -19,6 +19,27 @@ struct Direction {
     bool operator==(const Direction& other) const { return flip == other.flip && angle == other.angle; }
 };
 
+struct Rectangle {
+    guint x, y, width, height;
+};
+
+// Where a part of a picture of width by height is found in its new direction.
+inline Rectangle Turned(Rectangle part, guint width, guint height, Direction direction) {
+    const guint right = width - part.x - part.width;
+    const guint top = direction.flip ? height - part.y - part.height : part.y;
+    const guint bottom = height - top - part.height;
+    switch (direction.angle) {
+        case 90:
+            return {bottom, part.x, part.height, part.width};
+        case 180:
+            return {right, bottom, part.width, part.height};
+        case 270:
+            return {top, right, part.height, part.width};
+        default:
+            return {part.x, top, part.width, part.height};
+    }
+}
+
 // Any other method is the identity.
 inline Direction DirectionOf(GstVideoOrientationMethod method) {
     switch (method) {

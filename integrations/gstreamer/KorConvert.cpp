@@ -155,26 +155,30 @@ bool TakesInterlaced(const GstVideoInfo& in, const GstVideoInfo& out) {
             (!halved || GST_VIDEO_INFO_HEIGHT(&in) % 4 == 0));
 }
 
-bool IsPassthrough(const GstVideoInfo& in, const GstVideoInfo& out, const Settings& settings) {
-    return settings.WantedDirection().IsIdentity() && settings.dither == KOR_VIDEOFRAMEDITHERLEVEL_Off &&
-           GST_VIDEO_INFO_FORMAT(&in) == GST_VIDEO_INFO_FORMAT(&out);
+// Takes over the wanted direction, as far as it fits the sizes that were negotiated; otherwise they are about to be
+// negotiated again. The base class does not call SetInfo() where new properties leave the caps as they were.
+void Adopt(KorConvert* self, const Settings& settings) {
+    GstVideoFilter* filter = GST_VIDEO_FILTER(self);
+    if (settings.WantedDirection().SwapsSides() == self->direction->SwapsSides()) {
+        *self->direction = settings.WantedDirection();
+    }
+    const bool same = GST_VIDEO_INFO_FORMAT(&filter->in_info) == GST_VIDEO_INFO_FORMAT(&filter->out_info);
+    const bool passes = self->direction->IsIdentity() && settings.dither == KOR_VIDEOFRAMEDITHERLEVEL_Off;
+    gst_base_transform_set_passthrough(GST_BASE_TRANSFORM(self), *self->converter == nullptr || (same && passes));
 }
 
 gboolean SetInfo(GstVideoFilter* filter, GstCaps*, GstVideoInfo* in, GstCaps*, GstVideoInfo* out) {
     KorConvert* self = Self(filter);
-    const Settings settings = SettingsOf(self);
-    const bool passthrough = IsPassthrough(*in, *out, settings);
-    gst_base_transform_set_passthrough(GST_BASE_TRANSFORM(filter), passthrough);
     self->converter->reset();
-    *self->direction = settings.WantedDirection();
-    if (passthrough) {
-        return TRUE;
-    }
+    *self->direction = SettingsOf(self).WantedDirection();
     korgst::Matrix matrix;
+    const bool same = GST_VIDEO_INFO_FORMAT(in) == GST_VIDEO_INFO_FORMAT(out);
     if (!korgst::FindMatrix(*in, *out, &matrix)) {
-        GST_ERROR_OBJECT(filter, "no function converts %s with these colours to %s", GST_VIDEO_INFO_NAME(in),
-                         GST_VIDEO_INFO_NAME(out));
-        return FALSE;
+        if (!same) {
+            GST_ERROR_OBJECT(filter, "no function converts %s with these colours to %s", GST_VIDEO_INFO_NAME(in),
+                             GST_VIDEO_INFO_NAME(out));
+        }
+        return same;  // what has no function may still pass unchanged
     }
     if (!TakesInterlaced(*in, *out)) {
         GST_ERROR_OBJECT(filter, "interlaced 4:2:0 needs a height that is a multiple of 4; this one is %d",
@@ -185,13 +189,127 @@ gboolean SetInfo(GstVideoFilter* filter, GstCaps*, GstVideoInfo* in, GstCaps*, G
     return TRUE;
 }
 
+// ---- Events ----
+
+// The orientation that the picture has got is taken out of the tags, or a sink would turn it once more.
+GstEvent* WithoutOrientation(GstEvent* event, GstTagList* tags) {
+    GstTagList* copy = gst_tag_list_copy(tags);
+    gst_tag_list_add(copy, GST_TAG_MERGE_REPLACE, GST_TAG_IMAGE_ORIENTATION, "rotate-0", nullptr);
+    GstEvent* changed = gst_event_new_tag(copy);
+    gst_event_set_seqnum(changed, gst_event_get_seqnum(event));
+    gst_event_unref(event);
+    return changed;
+}
+
+gboolean SinkEvent(GstBaseTransform* transform, GstEvent* event) {
+    KorConvert* self = Self(transform);
+    GstVideoOrientationMethod tagged = GST_VIDEO_ORIENTATION_IDENTITY;
+    if (GST_EVENT_TYPE(event) == GST_EVENT_STREAM_START) {
+        ChangeSettings(self, [&](Settings& settings) { settings.tagged = tagged; });
+    } else if (GST_EVENT_TYPE(event) == GST_EVENT_TAG) {
+        GstTagList* tags = nullptr;
+        gst_event_parse_tag(event, &tags);
+        if (gst_video_orientation_from_tag(tags, &tagged)) {
+            ChangeSettings(self, [&](Settings& settings) { settings.tagged = tagged; });
+            if (SettingsOf(self).method == GST_VIDEO_ORIENTATION_AUTO) {
+                event = WithoutOrientation(event, tags);
+            }
+        }
+    }
+    return GST_BASE_TRANSFORM_CLASS(kor_convert_parent_class)->sink_event(transform, event);
+}
+
+// A pointer over the turned picture is told where it is in the picture that comes in.
+gboolean SrcEvent(GstBaseTransform* transform, GstEvent* event) {
+    const GstVideoInfo& in = GST_VIDEO_FILTER(transform)->in_info;
+    const Direction direction = SettingsOf(Self(transform)).WantedDirection();
+    double x = 0;
+    double y = 0;
+    if (GST_EVENT_TYPE(event) == GST_EVENT_NAVIGATION && !direction.IsIdentity() &&
+        gst_navigation_event_get_coordinates(event, &x, &y)) {
+        const double width = GST_VIDEO_INFO_WIDTH(&in);
+        const double height = GST_VIDEO_INFO_HEIGHT(&in);
+        const double acrossX = direction.angle == 90    ? y
+                               : direction.angle == 180 ? width - x
+                               : direction.angle == 270 ? width - y
+                                                        : x;
+        const double acrossY = direction.angle == 90    ? height - x
+                               : direction.angle == 180 ? height - y
+                               : direction.angle == 270 ? x
+                                                        : y;
+        event = gst_event_make_writable(event);
+        gst_navigation_event_set_coordinates(event, acrossX, direction.flip ? height - acrossY : acrossY);
+    }
+    return GST_BASE_TRANSFORM_CLASS(kor_convert_parent_class)->src_event(transform, event);
+}
+
+// ---- Metadata ----
+
+bool HasTag(const GstMeta* meta, const char* tag) {
+    return gst_meta_api_type_has_tag(meta->info->api, g_quark_from_static_string(tag));
+}
+
+gpointer CopyParameter(gconstpointer parameter, gpointer) {
+    return gst_structure_copy(static_cast<const GstStructure*>(parameter));
+}
+
+void AddTurnedRegion(GstBuffer* out, const GstVideoRegionOfInterestMeta& region, const korgst::Rectangle& place) {
+    GstVideoRegionOfInterestMeta* turned = gst_buffer_add_video_region_of_interest_meta_id(
+        out, region.roi_type, place.x, place.y, place.width, place.height);
+    turned->id = region.id;
+    turned->parent_id = region.parent_id;
+    turned->params = g_list_copy_deep(region.params, CopyParameter, nullptr);
+}
+
+void AddTurnedCrop(GstBuffer* out, const korgst::Rectangle& place) {
+    GstVideoCropMeta* turned = gst_buffer_add_video_crop_meta(out);
+    turned->x = place.x;
+    turned->y = place.y;
+    turned->width = place.width;
+    turned->height = place.height;
+}
+
+// Everything is passed on but what describes the old memory. Rectangles follow the picture; what else depends on its
+// direction, and is not known here, is left behind when that changes.
+gboolean TransformMeta(GstBaseTransform* transform, GstBuffer* out, GstMeta* meta, GstBuffer*) {
+    const GstVideoInfo& in = GST_VIDEO_FILTER(transform)->in_info;
+    const Direction direction = *Self(transform)->direction;
+    const guint width = static_cast<guint>(GST_VIDEO_INFO_WIDTH(&in));
+    const guint height = static_cast<guint>(GST_VIDEO_INFO_HEIGHT(&in));
+    if (HasTag(meta, GST_META_TAG_MEMORY_STR)) {
+        return FALSE;
+    }
+    if (direction.IsIdentity()) {
+        return TRUE;
+    }
+    if (meta->info->api == GST_VIDEO_REGION_OF_INTEREST_META_API_TYPE) {
+        const auto& region = *reinterpret_cast<GstVideoRegionOfInterestMeta*>(meta);
+        AddTurnedRegion(out, region, korgst::Turned({region.x, region.y, region.w, region.h}, width, height, direction));
+        return FALSE;
+    }
+    if (meta->info->api == GST_VIDEO_CROP_META_API_TYPE) {
+        const auto& crop = *reinterpret_cast<GstVideoCropMeta*>(meta);
+        AddTurnedCrop(out, korgst::Turned({crop.x, crop.y, crop.width, crop.height}, width, height, direction));
+        return FALSE;
+    }
+    return !HasTag(meta, GST_META_TAG_VIDEO_ORIENTATION_STR) && !HasTag(meta, GST_META_TAG_VIDEO_SIZE_STR);
+}
+
 // ---- Frames ----
 
-void SyncProperties(GstBaseTransform* transform, GstBuffer* buffer) {
+// Properties are up to date before the base class negotiates anew, and what they ask for after it.
+GstFlowReturn SubmitInputBuffer(GstBaseTransform* transform, gboolean discontinuous, GstBuffer* buffer) {
+    KorConvert* self = Self(transform);
     const GstClockTime time = gst_segment_to_stream_time(&transform->segment, GST_FORMAT_TIME, GST_BUFFER_PTS(buffer));
     if (GST_CLOCK_TIME_IS_VALID(time)) {
         gst_object_sync_values(GST_OBJECT(transform), time);
     }
+    const GstFlowReturn result = GST_BASE_TRANSFORM_CLASS(kor_convert_parent_class)
+                                     ->submit_input_buffer(transform, discontinuous, buffer);
+    if (result == GST_FLOW_OK) {
+        Adopt(self, SettingsOf(self));
+    }
+    return result;
 }
 
 GstFlowReturn TransformFrame(GstVideoFilter* filter, GstVideoFrame* in, GstVideoFrame* out) {
@@ -207,7 +325,13 @@ GstFlowReturn TransformFrame(GstVideoFilter* filter, GstVideoFrame* in, GstVideo
         converter.Run(from, to, *self->workers);
         return GST_FLOW_OK;
     }
+    // Upside down, the rows of the upper field are those of the lower one, which is then the first in time.
     const bool swaps = self->direction->IsUpsideDown() && from.height % 2 == 0;
+    if (swaps && GST_BUFFER_FLAG_IS_SET(out->buffer, GST_VIDEO_BUFFER_FLAG_TFF)) {
+        GST_BUFFER_FLAG_UNSET(out->buffer, static_cast<guint>(GST_VIDEO_BUFFER_FLAG_TFF));
+    } else if (swaps) {
+        GST_BUFFER_FLAG_SET(out->buffer, GST_VIDEO_BUFFER_FLAG_TFF);
+    }
     for (unsigned field = 0; field < 2; ++field) {
         converter.Run(korgst::FieldOf(from, field), korgst::FieldOf(to, swaps ? 1 - field : field), *self->workers);
     }
@@ -268,7 +392,10 @@ void kor_convert_class_init(KorConvertClass* klass) {
     GstBaseTransformClass* transform = GST_BASE_TRANSFORM_CLASS(klass);
     transform->transform_caps = TransformCaps;
     transform->fixate_caps = FixateCaps;
-    transform->before_transform = SyncProperties;
+    transform->sink_event = SinkEvent;
+    transform->src_event = SrcEvent;
+    transform->transform_meta = TransformMeta;
+    transform->submit_input_buffer = SubmitInputBuffer;
     GstVideoFilterClass* filter = GST_VIDEO_FILTER_CLASS(klass);
     filter->set_info = SetInfo;
     filter->transform_frame = TransformFrame;
