@@ -139,7 +139,7 @@ bool ParseHex(const std::string& text, std::uint64_t& value) {
 
 }  // namespace
 
-std::vector<Digest> MakeDigests(const KorConformanceTable& table) {
+std::vector<Digest> MakeDigests(const KorConformanceTable& table, const std::function<void(const Digest&)>& watch) {
     RequireScriptedDraws();
     std::vector<Digest> digests;
     Memory memory;
@@ -151,6 +151,9 @@ std::vector<Digest> MakeDigests(const KorConformanceTable& table) {
         ForEachOption(options, Case{}, [&](const Case& option) {
             digests.push_back(
                 {entry.name, NameOption(options, option), DigestOption(entry, function, SweepOver(option), memory)});
+            if (watch) {
+                watch(digests.back());
+            }
             return true;
         });
     }

@@ -8,6 +8,7 @@
 #define KOR_CONFORMANCE_DIGEST_DIGEST_H
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -22,8 +23,10 @@ struct Digest {
 };
 
 // All digests of a table without null pointers, in the order of the public header. The program's KorRandomGetBytes has
-// to hand its draws to ScriptedRandom::Draw meanwhile; throws std::logic_error if it does not.
-std::vector<Digest> MakeDigests(const KorConformanceTable& table);
+// to hand its draws to ScriptedRandom::Draw meanwhile; throws std::logic_error if it does not. Each digest is shown to
+// the watcher as soon as it is made.
+std::vector<Digest> MakeDigests(const KorConformanceTable& table,
+                                const std::function<void(const Digest&)>& watch = nullptr);
 
 // The manifest as text: a comment, then one line "function option digest" each.
 std::string WriteManifest(const std::vector<Digest>& digests);
