@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "conformance/core/Catalogue.h"
 #include "conformance/KorConformance.h"
 
 namespace kit {
@@ -23,10 +24,12 @@ struct Digest {
 };
 
 // All digests of a table without null pointers, in the order of the public header. The program's KorRandomGetBytes has
-// to hand its draws to ScriptedRandom::Draw meanwhile; throws std::logic_error if it does not. Each digest is shown to
-// the watcher as soon as it is made.
-std::vector<Digest> MakeDigests(const KorConformanceTable& table,
-                                const std::function<void(const Digest&)>& watch = nullptr);
+// to hand its draws to ScriptedRandom::Draw meanwhile; throws std::logic_error if it does not.
+std::vector<Digest> MakeDigests(const KorConformanceTable& table);
+
+// The same for functions that are called in another way, such as through another language.
+using Caller = std::function<void(const Entry&, const PlaneView* planes, const Case&)>;
+std::vector<Digest> MakeDigests(const Caller& call);
 
 // The manifest as text: a comment, then one line "function option digest" each.
 std::string WriteManifest(const std::vector<Digest>& digests);

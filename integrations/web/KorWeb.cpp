@@ -53,14 +53,25 @@ std::uint32_t Word(std::size_t value) {
 extern "C" {
 
 #if defined(__EMSCRIPTEN__)
-// Reports a digest as soon as it is made; the value in two halves, because numbers of JavaScript have 53 bits.
-KOR_IMPORT("digest") void KorWebTellDigest(const char* function, const char* option, std::uint32_t high, std::uint32_t low);
+// How many functions are done; and a digest, in two halves, because numbers of JavaScript have 53 bits.
+KOR_IMPORT("progress") void KorWebTellProgress(std::uint32_t functions);
+KOR_IMPORT("digest") void KorWebTellDigest(const char* function, const char* option, std::uint32_t high,
+                                           std::uint32_t low);
 
 KOR_EXPORT void KorWebMakeDigests() {
-    kit::MakeDigests(kFunctions, [](const kit::Digest& digest) {
+    const kit::Entry* current = nullptr;
+    std::uint32_t begun = 0;
+    const auto call = [&](const kit::Entry& entry, const kit::PlaneView* views, const kit::Case& options) {
+        if (current != &entry) {
+            current = &entry;
+            KorWebTellProgress(begun++);
+        }
+        kit::Call(entry.of(kFunctions), views, options);
+    };
+    for (const kit::Digest& digest : kit::MakeDigests(call)) {
         KorWebTellDigest(digest.function.c_str(), digest.option.c_str(), Word(digest.value >> 32),
                          Word(digest.value & 0xffffffff));
-    });
+    }
 }
 #endif
 

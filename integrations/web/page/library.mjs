@@ -60,11 +60,12 @@ export class Upwards {
 }
 
 export class Library {
-    static async load(bytes, onDigest = () => {}) {
+    static async load(bytes, onDigest = () => {}, onProgress = () => {}) {
         let library = null;
         const text = (address) => library.text(address);
         const imports = {
             kor: {
+                progress: onProgress,
                 digest: (name, option, high, low) =>
                     onDigest(`${text(name)} ${text(option)}`, hex(high >>> 0, 8) + hex(low >>> 0, 8)),
             },

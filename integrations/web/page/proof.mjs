@@ -62,9 +62,12 @@ export function setUpProof(sets) {
         for (const [index, {name, bytes}] of sets.entries()) {
             const found = new Map();
             try {
-                const {target, seconds} = await work({kind: 'prove', bytes}, ({key, value}) => {
-                    found.set(key, value);
-                    advance((index + found.size / expected.size) / sets.length);
+                const {target, seconds} = await work({kind: 'prove', bytes}, ({kind, key, value, part}) => {
+                    if (kind === 'digest') {
+                        found.set(key, value);
+                    } else {
+                        advance((index + part) / sets.length);
+                    }
                 });
                 const differ = [...expected].filter(([key, value]) => found.get(key) !== value).map(([key, value]) =>
                     ({digest: key, expected: value, found: found.get(key) ?? null}));

@@ -4,7 +4,8 @@ import {speedCall} from './speed.mjs';
 import {functions} from './functions.mjs';
 
 async function proveSet(bytes) {
-    const library = await Library.load(bytes, (key, value) => postMessage({kind: 'digest', key, value}));
+    const library = await Library.load(bytes, (key, value) => postMessage({kind: 'digest', key, value}),
+        (count) => postMessage({kind: 'progress', part: count / functions.length}));
     const start = performance.now();
     library.makeDigests();
     postMessage({kind: 'done', target: library.target, seconds: (performance.now() - start) / 1000});
