@@ -163,7 +163,7 @@ export class Library {
     }
 
     // Seconds that a call takes: the median of several bursts. What the planes held is put back.
-    measure(call, bursts = 7, burstMilliseconds = 2) {
+    measure(call, bursts, burstMilliseconds) {
         const planes = call.planes.map((given) => given.plane ?? given);
         const before = planes.map((plane) => plane.bytes.slice());
         const run = this.prepare(call);

@@ -356,10 +356,10 @@ export class Stages {
 
     measure() {
         const {path, path: {library}} = this;
-        const bursts = this.stream ? 3 : 7;
+        const bursts = this.stream ? 3 : 5;
         const time = (calls) => calls.reduce((sum, call) => {
             library.serveSeed(path.settings.seed);
-            return sum + library.measure(call, bursts, this.stream ? 0.5 : 1.5);
+            return sum + library.measure(call, bursts, this.stream ? 1 : 4);
         }, 0);
         this.times.set('capture-call', time(path.capture));
         this.times.set('blend-call', time([path.blend]));

@@ -1,5 +1,5 @@
 // The long runs, away from the page's own thread: all digests of a set, and the speed of every function of two sets.
-import {Library, median} from './library.mjs';
+import {Library} from './library.mjs';
 import {speedCall} from './speed.mjs';
 import {functions} from './functions.mjs';
 
@@ -19,12 +19,12 @@ async function measureSets(sets, width, height) {
     for (const {name} of functions) {
         const runs = libraries.map((library) => library.prepare(speedCall(library, name, width, height)));
         const times = runs.map(() => []);
-        const count = burstLength(runs[0]);
+        const counts = runs.map(burstLength);
         // Bursts of the sets alternate, so that a disturbance hits both.
         for (let round = 0; round < 9; ++round) {
-            runs.forEach((run, i) => times[i].push(burst(run, count) / count));
+            runs.forEach((run, i) => times[i].push(burst(run, counts[i]) / counts[i]));
         }
-        postMessage({kind: 'speed', name, seconds: times.map((set) => Math.min(...set)), medians: times.map(median)});
+        postMessage({kind: 'speed', name, seconds: times.map((set) => Math.min(...set))});
     }
     postMessage({kind: 'done', targets: libraries.map((library) => library.target)});
 }
@@ -37,10 +37,10 @@ function burst(run, count) {
     return (performance.now() - start) / 1000;
 }
 
-// Clocks of browsers tell tenths of a millisecond, so a burst takes some milliseconds.
+// Clocks of browsers tell tenths of a millisecond: a burst of four and more is right to a few in a hundred.
 function burstLength(run) {
     let count = 1;
-    while (burst(run, count) < 0.003 && count < 1 << 14) {
+    while (burst(run, count) < 0.004 && count < 1 << 16) {
         count *= 2;
     }
     return count;
