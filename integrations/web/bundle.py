@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""bundle.py PORTABLE.wasm SIMD.wasm BUILD: makes BUILD/kor.html, one file with everything in it, from page/, and
+"""bundle.py PORTABLE.wasm SIMD.wasm BUILD: makes BUILD/index.html, one file with everything in it, from page/, and
 BUILD/node/, the same modules for Node. What the page knows of the functions is read from the library's own headers."""
 import base64
 import gzip
@@ -102,7 +102,7 @@ def main():
     }
     page = (HERE / "page/index.html").read_text()
     page = re.sub(r"\{\{(\w+)\}\}", lambda match: parts[match.group(1)], page)
-    (build / "kor.html").write_text(page)
+    (build / "index.html").write_text(page)
 
     node = build / "node"
     node.mkdir(exist_ok=True)
@@ -110,7 +110,7 @@ def main():
         (node / name).write_text(text)
     shutil.copy(portable, node / "portable.wasm")
     shutil.copy(simd, node / "simd.wasm")
-    print(f"{build / 'kor.html'}: {len(page.encode()):,} bytes")
+    print(f"{build / 'index.html'}: {len(page.encode()):,} bytes")
 
 
 if __name__ == "__main__":
