@@ -48,11 +48,11 @@ def digests():
     return [line.split() for line in lines if not line.startswith("#")]
 
 
-def generated():
+def generated(digests):
     version = re.findall(r"#define KOR_VERSION_\w+ (\d+)", (ROOT / "Kor/Utils/SysDep/KorBaseTypes.h").read_text())
     return (f"export const version = '{'.'.join(version)}';\n"
             f"export const functions = {json.dumps(functions())};\n"
-            f"export const digests = {json.dumps(digests())};\n")
+            f"export const digests = {json.dumps(digests)};\n")
 
 
 def bundle(modules, entry):
@@ -82,16 +82,16 @@ def sha256(text):
     return "'sha256-" + base64.b64encode(hashlib.sha256(text.encode()).digest()).decode() + "'"
 
 
-def main():
-    portable, simd, build = (pathlib.Path(argument) for argument in sys.argv[1:4])
+def page(portable, simd, digests):
+    """The page as text, and the modules that it is made of by name."""
     modules = {path.name: path.read_text() for path in (HERE / "page").glob("*.mjs")}
-    modules["functions.mjs"] = generated()
+    modules["functions.mjs"] = generated(digests)
 
     script = bundle(modules, "main.mjs")
     style = (HERE / "page/style.css").read_text()
     policy = ("default-src 'none'; "
               f"script-src {sha256(script)} 'wasm-unsafe-eval'; style-src {sha256(style)}; "
-              "worker-src blob:; img-src data: blob:; media-src blob:; base-uri 'none'; form-action 'none'")
+              "worker-src blob:; img-src data: blob:; base-uri 'none'; form-action 'none'")
     parts = {
         "policy": policy,
         "style": style,
@@ -100,17 +100,22 @@ def main():
         "portable": compressed(portable.read_bytes()),
         "simd": compressed(simd.read_bytes()),
     }
-    page = (HERE / "page/index.html").read_text()
-    page = re.sub(r"\{\{(\w+)\}\}", lambda match: parts[match.group(1)], page)
-    (build / "index.html").write_text(page)
+    text = (HERE / "page/index.html").read_text()
+    return re.sub(r"\{\{(\w+)\}\}", lambda match: parts[match.group(1)], text), modules
+
+
+def main():
+    portable, simd, build = (pathlib.Path(argument) for argument in sys.argv[1:4])
+    text, modules = page(portable, simd, digests())
+    (build / "index.html").write_text(text)
 
     node = build / "node"
     node.mkdir(exist_ok=True)
-    for name, text in modules.items():
-        (node / name).write_text(text)
+    for name, module in modules.items():
+        (node / name).write_text(module)
     shutil.copy(portable, node / "portable.wasm")
     shutil.copy(simd, node / "simd.wasm")
-    print(f"{build / 'index.html'}: {len(page.encode()):,} bytes")
+    print(f"{build / 'index.html'}: {len(text.encode()):,} bytes")
 
 
 if __name__ == "__main__":

@@ -40,6 +40,7 @@ async function start() {
     const dither = new Dither(chosen());
     stages.useCard();
     stages.update();
+    performance.mark('first-picture');
     tellTarget();
     say(byId('version'), version);
     explorer.draw();
