@@ -125,17 +125,18 @@ works convert out.y4m %d.png
 refuses 1 "one.png: is a single picture, but there are more frames; put a number in the name, for example frame-%04d.png" convert out.y4m one.png
 absent one.png
 
-# A truncated frame is reported by number, and the frames before it are kept.
+# A truncated frame is reported by number, and the frames before it lie under a name of their own.
 { cat packed.yuy2 packed.yuy2; bytes "01 a0 02"; } >broken.yuy2
-refuses 1 "broken.yuy2: frame 3 is truncated: 13 of its 16 bytes are missing" convert broken.yuy2 kept.i420 --size 4x2
+refuses 1 "broken.yuy2: frame 3 is truncated: 13 of its 16 bytes are missing; the 2 frames before it are in kept.partial.i420" convert broken.yuy2 kept.i420 --size 4x2
 cat planes.i420 planes.i420 >expected
-same kept.i420 expected
+same kept.partial.i420 expected
 head -c $(($(wc -c <in.y4m) - 1)) in.y4m >broken.y4m
-refuses 1 "broken.y4m: frame 2 is truncated: 1 of its 12 bytes are missing" convert broken.y4m kept.y4m
-[ "$(grep -ac FRAME kept.y4m)" -eq 1 ] || fail "kept.y4m holds $(grep -ac FRAME kept.y4m) frames"
+refuses 1 "broken.y4m: frame 2 is truncated: 1 of its 12 bytes are missing; the frame before it is in kept.partial.y4m" convert broken.y4m kept.y4m
+[ "$(grep -ac FRAME kept.partial.y4m)" -eq 1 ] || fail "kept.partial.y4m holds $(grep -ac FRAME kept.partial.y4m) frames"
 { cat in.y4m; printf 'frame\n'; } >broken.y4m
 refuses 1 "broken.y4m: frame 3 does not begin with FRAME at byte $(wc -c <in.y4m)" convert broken.y4m kept.y4m
-[ "$(grep -ac FRAME kept.y4m)" -eq 2 ] || fail "kept.y4m holds $(grep -ac FRAME kept.y4m) frames"
+[ "$(grep -ac FRAME kept.partial-2.y4m)" -eq 2 ] || fail "kept.partial-2.y4m holds $(grep -ac FRAME kept.partial-2.y4m) frames"
+absent kept.i420 kept.y4m
 head -c 3 packed.yuy2 >short.yuy2
 refuses 1 "short.yuy2: frame 1 is truncated: 13 of its 16 bytes are missing" convert short.yuy2 none.i420 --size 4x2
 absent none.i420

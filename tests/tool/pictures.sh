@@ -18,10 +18,10 @@ works convert pictures/grey.png out.i420
 holds out.i420 "$white"
 works convert pictures/grey1.png out.i420
 holds out.i420 "$white"
-works convert pictures/half.png out.i420
+warns "pictures/half.png: has transparent pixels, which are composited over black" convert pictures/half.png out.i420
 holds out.i420 "$half"
 # Transparent white is composited over black, so chroma is that of red beside black: the average of 255 and 0 is 128.
-works convert pictures/alpha.png out.i420
+warns "pictures/alpha.png: has transparent pixels" convert pictures/alpha.png out.i420
 holds out.i420 "51 10 51 10 6d b8"
 
 # Kinds of JPEG.

@@ -92,6 +92,7 @@ void RunInfo(const InfoOptions& options) {
     InputRequest request = options.raw.Request(options.input);
     request.pictureOrder = &FormatOf(Layout::Rgba);
     request.keepAlpha = true;
+    request.discard = true;
     const std::unique_ptr<FrameSource> source = OpenSource(request);
     const StreamInfo& info = source->Info();
     PrintStream(info);

@@ -20,6 +20,7 @@ RawSource::RawSource(std::unique_ptr<InputFile> input, const PixelFormat& format
     info_.format = &format;
     info_.width = width;
     info_.height = height;
+    info_.alpha = format.HasAlpha();
     CheckSize(info_.name, width, height);
     CheckParity(info_.name, format, width, height);
     if (input_->Size()) {
