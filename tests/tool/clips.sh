@@ -108,6 +108,15 @@ same out.y4m expected
 works convert packed.yuy2 out.y4m --size 4x2 --rate 60000:1001
 [ "$(head -1 out.y4m)" = "YUV4MPEG2 W4 H2 F60000:1001 Ip A1:1 C420mpeg2 XCOLORRANGE=LIMITED" ] || fail "packed: $(head -1 out.y4m)"
 
+# Luma alone gets grey chroma.
+{ printf 'YUV4MPEG2 W3 H1 F25:1 Cmono XYSCSS=400 XCOLORRANGE=FULL\nFRAME\nabcFRAME\ndef'; } >mono.y4m
+works convert mono.y4m out.y4m
+{ printf 'YUV4MPEG2 W3 H1 F25:1 I? A0:0 C420jpeg XCOLORRANGE=FULL\nFRAME\nabc'; repeat 4 80; printf 'FRAME\ndef'; repeat 4 80; } >expected
+same out.y4m expected
+"$korframe" info mono.y4m | grep -qx 'container    Y4M of luma alone (Cmono), read with grey chroma' || fail "info of luma alone"
+head -c $(($(wc -c <mono.y4m) - 1)) mono.y4m >broken.y4m
+refuses 1 "broken.y4m: frame 2 is truncated: 1 of its 3 bytes are missing" info broken.y4m
+
 # Streams through pipes, and numbered pictures.
 cat packed.yuy2 packed.yuy2 packed.yuy2 | "$korframe" convert - - --from yuy2 --size 4x2 2>stderr.txt >out.y4m || fail "a stream through a pipe"
 [ ! -s stderr.txt ] || fail "a stream printed: $(cat stderr.txt)"
@@ -153,9 +162,12 @@ header "YUV4MPEG2 W-4 H2" "has the field W-4 in its Y4M header; expected a numbe
 header "YUV4MPEG2 W4 H2x" "has the field H2x in its Y4M header"
 header "YUV4MPEG2 W0 H2" "size 0x2 is empty"
 header "YUV4MPEG2 W99999999999999999 H99999999999999999" "size 99999999999999999x99999999999999999 is too large; the limit is 32768 on each side"
-header "YUV4MPEG2 W4 H2 C411" "has the field C411 in its Y4M header; expected C420jpeg, C420mpeg2, C420paldv, C420, C422 or C444, all of 8 bits"
+header "YUV4MPEG2 W4 H2 C411" "has the field C411 in its Y4M header; expected C420jpeg, C420mpeg2, C420paldv, C420, C422, C444 or Cmono, all of 8 bits"
 header "YUV4MPEG2 W4 H2 C420p10" "has the field C420p10"
 header "YUV4MPEG2 W4 H2 F25" "has the field F25 in its Y4M header; expected a ratio after F, for example 25:1"
+header "YUV4MPEG2 W4 H2 F25:0" "has the field F25:0 in its Y4M header; expected a ratio after F, for example 25:1, or 0:0 if it is unknown"
+header "YUV4MPEG2 W4 H2 F0:1" "has the field F0:1"
+header "YUV4MPEG2 W4 H2 A1:0" "has the field A1:0"
 header "YUV4MPEG2 W4 H2 A1:x" "has the field A1:x"
 { printf 'YUV4MPEG2 '; repeat 5000 41; } >header.y4m
 refuses 1 "header.y4m: has a Y4M header that does not end; expected a line of at most 4096 bytes" convert header.y4m none.y4m
