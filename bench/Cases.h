@@ -29,6 +29,9 @@ struct Case {
 // must be even.
 std::vector<Case> Cases(const KorConformanceTable& table, const std::string& suffix);
 
+// What users would write or do without the library, on the planes of the function that it is compared with.
+void AddBaselines(std::vector<Case>& cases);
+
 // Whether a label contains a pattern, in which * matches anything and a final $ the end. Ignores case.
 bool Matches(const std::string& label, const std::string& pattern);
 

@@ -22,6 +22,14 @@ done
 sed -i '5i nonsense' changed.txt
 refuses 1 "changed.txt: line 5 is not a function, an option and 16 hexadecimal digits: nonsense" \
     verify --manifest changed.txt
+for content in "" "# nothing but a comment"; do
+    echo "$content" >empty.txt
+    refuses 1 "empty.txt: has no digests; expected lines of a function, an option and 16 hexadecimal digits" \
+        verify --manifest empty.txt
+done
+if [ -r /dev/zero ]; then
+    refuses 1 "/dev/zero: is larger than 16777216 bytes; expected a manifest of digests" verify --manifest /dev/zero
+fi
 refuses 1 "missing.txt" verify --manifest missing.txt
 refuses 2 "korframe verify --help" verify --manifest
 

@@ -42,6 +42,7 @@ CLI::Validator IsEvenSize() {
 // All cases that match the pattern; without one, the few that represent the rest.
 std::vector<bench::Case> ChosenCases(const std::string& pattern) {
     std::vector<bench::Case> cases = bench::Cases(kit::DispatchedTable(), "");
+    bench::AddBaselines(cases);
     const auto isLeftOut = [&](const bench::Case& subject) {
         return pattern.empty() ? !subject.isBrief : !bench::Matches(subject.Label(), pattern);
     };

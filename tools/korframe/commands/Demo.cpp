@@ -89,14 +89,19 @@ Frame EvenBgra(const Frame& picture) {
     return bgra;
 }
 
-Frame LoadScene(const std::string& path) {
+Frame LoadPicture(const std::string& path) {
     InputFile input(path);
-    Frame picture = ReadPicture(input);
+    Frame picture;
+    WarnOfPicture(input.Name(), ReadPicture(input, input.Name(), PictureRequest(), picture), nullptr);
+    return picture;
+}
+
+Frame LoadScene(const std::string& path) {
+    Frame picture = LoadPicture(path);
     if (picture.Width() < kSmallestTestCard || picture.Height() < kSmallestTestCard) {
         FailFile(path, "is " + std::to_string(picture.Width()) + "x" + std::to_string(picture.Height()) +
                            "; the demo needs at least " + std::to_string(kSmallestTestCard) + " pixels on a side");
     }
-    LayOverBlack(picture);
     return EvenBgra(picture);
 }
 
@@ -237,9 +242,7 @@ void RunDemo(const DemoOptions& options) {
     Frame scene = options.picture.empty() ? EvenBgra(DrawTestCard(1280, 720)) : LoadScene(options.picture);
     Frame second;
     if (!options.overlay.empty()) {
-        InputFile input(options.overlay);
-        second = ReadPicture(input);
-        LayOverBlack(second);
+        second = LoadPicture(options.overlay);
     }
     MakeDirectory(options.directory);
     std::vector<Stage> stages = WalkThePath(std::move(scene), options.overlay.empty() ? nullptr : &second);

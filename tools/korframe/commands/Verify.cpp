@@ -24,18 +24,25 @@ struct VerifyOptions {
     bool allTargets = false;
 };
 
+constexpr std::size_t kLargestManifest = std::size_t{1} << 24;
+
 // The manifest from a file, or the built-in one.
 std::vector<kit::Digest> LoadManifest(const std::string& path) {
     if (path.empty()) {
         return kit::ReadManifest(kit::kDigestManifest);
     }
     InputFile file(path);
-    const std::vector<std::uint8_t> bytes = file.ReadAll();
+    const std::vector<std::uint8_t> bytes = file.ReadAll(kLargestManifest, "a manifest of digests");
+    std::vector<kit::Digest> digests;
     try {
-        return kit::ReadManifest(std::string(bytes.begin(), bytes.end()));
+        digests = kit::ReadManifest(std::string(bytes.begin(), bytes.end()));
     } catch (const std::runtime_error& error) {
         FailFile(file.Name(), error.what());
     }
+    if (digests.empty()) {
+        FailFile(file.Name(), "has no digests; expected lines of a function, an option and 16 hexadecimal digits");
+    }
+    return digests;
 }
 
 std::vector<kit::Digest> MakeDigestsHere() {
