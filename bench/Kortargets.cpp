@@ -79,7 +79,7 @@ int main(int argc, char** argv) {
     const std::vector<const char*> contestants = Contestants();
     std::printf("%s, Mpix/s, and times as fast as the portable function; * marks what is slower\n",
                 size.Label().c_str());
-    for (const bench::Case& subject : bench::Cases(table)) {
+    for (const bench::Case& subject : bench::Cases(table, "")) {
         if (!bench::Matches(subject.Label(), pattern)) {
             continue;
         }
