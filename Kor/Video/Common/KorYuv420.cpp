@@ -17,6 +17,9 @@
 
 namespace kor {
 
+// For the kernels: the size in bytes from which they are to write destinations past the caches.
+KorSizeT StreamingSize();
+
 struct Functions {
 #define KOR_FUNCTION(name, shape, family, frames) decltype(&name##_C_) name;
 #include "Kor/Video/Common/KorYuv420Functions_.inc"
@@ -57,6 +60,36 @@ constexpr Functions kFunctions = {
 #include "Kor/Video/Common/Vector/Target_.inc"
 #endif
 
+// By shape, the extent of a picture that has to fill a vector: that of its chroma where each plane has kernels of its own, and of
+// both sides where they may be exchanged.
+#define KOR_EXTENT_Plane width
+#define KOR_EXTENT_Split width
+#define KOR_EXTENT_PlaneRotation (widthSrc < heightSrc ? widthSrc : heightSrc)
+#define KOR_EXTENT_SplitRotation KOR_EXTENT_PlaneRotation
+#define KOR_EXTENT_FlipVertical (width / 2)
+#define KOR_EXTENT_Capture width
+#define KOR_EXTENT_CaptureGeneral width
+#define KOR_EXTENT_Render width
+#define KOR_EXTENT_RenderGeneral width
+#define KOR_EXTENT_CaptureRotation (width < height ? width : height)
+#define KOR_EXTENT_Pack width
+#define KOR_EXTENT_Dither (width / 2)
+#define KOR_EXTENT_Blend (width / 2)
+#define KOR_EXTENT_BlendArray (width / 2)
+
+#if defined(KOR_WITH_AVX2)
+#define KOR_TARGET_NAMESPACE avx2
+#define KOR_VECTOR_BYTES 32
+#define KOR_NARROWER sse4
+#include "Kor/Video/Common/Vector/Automatic_.inc"
+#endif
+#if defined(KOR_WITH_AVX512)
+#define KOR_TARGET_NAMESPACE avx512
+#define KOR_VECTOR_BYTES 64
+#define KOR_NARROWER avx2::automatic
+#include "Kor/Video/Common/Vector/Automatic_.inc"
+#endif
+
 namespace {
 
 using kor::Functions;
@@ -89,22 +122,52 @@ bool RunsAlways() {
 }
 #endif
 
-// A target: a name, its table, and the table of the automatic choice on a machine whose best target this is. The two are to differ
+// What the environment variable KOR_STREAMING says about destinations that are written past the caches.
+enum Streaming {
+    kBySize,
+    kNever,
+    kAlways,
+    kStreamings,
+};
+
+constexpr KorSizeT kStreamingSizes[kStreamings] = {KorSizeT{12000000}, ~KorSizeT{0}, 0};
+
+// What a choice consists of: the functions, and the size in bytes from which they stream their destinations.
+struct Table {
+    Functions functions;
+    KorSizeT streamingSize;
+};
+
+// A target: a name, its tables, and those of the automatic choice on a machine whose best target this is. The two are to differ
 // where measurement finds another target's function faster.
 struct Target {
     const char* name;
     bool (*runs)();
-    Functions strict;
-    Functions automatic;
+    Table strict[kStreamings], automatic[kStreamings];
+
+    constexpr Target(const char* targetName, bool (*targetRuns)(), const Functions& own, const Functions& fastest)
+        : name(targetName),
+          runs(targetRuns),
+          strict{{own, kStreamingSizes[kBySize]}, {own, kStreamingSizes[kNever]}, {own, kStreamingSizes[kAlways]}},
+          automatic{{fastest, kStreamingSizes[kBySize]}, {fastest, kStreamingSizes[kNever]}, {fastest, kStreamingSizes[kAlways]}} {}
+
+    bool Has(const Table* table) const {
+        for (KorUint streaming = 0; streaming < kStreamings; ++streaming) {
+            if (table == &strict[streaming] || table == &automatic[streaming]) {
+                return true;
+            }
+        }
+        return false;
+    }
 };
 
 // Best first.
 constexpr Target kTargets[] = {
 #if defined(KOR_WITH_AVX512)
-    {"avx512", &RunsAvx512, kor::avx512::kFunctions, kor::avx512::kFunctions},
+    {"avx512", &RunsAvx512, kor::avx512::kFunctions, kor::avx512::automatic::kFunctions},
 #endif
 #if defined(KOR_WITH_AVX2)
-    {"avx2", &RunsAvx2, kor::avx2::kFunctions, kor::avx2::kFunctions},
+    {"avx2", &RunsAvx2, kor::avx2::kFunctions, kor::avx2::automatic::kFunctions},
 #endif
 #if defined(KOR_WITH_SSE4)
     {"sse4", &RunsSse4, kor::sse4::kFunctions, kor::sse4::kFunctions},
@@ -122,14 +185,14 @@ constexpr Target kTargets[] = {
 };
 
 // The chosen table; null until the first call. Tables are constants, so that no order of memory needs to be kept.
-std::atomic<const Functions*> chosen = {nullptr};
+std::atomic<const Table*> chosen = {nullptr};
 
-const Functions* AutomaticChoice() {
+const Table* AutomaticChoice(Streaming streaming) {
     const Target* target = kTargets;
     while (!target->runs()) {
         ++target;
     }
-    return &target->automatic;
+    return &target->automatic[streaming];
 }
 
 bool IsSame(const char* a, const char* b) {
@@ -141,44 +204,65 @@ bool IsSame(const char* a, const char* b) {
 }
 
 // Null if the name is unknown or this machine cannot run the target.
-const Functions* NamedChoice(const char* name) {
+const Table* NamedChoice(const char* name, Streaming streaming) {
     for (const Target& target : kTargets) {
         if (IsSame(target.name, name)) {
-            return target.runs() ? &target.strict : nullptr;
+            return target.runs() ? &target.strict[streaming] : nullptr;
         }
     }
     return nullptr;
 }
 
+Streaming StreamingOfEnvironment() {
+    const char* value = std::getenv("KOR_STREAMING");
+    if (value == nullptr) {
+        return kBySize;
+    }
+    return IsSame(value, "0") ? kNever : IsSame(value, "always") ? kAlways
+                                                                 : kBySize;
+}
+
 // What the environment names or, if that is nothing that can run, the automatic choice.
-const Functions* FirstChoice() {
+const Table* FirstChoice() {
+    const Streaming streaming = StreamingOfEnvironment();
     const char* name = std::getenv("KOR_TARGET");
-    const Functions* named = name != nullptr ? NamedChoice(name) : nullptr;
-    return named != nullptr ? named : AutomaticChoice();
+    const Table* named = name != nullptr ? NamedChoice(name, streaming) : nullptr;
+    return named != nullptr ? named : AutomaticChoice(streaming);
 }
 
 // Threads that come here at once choose the same. A selection that another thread has made in the meantime stands.
-[[gnu::noinline, gnu::cold]] const Functions* ChooseFirst() {
-    const Functions* current = nullptr;
-    const Functions* first = FirstChoice();
+[[gnu::noinline, gnu::cold]] const Table* ChooseFirst() {
+    const Table* current = nullptr;
+    const Table* first = FirstChoice();
     return chosen.compare_exchange_strong(current, first, std::memory_order_relaxed) ? first : current;
 }
 
-inline const Functions* Chosen() {
-    const Functions* functions = chosen.load(std::memory_order_relaxed);
-    return functions != nullptr ? functions : ChooseFirst();
+inline const Table* Chosen() {
+    const Table* table = chosen.load(std::memory_order_relaxed);
+    return table != nullptr ? table : ChooseFirst();
+}
+
+// As it was chosen first: a later selection asks the environment no more.
+Streaming ChosenStreaming() {
+    const KorSizeT size = Chosen()->streamingSize;
+    return size == kStreamingSizes[kNever] ? kNever : size == kStreamingSizes[kAlways] ? kAlways
+                                                                                       : kBySize;
 }
 
 }  // namespace
+
+KorSizeT kor::StreamingSize() {
+    return Chosen()->streamingSize;
+}
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Targets
 // ---------------------------------------------------------------------------------------------------------------------
 
 const char* KorYuv420Target(void) {
-    const Functions* functions = Chosen();
+    const Table* table = Chosen();
     const Target* target = kTargets;
-    while (functions != &target->strict && functions != &target->automatic) {
+    while (!target->Has(table)) {
         ++target;
     }
     return target->name;
@@ -196,11 +280,12 @@ KorSizeT KorYuv420Targets(const char** names, KorSizeT count) {
 }
 
 KorBool KorYuv420SelectTarget(const char* name) {
-    const Functions* functions = name != nullptr ? NamedChoice(name) : AutomaticChoice();
-    if (functions == nullptr) {
+    const Streaming streaming = ChosenStreaming();
+    const Table* table = name != nullptr ? NamedChoice(name, streaming) : AutomaticChoice(streaming);
+    if (table == nullptr) {
         return 0;
     }
-    chosen.store(functions, std::memory_order_relaxed);
+    chosen.store(table, std::memory_order_relaxed);
     return 1;
 }
 
@@ -208,8 +293,8 @@ KorBool KorYuv420SelectTarget(const char* name) {
 // The 38 functions
 // ---------------------------------------------------------------------------------------------------------------------
 
-#define KOR_FUNCTION(name, shape, family, frames) \
-    void name KOR_PARAMETERS_##shape {            \
-        Chosen()->name KOR_ARGUMENTS_##shape;     \
+#define KOR_FUNCTION(name, shape, family, frames)       \
+    void name KOR_PARAMETERS_##shape {                  \
+        Chosen()->functions.name KOR_ARGUMENTS_##shape; \
     }
 #include "Kor/Video/Common/KorYuv420Functions_.inc"

@@ -29,6 +29,11 @@ void RawOptions::Add(CLI::App& command) {
     command.add_option("--size", size, "width and height of raw frames, for example 1280x720")
         ->check(IsSize())
         ->type_name("WxH");
+    command
+        .add_option("--max-pixels", maxPixels,
+                    "the most pixels that a picture may have (default " + std::to_string(kDefaultMaxPixels) + ")")
+        ->transform(IsWholeNumber(1, kMaxPixels))
+        ->type_name("N");
 }
 
 InputRequest RawOptions::Request(const std::string& path) const {
@@ -36,6 +41,7 @@ InputRequest RawOptions::Request(const std::string& path) const {
     request.path = path;
     request.from = from ? &FormatOf(*from) : nullptr;
     request.size = size;
+    request.maxPixels = maxPixels;
     request.pictureOrder = &FormatOf(Layout::Bgra);
     return request;
 }
@@ -71,6 +77,9 @@ void OutputOptions::Add(CLI::App& command) {
                     "y4m for -")
         ->check(IsOutput())
         ->type_name("KIND");
+    AddForceOption(command, policy.force);
+    command.add_flag("--keep-partial", policy.keepPartial,
+                     "if the input breaks off, put the frames before the break under the name of OUTPUT");
     AddSeedOption(command, seed);
     command
         .add_option("--jobs", jobs,
@@ -83,6 +92,7 @@ void OutputOptions::Add(CLI::App& command) {
 void OutputOptions::Fill(ChainRequest& request, const std::string& output) const {
     request.output = output;
     request.to = to;
+    request.policy = policy;
     request.seed = seed;
     request.jobs = jobs > 0 ? jobs : std::clamp<std::size_t>(std::thread::hardware_concurrency(), 1, kMaxJobs);
 }
@@ -91,6 +101,10 @@ void AddOutputArgument(CLI::App& command, std::string& output) {
     command.add_option("OUTPUT", output, "file to write; - for standard output; out-%04d.png for numbered pictures")
         ->required()
         ->type_name("");
+}
+
+void AddForceOption(CLI::App& command, bool& force) {
+    command.add_flag("--force", force, "replace read-only files, and write to a terminal");
 }
 
 void AddMatrixOption(CLI::App& command, std::string& matrix) {

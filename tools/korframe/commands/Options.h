@@ -13,10 +13,11 @@
 
 namespace korframe {
 
-// What raw frames need and other files carry themselves.
+// What raw frames need and other files carry themselves, and how large a picture may be.
 struct RawOptions {
     std::optional<Layout> from;
     Size size;
+    std::size_t maxPixels = kDefaultMaxPixels;
 
     void Add(CLI::App& command);
     InputRequest Request(const std::string& path) const;
@@ -37,6 +38,7 @@ struct OutputOptions {
     OutputRequest to;
     std::optional<std::uint64_t> seed;
     std::size_t jobs = 1;
+    OutputPolicy policy;
 
     void Add(CLI::App& command);
     void Fill(ChainRequest& request, const std::string& output) const;
@@ -46,6 +48,7 @@ extern const char* const kInputHelp;
 extern const char* const kDitherHelp;
 
 void AddOutputArgument(CLI::App& command, std::string& output);
+void AddForceOption(CLI::App& command, bool& force);
 void AddMatrixOption(CLI::App& command, std::string& matrix);
 void AddSeedOption(CLI::App& command, std::optional<std::uint64_t>& seed);
 

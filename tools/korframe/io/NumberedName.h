@@ -4,17 +4,20 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace korframe {
 
 class NumberedName {
   public:
-    // The first %d or %0Nd in the pattern is replaced by the number; any other % stands for itself.
+    // A %d or %0Nd in the pattern is replaced by the number; there may be only one. Any other % stands for itself.
     explicit NumberedName(const std::string& pattern);
 
     bool IsNumbered() const { return numbered_; }
     std::string For(std::uint64_t number) const;
+    // The number for which the pattern gives this name, if there is one.
+    std::optional<std::uint64_t> NumberOf(const std::string& name) const;
 
   private:
     std::string before_;

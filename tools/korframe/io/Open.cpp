@@ -4,6 +4,7 @@
 
 #include "io/Errors.h"
 #include "io/NumberedName.h"
+#include "io/PictureSource.h"
 #include "io/RawFile.h"
 #include "io/Y4mFile.h"
 
@@ -11,69 +12,73 @@ namespace korframe {
 
 namespace {
 
-class PictureSource : public FrameSource {
-  public:
-    PictureSource(InputFile& input, const InputRequest& request) {
-        info_.container = NameOfKind(RecognisePicture(input.Peek(kSignatureBytes)));
-        Frame picture = ReadPicture(input);
-        if (!request.keepAlpha) {
-            LayOverBlack(picture);
-        }
-        Reorder(picture, *request.pictureOrder, picture_);
-        info_.name = input.Name();
-        info_.format = request.pictureOrder;
-        info_.width = picture.Width();
-        info_.height = picture.Height();
-        info_.picture = true;
-        info_.frames = 1;
-    }
-
-    bool Read(Frame& frame) override {
-        if (taken_) {
-            return false;
-        }
-        frame = std::move(picture_);
-        taken_ = true;
-        return true;
-    }
-
-  private:
-    Frame picture_;
-    bool taken_ = false;
-};
-
-// A single picture, or one for each frame if the name has a place for the number.
+// A single picture.
 class PictureSink : public FrameSink {
   public:
-    PictureSink(const std::string& path, PictureKind kind) : path_(path), name_(path), kind_(kind) {}
+    PictureSink(const std::string& path, PictureKind kind, const StreamInfo& info, const OutputPolicy& policy)
+        : name_(NameOfOutput(path)), kind_(kind), keepsAlpha_(info.alpha), output_(path, policy) {}
 
-    void Encode(const Frame& frame, Coded& coded) const override { coded = EncodePicture(path_, kind_, frame); }
+    void Encode(const Frame& frame, Coded& coded) const override {
+        coded = EncodePicture(name_, kind_, frame, keepsAlpha_);
+    }
 
     void Write(const Frame& /*frame*/, const std::string& /*fields*/, const Coded& coded) override {
-        if (name_.IsNumbered()) {
-            WriteWholeFile(name_.For(++frames_), coded);
-            return;
-        }
-        if (++frames_ > 1) {
-            FailFile(path_,
+        if (written_) {
+            FailFile(name_,
                      "is a single picture, but there are more frames; put a number in the name, for example "
                      "frame-%04d.png");
         }
-        only_ = coded;
+        output_.Write(coded.data(), coded.size());
+        written_ = true;
+    }
+
+    void Finish() override { output_.Commit(); }
+    std::string FinishPartial() override { return output_.CommitPartial(); }
+
+  private:
+    std::string name_;
+    PictureKind kind_;
+    bool keepsAlpha_;
+    OutputFile output_;
+    bool written_ = false;
+};
+
+// A picture for each frame. Each is complete by itself and gets its name at once; those that replace others are flushed
+// to the disk together.
+class NumberedPictureSink : public FrameSink {
+  public:
+    NumberedPictureSink(const NumberedName& name, PictureKind kind, const StreamInfo& info, const OutputPolicy& policy)
+        : name_(name), kind_(kind), keepsAlpha_(info.alpha), policy_(policy) {}
+
+    void Encode(const Frame& frame, Coded& coded) const override {
+        coded = EncodePicture(name_.For(1), kind_, frame, keepsAlpha_);
+    }
+
+    void Write(const Frame& /*frame*/, const std::string& /*fields*/, const Coded& coded) override {
+        OutputFile output(name_.For(++frames_), policy_);
+        output.Write(coded.data(), coded.size());
+        output.Commit(OutputFile::Flush::Later);
+        replaces_ = replaces_ || output.Replaces();
     }
 
     void Finish() override {
-        if (!name_.IsNumbered()) {
-            WriteWholeFile(path_, only_);
+        if (replaces_) {
+            FlushFileSystemOf(name_.For(1));
         }
     }
 
+    std::string FinishPartial() override {
+        Finish();
+        return "";
+    }
+
   private:
-    std::string path_;
     NumberedName name_;
     PictureKind kind_;
+    bool keepsAlpha_;
+    OutputPolicy policy_;
     std::uint64_t frames_ = 0;
-    Coded only_;
+    bool replaces_ = false;
 };
 
 const char* const kSizeForm = " WIDTHxHEIGHT";
@@ -93,7 +98,32 @@ bool DescribesItself(const std::string& signature) {
     return IsY4m(signature) || RecognisePicture(signature) != PictureKind::None;
 }
 
+std::unique_ptr<FrameSource> OpenPictures(std::unique_ptr<InputFile> input, std::vector<std::string> more,
+                                          const InputRequest& request) {
+    PictureRequest picture;
+    picture.order = request.pictureOrder;
+    picture.keepAlpha = request.keepAlpha;
+    picture.discard = request.discard;
+    picture.maxPixels = request.maxPixels;
+    const std::string name = more.empty() ? input->Name() : request.path;
+    return std::make_unique<PictureSource>(std::move(input), std::move(more), name, picture, request.alphaAdvice);
+}
+
+// Numbered or globbed files.
+std::unique_ptr<FrameSource> OpenSeries(std::vector<std::string> files, const InputRequest& request) {
+    if (request.from != nullptr && !request.rawOnlyIfNeeded) {
+        FailUsage(request.path + ": stands for several files, which must be pictures, and " + request.fromOption +
+                  " is for raw frames");
+    }
+    auto input = std::make_unique<InputFile>(files.front());
+    files.erase(files.begin());
+    return OpenPictures(std::move(input), std::move(files), request);
+}
+
 std::unique_ptr<FrameSource> OpenAny(const InputRequest& request) {
+    if (std::vector<std::string> files = FindSeries(request.path); !files.empty()) {
+        return OpenSeries(std::move(files), request);
+    }
     auto input = std::make_unique<InputFile>(request.path);
     const bool describesItself = request.rawOnlyIfNeeded && DescribesItself(input->Peek(kSignatureBytes));
     if (request.from != nullptr && !describesItself) {
@@ -116,7 +146,7 @@ std::unique_ptr<FrameSource> OpenAny(const InputRequest& request) {
         return std::make_unique<Y4mSource>(std::move(input));
     }
     if (picture) {
-        return std::make_unique<PictureSource>(*input, request);
+        return OpenPictures(std::move(input), {}, request);
     }
     if (bySuffix != nullptr) {
         return OpenRaw(std::move(input), *bySuffix, request);
@@ -145,17 +175,13 @@ std::unique_ptr<FrameSource> OpenSource(const InputRequest& request) {
     return source;
 }
 
-std::string NameOfOutput(const std::string& path) {
-    return path == "-" ? "standard output" : path;
-}
-
 OutputKind DecideOutput(const std::string& path, const OutputRequest& to, const PixelFormat* rendered) {
     if (to.container == Container::Pictures) {
         return {Container::Pictures, nullptr, to.picture};
     }
     const bool y4mAsked = to.container == Container::Y4m;
     const bool nothingAsked = !to.container && to.layout == nullptr;
-    if (y4mAsked || Suffix(path) == "y4m" || (path == "-" && nothingAsked && rendered == nullptr)) {
+    if (y4mAsked || Suffix(path) == "y4m" || (IsStandardOutput(path) && nothingAsked && rendered == nullptr)) {
         if (to.layout != nullptr && !to.layout->IsPlanarYuv()) {
             FailUsage(std::string("--to ") + to.layout->name + ": " + path +
                       " is named as a Y4M file; expected i420 or i444, or another name");
@@ -186,16 +212,20 @@ OutputKind DecideOutput(const std::string& path, const OutputRequest& to, const 
     return {Container::Raw, layout, PictureKind::None};
 }
 
-std::unique_ptr<FrameSink> OpenSink(const std::string& path, const OutputKind& kind, const StreamInfo& info) {
+std::unique_ptr<FrameSink> OpenSink(const std::string& path, const OutputKind& kind, const StreamInfo& info,
+                                    const OutputPolicy& policy) {
     switch (kind.container) {
         case Container::Y4m:
-            return std::make_unique<Y4mSink>(path, info);
+            return std::make_unique<Y4mSink>(path, info, policy);
         case Container::Pictures:
-            return std::make_unique<PictureSink>(path, kind.picture);
+            if (const NumberedName name(path); name.IsNumbered()) {
+                return std::make_unique<NumberedPictureSink>(name, kind.picture, info, policy);
+            }
+            return std::make_unique<PictureSink>(path, kind.picture, info, policy);
         case Container::Raw:
             break;
     }
-    return std::make_unique<RawSink>(path);
+    return std::make_unique<RawSink>(path, policy);
 }
 
 }  // namespace korframe

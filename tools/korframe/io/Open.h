@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "io/OutputFile.h"
 #include "io/PictureFile.h"
 #include "io/Stream.h"
 
@@ -21,6 +22,9 @@ struct InputRequest {
     const PixelFormat* pictureOrder = nullptr;  // the byte order in which the pixels of a picture are passed on
     bool pictureOnly = false;                   // the order was given, so anything but a picture is a mistake
     bool keepAlpha = false;                     // otherwise a picture is composited over black
+    const char* alphaAdvice = nullptr;          // how to keep it, for a warning
+    bool discard = false;                       // the frames of pictures are only counted
+    std::size_t maxPixels = kDefaultMaxPixels;  // of a picture
     std::string rate;                           // --rate; if empty, that of the input
 };
 
@@ -45,11 +49,9 @@ struct OutputKind {
 // Decides by --to, or else by the suffix of the name, or else by what is rendered last, if anything is.
 OutputKind DecideOutput(const std::string& path, const OutputRequest& to, const PixelFormat* rendered);
 
-// As messages name it.
-std::string NameOfOutput(const std::string& path);
-
 // Opens an output for frames of the layout and size in `info`.
-std::unique_ptr<FrameSink> OpenSink(const std::string& path, const OutputKind& kind, const StreamInfo& info);
+std::unique_ptr<FrameSink> OpenSink(const std::string& path, const OutputKind& kind, const StreamInfo& info,
+                                    const OutputPolicy& policy);
 
 }  // namespace korframe
 

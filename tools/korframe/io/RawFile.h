@@ -8,8 +8,8 @@
 
 namespace korframe {
 
-// Fills a frame from the input. `number`, counted from 1, is for the message if the input ends within it.
-void ReadWholeFrame(InputFile& input, Frame& frame, std::uint64_t number);
+// Reads the first bytes of a frame from the input. `number`, counted from 1, is for the message if it ends before.
+void ReadFrameBytes(InputFile& input, Frame& frame, std::size_t count, std::uint64_t number);
 
 class RawSource : public FrameSource {
   public:
@@ -23,11 +23,12 @@ class RawSource : public FrameSource {
 
 class RawSink : public FrameSink {
   public:
-    explicit RawSink(const std::string& path) : output_(path) {}
+    RawSink(const std::string& path, const OutputPolicy& policy) : output_(path, policy) {}
     void Write(const Frame& frame, const std::string& /*fields*/, const Coded& /*coded*/) override {
         output_.Write(frame.Data(), frame.Size());
     }
     void Finish() override { output_.Commit(); }
+    std::string FinishPartial() override { return output_.CommitPartial(); }
 
   private:
     OutputFile output_;

@@ -28,8 +28,9 @@ struct StreamInfo {
     const PixelFormat* format = nullptr;
     std::size_t width = 0;
     std::size_t height = 0;
-    const char* container = "raw frames";
+    std::string container = "raw frames";
     bool hasTags = false;                 // the tags come from the input
+    bool alpha = false;                   // the frames have an alpha channel that means something
     bool picture = false;                 // a single frame, so no progress is shown
     std::optional<std::uint64_t> frames;  // an estimate, for the progress display
     ClipTags tags;
@@ -66,8 +67,11 @@ class FrameSink {
     virtual void Encode(const Frame& /*frame*/, Coded& /*coded*/) const {}
     // Writes a frame, given the fields from its source and what Encode made of it.
     virtual void Write(const Frame& frame, const std::string& fields, const Coded& coded) = 0;
-    // Puts the file in place; without it, none appears.
+    // Puts the file in place; without it or FinishPartial, none appears.
     virtual void Finish() = 0;
+    // The same if the input broke off after some frames. Returns the name under which they can be found; empty if they
+    // went where they were to go.
+    virtual std::string FinishPartial() = 0;
 };
 
 }  // namespace korframe

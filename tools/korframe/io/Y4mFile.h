@@ -17,16 +17,19 @@ class Y4mSource : public FrameSource {
 
   private:
     void ParseHeader(const std::string& header);
+    std::size_t StoredBytes() const;
 
     std::unique_ptr<InputFile> input_;
+    bool mono_ = false;
     std::uint64_t framesRead_ = 0;
 };
 
 class Y4mSink : public FrameSink {
   public:
-    Y4mSink(const std::string& path, const StreamInfo& info);
+    Y4mSink(const std::string& path, const StreamInfo& info, const OutputPolicy& policy);
     void Write(const Frame& frame, const std::string& fields, const Coded& coded) override;
-    void Finish() override;
+    void Finish() override { output_.Commit(); }
+    std::string FinishPartial() override { return output_.CommitPartial(); }
 
   private:
     OutputFile output_;

@@ -201,12 +201,9 @@ class Jobs {
                 }
                 job.done = Launch(jobs_.size() == 1, [this, &job, number = read_] { Process(job, number); });
             }
-        } catch (const BrokenStream&) {
+        } catch (const BrokenStream& error) {
             WriteRest();
-            if (written_ > 0) {
-                sink_.Finish();
-            }
-            throw;
+            throw Error(ExitStatus::Failure, error.what() + FinishBroken());
         }
         WriteRest();
         sink_.Finish();
@@ -223,6 +220,17 @@ class Jobs {
         }
         job.chain.Run(job.frame, job.overlays);
         sink_.Encode(job.frame, job.coded);
+    }
+
+    // Keeps the frames before a break and says where they are.
+    std::string FinishBroken() {
+        if (written_ == 0) {
+            return "";
+        }
+        const std::string place = sink_.FinishPartial();
+        const std::string frames = written_ == 1 ? "frame" : std::to_string(written_) + " frames";
+        return "; the " + frames + " before it " + (written_ == 1 ? "is" : "are") + " in " +
+               (place.empty() ? "the output" : place);
     }
 
     void WriteNext() {
@@ -280,7 +288,7 @@ void RunChain(const ChainRequest& request) {
     if (chain.RendersFullRange()) {
         WarnOfFullRange(feed.Info());
     }
-    const std::unique_ptr<FrameSink> sink = OpenSink(request.output, kind, chain.Info());
+    const std::unique_ptr<FrameSink> sink = OpenSink(request.output, kind, chain.Info(), request.policy);
     Progress progress(feed.Info());
     Jobs(std::move(jobs), *sink, progress, request.seed).Run(feed);
 }

@@ -15,6 +15,7 @@
 #define TOOLCHAIN_MISS_SYS_AUXV_H  // Highway would ask for AES on ARM
 // Highway's own assertions would need its library.
 #define HWY_IS_DEBUG_BUILD 0
+#include <hwy/cache_control.h>
 #include <hwy/highway.h>
 
 #include "Kor/Utils/KorStdCLibInline.h"
@@ -31,6 +32,10 @@
 #define KOR_KERNEL __attribute__((noinline))
 
 namespace kor {
+
+// The size in bytes from which destinations are written past the caches.
+KorSizeT StreamingSize();
+
 namespace KOR_TARGET_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
@@ -85,6 +90,23 @@ KOR_INLINE inline void ForEachBlock(KorSizeT n, KorSizeT size, Block block) {
     KorSizeT start = 0;
     for (; start + size <= n; start += size) {
         block(start);
+    }
+    if (start != n) {
+        block(n - size);
+    }
+}
+
+// The same for blocks that do little, two a step: the loop itself would cost as much.
+template <class Block>
+KOR_INLINE inline void ForEachLightBlock(KorSizeT n, KorSizeT size, Block block) {
+    KorSizeT start = 0;
+    for (; start + 2 * size <= n; start += 2 * size) {
+        block(start);
+        block(start + size);
+    }
+    if (start + size <= n) {
+        block(start);
+        start += size;
     }
     if (start != n) {
         block(n - size);
