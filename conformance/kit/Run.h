@@ -24,11 +24,7 @@ struct Request {
     KorConformanceSelectTarget select = nullptr;
     PlanOptions plan;
     std::size_t onlyCase = 0;
-#if defined(__EMSCRIPTEN__)
-    bool oneProcess = true;  // there is no other
-#else
     bool oneProcess = false;
-#endif
     std::size_t timeLimit = 0;          // as it was asked for; zero: the usual one
     double secondsWithoutProgress = 0;  // after which a child is stuck
     std::string program;                // for the command that repeats a failure
