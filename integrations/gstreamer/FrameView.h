@@ -19,7 +19,7 @@ struct Plane {
 };
 
 // Packed pixels are one plane. Planar formats have Y, U and V in this order, whatever their order in memory is;
-// semi-planar ones have Y and the pairs of chroma.
+// semi-planar ones have Y and the pairs of chroma. A plane of opacity is left out.
 struct FrameView {
     GstVideoFormat format = GST_VIDEO_FORMAT_UNKNOWN;
     KorSizeT width = 0;
