@@ -32,7 +32,9 @@ FrameView ViewOf(const GstVideoFrame& frame);
 // The rows of one field: 0 is the upper one.
 FrameView FieldOf(const FrameView& frame, unsigned field);
 
-constexpr KorSizeT EvenUp(KorSizeT size) { return size + size % 2; }
+constexpr KorSizeT EvenUp(KorSizeT size) {
+    return size + size % 2;
+}
 
 }  // namespace korgst
 

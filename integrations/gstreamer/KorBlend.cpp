@@ -18,7 +18,8 @@ namespace {
 enum Property { kPropertyNone, kX, kY, kAlpha };
 
 constexpr const char* kSinkCaps = GST_VIDEO_CAPS_MAKE("{ I420, YV12 }");
-constexpr const char* kOverlayCaps = GST_VIDEO_CAPS_MAKE("{ A420, I420, YV12, BGRA, RGBA, ARGB, ABGR, BGRx, RGBx, xRGB, xBGR, RGB, BGR }");
+constexpr const char* kOverlayCaps =
+    GST_VIDEO_CAPS_MAKE("{ A420, I420, YV12, BGRA, RGBA, ARGB, ABGR, BGRx, RGBx, xRGB, xBGR, RGB, BGR }");
 
 struct Settings {
     int x = 0;
@@ -48,7 +49,9 @@ struct KorBlendClass {
 
 G_DEFINE_TYPE(KorBlend, kor_blend, GST_TYPE_AGGREGATOR)
 
-KorBlend* Self(gpointer object) { return static_cast<KorBlend*>(object); }
+KorBlend* Self(gpointer object) {
+    return static_cast<KorBlend*>(object);
+}
 
 Settings SettingsOf(KorBlend* self) {
     GST_OBJECT_LOCK(self);
@@ -98,8 +101,8 @@ void GetProperty(GObject* object, guint id, GValue* value, GParamSpec* spec) {
 // ---- Pads and caps ----
 
 GstAggregatorPad* NewPad(const char* name, GstPadTemplate* pads) {
-    return GST_AGGREGATOR_PAD(g_object_new(GST_TYPE_AGGREGATOR_PAD, "name", name, "direction", GST_PAD_SINK, "template",
-                                           pads, nullptr));
+    return GST_AGGREGATOR_PAD(
+        g_object_new(GST_TYPE_AGGREGATOR_PAD, "name", name, "direction", GST_PAD_SINK, "template", pads, nullptr));
 }
 
 GstAggregatorPad* CreateNewPad(GstAggregator* aggregator, GstPadTemplate* pads, const gchar*, const GstCaps*) {
@@ -229,8 +232,8 @@ bool SetOverlay(KorBlend* self, GstBuffer* buffer) {
     korgst::Matrix matrix = korgst::Matrix::None;
     if (korgst::IsRgb(GST_VIDEO_INFO_FORMAT(&state.overlayInfo)) &&
         !korgst::FindMatrix(state.overlayInfo, state.info, &matrix)) {
-        GST_ELEMENT_ERROR(self, STREAM, FORMAT, ("An RGB overlay needs a video with the colours of BT.601, BT.709 or BT.2020."),
-                          (nullptr));
+        GST_ELEMENT_ERROR(self, STREAM, FORMAT,
+                          ("An RGB overlay needs a video with the colours of BT.601, BT.709 or BT.2020."), (nullptr));
         return false;
     }
     if (!state.overlay.Set(buffer, state.overlayInfo, matrix)) {
@@ -296,7 +299,8 @@ GstFlowReturn Aggregate(GstAggregator* aggregator, gboolean timeout) {
     Blend(self, buffer);
     if (GST_BUFFER_PTS_IS_VALID(buffer)) {
         GstSegment& segment = GST_AGGREGATOR_PAD(aggregator->srcpad)->segment;
-        segment.position = GST_BUFFER_PTS(buffer) + (GST_BUFFER_DURATION_IS_VALID(buffer) ? GST_BUFFER_DURATION(buffer) : 0);
+        segment.position =
+            GST_BUFFER_PTS(buffer) + (GST_BUFFER_DURATION_IS_VALID(buffer) ? GST_BUFFER_DURATION(buffer) : 0);
     }
     return gst_aggregator_finish_buffer(aggregator, buffer);
 }
@@ -344,17 +348,22 @@ void kor_blend_class_init(KorBlendClass* klass) {
     object->set_property = SetProperty;
     object->get_property = GetProperty;
     object->finalize = Finalize;
-    const GParamFlags flags = static_cast<GParamFlags>(G_PARAM_READWRITE | G_PARAM_STATIC_STRINGS | GST_PARAM_CONTROLLABLE |
-                                                       GST_PARAM_MUTABLE_PLAYING);
+    const GParamFlags flags = static_cast<GParamFlags>(G_PARAM_READWRITE | G_PARAM_STATIC_STRINGS |
+                                                       GST_PARAM_CONTROLLABLE | GST_PARAM_MUTABLE_PLAYING);
     g_object_class_install_property(object, kX,
-                                    g_param_spec_int("x", "X", "Column of the video at which the overlay begins; negative ones "
-                                                     "are rounded down to even", G_MININT, G_MAXINT, 0, flags));
+                                    g_param_spec_int("x", "X",
+                                                     "Column of the video at which the overlay begins; negative ones "
+                                                     "are rounded down to even",
+                                                     G_MININT, G_MAXINT, 0, flags));
     g_object_class_install_property(object, kY,
-                                    g_param_spec_int("y", "Y", "Row of the video at which the overlay begins; negative ones "
-                                                     "are rounded down to even", G_MININT, G_MAXINT, 0, flags));
+                                    g_param_spec_int("y", "Y",
+                                                     "Row of the video at which the overlay begins; negative ones "
+                                                     "are rounded down to even",
+                                                     G_MININT, G_MAXINT, 0, flags));
     g_object_class_install_property(
         object, kAlpha,
-        g_param_spec_double("alpha", "Alpha", "Opacity of the overlay, which multiplies that of its pixels", 0, 1, 1, flags));
+        g_param_spec_double("alpha", "Alpha", "Opacity of the overlay, which multiplies that of its pixels", 0, 1, 1,
+                            flags));
 
     GstElementClass* element = GST_ELEMENT_CLASS(klass);
     element->release_pad = ReleasePad;

@@ -30,7 +30,9 @@ class Blend {
         gst_harness_set_src_caps(overlay_, CapsOf(overlay, nullptr));
         SetVideo(video, colours);
     }
-    void SetVideo(const Picture& video, const char* colours) { gst_harness_set_src_caps(video_, CapsOf(video, colours)); }
+    void SetVideo(const Picture& video, const char* colours) {
+        gst_harness_set_src_caps(video_, CapsOf(video, colours));
+    }
     void PushOverlay(const Picture& picture, GstClockTime time) {
         gst_harness_push(overlay_, At(BufferOf(picture, 3), time));
     }
@@ -80,14 +82,15 @@ Opacity OpacityFor(KorSizeT width, KorSizeT height, const std::function<int(KorS
         for (KorSizeT column = 0; column < width; column += 2) {
             const KorSizeT right = std::min(column + 1, width - 1);
             const KorSizeT below = std::min(row + 1, height - 1);
-            result.c.push_back(scaled((alpha(column, row) + alpha(right, row) + alpha(column, below) + alpha(right, below) + 2) / 4));
+            result.c.push_back(
+                scaled((alpha(column, row) + alpha(right, row) + alpha(column, below) + alpha(right, below) + 2) / 4));
         }
     }
     return result;
 }
 
-// On a background with a margin, of which the middle is then what is seen. To the right and below, what is outside is cut
-// off first: its chroma is that of the pixels which are left.
+// On a background with a margin, of which the middle is then what is seen. To the right and below, what is outside is
+// cut off first: its chroma is that of the pixels which are left.
 Picture Blended(const Picture& video, const Picture& overlay, int x, int y, KorUint8 alpha, Opacity* opacity) {
     if (x >= static_cast<int>(video.width) || y >= static_cast<int>(video.height)) {
         return video;
@@ -102,18 +105,21 @@ Picture Blended(const Picture& video, const Picture& overlay, int x, int y, KorU
             std::copy_n(video.Row(i, row), video.RowBytes(i), canvas.Row(i, row + shift) + shift);
         }
     }
-    const KorSizeT column = static_cast<KorSizeT>(static_cast<int>(margin) + (x < 0 ? x / 2 * 2 - (x % 2 != 0 ? 2 : 0) : x));
-    const KorSizeT line = static_cast<KorSizeT>(static_cast<int>(margin) + (y < 0 ? y / 2 * 2 - (y % 2 != 0 ? 2 : 0) : y));
+    const KorSizeT column =
+        static_cast<KorSizeT>(static_cast<int>(margin) + (x < 0 ? x / 2 * 2 - (x % 2 != 0 ? 2 : 0) : x));
+    const KorSizeT line =
+        static_cast<KorSizeT>(static_cast<int>(margin) + (y < 0 ? y / 2 * 2 - (y % 2 != 0 ? 2 : 0) : y));
     if (opacity == nullptr) {
         KorI420AlphaBlend_C_(canvas.Row(0, 0), canvas.Pitch(0), canvas.Row(1, 0), canvas.Pitch(1), canvas.Row(2, 0),
                              canvas.Pitch(2), overlay.Row(0, 0), overlay.Pitch(0), overlay.Row(1, 0), overlay.Pitch(1),
                              overlay.Row(2, 0), overlay.Pitch(2), width, height, column, line, alpha);
     } else {
         const KorSizeT widthC = (overlay.width + 1) / 2;
-        KorI420AlphaArrayBlend_C_(canvas.Row(0, 0), canvas.Pitch(0), canvas.Row(1, 0), canvas.Pitch(1), canvas.Row(2, 0),
-                                  canvas.Pitch(2), overlay.Row(0, 0), overlay.Pitch(0), overlay.Row(1, 0), overlay.Pitch(1),
-                                  overlay.Row(2, 0), overlay.Pitch(2), width, height, column, line,
-                                  opacity->y.data(), overlay.width, opacity->c.data(), widthC, opacity->c.data(), widthC);
+        KorI420AlphaArrayBlend_C_(canvas.Row(0, 0), canvas.Pitch(0), canvas.Row(1, 0), canvas.Pitch(1),
+                                  canvas.Row(2, 0), canvas.Pitch(2), overlay.Row(0, 0), overlay.Pitch(0),
+                                  overlay.Row(1, 0), overlay.Pitch(1), overlay.Row(2, 0), overlay.Pitch(2), width,
+                                  height, column, line, opacity->y.data(), overlay.width, opacity->c.data(), widthC,
+                                  opacity->c.data(), widthC);
     }
     Picture result(video.format, video.width, video.height);
     for (int i = 0; i < 3; ++i) {
@@ -125,13 +131,15 @@ Picture Blended(const Picture& video, const Picture& overlay, int x, int y, KorU
     return result;
 }
 
-constexpr int kPlaces[][2] = {{0, 0}, {5, 3}, {12, 8}, {40, 30}, {-4, 6}, {6, -8}, {-3, -5}, {51, 37}, {300, 0}, {-100, -100}, {0, G_MININT}};
+constexpr int kPlaces[][2] = {{0, 0},   {5, 3},   {12, 8},  {40, 30},     {-4, 6},      {6, -8},
+                              {-3, -5}, {51, 37}, {300, 0}, {-100, -100}, {0, G_MININT}};
 
 TEST(KorBlend, OneOpacityForAllAtEveryPlace) {
     std::mt19937 random(21);
     for (const auto& [x, y] : kPlaces) {
         for (const auto& [width, height] : {std::pair<KorSizeT, KorSizeT>{16, 12}, {17, 11}, {90, 70}}) {
-            const Picture video = RandomPicture(random() % 2 != 0 ? GST_VIDEO_FORMAT_I420 : GST_VIDEO_FORMAT_YV12, 53, 39, random);
+            const Picture video =
+                RandomPicture(random() % 2 != 0 ? GST_VIDEO_FORMAT_I420 : GST_VIDEO_FORMAT_YV12, 53, 39, random);
             const Picture overlay = RandomPicture(GST_VIDEO_FORMAT_I420, width, height, random);
             Blend blend;
             g_object_set(blend.Element(), "x", x, "y", y, "alpha", 0.4, nullptr);
@@ -139,7 +147,9 @@ TEST(KorBlend, OneOpacityForAllAtEveryPlace) {
             blend.PushOverlay(overlay, 0);
             blend.EndOverlay();
             const bool outside = y == G_MININT;
-            EXPECT_EQ(Difference(blend.Run(video, 0), outside ? video : Blended(video, overlay, std::max(x, -200), y, 102, nullptr)), "")
+            EXPECT_EQ(Difference(blend.Run(video, 0),
+                                 outside ? video : Blended(video, overlay, std::max(x, -200), y, 102, nullptr)),
+                      "")
                 << x << "," << y << " " << width << "x" << height;
         }
     }
@@ -148,7 +158,8 @@ TEST(KorBlend, OneOpacityForAllAtEveryPlace) {
 TEST(KorBlend, OpacityOfPixels) {
     std::mt19937 random(22);
     const Picture video = RandomPicture(GST_VIDEO_FORMAT_I420, 53, 39, random);
-    for (const GstVideoFormat format : {GST_VIDEO_FORMAT_BGRA, GST_VIDEO_FORMAT_RGBA, GST_VIDEO_FORMAT_ARGB, GST_VIDEO_FORMAT_ABGR}) {
+    for (const GstVideoFormat format :
+         {GST_VIDEO_FORMAT_BGRA, GST_VIDEO_FORMAT_RGBA, GST_VIDEO_FORMAT_ARGB, GST_VIDEO_FORMAT_ABGR}) {
         for (const char* colours : {"bt601", "bt709"}) {
             for (const auto& [x, y] : kPlaces) {
                 if (y == G_MININT) {
@@ -156,7 +167,8 @@ TEST(KorBlend, OpacityOfPixels) {
                 }
                 const Picture overlay = RandomPicture(format, 19, 14, random);
                 const guint at = GST_VIDEO_FORMAT_INFO_POFFSET(gst_video_format_get_info(format), 3);
-                Opacity opacity = OpacityFor(19, 14, [&](KorSizeT column, KorSizeT row) { return overlay.Row(0, row)[4 * column + at]; }, 204);
+                Opacity opacity = OpacityFor(
+                    19, 14, [&](KorSizeT column, KorSizeT row) { return overlay.Row(0, row)[4 * column + at]; }, 204);
                 const Matrix matrix = std::string(colours) == "bt601" ? Matrix::Bt601 : Matrix::Bt709;
                 const Picture planes = Expected(overlay, GST_VIDEO_FORMAT_I420, matrix, {});
                 Blend blend;
@@ -164,7 +176,8 @@ TEST(KorBlend, OpacityOfPixels) {
                 blend.Start(video, overlay, colours);
                 blend.PushOverlay(overlay, 0);
                 blend.EndOverlay();
-                EXPECT_EQ(Difference(blend.Run(video, 0), Blended(video, planes, x, y, 0, &opacity)), "") << x << "," << y;
+                EXPECT_EQ(Difference(blend.Run(video, 0), Blended(video, planes, x, y, 0, &opacity)), "")
+                    << x << "," << y;
             }
         }
     }
@@ -182,13 +195,14 @@ TEST(KorBlend, OpacityPlaneOfA420) {
     Plane_ alpha(15 * 9);
     for (KorSizeT i = 0; i < alpha.size(); ++i) {
         alpha[i] = static_cast<KorUint8>(random());
-        static_cast<KorUint8*>(GST_VIDEO_FRAME_COMP_DATA(&frame, 3))
-            [i / 15 * static_cast<KorSizeT>(GST_VIDEO_FRAME_COMP_STRIDE(&frame, 3)) + i % 15] = alpha[i];
+        static_cast<KorUint8*>(GST_VIDEO_FRAME_COMP_DATA(
+            &frame, 3))[i / 15 * static_cast<KorSizeT>(GST_VIDEO_FRAME_COMP_STRIDE(&frame, 3)) + i % 15] = alpha[i];
     }
     for (int i = 0; i < 3; ++i) {
         for (KorSizeT row = 0; row < planes.Rows(i); ++row) {
-            std::copy_n(planes.Row(i, row), planes.RowBytes(i), static_cast<KorUint8*>(GST_VIDEO_FRAME_COMP_DATA(&frame, i)) +
-                        row * static_cast<KorSizeT>(GST_VIDEO_FRAME_COMP_STRIDE(&frame, i)));
+            std::copy_n(planes.Row(i, row), planes.RowBytes(i),
+                        static_cast<KorUint8*>(GST_VIDEO_FRAME_COMP_DATA(&frame, i)) +
+                            row * static_cast<KorSizeT>(GST_VIDEO_FRAME_COMP_STRIDE(&frame, i)));
         }
     }
     gst_video_frame_unmap(&frame);
@@ -204,7 +218,8 @@ TEST(KorBlend, OpacityPlaneOfA420) {
     gst_harness_push_event(second, gst_event_new_eos());
     GstBuffer* out = gst_harness_push_and_pull(harness, in);
     GstCaps* caps = gst_pad_get_current_caps(harness->sinkpad);
-    Opacity opacity = OpacityFor(15, 9, [&](KorSizeT column, KorSizeT row) { return alpha[row * 15 + column]; }, 255);
+    Opacity opacity = OpacityFor(
+        15, 9, [&](KorSizeT column, KorSizeT row) { return alpha[row * 15 + column]; }, 255);
     EXPECT_EQ(Difference(PictureOf(out, caps), Blended(video, planes, 7, 2, 0, &opacity)), "");
     gst_caps_unref(caps);
     gst_buffer_unref(out);
@@ -227,7 +242,8 @@ TEST(KorBlend, ThePictureWhoseTimeHasComeIsUsedAndTheLastOneStays) {
     EXPECT_EQ(Difference(blend.Run(video, 80 * GST_MSECOND), Blended(video, first, 4, 6, 255, nullptr)), "");
     blend.EndOverlay();
     for (const GstClockTime time : {GstClockTime{120}, GstClockTime{160}, GstClockTime{4000}}) {
-        EXPECT_EQ(Difference(blend.Run(video, time * GST_MSECOND), Blended(video, second, 4, 6, 255, nullptr)), "") << time;
+        EXPECT_EQ(Difference(blend.Run(video, time * GST_MSECOND), Blended(video, second, 4, 6, 255, nullptr)), "")
+            << time;
     }
 }
 
@@ -257,9 +273,10 @@ TEST(KorBlend, PlaceAndOpacityFollowTheirControllers) {
         const bool place = std::string(property) == "x";
         gst_timed_value_control_source_set(GST_TIMED_VALUE_CONTROL_SOURCE(source), 0, 0);
         gst_timed_value_control_source_set(GST_TIMED_VALUE_CONTROL_SOURCE(source), GST_SECOND, place ? 40 : 1);
-        gst_object_add_control_binding(GST_OBJECT(blend.Element()),
-                                       place ? gst_direct_control_binding_new_absolute(GST_OBJECT(blend.Element()), property, source)
-                                             : gst_direct_control_binding_new(GST_OBJECT(blend.Element()), property, source));
+        gst_object_add_control_binding(
+            GST_OBJECT(blend.Element()),
+            place ? gst_direct_control_binding_new_absolute(GST_OBJECT(blend.Element()), property, source)
+                  : gst_direct_control_binding_new(GST_OBJECT(blend.Element()), property, source));
         gst_object_unref(source);
     }
     blend.Start(video, overlay);
@@ -284,7 +301,8 @@ TEST(KorBlend, TheVideoMayChangeItsSizeInMidStream) {
         } else {
             blend.SetVideo(video, "bt601");
         }
-        EXPECT_EQ(Difference(blend.Run(video, width * GST_MSECOND), Blended(video, planes, 0, 0, 255, nullptr)), "") << width;
+        EXPECT_EQ(Difference(blend.Run(video, width * GST_MSECOND), Blended(video, planes, 0, 0, 255, nullptr)), "")
+            << width;
     }
 }
 

@@ -1,6 +1,6 @@
-// A program with its own build of the library and services of its own, which exports all of them, loads the plugin. Each
-// has to use its own: the program's random bytes are asked for by the program's calls alone, and the plugin's noise is not
-// the program's, which is silence.
+// A program with its own build of the library and services of its own, which exports all of them, loads the plugin.
+// Each has to use its own: the program's random bytes are asked for by the program's calls alone, and the plugin's
+// noise is not the program's, which is silence.
 #include <gst/check/gstharness.h>
 #include <gst/video/video.h>
 
@@ -58,8 +58,8 @@ static bool HostIsSilent() {
     static KorUint8 packed[kWidth * kHeight * 2];
     std::memset(planes, 128, sizeof planes);
     KorUint8* u = planes + kWidth * kHeight;
-    KorI420ToYUY2(planes, kWidth, u, kWidth / 2, u + kWidth * kHeight / 4, kWidth / 2, packed, 2 * kWidth, kWidth, kHeight,
-                  KOR_VIDEOFRAMEDITHERLEVEL_2);
+    KorI420ToYUY2(planes, kWidth, u, kWidth / 2, u + kWidth * kHeight / 4, kWidth / 2, packed, 2 * kWidth, kWidth,
+                  kHeight, KOR_VIDEOFRAMEDITHERLEVEL_2);
     for (const KorUint8 byte : packed) {
         if (byte != 128) {
             return false;

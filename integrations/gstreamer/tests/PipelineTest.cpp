@@ -80,18 +80,21 @@ TEST(KorConvertPipeline, EveryTestPattern) {
     const std::vector<std::string> patterns = TestPatterns();
     ASSERT_GT(patterns.size(), 20u);
     for (const std::string& pattern : patterns) {
-        Pipeline pipeline("videotestsrc num-buffers=2 pattern=" + pattern +
-                          " ! video/x-raw,format=BGRA,width=161,height=91,colorimetry=sRGB ! tee name=t"
-                          " t. ! queue ! appsink name=in sync=false"
-                          " t. ! queue ! korconvert n-threads=2 ! video/x-raw,format=I420,colorimetry=bt709 ! tee name=u"
-                          " u. ! queue ! appsink name=planes sync=false"
-                          " u. ! queue ! korconvert video-direction=90l ! video/x-raw,format=BGRA ! appsink name=out sync=false");
+        Pipeline pipeline(
+            "videotestsrc num-buffers=2 pattern=" + pattern +
+            " ! video/x-raw,format=BGRA,width=161,height=91,colorimetry=sRGB ! tee name=t"
+            " t. ! queue ! appsink name=in sync=false"
+            " t. ! queue ! korconvert n-threads=2 ! video/x-raw,format=I420,colorimetry=bt709 ! tee name=u"
+            " u. ! queue ! appsink name=planes sync=false"
+            " u. ! queue ! korconvert video-direction=90l ! video/x-raw,format=BGRA ! appsink name=out sync=false");
         pipeline.SetState(GST_STATE_PLAYING);
         for (int frame = 0; frame < 2; ++frame) {
             const Picture in = pipeline.Pull("in");
             const Picture planes = pipeline.Pull("planes");
             EXPECT_EQ(Difference(planes, Expected(in, GST_VIDEO_FORMAT_I420, Matrix::Bt709, {})), "") << pattern;
-            EXPECT_EQ(Difference(pipeline.Pull("out"), Expected(planes, GST_VIDEO_FORMAT_BGRA, Matrix::Bt709, {false, 270})), "")
+            EXPECT_EQ(
+                Difference(pipeline.Pull("out"), Expected(planes, GST_VIDEO_FORMAT_BGRA, Matrix::Bt709, {false, 270})),
+                "")
                 << pattern;
         }
         EXPECT_EQ(pipeline.Error(), "");
@@ -99,10 +102,11 @@ TEST(KorConvertPipeline, EveryTestPattern) {
 }
 
 TEST(KorConvertPipeline, HighDefinitionIsConvertedWithItsUsualColours) {
-    Pipeline pipeline("videotestsrc num-buffers=1 pattern=snow ! video/x-raw,format=RGBA,width=1280,height=720 ! tee name=t"
-                      " t. ! queue ! appsink name=in sync=false"
-                      " t. ! queue ! korconvert ! video/x-raw,format=I420 ! tee name=u u. ! queue ! appsink name=planes sync=false"
-                      " u. ! queue ! korconvert ! video/x-raw,format=xRGB ! appsink name=out sync=false");
+    Pipeline pipeline(
+        "videotestsrc num-buffers=1 pattern=snow ! video/x-raw,format=RGBA,width=1280,height=720 ! tee name=t"
+        " t. ! queue ! appsink name=in sync=false"
+        " t. ! queue ! korconvert ! video/x-raw,format=I420 ! tee name=u u. ! queue ! appsink name=planes sync=false"
+        " u. ! queue ! korconvert ! video/x-raw,format=xRGB ! appsink name=out sync=false");
     pipeline.SetState(GST_STATE_PLAYING);
     const Picture in = pipeline.Pull("in");
     const Picture planes = pipeline.Pull("planes");
@@ -113,14 +117,16 @@ TEST(KorConvertPipeline, HighDefinitionIsConvertedWithItsUsualColours) {
 
 TEST(KorConvertPipeline, StatesAndPropertiesChangeWhileItRuns) {
     std::mt19937 random(31);
-    Pipeline pipeline("videotestsrc ! video/x-raw,format=YUY2,width=160,height=120,framerate=120/1 ! korconvert name=k"
-                      " ! video/x-raw,format=I420 ! korblend name=b ! korconvert name=l n-threads=3 ! video/x-raw,format=BGRx"
-                      " ! fakesink sync=false"
-                      " videotestsrc pattern=ball ! video/x-raw,format=RGBA,width=40,height=30,framerate=30/1 ! b.overlay");
+    Pipeline pipeline(
+        "videotestsrc ! video/x-raw,format=YUY2,width=160,height=120,framerate=120/1 ! korconvert name=k"
+        " ! video/x-raw,format=I420 ! korblend name=b ! korconvert name=l n-threads=3 ! video/x-raw,format=BGRx"
+        " ! fakesink sync=false"
+        " videotestsrc pattern=ball ! video/x-raw,format=RGBA,width=40,height=30,framerate=30/1 ! b.overlay");
     for (int round = 0; round < 60; ++round) {
         pipeline.SetState(round % 7 == 6 ? GST_STATE_READY : round % 3 == 2 ? GST_STATE_PAUSED : GST_STATE_PLAYING);
         g_object_set(pipeline.Find("k"), "video-direction", static_cast<int>(random() % 8), nullptr);
-        g_object_set(pipeline.Find("l"), "n-threads", static_cast<guint>(random() % 4), "dither", static_cast<int>(random() % 4), nullptr);
+        g_object_set(pipeline.Find("l"), "n-threads", static_cast<guint>(random() % 4), "dither",
+                     static_cast<int>(random() % 4), nullptr);
         g_object_set(pipeline.Find("b"), "x", static_cast<int>(random() % 200) - 50, "alpha", 0.5, nullptr);
         g_usleep(5000);
     }
@@ -128,8 +134,9 @@ TEST(KorConvertPipeline, StatesAndPropertiesChangeWhileItRuns) {
 }
 
 TEST(KorBlendPipeline, RefusesInterlacedVideoWithAMessage) {
-    Pipeline pipeline("videotestsrc num-buffers=2 ! video/x-raw,format=I420,width=64,height=48"
-                      " ! capssetter caps=video/x-raw,interlace-mode=mixed ! korblend ! fakesink");
+    Pipeline pipeline(
+        "videotestsrc num-buffers=2 ! video/x-raw,format=I420,width=64,height=48"
+        " ! capssetter caps=video/x-raw,interlace-mode=mixed ! korblend ! fakesink");
     pipeline.SetStateAsItMay(GST_STATE_PLAYING);
     EXPECT_NE(pipeline.Error().find("deinterlace"), std::string::npos);
 }
