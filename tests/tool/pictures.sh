@@ -92,7 +92,7 @@ holds flipped.i420 "10 51 8f eb 10 51 51 8f 29 76 48 48 ef 9c 89 89 6e"
 
 # The Y4M header describes the planes.
 works convert nine.ppm out.y4m
-printf 'YUV4MPEG2 W3 H3 F25:1 Ip A1:1 C420jpeg XCOLORRANGE=LIMITED\nFRAME\n' >expected
+printf 'YUV4MPEG2 W3 H3 F25:1 Ip A1:1 C420jpeg XCOLORRANGE=LIMITED XKORMATRIX=601\nFRAME\n' >expected
 cat bgra.i420 >>expected
 same out.y4m expected
 

@@ -50,6 +50,11 @@ void FlushStandardOutput();
 // become question marks.
 void SayLine(const std::string& message);
 
+// The same for what is no error, unless the user wants to hear of errors only.
+void SayNote(const std::string& message);
+void SayErrorsOnly();
+bool SaysErrorsOnly();
+
 }  // namespace korframe
 
 #endif

@@ -151,7 +151,7 @@ bool Y4mSource::Read(Frame& frame) {
 Y4mSink::Y4mSink(const std::string& path, const StreamInfo& info)
     : output_(path), keepsFields_(info.tags.interlacing == "m") {
     const ClipTags& tags = info.tags;
-    std::string chroma = "444";
+    std::string chroma = info.format->layout == Layout::I422 ? "422" : "444";
     if (info.format->layout == Layout::I420) {
         chroma = tags.siting.empty() ? info.format->siting : tags.siting;
     }
