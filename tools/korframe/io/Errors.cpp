@@ -7,6 +7,12 @@
 
 namespace korframe {
 
+namespace {
+
+bool errorsOnly = false;
+
+}  // namespace
+
 const char* const kOutOfMemory = "not enough memory for frames of this size; use smaller ones";
 
 void FlushStandardOutput() {
@@ -29,6 +35,20 @@ std::string Printable(std::string text) {
 
 void SayLine(const std::string& message) {
     std::fprintf(stderr, "korframe: %s\n", Printable(message).c_str());
+}
+
+void SayNote(const std::string& message) {
+    if (!errorsOnly) {
+        SayLine(message);
+    }
+}
+
+void SayErrorsOnly() {
+    errorsOnly = true;
+}
+
+bool SaysErrorsOnly() {
+    return errorsOnly;
 }
 
 }  // namespace korframe
