@@ -25,7 +25,7 @@ warns "pictures/alpha.png: has transparent pixels" convert pictures/alpha.png ou
 holds out.i420 "51 10 51 10 6d b8"
 
 # Where both sides have alpha it is kept; elsewhere its loss is reported once, and only if a pixel is transparent.
-printf 'P6 2 2 255\n' >head.ppm
+printf 'P6\n2 2\n255\n' >start
 works convert pictures/alpha.png out.rgba
 holds out.rgba "ff 00 00 ff ff ff ff 00 ff 00 00 ff ff ff ff 00"
 works convert pictures/alpha.png out.png
@@ -33,7 +33,7 @@ works compare pictures/alpha.png out.png
 works convert out.rgba out.png --size 2x2
 works compare pictures/alpha.png out.png
 warns "pictures/alpha.png: has transparent pixels, which are composited over black" convert pictures/alpha.png out.ppm
-{ cat head.ppm; bytes "ff 00 00 00 00 00 ff 00 00 00 00 00"; } >expected
+{ cat start; bytes "ff 00 00 00 00 00 ff 00 00 00 00 00"; } >expected
 same out.ppm expected
 warns "pictures/alpha.png: has transparent pixels" convert pictures/alpha.png out.rgb
 warns "pictures/alpha.png: has transparent pixels" convert pictures/alpha.png out.png --mirror
