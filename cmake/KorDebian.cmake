@@ -1,8 +1,8 @@
 # The Debian packages, one for each component of the installation:
 #
-#   libkorX.Y     runtime      both shared libraries. They have one version and one SONAME version, are released together
-#                              and are small, so one package serves both. A program with services of its own does not
-#                              link the second one, whose file is then unused.
+#   libkorX.Y     runtime      the three shared libraries. They have one version and one SONAME version, are released
+#                              together and are small, so one package carries them all. A program with services of its
+#                              own, or of the portable set alone, leaves the others unused.
 #   libkor-dev    development  headers, static libraries, conformance kit, CMake package, pkg-config files, examples
 #   korframe      tools        the command-line tool
 if(NOT BUILD_SHARED_LIBS)
@@ -10,18 +10,21 @@ if(NOT BUILD_SHARED_LIBS)
 endif()
 set(KOR_PACKAGE_CONTACT "Kor maintainers <maintainers@kor.invalid>" CACHE STRING "Maintainer named by the packages")
 
-get_target_property(korSoVersion KorYuv420 SOVERSION)
+get_target_property(korSoVersion KorYuv420C SOVERSION)
 set(korRuntimePackage libkor${korSoVersion})
 set(korDevelopmentPackage libkor-dev)
 set(korToolsPackage korframe)
 
 # The static libraries consist of the shared ones' objects, which are position-independent anyway. A plain installation
 # omits rules that only packages need.
-foreach(library KorYuv420 KorPlatform)
+foreach(library KorYuv420 KorYuv420C KorPlatform)
   add_library(${library}Archive STATIC $<TARGET_OBJECTS:${library}>)
   set_target_properties(${library}Archive PROPERTIES OUTPUT_NAME ${library} LINKER_LANGUAGE C)
   install(TARGETS ${library}Archive
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development EXCLUDE_FROM_ALL)
+endforeach()
+foreach(target IN LISTS korVectorTargets)
+  target_sources(KorYuv420Archive PRIVATE $<TARGET_OBJECTS:KorYuv420${target}>)
 endforeach()
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples
   DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${korDevelopmentPackage} COMPONENT development EXCLUDE_FROM_ALL
@@ -86,8 +89,9 @@ set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
 "Video pixel-format conversions, exact to the bit
 ${korAboutTheLibrary}
 .
-This package contains the shared libraries: the conversions, and the default
-services that provide their random bytes and dither noise.")
+This package contains the shared libraries: the conversions for the processor
+that they find, the portable conversions, and the default services that
+provide their random bytes and dither noise.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME ${korDevelopmentPackage})
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)

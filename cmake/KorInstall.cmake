@@ -1,16 +1,15 @@
 # Installation: headers, libraries, the CMake package, the pkg-config files, and an uninstall target.
 include(CMakePackageConfigHelpers)
 
-install(TARGETS KorYuv420 KorPlatform KorPlatformInOrder EXPORT KorTargets
+install(TARGETS KorYuv420C KorYuv420 KorPlatform KorPlatformInOrder EXPORT KorTargets
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
-# The dispatched set is not installed yet, and so its headers are not.
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/Kor DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development
   FILES_MATCHING PATTERN "*.h"
-  PATTERN Vector EXCLUDE PATTERN KorYuv420.h EXCLUDE PATTERN KorYuv420Shapes_.h EXCLUDE)
+  PATTERN Vector EXCLUDE PATTERN KorYuv420Shapes_.h EXCLUDE)
 
-set(korLibraries yuv420 platform)
+set(korLibraries yuv420 yuv420-c platform)
 if(KOR_BUILD_CONFORMANCE AND TARGET KorConformance)
   install(TARGETS KorConformance EXPORT KorTargets
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
@@ -47,9 +46,11 @@ if(KOR_DEBIAN_PACKAGES)
   set(korPcPrefix ${CMAKE_INSTALL_PREFIX})
 endif()
 set(korPcCflags "$<$<BOOL:${BUILD_SHARED_LIBS}>: -DKOR_SHARED>")
+set(korPcServices -lKorPlatform)
 if(UNIX AND NOT APPLE)
   # Like the CMake target: the order of the libraries does not matter.
-  set(korPcServices "-Wl,-u,KorRandomGetBytes,-u,KorTblDitherStd4 ")
+  set(korPcServices
+    "-Wl,-u,KorRandomGetBytes,-u,KorTblDitherStd4,--push-state,--no-as-needed,-lKorPlatform,--pop-state")
 endif()
 foreach(library IN LISTS korLibraries)
   configure_file(${CMAKE_CURRENT_LIST_DIR}/kor-${library}.pc.in kor-${library}.pc.config @ONLY)

@@ -81,12 +81,12 @@ std::uint8_t DrawMark(std::size_t count) {
     return static_cast<std::uint8_t>(count == sizeof(KorSizeT) ? 0xff : count);
 }
 
-std::uint64_t DigestOption(const Entry& entry, const AnyFunction& function, const Sweep& one, Memory& memory) {
+std::uint64_t DigestOption(const Entry& entry, const Caller& call, const Sweep& one, Memory& memory) {
     Fnv1a hash;
     ForEachCase(one, kSeed, [&](const Case& options) {
         memory.Lay(entry, options);
         ScriptedRandom::ServeSeed(options.seed);
-        Call(function, memory.Views(), options);
+        call(entry, memory.Views(), options);
         memory.AddTo(hash);
         for (const std::size_t count : ScriptedRandom::Draws()) {
             hash.Add(DrawMark(count));
@@ -140,17 +140,22 @@ bool ParseHex(const std::string& text, std::uint64_t& value) {
 }  // namespace
 
 std::vector<Digest> MakeDigests(const KorConformanceTable& table) {
+    return MakeDigests([&table](const Entry& entry, const PlaneView* planes, const Case& options) {
+        Call(entry.of(table), planes, options);
+    });
+}
+
+std::vector<Digest> MakeDigests(const Caller& call) {
     RequireScriptedDraws();
     std::vector<Digest> digests;
     Memory memory;
     for (const Entry& entry : Catalogue()) {
-        const AnyFunction function = entry.of(table);
         Sweep options = entry.options();
         // A matrix that shares memory with a plane has the byte order of the machine.
         options.matrixPlaces = {MatrixPlace::Own};
         ForEachOption(options, Case{}, [&](const Case& option) {
             digests.push_back(
-                {entry.name, NameOption(options, option), DigestOption(entry, function, SweepOver(option), memory)});
+                {entry.name, NameOption(options, option), DigestOption(entry, call, SweepOver(option), memory)});
             return true;
         });
     }

@@ -8,9 +8,11 @@
 #define KOR_CONFORMANCE_DIGEST_DIGEST_H
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
+#include "conformance/core/Catalogue.h"
 #include "conformance/KorConformance.h"
 
 namespace kit {
@@ -24,6 +26,10 @@ struct Digest {
 // All digests of a table without null pointers, in the order of the public header. The program's KorRandomGetBytes has
 // to hand its draws to ScriptedRandom::Draw meanwhile; throws std::logic_error if it does not.
 std::vector<Digest> MakeDigests(const KorConformanceTable& table);
+
+// The same for functions that are called in another way, such as through another language.
+using Caller = std::function<void(const Entry&, const PlaneView* planes, const Case&)>;
+std::vector<Digest> MakeDigests(const Caller& call);
 
 // The manifest as text: a comment, then one line "function option digest" each.
 std::string WriteManifest(const std::vector<Digest>& digests);

@@ -21,8 +21,6 @@ struct Caught {
 constexpr Caught kCaught[] = {{SIGSEGV, "SIGSEGV"}, {SIGBUS, "SIGBUS"},   {SIGILL, "SIGILL"}, {SIGTRAP, "SIGTRAP"},
                               {SIGFPE, "SIGFPE"},   {SIGABRT, "SIGABRT"}, {SIGSYS, "SIGSYS"}};
 
-constexpr std::size_t kSignalStackBytes = std::size_t{1} << 16;
-
 thread_local sigjmp_buf wayOut;
 thread_local volatile sig_atomic_t calling = 0;
 thread_local volatile sig_atomic_t signalNumber = 0;
@@ -42,7 +40,13 @@ void LeaveWork(int number, siginfo_t* info, void*) {
 
 }  // namespace
 
+#if defined(__EMSCRIPTEN__)
+// There are no signals: a fault is the end of the program.
+SignalStack::SignalStack() = default;
+SignalStack::~SignalStack() = default;
+#else
 SignalStack::SignalStack() {
+    constexpr std::size_t kSignalStackBytes = std::size_t{1} << 16;
     stack_t present = {};
     if (sigaltstack(nullptr, &present) == 0 && (present.ss_flags & SS_DISABLE) != 0) {
         memory_.resize(kSignalStackBytes);
@@ -60,6 +64,7 @@ SignalStack::~SignalStack() {
         sigaltstack(&none, nullptr);
     }
 }
+#endif
 
 FaultCatcher::FaultCatcher() : former_(std::size(kCaught)) {
     struct sigaction action = {};

@@ -407,7 +407,8 @@ int Rounding(FloatMode mode) {
 
 void CallWatched(const AnyFunction& function, const PlaneView* planes, const Case& options, FloatMode mode,
                  ProcessorChange& change) {
-    const bool set = std::fesetround(Rounding(mode)) == 0;
+    // WebAssembly takes every mode and has one.
+    const bool set = std::fesetround(Rounding(mode)) == 0 && std::fegetround() == Rounding(mode);
     Call(function, planes, options);
     if (set && std::fegetround() != Rounding(mode)) {
         change.Add("rounding mode");

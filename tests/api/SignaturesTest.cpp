@@ -11,6 +11,7 @@
 
 #include "Kor/Os/KorRandom.h"
 #include "Kor/Video/Common/C/KorYuv420_C_.h"
+#include "Kor/Video/Common/KorYuv420.h"
 
 namespace {
 
@@ -49,26 +50,44 @@ using BlendArray = void(Bytes, Size, Bytes, Size, Bytes, Size, Source, Size, Sou
                         Size, Size, Bytes, Size, Bytes, Size, Bytes, Size);
 }  // namespace shape
 
-#define KOR_FUNCTION(name, type, family, frames) \
-    static_assert(std::is_same_v<decltype(name##_C_), shape::type>, "the signature of " #name "_C_ has changed");
+#define KOR_FUNCTION(name, type, family, frames)                                                                  \
+    static_assert(std::is_same_v<decltype(name##_C_), shape::type>, "the signature of " #name "_C_ has changed"); \
+    static_assert(std::is_same_v<decltype(name), shape::type>, "the signature of " #name " has changed");
 #include "Kor/Video/Common/KorYuv420Functions_.inc"
+
+static_assert(std::is_same_v<decltype(KorYuv420Target), const char*()>, "the name of the target has changed");
+static_assert(std::is_same_v<decltype(KorYuv420Targets), Size(const char**, Size)>, "the list of targets has changed");
+static_assert(std::is_same_v<decltype(KorYuv420SelectTarget), uint8_t(const char*)>, "the selection has changed");
 
 static_assert(std::is_same_v<decltype(KorRandomGetBytes), uint8_t(char*, size_t)>, "the random service has changed");
 static_assert(std::is_same_v<decltype(KorTblDitherStd4), const int16_t[]>, "the noise table has changed");
 
-// The list of functions, from which all tables are generated, names exactly what the library exports.
+std::set<std::string> LinesOf(const char* file) {
+    std::ifstream list(file);
+    std::set<std::string> lines;
+    for (std::string line; std::getline(list, line);)
+        lines.insert(line);
+    return lines;
+}
+
+// The list of functions, from which all tables are generated, names exactly what the libraries export.
 TEST(Signatures, CoverEveryExportedFunction) {
     const std::set<std::string> listed = {
 #define KOR_FUNCTION(name, type, family, frames) #name "_C_",
 #include "Kor/Video/Common/KorYuv420Functions_.inc"
     };
+    EXPECT_EQ(listed, LinesOf(KOR_API_LISTS "/exported-symbols.txt"));
+}
 
-    std::ifstream list(KOR_EXPORTED_SYMBOLS);
-    std::set<std::string> exported;
-    for (std::string line; std::getline(list, line);)
-        exported.insert(line);
-
-    EXPECT_EQ(listed, exported);
+TEST(Signatures, CoverEveryExportedFunctionOfTheDispatchedSet) {
+    const std::set<std::string> listed = {
+        "KorYuv420Target",
+        "KorYuv420Targets",
+        "KorYuv420SelectTarget",
+#define KOR_FUNCTION(name, type, family, frames) #name,
+#include "Kor/Video/Common/KorYuv420Functions_.inc"
+    };
+    EXPECT_EQ(listed, LinesOf(KOR_API_LISTS "/exported-dispatched.txt"));
 }
 
 }  // namespace

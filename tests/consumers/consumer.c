@@ -2,7 +2,7 @@
 #include <stdio.h>
 #include <string.h>
 
-#include "Kor/Video/Common/C/KorYuv420_C_.h"
+#include "Kor/Video/Common/KorYuv420.h"
 
 int main(void) {
     KorUint8 picture[2][2][4];
@@ -15,8 +15,8 @@ int main(void) {
             memcpy(picture[row][column], red, 4);
         }
     }
-    KorBGRAToI420_C_(y[0], 2, &u, 1, &v, 1, picture[0][0], 8, 2, 2, 0);
-    KorI420ToBGRA_C_(y[0], 2, &u, 1, &v, 1, rendered[0][0], 8, 2, 2, KOR_VIDEOFRAMEDITHERLEVEL_1);
+    KorBGRAToI420(y[0], 2, &u, 1, &v, 1, picture[0][0], 8, 2, 2, 0);
+    KorI420ToBGRA(y[0], 2, &u, 1, &v, 1, rendered[0][0], 8, 2, 2, KOR_VIDEOFRAMEDITHERLEVEL_1);
     if (y[0][0] != 81 || u != 90 || v != 239 || rendered[1][1][2] < 200 || rendered[1][1][3] != 255) {
         fprintf(stderr, "consumer: red became %d, %d, %d\n", y[0][0], u, v);
         return 1;

@@ -429,7 +429,7 @@ class Workshop:
 
 
 def soname_of(build):
-    name = next(build.glob("Kor/libKorYuv420.so.*.*")).resolve().name
+    name = next(build.glob("Kor/libKorYuv420C.so.*.*")).resolve().name
     return ".".join(name.split(".")[:4])
 
 

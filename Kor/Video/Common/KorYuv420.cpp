@@ -17,6 +17,9 @@
 
 namespace kor {
 
+// For the kernels: the size in bytes from which they are to write destinations past the caches.
+KorSizeT StreamingSize();
+
 struct Functions {
 #define KOR_FUNCTION(name, shape, family, frames) decltype(&name##_C_) name;
 #include "Kor/Video/Common/KorYuv420Functions_.inc"
@@ -52,6 +55,10 @@ constexpr Functions kFunctions = {
 #define KOR_TARGET_NAMESPACE neon
 #include "Kor/Video/Common/Vector/Target_.inc"
 #endif
+#if defined(KOR_WITH_WASM)
+#define KOR_TARGET_NAMESPACE wasm
+#include "Kor/Video/Common/Vector/Target_.inc"
+#endif
 
 namespace {
 
@@ -85,13 +92,43 @@ bool RunsAlways() {
 }
 #endif
 
-// A target: a name, its table, and the table of the automatic choice on a machine whose best target this is. The two are to differ
+// What the environment variable KOR_STREAMING says about destinations that are written past the caches.
+enum Streaming {
+    kBySize,
+    kNever,
+    kAlways,
+    kStreamings,
+};
+
+constexpr KorSizeT kStreamingSizes[kStreamings] = {KorSizeT{12000000}, ~KorSizeT{0}, 0};
+
+// What a choice consists of: the functions, and the size in bytes from which they stream their destinations.
+struct Table {
+    Functions functions;
+    KorSizeT streamingSize;
+};
+
+// A target: a name, its tables, and those of the automatic choice on a machine whose best target this is. The two are to differ
 // where measurement finds another target's function faster.
 struct Target {
     const char* name;
     bool (*runs)();
-    Functions strict;
-    Functions automatic;
+    Table strict[kStreamings], automatic[kStreamings];
+
+    constexpr Target(const char* targetName, bool (*targetRuns)(), const Functions& own, const Functions& fastest)
+        : name(targetName),
+          runs(targetRuns),
+          strict{{own, kStreamingSizes[kBySize]}, {own, kStreamingSizes[kNever]}, {own, kStreamingSizes[kAlways]}},
+          automatic{{fastest, kStreamingSizes[kBySize]}, {fastest, kStreamingSizes[kNever]}, {fastest, kStreamingSizes[kAlways]}} {}
+
+    bool Has(const Table* table) const {
+        for (KorUint streaming = 0; streaming < kStreamings; ++streaming) {
+            if (table == &strict[streaming] || table == &automatic[streaming]) {
+                return true;
+            }
+        }
+        return false;
+    }
 };
 
 // Best first.
@@ -111,18 +148,21 @@ constexpr Target kTargets[] = {
 #if defined(KOR_WITH_NEON)
     {"neon", &RunsAlways, kor::neon::kFunctions, kor::neon::kFunctions},
 #endif
+#if defined(KOR_WITH_WASM)
+    {"wasm", &RunsAlways, kor::wasm::kFunctions, kor::wasm::kFunctions},
+#endif
     {"portable", &RunsAlways, kor::portable::kFunctions, kor::portable::kFunctions},
 };
 
 // The chosen table; null until the first call. Tables are constants, so that no order of memory needs to be kept.
-std::atomic<const Functions*> chosen = {nullptr};
+std::atomic<const Table*> chosen = {nullptr};
 
-const Functions* AutomaticChoice() {
+const Table* AutomaticChoice(Streaming streaming) {
     const Target* target = kTargets;
     while (!target->runs()) {
         ++target;
     }
-    return &target->automatic;
+    return &target->automatic[streaming];
 }
 
 bool IsSame(const char* a, const char* b) {
@@ -134,44 +174,65 @@ bool IsSame(const char* a, const char* b) {
 }
 
 // Null if the name is unknown or this machine cannot run the target.
-const Functions* NamedChoice(const char* name) {
+const Table* NamedChoice(const char* name, Streaming streaming) {
     for (const Target& target : kTargets) {
         if (IsSame(target.name, name)) {
-            return target.runs() ? &target.strict : nullptr;
+            return target.runs() ? &target.strict[streaming] : nullptr;
         }
     }
     return nullptr;
 }
 
+Streaming StreamingOfEnvironment() {
+    const char* value = std::getenv("KOR_STREAMING");
+    if (value == nullptr) {
+        return kBySize;
+    }
+    return IsSame(value, "0") ? kNever : IsSame(value, "always") ? kAlways
+                                                                 : kBySize;
+}
+
 // What the environment names or, if that is nothing that can run, the automatic choice.
-const Functions* FirstChoice() {
+const Table* FirstChoice() {
+    const Streaming streaming = StreamingOfEnvironment();
     const char* name = std::getenv("KOR_TARGET");
-    const Functions* named = name != nullptr ? NamedChoice(name) : nullptr;
-    return named != nullptr ? named : AutomaticChoice();
+    const Table* named = name != nullptr ? NamedChoice(name, streaming) : nullptr;
+    return named != nullptr ? named : AutomaticChoice(streaming);
 }
 
 // Threads that come here at once choose the same. A selection that another thread has made in the meantime stands.
-[[gnu::noinline, gnu::cold]] const Functions* ChooseFirst() {
-    const Functions* current = nullptr;
-    const Functions* first = FirstChoice();
+[[gnu::noinline, gnu::cold]] const Table* ChooseFirst() {
+    const Table* current = nullptr;
+    const Table* first = FirstChoice();
     return chosen.compare_exchange_strong(current, first, std::memory_order_relaxed) ? first : current;
 }
 
-inline const Functions* Chosen() {
-    const Functions* functions = chosen.load(std::memory_order_relaxed);
-    return functions != nullptr ? functions : ChooseFirst();
+inline const Table* Chosen() {
+    const Table* table = chosen.load(std::memory_order_relaxed);
+    return table != nullptr ? table : ChooseFirst();
+}
+
+// As it was chosen first: a later selection asks the environment no more.
+Streaming ChosenStreaming() {
+    const KorSizeT size = Chosen()->streamingSize;
+    return size == kStreamingSizes[kNever] ? kNever : size == kStreamingSizes[kAlways] ? kAlways
+                                                                                       : kBySize;
 }
 
 }  // namespace
+
+KorSizeT kor::StreamingSize() {
+    return Chosen()->streamingSize;
+}
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Targets
 // ---------------------------------------------------------------------------------------------------------------------
 
 const char* KorYuv420Target(void) {
-    const Functions* functions = Chosen();
+    const Table* table = Chosen();
     const Target* target = kTargets;
-    while (functions != &target->strict && functions != &target->automatic) {
+    while (!target->Has(table)) {
         ++target;
     }
     return target->name;
@@ -189,11 +250,12 @@ KorSizeT KorYuv420Targets(const char** names, KorSizeT count) {
 }
 
 KorBool KorYuv420SelectTarget(const char* name) {
-    const Functions* functions = name != nullptr ? NamedChoice(name) : AutomaticChoice();
-    if (functions == nullptr) {
+    const Streaming streaming = ChosenStreaming();
+    const Table* table = name != nullptr ? NamedChoice(name, streaming) : AutomaticChoice(streaming);
+    if (table == nullptr) {
         return 0;
     }
-    chosen.store(functions, std::memory_order_relaxed);
+    chosen.store(table, std::memory_order_relaxed);
     return 1;
 }
 
@@ -201,8 +263,8 @@ KorBool KorYuv420SelectTarget(const char* name) {
 // The 38 functions
 // ---------------------------------------------------------------------------------------------------------------------
 
-#define KOR_FUNCTION(name, shape, family, frames) \
-    void name KOR_PARAMETERS_##shape {            \
-        Chosen()->name KOR_ARGUMENTS_##shape;     \
+#define KOR_FUNCTION(name, shape, family, frames)       \
+    void name KOR_PARAMETERS_##shape {                  \
+        Chosen()->functions.name KOR_ARGUMENTS_##shape; \
     }
 #include "Kor/Video/Common/KorYuv420Functions_.inc"

@@ -12,6 +12,10 @@
  *
  * The environment variable KOR_TARGET names a target for the first call. Unset, empty or not to be had on this machine,
  * it changes nothing.
+ *
+ * Large destinations, of 12,000,000 bytes and more, are written past the caches where that is faster: whoever reads them next
+ * would find little of them in a cache anyway. With KOR_STREAMING=0 in the environment of the first call none is. With
+ * KOR_STREAMING=always all are, as far as their addresses allow, which is slower and made for tests.
  */
 #ifndef KOR_VIDEO_COMMON_KORYUV420_H
 #define KOR_VIDEO_COMMON_KORYUV420_H

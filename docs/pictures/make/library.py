@@ -50,7 +50,7 @@ class Library:
     def __init__(self, build):
         # The services come first, because the library resolves them among the symbols already loaded.
         ctypes.CDLL(str(build / "platform/libKorPlatform.so"), ctypes.RTLD_GLOBAL)
-        self._library = ctypes.CDLL(str(build / "Kor/libKorYuv420.so"))
+        self._library = ctypes.CDLL(str(build / "Kor/libKorYuv420C.so"))
 
     def call(self, name, *arguments):
         """Planes become a pointer and a pitch, integers become sizes; everything else is a ctypes value."""

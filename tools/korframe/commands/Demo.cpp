@@ -216,6 +216,7 @@ struct DemoOptions {
     std::string picture;
     std::string overlay;
     std::optional<std::uint64_t> seed;
+    OutputPolicy policy;
 };
 
 void MakeDirectory(const std::string& path) {
@@ -246,7 +247,7 @@ void RunDemo(const DemoOptions& options) {
     stages.push_back({"contact-sheet.png", "All stages", std::move(sheet)});
     for (const Stage& stage : stages) {
         const std::string path = options.directory + "/" + stage.file;
-        WritePicture(path, PictureKind::Png, stage.picture);
+        WritePicture(path, PictureKind::Png, stage.picture, options.policy);
         std::printf("%s: %s\n", path.c_str(), stage.caption.c_str());
     }
 }
@@ -266,6 +267,7 @@ void AddDemo(CLI::App& app) {
         ->add_option("--overlay", options->overlay,
                      "what to blend over it, PNG, JPEG or PPM; default: a drawn self-view")
         ->type_name("PICTURE");
+    AddForceOption(*command, options->policy.force);
     AddSeedOption(*command, options->seed);
     command->footer(
         "A camera on its side delivers UYVY, bottom row first. The frame is captured with a flip and a rotation\n"

@@ -88,6 +88,9 @@ void OutputOptions::Add(CLI::App& command) {
                     "y4m for -")
         ->check(IsOutput())
         ->type_name("KIND");
+    AddForceOption(command, policy.force);
+    command.add_flag("--keep-partial", policy.keepPartial,
+                     "if the input breaks off, put the frames before the break under the name of OUTPUT");
     AddSeedOption(command, seed);
     command
         .add_option("--jobs", jobs,
@@ -102,6 +105,7 @@ void OutputOptions::Add(CLI::App& command) {
 void OutputOptions::Fill(ChainRequest& request, const std::string& output) const {
     request.output = output;
     request.to = to;
+    request.policy = policy;
     request.seed = seed;
     request.jobs = jobs;
     request.verbose = verbose;
@@ -114,6 +118,10 @@ void AddOutputArgument(CLI::App& command, std::string& output) {
     command.add_option("OUTPUT", output, "file to write; - for standard output; out-%04d.png for numbered pictures")
         ->required()
         ->type_name("");
+}
+
+void AddForceOption(CLI::App& command, bool& force) {
+    command.add_flag("--force", force, "replace read-only files, and write to a terminal");
 }
 
 void AddMatrixOption(CLI::App& command, std::string& matrix) {

@@ -43,6 +43,7 @@ struct OutputOptions {
     std::size_t jobs = 0;
     bool quiet = false;
     bool verbose = false;
+    OutputPolicy policy;
 
     void Add(CLI::App& command);
     void Fill(ChainRequest& request, const std::string& output) const;
@@ -52,6 +53,7 @@ extern const char* const kInputHelp;
 extern const char* const kDitherHelp;
 
 void AddOutputArgument(CLI::App& command, std::string& output);
+void AddForceOption(CLI::App& command, bool& force);
 void AddMatrixOption(CLI::App& command, std::string& matrix);
 void AddQuietOption(CLI::App& command, bool& quiet, const char* help);
 void AddSeedOption(CLI::App& command, std::optional<std::uint64_t>& seed);

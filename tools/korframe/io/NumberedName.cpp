@@ -1,5 +1,7 @@
 #include "io/NumberedName.h"
 
+#include "io/Errors.h"
+
 namespace korframe {
 
 NumberedName::NumberedName(const std::string& pattern) : before_(pattern) {
@@ -11,13 +13,16 @@ NumberedName::NumberedName(const std::string& pattern) : before_(pattern) {
             digits = static_cast<std::size_t>(pattern[end + 1] - '0');
             end += 2;
         }
-        if (end < pattern.size() && pattern[end] == 'd') {
-            before_ = pattern.substr(0, percent);
-            after_ = pattern.substr(end + 1);
-            digits_ = digits;
-            numbered_ = true;
-            return;
+        if (end >= pattern.size() || pattern[end] != 'd') {
+            continue;
         }
+        if (numbered_) {
+            FailUsage(pattern + ": has two places for a number; expected one, for example frame-%04d.png");
+        }
+        before_ = pattern.substr(0, percent);
+        after_ = pattern.substr(end + 1);
+        digits_ = digits;
+        numbered_ = true;
     }
 }
 

@@ -10,7 +10,7 @@ namespace korframe {
 
 class NumberedName {
   public:
-    // The first %d or %0Nd in the pattern is replaced by the number; any other % stands for itself.
+    // A %d or %0Nd in the pattern is replaced by the number; there may be only one. Any other % stands for itself.
     explicit NumberedName(const std::string& pattern);
 
     bool IsNumbered() const { return numbered_; }

@@ -42,38 +42,66 @@ class PictureSource : public FrameSource {
     bool taken_ = false;
 };
 
-// A single picture, or one for each frame if the name has a place for the number.
 class PictureSink : public FrameSink {
   public:
-    PictureSink(const std::string& path, PictureKind kind) : path_(path), name_(path), kind_(kind) {}
+    PictureSink(const std::string& path, PictureKind kind, const OutputPolicy& policy)
+        : name_(NameOfOutput(path)), kind_(kind), output_(path, policy) {}
 
-    void Encode(const Frame& frame, Coded& coded) const override { coded = EncodePicture(path_, kind_, frame); }
+    void Encode(const Frame& frame, Coded& coded) const override { coded = EncodePicture(name_, kind_, frame); }
 
     void Write(const Frame& /*frame*/, const std::string& /*fields*/, const Coded& coded) override {
-        if (name_.IsNumbered()) {
-            WriteWholeFile(name_.For(++frames_), coded);
-            return;
-        }
-        if (++frames_ > 1) {
-            FailFile(path_,
+        if (written_) {
+            FailFile(name_,
                      "is a single picture, but there are more frames; put a number in the name, for example "
                      "frame-%04d.png");
         }
-        only_ = coded;
+        output_.Write(coded.data(), coded.size());
+        written_ = true;
+    }
+
+    void Finish() override { output_.Commit(); }
+    std::string FinishPartial() override { return output_.CommitPartial(); }
+
+  private:
+    std::string name_;
+    PictureKind kind_;
+    OutputFile output_;
+    bool written_ = false;
+};
+
+// A picture for each frame. Each is complete by itself and gets its name at once; those that replace others are flushed
+// to the disk together.
+class NumberedPictureSink : public FrameSink {
+  public:
+    NumberedPictureSink(const NumberedName& name, PictureKind kind, const OutputPolicy& policy)
+        : name_(name), kind_(kind), policy_(policy) {}
+
+    void Encode(const Frame& frame, Coded& coded) const override { coded = EncodePicture(name_.For(1), kind_, frame); }
+
+    void Write(const Frame& /*frame*/, const std::string& /*fields*/, const Coded& coded) override {
+        OutputFile output(name_.For(++frames_), policy_);
+        output.Write(coded.data(), coded.size());
+        output.Commit(OutputFile::Flush::Later);
+        replaces_ = replaces_ || output.Replaces();
     }
 
     void Finish() override {
-        if (!name_.IsNumbered()) {
-            WriteWholeFile(path_, only_);
+        if (replaces_) {
+            FlushFileSystemOf(name_.For(1));
         }
     }
 
+    std::string FinishPartial() override {
+        Finish();
+        return "";
+    }
+
   private:
-    std::string path_;
     NumberedName name_;
     PictureKind kind_;
+    OutputPolicy policy_;
     std::uint64_t frames_ = 0;
-    Coded only_;
+    bool replaces_ = false;
 };
 
 const char* const kSizeForm = " WIDTHxHEIGHT";
@@ -149,17 +177,13 @@ std::unique_ptr<FrameSource> OpenSource(const InputRequest& request) {
     return source;
 }
 
-std::string NameOfOutput(const std::string& path) {
-    return path == "-" ? "standard output" : path;
-}
-
 OutputKind DecideOutput(const std::string& path, const OutputRequest& to, const PixelFormat* rendered) {
     if (to.container == Container::Pictures) {
         return {Container::Pictures, nullptr, to.picture};
     }
     const bool y4mAsked = to.container == Container::Y4m;
     const bool nothingAsked = !to.container && to.layout == nullptr;
-    if (y4mAsked || Suffix(path) == "y4m" || (path == "-" && nothingAsked && rendered == nullptr)) {
+    if (y4mAsked || Suffix(path) == "y4m" || (IsStandardOutput(path) && nothingAsked && rendered == nullptr)) {
         if (to.layout != nullptr && !to.layout->IsPlanarYuv()) {
             FailUsage(std::string("--to ") + to.layout->name + ": " + path +
                       " is named as a Y4M file; expected i420, i422 or i444, or another name");
@@ -190,16 +214,20 @@ OutputKind DecideOutput(const std::string& path, const OutputRequest& to, const 
     return {Container::Raw, layout, PictureKind::None};
 }
 
-std::unique_ptr<FrameSink> OpenSink(const std::string& path, const OutputKind& kind, const StreamInfo& info) {
+std::unique_ptr<FrameSink> OpenSink(const std::string& path, const OutputKind& kind, const StreamInfo& info,
+                                    const OutputPolicy& policy) {
     switch (kind.container) {
         case Container::Y4m:
-            return std::make_unique<Y4mSink>(path, info);
+            return std::make_unique<Y4mSink>(path, info, policy);
         case Container::Pictures:
-            return std::make_unique<PictureSink>(path, kind.picture);
+            if (const NumberedName name(path); name.IsNumbered()) {
+                return std::make_unique<NumberedPictureSink>(name, kind.picture, policy);
+            }
+            return std::make_unique<PictureSink>(path, kind.picture, policy);
         case Container::Raw:
             break;
     }
-    return std::make_unique<RawSink>(path);
+    return std::make_unique<RawSink>(path, policy);
 }
 
 }  // namespace korframe

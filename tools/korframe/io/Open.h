@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "io/OutputFile.h"
 #include "io/PictureFile.h"
 #include "io/RawFile.h"
 #include "io/Stream.h"
@@ -47,11 +48,9 @@ struct OutputKind {
 // Decides by --to, or else by the suffix of the name, or else by what is rendered last, if anything is.
 OutputKind DecideOutput(const std::string& path, const OutputRequest& to, const PixelFormat* rendered);
 
-// As messages name it.
-std::string NameOfOutput(const std::string& path);
-
 // Opens an output for frames of the layout and size in `info`.
-std::unique_ptr<FrameSink> OpenSink(const std::string& path, const OutputKind& kind, const StreamInfo& info);
+std::unique_ptr<FrameSink> OpenSink(const std::string& path, const OutputKind& kind, const StreamInfo& info,
+                                    const OutputPolicy& policy);
 
 }  // namespace korframe
 

@@ -1,7 +1,6 @@
 #include "io/PictureFile.h"
 
 #include "io/Errors.h"
-#include "io/OutputFile.h"
 
 namespace korframe {
 
@@ -80,14 +79,11 @@ std::vector<std::uint8_t> EncodePicture(const std::string& name, PictureKind kin
     return kind == PictureKind::Png ? EncodePng(name, rgb24) : EncodePpm(rgb24);
 }
 
-void WriteWholeFile(const std::string& path, const std::vector<std::uint8_t>& file) {
-    OutputFile output(path);
+void WritePicture(const std::string& path, PictureKind kind, const Frame& picture, const OutputPolicy& policy) {
+    OutputFile output(path, policy);
+    const std::vector<std::uint8_t> file = EncodePicture(NameOfOutput(path), kind, picture);
     output.Write(file.data(), file.size());
     output.Commit();
-}
-
-void WritePicture(const std::string& path, PictureKind kind, const Frame& picture) {
-    WriteWholeFile(path, EncodePicture(path, kind, picture));
 }
 
 }  // namespace korframe

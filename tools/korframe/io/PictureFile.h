@@ -8,6 +8,7 @@
 
 #include "image/Image.h"
 #include "io/InputFile.h"
+#include "io/OutputFile.h"
 
 namespace korframe {
 
@@ -30,8 +31,7 @@ Frame ReadPicture(InputFile& input);
 
 // Encodes an RGB picture of any byte order, without alpha. `name` is for messages.
 std::vector<std::uint8_t> EncodePicture(const std::string& name, PictureKind kind, const Frame& picture);
-void WriteWholeFile(const std::string& path, const std::vector<std::uint8_t>& file);
-void WritePicture(const std::string& path, PictureKind kind, const Frame& picture);
+void WritePicture(const std::string& path, PictureKind kind, const Frame& picture, const OutputPolicy& policy);
 
 // The codecs, one file each. `file` is the whole file, `name` is for messages.
 Frame DecodePng(const std::string& name, const std::vector<std::uint8_t>& file);

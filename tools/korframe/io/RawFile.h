@@ -42,11 +42,12 @@ class RawSource : public FrameSource {
 
 class RawSink : public FrameSink {
   public:
-    explicit RawSink(const std::string& path) : output_(path) {}
+    RawSink(const std::string& path, const OutputPolicy& policy) : output_(path, policy) {}
     void Write(const Frame& frame, const std::string& /*fields*/, const Coded& /*coded*/) override {
         output_.Write(frame.Data(), frame.Size());
     }
     void Finish() override { output_.Commit(); }
+    std::string FinishPartial() override { return output_.CommitPartial(); }
 
   private:
     OutputFile output_;

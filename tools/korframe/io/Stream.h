@@ -71,8 +71,11 @@ class FrameSink {
     virtual void Encode(const Frame& /*frame*/, Coded& /*coded*/) const {}
     // Writes a frame, given the fields from its source and what Encode made of it.
     virtual void Write(const Frame& frame, const std::string& fields, const Coded& coded) = 0;
-    // Puts the file in place; without it, none appears.
+    // Puts the file in place; without it or FinishPartial, none appears.
     virtual void Finish() = 0;
+    // The same if the input broke off after some frames. Returns the name under which they can be found; empty if they
+    // went where they were to go.
+    virtual std::string FinishPartial() = 0;
 };
 
 }  // namespace korframe

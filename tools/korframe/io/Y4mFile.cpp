@@ -148,8 +148,8 @@ bool Y4mSource::Read(Frame& frame) {
     return true;
 }
 
-Y4mSink::Y4mSink(const std::string& path, const StreamInfo& info)
-    : output_(path), keepsFields_(info.tags.interlacing == "m") {
+Y4mSink::Y4mSink(const std::string& path, const StreamInfo& info, const OutputPolicy& policy)
+    : output_(path, policy), keepsFields_(info.tags.interlacing == "m") {
     const ClipTags& tags = info.tags;
     std::string chroma = info.format->layout == Layout::I422 ? "422" : "444";
     if (info.format->layout == Layout::I420) {
@@ -169,10 +169,6 @@ void Y4mSink::Write(const Frame& frame, const std::string& fields, const Coded& 
     const std::string line = std::string(kFrame) + (keepsFields_ ? fields : "") + "\n";
     output_.Write(line.data(), line.size());
     output_.Write(frame.Data(), frame.Size());
-}
-
-void Y4mSink::Finish() {
-    output_.Commit();
 }
 
 }  // namespace korframe

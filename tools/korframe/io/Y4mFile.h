@@ -24,9 +24,10 @@ class Y4mSource : public FrameSource {
 
 class Y4mSink : public FrameSink {
   public:
-    Y4mSink(const std::string& path, const StreamInfo& info);
+    Y4mSink(const std::string& path, const StreamInfo& info, const OutputPolicy& policy);
     void Write(const Frame& frame, const std::string& fields, const Coded& coded) override;
-    void Finish() override;
+    void Finish() override { output_.Commit(); }
+    std::string FinishPartial() override { return output_.CommitPartial(); }
 
   private:
     OutputFile output_;

@@ -207,7 +207,14 @@ class Feed {
                                          std::to_string(frames_.first));
             }
         }
-        if (number_ == frames_.last || !ReadCropped(frame)) {
+        if (number_ == frames_.last) {
+            return false;
+        }
+        if (!ReadCropped(frame)) {
+            if (frames_.last != FrameRange().last) {
+                SayNote("warning: " + info_.name + ": ends after frame " + std::to_string(number_) +
+                        "; --frames asks for frames up to " + std::to_string(frames_.last));
+            }
             return false;
         }
         ++number_;
@@ -276,12 +283,10 @@ class Workers {
         if (failure_) {
             std::rethrow_exception(failure_);
         }
-        if (!broken_ || written_ > 0) {
-            sink_.Finish();
-        }
         if (broken_) {
-            std::rethrow_exception(broken_);
+            throw Error(ExitStatus::Failure, *broken_ + FinishBroken());
         }
+        sink_.Finish();
         progress_.Finish(written_);
     }
 
@@ -299,6 +304,17 @@ class Workers {
                     std::to_string(workers_.size()) + " threads could be started (" + error.what() + ")");
         }
         return threads;
+    }
+
+    // Keeps the frames before a break and says where they are.
+    std::string FinishBroken() {
+        if (written_ == 0) {
+            return "";
+        }
+        const std::string place = sink_.FinishPartial();
+        const std::string frames = written_ == 1 ? "frame" : std::to_string(written_) + " frames";
+        return "; the " + frames + " before it " + (written_ == 1 ? "is" : "are") + " in " +
+               (place.empty() ? "the output" : place);
     }
 
     void Work(Worker& worker) {
@@ -327,8 +343,8 @@ class Workers {
             if (!feed_.Next(worker.frame, worker.fields, worker.overlays)) {
                 return false;
             }
-        } catch (const BrokenStream&) {
-            broken_ = std::current_exception();
+        } catch (const BrokenStream& error) {
+            broken_ = error.what();
             return false;
         }
         ended_ = false;
@@ -365,7 +381,7 @@ class Workers {
 
     std::mutex reading_;  // for the feed and what follows
     bool ended_ = false;
-    std::exception_ptr broken_;  // the input breaks off
+    std::optional<std::string> broken_;  // how the input breaks off
     std::uint64_t read_ = 0;
 
     std::mutex writing_;  // for the sink and what follows
@@ -409,8 +425,8 @@ void RunChain(const ChainRequest& request) {
     const Chain& chain = workers.front().chain;
     CheckMatrix(request.matrix, matrix, chain.CapturesRgb() || rgbOverlay, chain.RendersRgb());
     feed.PlaceOverlays(chain.Backgrounds());
+    const std::unique_ptr<FrameSink> sink = OpenSink(request.output, kind, chain.Info(), request.policy);
     SayAssumptions(request, feed.Info(), chain);
-    const std::unique_ptr<FrameSink> sink = OpenSink(request.output, kind, chain.Info());
     Progress progress(feed.Info());
     Workers(std::move(workers), feed, *sink, progress, request.seed).Run();
 }

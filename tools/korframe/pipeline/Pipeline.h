@@ -40,6 +40,7 @@ struct ChainRequest {
     std::vector<OverlayRequest> overlays;  // the Blend steps refer to them by index
     std::string output;
     OutputRequest to;
+    OutputPolicy policy;
     std::string matrix;  // --matrix; empty for the default
     std::optional<std::uint64_t> seed;
     std::size_t jobs = 0;  // threads; 0 for one a processor

@@ -351,20 +351,21 @@ KOR_INLINE inline V8 JoinPairs(hn::Vec<H8> first, hn::Vec<H8> second) {
 }
 
 // Two vectors put together, byte by byte in turn, and stored.
-KOR_INLINE inline void StorePairs(V8 first, V8 second, KorUint8* x) {
-    const D8 d;
+template <class Stores>
+KOR_INLINE inline void StorePairs(Stores stores, V8 first, V8 second, KorUint8* x) {
 #if defined(KOR_VNNI)
     static constexpr Places kLower = Places::Make([](KorUint i) { return i / 2 + 64 * (i % 2); });
     static constexpr Places kUpper = Places::Make([](KorUint i) { return i / 2 + 64 * (i % 2) + 32; });
-    hn::StoreU(V8{_mm512_permutex2var_epi8(first.raw, kLower.Load(), second.raw)}, d, x);
-    hn::StoreU(V8{_mm512_permutex2var_epi8(first.raw, kUpper.Load(), second.raw)}, d, x + 64);
-#elif HWY_TARGET == HWY_AVX2
-    const V8 a = V8{_mm256_permute4x64_epi64(first.raw, 0xd8)};
-    const V8 b = V8{_mm256_permute4x64_epi64(second.raw, 0xd8)};
-    hn::StoreU(V8{_mm256_unpacklo_epi8(a.raw, b.raw)}, d, x);
-    hn::StoreU(V8{_mm256_unpackhi_epi8(a.raw, b.raw)}, d, x + 32);
+    stores.Store(V8{_mm512_permutex2var_epi8(first.raw, kLower.Load(), second.raw)}, x);
+    stores.Store(V8{_mm512_permutex2var_epi8(first.raw, kUpper.Load(), second.raw)}, x + 64);
+#elif HWY_ARCH_X86
+    const V8 a = OrderHalves(first);
+    const V8 b = OrderHalves(second);
+    stores.Store(V8{KOR_X86(unpacklo_epi8)(a.raw, b.raw)}, x);
+    stores.Store(V8{KOR_X86(unpackhi_epi8)(a.raw, b.raw)}, x + hn::Lanes(D8()));
 #else
-    hn::StoreInterleaved2(first, second, d, x);
+    static_cast<void>(stores);
+    hn::StoreInterleaved2(first, second, D8(), x);
 #endif
 }
 

@@ -26,38 +26,39 @@ bool IsWide(KorSizeT width, KorSizeT height) {
 }
 
 // Stores the two halves of a vector, such as U and V.
-KOR_INLINE inline void StoreHalves(V8 x, KorUint8* lower, KorUint8* upper) {
+template <class Stores>
+KOR_INLINE inline void StoreHalves(Stores stores, V8 x, KorUint8* lower, KorUint8* upper) {
     const hn::Half<D8> half;
-    hn::StoreU(hn::LowerHalf(half, x), half, lower);
-    hn::StoreU(hn::UpperHalf(half, x), half, upper);
+    stores.Store(hn::LowerHalf(half, x), lower);
+    stores.Store(hn::UpperHalf(half, x), upper);
 }
 
 // Two rows of n pixels, n at least a vector of bytes and even. x1 may be x0. Backwards, the last pixel is written first.
-template <LumaByte lumaByte, Order order, Source source>
+template <LumaByte lumaByte, Order order, Memory memory>
 KOR_KERNEL void CaptureRowPair(KorUint8* y0, KorUint8* y1, KorUint8* u, KorUint8* v,
                                const KorUint8* x0, const KorUint8* x1, KorSizeT n) {
     constexpr int luma = lumaByte == LumaByte::First ? 0 : 1;
     const D8 d;
     const KorSizeT size = hn::Lanes(d);
-    ForEachBlock(n, size, [&](KorSizeT start) KOR_INLINE {
+    ForEachStoredBlock<memory>(n, size, 0, [&](KorSizeT start, auto stores) KOR_INLINE {
         const KorSizeT from = order == Order::Forwards ? start : n - size - start;
         const KorUint8* upper = x0 + 2 * from;
         const KorUint8* lower = x1 + 2 * from;
-        FetchAhead<source>(upper, 2 * size);
-        FetchAhead<source>(lower, 2 * size);
+        FetchAhead<memory>(upper, 2 * size);
+        FetchAhead<memory>(lower, 2 * size);
         const V8 a0 = hn::LoadU(d, upper), b0 = hn::LoadU(d, upper + size);
         const V8 a1 = hn::LoadU(d, lower), b1 = hn::LoadU(d, lower + size);
         const V8 luma0 = TakeOfPairs<luma>(a0, b0);
         const V8 luma1 = TakeOfPairs<luma>(a1, b1);
         const V8 uv = TakeOfGroups<1 - luma>(hn::AverageRound(a0, a1), hn::AverageRound(b0, b1));
         if constexpr (order == Order::Forwards) {
-            hn::StoreU(luma0, d, y0 + start);
-            hn::StoreU(luma1, d, y1 + start);
-            StoreHalves(uv, u + start / 2, v + start / 2);
+            stores.Store(luma0, y0 + start);
+            stores.Store(luma1, y1 + start);
+            StoreHalves(stores, uv, u + start / 2, v + start / 2);
         } else {
-            hn::StoreU(Reversed(luma0), d, y0 + start);
-            hn::StoreU(Reversed(luma1), d, y1 + start);
-            StoreHalves(Reversed(uv), v + start / 2, u + start / 2);
+            stores.Store(Reversed(luma0), y0 + start);
+            stores.Store(Reversed(luma1), y1 + start);
+            StoreHalves(stores, Reversed(uv), v + start / 2, u + start / 2);
         }
     });
 }
@@ -69,13 +70,16 @@ KorSizeT LowerRow(KorSizeT row, KorSizeT height) {
 
 template <LumaByte lumaByte>
 void PackedToI420(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorSizeT height) {
-    const bool isCached = SourceOf(2 * width, height) == Source::Cached;
-    const auto capture = isCached ? &CaptureRowPair<lumaByte, Order::Forwards, Source::Cached>
-                                  : &CaptureRowPair<lumaByte, Order::Forwards, Source::BeyondCaches>;
+    constexpr Order kForwards = Order::Forwards;
+    const bool isStreamed = AreStreamed(y, u, v, width * height * 3 / 2, 2);
+    const auto capture = ForMemory(2 * width * height, isStreamed, &CaptureRowPair<lumaByte, kForwards, Memory::Cached>,
+                                   &CaptureRowPair<lumaByte, kForwards, Memory::FetchedAhead>,
+                                   &CaptureRowPair<lumaByte, kForwards, Memory::Streamed>);
     for (KorSizeT row = 0; row < height; row += 2) {
         capture(y.Row(row), y.Row(row + 1), u.Row(row / 2), v.Row(row / 2),
                 rows.Row(row), rows.Row(LowerRow(row, height)), width & ~KorSizeT{1});
     }
+    FinishStores(isStreamed);
 }
 
 // Turns by 180 degrees. A lone last row is taken twice, as everywhere.
@@ -84,7 +88,7 @@ void PackedToI420Reversed(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT w
     const KorSizeT lastPair = (height - 1) / 2;
     for (KorSizeT row = 0; row < height; row += 2) {
         const KorSizeT to = lastPair - row / 2;
-        CaptureRowPair<lumaByte, Order::Backwards, Source::Cached>(y.Row(2 * to + 1), y.Row(2 * to), u.Row(to), v.Row(to),
+        CaptureRowPair<lumaByte, Order::Backwards, Memory::Cached>(y.Row(2 * to + 1), y.Row(2 * to), u.Row(to), v.Row(to),
                                                                    rows.Row(row), rows.Row(LowerRow(row, height)), width);
     }
 }
@@ -112,7 +116,7 @@ KOR_KERNEL void TurnPackedTile(KorUint8* y, KorDistanceT columnY, KorUint8* u, K
         const auto ofU = hn::BitCast(d64, hn::AverageRound(tile.rows[2 * k], tile.rows[2 * k + half]));
         const auto ofV = hn::BitCast(d64, hn::AverageRound(tile.rows[2 * k + 1], tile.rows[2 * k + 1 + half]));
         const auto both = isLumaFirst ? hn::InterleaveUpper(d64, ofU, ofV) : hn::InterleaveLower(d64, ofU, ofV);
-        StoreHalves(OrderHalves(hn::BitCast(d, both)), u + static_cast<KorDistanceT>(k) * columnU,
+        StoreHalves(PlainStores(), OrderHalves(hn::BitCast(d, both)), u + static_cast<KorDistanceT>(k) * columnU,
                     v + static_cast<KorDistanceT>(k) * columnV);
     }
 }
@@ -181,88 +185,107 @@ KOR_INLINE inline V8 AverageSigned(V8 upper, V8 lower) {
     return hn::BitCast(D8(), hn::ShiftRight<1>(sum));
 }
 
-template <Source source>
+template <Memory memory>
 KOR_KERNEL void CaptureYuv2RowPair(KorUint8* y0, KorUint8* y1, KorUint8* u, KorUint8* v,
                                    const KorUint8* x0, const KorUint8* x1, KorSizeT n) {
     const D8 d;
     const KorSizeT size = hn::Lanes(d);
-    ForEachBlock(n, size, [&](KorSizeT start) KOR_INLINE {
-        FetchAhead<source>(x0 + 2 * start, 2 * size);
-        FetchAhead<source>(x1 + 2 * start, 2 * size);
+    ForEachStoredBlock<memory>(n, size, 0, [&](KorSizeT start, auto stores) KOR_INLINE {
+        FetchAhead<memory>(x0 + 2 * start, 2 * size);
+        FetchAhead<memory>(x1 + 2 * start, 2 * size);
         const V8 a0 = hn::LoadU(d, x0 + 2 * start), b0 = hn::LoadU(d, x0 + 2 * start + size);
         const V8 a1 = hn::LoadU(d, x1 + 2 * start), b1 = hn::LoadU(d, x1 + 2 * start + size);
-        hn::StoreU(LimitLuma(a0, b0), d, y0 + start);
-        hn::StoreU(LimitLuma(a1, b1), d, y1 + start);
-        StoreHalves(TakeOfGroups<0>(AverageSigned(a0, a1), AverageSigned(b0, b1)), u + start / 2, v + start / 2);
+        stores.Store(LimitLuma(a0, b0), y0 + start);
+        stores.Store(LimitLuma(a1, b1), y1 + start);
+        StoreHalves(stores, TakeOfGroups<0>(AverageSigned(a0, a1), AverageSigned(b0, b1)), u + start / 2, v + start / 2);
     });
 }
 
 // n pairs of bytes taken apart, n at least a vector of bytes.
+template <Memory memory>
 KOR_KERNEL void SplitRow(KorUint8* first, KorUint8* second, const KorUint8* src, KorSizeT n) {
     const D8 d;
     const KorSizeT size = hn::Lanes(d);
-    ForEachBlock(n, size, [&](KorSizeT start) KOR_INLINE {
+    ForEachStoredBlock<memory>(n, size, 0, [&](KorSizeT start, auto stores) KOR_INLINE {
         const V8 a = hn::LoadU(d, src + 2 * start), b = hn::LoadU(d, src + 2 * start + size);
-        hn::StoreU(TakeOfPairs<0>(a, b), d, first + start);
-        hn::StoreU(TakeOfPairs<1>(a, b), d, second + start);
+        stores.Store(TakeOfPairs<0>(a, b), first + start);
+        stores.Store(TakeOfPairs<1>(a, b), second + start);
     });
 }
 
-template <LumaByte lumaByte>
-KOR_INLINE inline void StorePacked(V8 luma, V8 uv, KorUint8* x) {
-    if constexpr (lumaByte == LumaByte::First) {
-        StorePairs(luma, uv, x);
+template <Memory memory>
+KOR_KERNEL void CopyRow(KorUint8* dst, const KorUint8* src, KorSizeT n) {
+    if constexpr (memory == Memory::Streamed) {
+        ForEachStoredBlock<memory>(n, hn::Lanes(D8()), 0, [&](KorSizeT start, auto stores) KOR_INLINE {
+            stores.Store(hn::LoadU(D8(), src + start), dst + start);
+        });
     } else {
-        StorePairs(uv, luma, x);
+        KorMemCpy(dst, src, n);
+    }
+}
+
+template <LumaByte lumaByte, class Stores>
+KOR_INLINE inline void StorePacked(Stores stores, V8 luma, V8 uv, KorUint8* x) {
+    if constexpr (lumaByte == LumaByte::First) {
+        StorePairs(stores, luma, uv, x);
+    } else {
+        StorePairs(stores, uv, luma, x);
     }
 }
 
 // A row of n pixels, n at least a vector of bytes and even. One row at a time, although two share their chroma: one stream of
 // stores is faster than two, once the picture is larger than the caches.
-template <LumaByte lumaByte>
+template <Memory memory, LumaByte lumaByte>
 KOR_KERNEL void PackRow(KorUint8* x, PlainRow y, PlainRow u, PlainRow v, KorSizeT n) {
     const D8 d;
     const H8 half;
-    ForEachBlock(n, hn::Lanes(d), [&](KorSizeT start) KOR_INLINE {
+    ForEachStoredBlock<memory>(n, hn::Lanes(d), FirstAligned<2>(x), [&](KorSizeT start, auto stores) KOR_INLINE {
         const V8 uv = JoinPairs(u.Load(half, start / 2), v.Load(half, start / 2));
-        StorePacked<lumaByte>(y.Load(d, start), uv, x + 2 * start);
+        StorePacked<lumaByte>(stores, y.Load(d, start), uv, x + 2 * start);
     });
 }
 
 // Two rows, so that noise is added to their chroma once.
-template <LumaByte lumaByte>
+template <Memory memory, LumaByte lumaByte>
 KOR_KERNEL void PackNoisyRowPair(KorUint8* x0, KorUint8* x1, NoisyRow y0, NoisyRow y1, NoisyRow u, NoisyRow v, KorSizeT n) {
     const D8 d;
     const H8 half;
-    ForEachBlock(n, hn::Lanes(d), [&](KorSizeT start) KOR_INLINE {
+    ForEachStoredBlock<memory>(n, hn::Lanes(d), FirstAligned<2>(x0), [&](KorSizeT start, auto stores) KOR_INLINE {
         const V8 uv = Unsigned<NoisyRow>(JoinPairs(u.Load(half, start / 2), v.Load(half, start / 2)));
-        StorePacked<lumaByte>(Unsigned<NoisyRow>(y0.Load(d, start)), uv, x0 + 2 * start);
-        StorePacked<lumaByte>(Unsigned<NoisyRow>(y1.Load(d, start)), uv, x1 + 2 * start);
+        StorePacked<lumaByte>(stores, Unsigned<NoisyRow>(y0.Load(d, start)), uv, x0 + 2 * start);
+        StorePacked<lumaByte>(stores, Unsigned<NoisyRow>(y1.Load(d, start)), uv, x1 + 2 * start);
     });
 }
 
-template <LumaByte lumaByte>
+template <Memory memory, LumaByte lumaByte>
 void PackRowPair(KorUint8* x0, KorUint8* x1, PlainRow y0, PlainRow y1, PlainRow u, PlainRow v, KorSizeT n) {
-    PackRow<lumaByte>(x0, y0, u, v, n);
-    PackRow<lumaByte>(x1, y1, u, v, n);
+    PackRow<memory, lumaByte>(x0, y0, u, v, n);
+    PackRow<memory, lumaByte>(x1, y1, u, v, n);
 }
 
-template <LumaByte lumaByte>
+template <Memory memory, LumaByte lumaByte>
 void PackRowPair(KorUint8* x0, KorUint8* x1, NoisyRow y0, NoisyRow y1, NoisyRow u, NoisyRow v, KorSizeT n) {
-    PackNoisyRowPair<lumaByte>(x0, x1, y0, y1, u, v, n);
+    PackNoisyRowPair<memory, lumaByte>(x0, x1, y0, y1, u, v, n);
 }
 
 // An odd last column or row is not packed.
 template <LumaByte lumaByte>
 void I420ToPacked(const Planes<SourceRows>& source, Plane x, KorSizeT width, KorSizeT height, KorVideoFrameDitherLevel ditherLevel) {
     const KorSizeT height2 = height & ~KorSizeT{1};
+    // Vectors must begin with even pixels.
+    const bool isStreamed = IsStreamed(x, 2 * width * height, 4);
     ConvertDithered(source, width & ~KorSizeT{1}, height2, ditherLevel, PackedFamily(width),
                     [&](const auto& planes, KorSizeT start, KorSizeT n) {
+                        using Row = decltype(planes.y.Row(0));
+                        using Pack = void (*)(KorUint8*, KorUint8*, Row, Row, Row, Row, KorSizeT);
+                        const Pack pack =
+                            isStreamed ? Pack{&PackRowPair<Memory::Streamed, lumaByte>} : Pack{&PackRowPair<Memory::Cached, lumaByte>};
                         for (KorSizeT row = 0; row < height2; row += 2) {
-                            PackRowPair<lumaByte>(x.Row(row) + 2 * start, x.Row(row + 1) + 2 * start, planes.y.Row(row),
-                                                  planes.y.Row(row + 1), planes.u.Row(row / 2), planes.v.Row(row / 2), n);
+                            pack(x.Row(row) + 2 * start, x.Row(row + 1) + 2 * start, planes.y.Row(row), planes.y.Row(row + 1),
+                                 planes.u.Row(row / 2), planes.v.Row(row / 2), n);
                         }
                     });
+    FinishStores(isStreamed);
 }
 
 // Deliberate: with an odd width every row pair of Yuv2 starts one luma sample and half a group earlier than the pitches say.
@@ -271,13 +294,16 @@ KorSizeT Drift(KorSizeT row, KorSizeT width) {
 }
 
 void Yuv2ToI420(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorSizeT height) {
-    const bool isCached = SourceOf(2 * width, height) == Source::Cached;
-    const auto capture = isCached ? &CaptureYuv2RowPair<Source::Cached> : &CaptureYuv2RowPair<Source::BeyondCaches>;
+    // With an odd width rows do not begin where the pitches say.
+    const bool isStreamed = !IsOdd(width) && AreStreamed(y, u, v, width * height * 3 / 2, 2);
+    const auto capture = ForMemory(2 * width * height, isStreamed, &CaptureYuv2RowPair<Memory::Cached>,
+                                   &CaptureYuv2RowPair<Memory::FetchedAhead>, &CaptureYuv2RowPair<Memory::Streamed>);
     for (KorSizeT row = 0; row < height; row += 2) {
         const KorSizeT drift = Drift(row, width);
         capture(y.Row(row) - drift, y.Row(row + 1) - drift, u.Row(row / 2), v.Row(row / 2),
                 rows.Row(row) - 2 * drift, rows.Row(LowerRow(row, height)) - 2 * drift, width & ~KorSizeT{1});
     }
+    FinishStores(isStreamed);
 }
 
 // Chroma to the signed bytes of Yuv2, U and V in turn: the low byte of ((145 c) >> 7) + 111. Deliberate: below 16 and above 240
@@ -299,10 +325,12 @@ KOR_KERNEL void ExpandChromaRow(KorUint8* uv, const KorUint8* u, const KorUint8*
     });
 }
 
+template <Memory memory>
 KOR_KERNEL void JoinRow(KorUint8* x, const KorUint8* y, const KorUint8* uv, KorSizeT n) {
     const D8 d;
-    ForEachBlock(n, hn::Lanes(d),
-                 [&](KorSizeT start) KOR_INLINE { StorePairs(hn::LoadU(d, y + start), hn::LoadU(d, uv + start), x + 2 * start); });
+    ForEachStoredBlock<memory>(n, hn::Lanes(d), FirstAligned<2>(x), [&](KorSizeT start, auto stores) KOR_INLINE {
+        StorePairs(stores, hn::LoadU(d, y + start), hn::LoadU(d, uv + start), x + 2 * start);
+    });
 }
 
 // Chroma is expanded once for two rows, a long run at a time: rows that are written by turns in short pieces are much slower, once
@@ -312,14 +340,17 @@ void I420ToYuv2(SourceRows y, SourceRows u, SourceRows v, Plane x, KorSizeT widt
     const KorSizeT width2 = width & ~KorSizeT{1};
     const KorSizeT size = Min(width2, kRun);
     KorUint8 uv[kRun];
+    const bool isStreamed = IsStreamed(x, 2 * width * height, 2);
+    const auto join = isStreamed ? &JoinRow<Memory::Streamed> : &JoinRow<Memory::Cached>;
     for (KorSizeT row = 0; row + 1 < height; row += 2) {
         const KorSizeT drift = Drift(row, width);
         ForEachBlock(width2, size, [&](KorSizeT start) {
             ExpandChromaRow(uv, u.Row(row / 2) + start / 2, v.Row(row / 2) + start / 2, size);
-            JoinRow(x.Row(row) - 2 * drift + 2 * start, y.Row(row) - drift + start, uv, size);
-            JoinRow(x.Row(row + 1) - 2 * drift + 2 * start, y.Row(row + 1) - drift + start, uv, size);
+            join(x.Row(row) - 2 * drift + 2 * start, y.Row(row) - drift + start, uv, size);
+            join(x.Row(row + 1) - 2 * drift + 2 * start, y.Row(row + 1) - drift + start, uv, size);
         });
     }
+    FinishStores(isStreamed);
 }
 
 }  // namespace
@@ -387,12 +418,16 @@ void KorM420ToI420 KOR_PARAMETERS_Capture {
     // Deliberate: rows are blocks of three here, yet a set flip starts as many pitches down as there are luma rows above the
     // last.
     const SourceRows blocks = ReadingOrder(x, pitchX, height, flip);
+    const bool isStreamed = AreStreamed(planeY, planeU, planeV, width * height * 3 / 2, 1);
+    const auto copy = isStreamed ? &CopyRow<Memory::Streamed> : &CopyRow<Memory::Cached>;
+    const auto split = isStreamed ? &SplitRow<Memory::Streamed> : &SplitRow<Memory::Cached>;
     for (KorSizeT row = 0; row < height / 2; ++row) {
         const KorUint8* block = blocks.Row(row);
-        KorMemCpy(planeY.Row(2 * row), block, width);
-        KorMemCpy(planeY.Row(2 * row + 1), block + width, width);
-        SplitRow(planeU.Row(row), planeV.Row(row), block + 2 * width, widthC);
+        copy(planeY.Row(2 * row), block, width);
+        copy(planeY.Row(2 * row + 1), block + width, width);
+        split(planeU.Row(row), planeV.Row(row), block + 2 * width, widthC);
     }
+    FinishStores(isStreamed);
 }
 
 }  // namespace KOR_TARGET_NAMESPACE

@@ -144,47 +144,47 @@ KOR_INLINE inline const KorUint8* Readable(KorUint8 (&copy)[kBlockBytes], const 
 }
 
 // Two rows of n pixels, n at least a vector of bytes and even. y1 and x1 may be y0 and x0.
-template <Source source, class Weights>
+template <Memory memory, class Weights>
 KOR_KERNEL void CaptureRowPair(KorUint8* y0, KorUint8* y1, KorUint8* u, KorUint8* v,
                                const KorUint8* x0, const KorUint8* x1, KorSizeT n, Weights weights, Unread unread) {
     const D8 d;
     const hn::Half<D8> half;
     const KorSizeT size = hn::Lanes(d);
     KorUint8 copy0[kBlockBytes], copy1[kBlockBytes];
-    ForEachBlock(n, size, [&](KorSizeT start) KOR_INLINE {
-        FetchAhead<source>(x0 + 4 * start, 4 * size);
-        FetchAhead<source>(x1 + 4 * start, 4 * size);
+    ForEachStoredBlock<memory>(n, size, 0, [&](KorSizeT start, auto stores) KOR_INLINE {
+        FetchAhead<memory>(x0 + 4 * start, 4 * size);
+        FetchAhead<memory>(x1 + 4 * start, 4 * size);
         const KorUint8* upper = Readable(copy0, x0 + 4 * start, 4 * size, unread);
         const KorUint8* lower = Readable(copy1, x1 + 4 * start, 4 * size, unread);
         const V8 a0 = hn::LoadU(d, upper), b0 = hn::LoadU(d, upper + size);
         const V8 c0 = hn::LoadU(d, upper + 2 * size), d0 = hn::LoadU(d, upper + 3 * size);
         const V8 a1 = hn::LoadU(d, lower), b1 = hn::LoadU(d, lower + size);
         const V8 c1 = hn::LoadU(d, lower + 2 * size), d1 = hn::LoadU(d, lower + 3 * size);
-        hn::StoreU(weights.Y(a0, b0, c0, d0), d, y0 + start);
-        hn::StoreU(weights.Y(a1, b1, c1, d1), d, y1 + start);
+        stores.Store(weights.Y(a0, b0, c0, d0), y0 + start);
+        stores.Store(weights.Y(a1, b1, c1, d1), y1 + start);
         // Columns after rows, as the order of the two roundings is part of the contract.
         const V8 ab = AveragePixelPairs(hn::AverageRound(a0, a1), hn::AverageRound(b0, b1));
         const V8 cd = AveragePixelPairs(hn::AverageRound(c0, c1), hn::AverageRound(d0, d1));
         const V8 uv = OrderPairs(weights.UV(ab, cd));
-        hn::StoreU(hn::LowerHalf(half, uv), half, u + start / 2);
-        hn::StoreU(hn::UpperHalf(half, uv), half, v + start / 2);
+        stores.Store(hn::LowerHalf(half, uv), u + start / 2);
+        stores.Store(hn::UpperHalf(half, uv), v + start / 2);
     });
 }
 
 // One row of n pixels, n at least a vector of bytes.
-template <Source source, class Weights>
+template <Memory memory, class Weights>
 KOR_KERNEL void CaptureRow(KorUint8* y, KorUint8* u, KorUint8* v, const KorUint8* x, KorSizeT n, Weights weights, Unread unread) {
     const D8 d;
     const KorSizeT size = hn::Lanes(d);
     KorUint8 copy[kBlockBytes];
-    ForEachBlock(n, size, [&](KorSizeT start) KOR_INLINE {
-        FetchAhead<source>(x + 4 * start, 4 * size);
+    ForEachStoredBlock<memory>(n, size, 0, [&](KorSizeT start, auto stores) KOR_INLINE {
+        FetchAhead<memory>(x + 4 * start, 4 * size);
         const KorUint8* pixels = Readable(copy, x + 4 * start, 4 * size, unread);
         const V8 a = hn::LoadU(d, pixels), b = hn::LoadU(d, pixels + size);
         const V8 c = hn::LoadU(d, pixels + 2 * size), e = hn::LoadU(d, pixels + 3 * size);
-        hn::StoreU(weights.Y(a, b, c, e), d, y + start);
-        hn::StoreU(weights.U(a, b, c, e), d, u + start);
-        hn::StoreU(weights.V(a, b, c, e), d, v + start);
+        stores.Store(weights.Y(a, b, c, e), y + start);
+        stores.Store(weights.U(a, b, c, e), u + start);
+        stores.Store(weights.V(a, b, c, e), v + start);
     });
 }
 
@@ -225,16 +225,16 @@ KOR_INLINE inline V16 AverageBlocks(V8 upper, V8 lower) {
 }
 
 // One row of luma, and the chroma of its pixels.
-KOR_INLINE inline void Convert24(KorUint8* y, V8& u, V8& v, const KorUint8* x, const TripleWeights& weights) {
+KOR_INLINE inline void Convert24(V8& y, V8& u, V8& v, const KorUint8* x, const TripleWeights& weights) {
     V8 a, b, c, d;
     LoadTriples(x, a, b, c, d);
-    hn::StoreU(WeighTriples(a, b, c, d, weights.y, kLumaOffset), D8(), y);
+    y = WeighTriples(a, b, c, d, weights.y, kLumaOffset);
     u = WeighTriples(a, b, c, d, weights.u, kChromaOffset);
     v = WeighTriples(a, b, c, d, weights.v, kChromaOffset);
 }
 
 // The chroma of two rows: U of all blocks, then V of all.
-KOR_INLINE inline V8 Capture24Pair(KorUint8* y0, KorUint8* y1, const KorUint8* x0, const KorUint8* x1, const TripleWeights& weights) {
+KOR_INLINE inline V8 Capture24Pair(V8& y0, V8& y1, const KorUint8* x0, const KorUint8* x1, const TripleWeights& weights) {
     V8 u0, v0, u1, v1;
     Convert24(y0, u0, v0, x0, weights);
     Convert24(y1, u1, v1, x1, weights);
@@ -255,11 +255,11 @@ KOR_INLINE inline V16 LumaOfPairs(V8 fronts, V8 backs, KorUint group) {
 }
 
 // One row of luma, and the chroma of its pixels, centred on 0.
-KOR_INLINE inline void Convert24(KorUint8* y, VI16& uLeft, VI16& uRight, VI16& vLeft, VI16& vRight, const KorUint8* x,
+KOR_INLINE inline void Convert24(V8& y, VI16& uLeft, VI16& uRight, VI16& vLeft, VI16& vRight, const KorUint8* x,
                                  const TripleWeights& weights) {
     V8 a, b, c, d;
     LoadTriples(x, a, b, c, d);
-    hn::StoreU(JoinBytes(LumaOfPairs(a, b, weights.y), LumaOfPairs(c, d, weights.y)), D8(), y);
+    y = JoinBytes(LumaOfPairs(a, b, weights.y), LumaOfPairs(c, d, weights.y));
     uLeft = hn::ShiftRight<8>(WeighPairs(a, b, weights.u));
     uRight = hn::ShiftRight<8>(WeighPairs(c, d, weights.u));
     vLeft = hn::ShiftRight<8>(WeighPairs(a, b, weights.v));
@@ -267,7 +267,7 @@ KOR_INLINE inline void Convert24(KorUint8* y, VI16& uLeft, VI16& uRight, VI16& v
 }
 
 // The chroma of two rows: U of all blocks, then V of all.
-KOR_INLINE inline V8 Capture24Pair(KorUint8* y0, KorUint8* y1, const KorUint8* x0, const KorUint8* x1, const TripleWeights& weights) {
+KOR_INLINE inline V8 Capture24Pair(V8& y0, V8& y1, const KorUint8* x0, const KorUint8* x1, const TripleWeights& weights) {
     VI16 u0Left, u0Right, v0Left, v0Right, u1Left, u1Right, v1Left, v1Right;
     Convert24(y0, u0Left, u0Right, v0Left, v0Right, x0, weights);
     Convert24(y1, u1Left, u1Right, v1Left, v1Right, x1, weights);
@@ -278,18 +278,21 @@ KOR_INLINE inline V8 Capture24Pair(KorUint8* y0, KorUint8* y1, const KorUint8* x
 
 // Two rows of n pixels of 24 bits, n at least a vector of bytes and even. x1 may be x0. Every pixel's chroma is converted
 // and then averaged.
-template <Source source>
+template <Memory memory>
 KOR_KERNEL void Capture24RowPair(KorUint8* y0, KorUint8* y1, KorUint8* u, KorUint8* v,
                                  const KorUint8* x0, const KorUint8* x1, KorSizeT n, TripleWeights weights) {
     const D8 d;
     const hn::Half<D8> half;
     const KorSizeT size = hn::Lanes(d);
-    ForEachBlock(n, size, [&](KorSizeT start) KOR_INLINE {
-        FetchAhead<source>(x0 + 3 * start, 3 * size);
-        FetchAhead<source>(x1 + 3 * start, 3 * size);
-        const V8 uv = Capture24Pair(y0 + start, y1 + start, x0 + 3 * start, x1 + 3 * start, weights);
-        hn::StoreU(hn::LowerHalf(half, uv), half, u + start / 2);
-        hn::StoreU(hn::UpperHalf(half, uv), half, v + start / 2);
+    ForEachStoredBlock<memory>(n, size, 0, [&](KorSizeT start, auto stores) KOR_INLINE {
+        FetchAhead<memory>(x0 + 3 * start, 3 * size);
+        FetchAhead<memory>(x1 + 3 * start, 3 * size);
+        V8 luma0, luma1;
+        const V8 uv = Capture24Pair(luma0, luma1, x0 + 3 * start, x1 + 3 * start, weights);
+        stores.Store(luma0, y0 + start);
+        stores.Store(luma1, y1 + start);
+        stores.Store(hn::LowerHalf(half, uv), u + start / 2);
+        stores.Store(hn::UpperHalf(half, uv), v + start / 2);
     });
 }
 
@@ -340,8 +343,9 @@ void CaptureI420(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, Kor
     const Weights weights(matrix, layout);
     const KorSizeT width2 = width & ~KorSizeT{1};
     const KorSizeT edgeRow = EdgeRow(rows, height, EdgeOf(layout));
-    const bool isCached = SourceOf(4 * width, height) == Source::Cached;
-    const auto capture = isCached ? &CaptureRowPair<Source::Cached, Weights> : &CaptureRowPair<Source::BeyondCaches, Weights>;
+    const bool isStreamed = AreStreamed(y, u, v, width * height * 3 / 2, 2);
+    const auto capture = ForMemory(4 * width * height, isStreamed, &CaptureRowPair<Memory::Cached, Weights>,
+                                   &CaptureRowPair<Memory::FetchedAhead, Weights>, &CaptureRowPair<Memory::Streamed, Weights>);
     for (KorSizeT row = 0; row < height; row += 2) {
         const KorSizeT row1 = Min(row + 1, height - 1);
         const KorUint8* x0 = rows.Row(row);
@@ -358,6 +362,7 @@ void CaptureI420(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, Kor
             v.Row(row / 2)[width2 / 2] = Weigh(matrix.v, kChromaOffset, Average(upper, lower));
         }
     }
+    FinishStores(isStreamed);
 }
 
 template <class Weights>
@@ -365,11 +370,13 @@ void CaptureI444(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, Kor
                  const RgbLayout& layout, const RgbToYuvMatrix& matrix) {
     const Weights weights(matrix, layout);
     const KorSizeT edgeRow = EdgeRow(rows, height, EdgeOf(layout));
-    const bool isCached = SourceOf(4 * width, height) == Source::Cached;
-    const auto capture = isCached ? &CaptureRow<Source::Cached, Weights> : &CaptureRow<Source::BeyondCaches, Weights>;
+    const bool isStreamed = AreStreamed(y, u, v, 3 * width * height, 1);
+    const auto capture = ForMemory(4 * width * height, isStreamed, &CaptureRow<Memory::Cached, Weights>,
+                                   &CaptureRow<Memory::FetchedAhead, Weights>, &CaptureRow<Memory::Streamed, Weights>);
     for (KorSizeT row = 0; row < height; ++row) {
         capture(y.Row(row), u.Row(row), v.Row(row), rows.Row(row), width, weights, row == edgeRow ? EdgeOf(layout) : Unread::None);
     }
+    FinishStores(isStreamed);
 }
 
 // Whether the weights of a matrix are as ByteWeights wants them.
@@ -449,8 +456,9 @@ Yuv Convert24(const KorUint8* x, Order24 order) {
 // The odd edges are those of the portable function, which says why they are as they are.
 void Capture24(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorSizeT height, Order24 order) {
     const TripleWeights weights(order);
-    const bool isCached = SourceOf(3 * width, height) == Source::Cached;
-    const auto capture = isCached ? &Capture24RowPair<Source::Cached> : &Capture24RowPair<Source::BeyondCaches>;
+    const bool isStreamed = AreStreamed(y, u, v, width * height * 3 / 2, 2);
+    const auto capture = ForMemory(3 * width * height, isStreamed, &Capture24RowPair<Memory::Cached>,
+                                   &Capture24RowPair<Memory::FetchedAhead>, &Capture24RowPair<Memory::Streamed>);
     const KorSizeT widthC = width / 2;
     const KorSizeT width2 = 2 * widthC;
     const KorSizeT heightC = height / 2;
@@ -460,6 +468,7 @@ void Capture24(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorSi
         capture(y.Row(row), y.Row(row + 1), u.Row(row / 2), v.Row(row / 2),
                 rows.Row(row), rows.Row(Min(row + 1, height - 1)), width2, weights);
     }
+    FinishStores(isStreamed);
     if (!IsOdd(width)) {
         return;
     }

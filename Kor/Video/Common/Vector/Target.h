@@ -15,6 +15,7 @@
 #define TOOLCHAIN_MISS_SYS_AUXV_H  // Highway would ask for AES on ARM
 // Highway's own assertions would need its library.
 #define HWY_IS_DEBUG_BUILD 0
+#include <hwy/cache_control.h>
 #include <hwy/highway.h>
 
 #include "Kor/Utils/KorStdCLibInline.h"
@@ -31,6 +32,10 @@
 #define KOR_KERNEL __attribute__((noinline))
 
 namespace kor {
+
+// The size in bytes from which destinations are written past the caches.
+KorSizeT StreamingSize();
+
 namespace KOR_TARGET_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;

@@ -164,6 +164,8 @@ KOR_INLINE inline V8 Channel(VI16 evenLuma, VI16 oddLuma, VI16 evenTerm, VI16 od
 template <bool alphaFirst>
 struct Pixels32 {
     static constexpr KorSizeT kBytes = 4;
+    // What even pixels lie apart, in bytes, modulo the size of a vector.
+    static constexpr KorSizeT kStep = 8;
 
     template <class V>
     static KOR_INLINE inline V Order(V x) {
@@ -176,7 +178,8 @@ struct Pixels32 {
 #endif
     }
 
-    static KOR_INLINE inline void Write(KorUint8* x, V8 first, V8 green, V8 last) {
+    template <class Stores>
+    static KOR_INLINE inline void Write(Stores stores, KorUint8* x, V8 first, V8 green, V8 last) {
         static constexpr Places kFrom0(0), kFrom8(8);
         const D16 d;
         const V8 pair0 = alphaFirst ? green : first;
@@ -187,8 +190,8 @@ struct Pixels32 {
         const V16 joined1 = hn::InterleaveUpper(d, even, odd);
         const V16 alpha0 = WithAlpha(alphaFirst ? first : last, kFrom0);
         const V16 alpha1 = WithAlpha(alphaFirst ? first : last, kFrom8);
-        StoreFour(x, alphaFirst ? alpha0 : joined0, alphaFirst ? joined0 : alpha0);
-        StoreFour(x + 2 * hn::Lanes(D8()), alphaFirst ? alpha1 : joined1, alphaFirst ? joined1 : alpha1);
+        StoreFour(stores, x, alphaFirst ? alpha0 : joined0, alphaFirst ? joined0 : alpha0);
+        StoreFour(stores, x + 2 * hn::Lanes(D8()), alphaFirst ? alpha1 : joined1, alphaFirst ? joined1 : alpha1);
     }
 
   private:
@@ -212,10 +215,11 @@ struct Pixels32 {
     }
 
     // Pairs of bytes that make the first and the second half of pixels.
-    static KOR_INLINE inline void StoreFour(KorUint8* x, V16 front, V16 back) {
+    template <class Stores>
+    static KOR_INLINE inline void StoreFour(Stores stores, KorUint8* x, V16 front, V16 back) {
         const D8 d;
-        Store(hn::BitCast(d, hn::InterleaveLower(D16(), front, back)), x);
-        Store(hn::BitCast(d, hn::InterleaveUpper(D16(), front, back)), x + hn::Lanes(d));
+        stores.Store(hn::BitCast(d, hn::InterleaveLower(D16(), front, back)), x);
+        stores.Store(hn::BitCast(d, hn::InterleaveUpper(D16(), front, back)), x + hn::Lanes(d));
     }
 };
 
@@ -251,19 +255,21 @@ constexpr Places24 kPlaces;
 
 struct Pixels24 {
     static constexpr KorSizeT kBytes = 3;
+    static constexpr KorSizeT kStep = 2;
 
     template <class V>
     static KOR_INLINE inline V Order(V x) {
         return x;
     }
 
-    static KOR_INLINE inline void Write(KorUint8* x, V8 first, V8 green, V8 last) {
+    template <class Stores>
+    static KOR_INLINE inline void Write(Stores stores, KorUint8* x, V8 first, V8 green, V8 last) {
         const V8 c0 = Permute(first, kPlaces.channel[0]);
         const V8 c1 = Permute(green, kPlaces.channel[1]);
         const V8 c2 = Permute(last, kPlaces.channel[2]);
         const auto at1 = IsAt(1);
         const auto at2 = IsAt(2);
-        StoreGroups(x, Pick(c0, at1, c1, at2, c2), Pick(c1, at1, c2, at2, c0), Pick(c2, at1, c0, at2, c1));
+        StoreGroups(stores, x, Pick(c0, at1, c1, at2, c2), Pick(c1, at1, c2, at2, c0), Pick(c2, at1, c0, at2, c1));
     }
 
   private:
@@ -288,17 +294,18 @@ struct Pixels24 {
         return hn::IfThenElse(at2, c, hn::IfThenElse(at1, b, a));
     }
 
-    static KOR_INLINE inline void StoreGroups(KorUint8* x, V8 a, V8 b, V8 c) {
+    template <class Stores>
+    static KOR_INLINE inline void StoreGroups(Stores stores, KorUint8* x, V8 a, V8 b, V8 c) {
         const D8 d;
 #if HWY_TARGET == HWY_AVX2
         // The groups of the lower halves, then those of the upper ones.
-        Store(hn::ConcatLowerLower(d, b, a), x);
-        Store(hn::ConcatUpperLower(d, a, c), x + 32);
-        Store(hn::ConcatUpperUpper(d, c, b), x + 64);
+        stores.Store(hn::ConcatLowerLower(d, b, a), x);
+        stores.Store(hn::ConcatUpperLower(d, a, c), x + 32);
+        stores.Store(hn::ConcatUpperUpper(d, c, b), x + 64);
 #else
-        Store(a, x);
-        Store(b, x + hn::Lanes(d));
-        Store(c, x + 2 * hn::Lanes(d));
+        stores.Store(a, x);
+        stores.Store(b, x + hn::Lanes(d));
+        stores.Store(c, x + 2 * hn::Lanes(d));
 #endif
     }
 };
@@ -308,10 +315,10 @@ struct Pixels24 {
 // ---------------------------------------------------------------------------------------------------------------------
 
 // A vector of pixels of luma and of the terms of its even and of its odd pixels.
-template <class Pixels>
-KOR_INLINE inline void StorePixels(KorUint8* x, VI16 evenLuma, VI16 oddLuma, VI16 first0, VI16 green0, VI16 last0, VI16 first1, VI16 green1,
-                                   VI16 last1) {
-    Pixels::Write(x, Channel(evenLuma, oddLuma, first0, first1), Channel(evenLuma, oddLuma, green0, green1),
+template <class Pixels, class Stores>
+KOR_INLINE inline void StorePixels(Stores stores, KorUint8* x, VI16 evenLuma, VI16 oddLuma, VI16 first0, VI16 green0, VI16 last0,
+                                   VI16 first1, VI16 green1, VI16 last1) {
+    Pixels::Write(stores, x, Channel(evenLuma, oddLuma, first0, first1), Channel(evenLuma, oddLuma, green0, green1),
                   Channel(evenLuma, oddLuma, last0, last1));
 }
 
@@ -325,39 +332,43 @@ KOR_INLINE inline V16 OddSamples(V8 x) {
 }
 
 // Two rows of n pixels and their chroma, c0 that of the first channel. n must be even, and at least a vector.
-template <class Pixels, class Row, class Terms>
+template <Memory memory, class Pixels, class Row, class Terms>
 KOR_KERNEL void RenderRowPair(KorUint8* x0, KorUint8* x1, Row y0, Row y1, Row c0, Row c1, KorSizeT n, Terms terms) {
     const D8 d;
     const H8 half;
     const Terms t = terms;
-    ForEachBlock(n, hn::Lanes(d), [&](KorSizeT start) KOR_INLINE {
+    const KorSizeT aligned = FirstAligned<Pixels::kBytes>(x0);
+    ForEachStoredBlock<memory>(n, hn::Lanes(d), aligned, [&](KorSizeT start, auto stores) KOR_INLINE {
         const V16 chroma0 = hn::PromoteTo(D16(), c0.Load(half, start / 2));
         const V16 chroma1 = hn::PromoteTo(D16(), c1.Load(half, start / 2));
         VI16 first, green, last;
         t.template Get<Row>(hn::ShiftLeft<8>(Pixels::Order(chroma0)), hn::ShiftLeft<8>(Pixels::Order(chroma1)), first, green, last);
         const V8 luma0 = Pixels::Order(y0.Load(d, start));
         const V8 luma1 = Pixels::Order(y1.Load(d, start));
-        StorePixels<Pixels>(x0 + Pixels::kBytes * start, t.template Luma<Row>(EvenSamples(luma0)), t.template Luma<Row>(OddSamples(luma0)),
-                            first, green, last, first, green, last);
-        StorePixels<Pixels>(x1 + Pixels::kBytes * start, t.template Luma<Row>(EvenSamples(luma1)), t.template Luma<Row>(OddSamples(luma1)),
-                            first, green, last, first, green, last);
+        const auto store = [&](KorUint8* x, V8 luma) KOR_INLINE {
+            StorePixels<Pixels>(stores, x + Pixels::kBytes * start, t.template Luma<Row>(EvenSamples(luma)),
+                                t.template Luma<Row>(OddSamples(luma)), first, green, last, first, green, last);
+        };
+        store(x0, luma0);
+        store(x1, luma1);
     });
 }
 
 // A row of n pixels with chroma of their own, n at least a vector.
-template <class Pixels, class Row, class Terms>
+template <Memory memory, class Pixels, class Row, class Terms>
 KOR_KERNEL void RenderRow(KorUint8* x, Row y, Row c0, Row c1, KorSizeT n, Terms terms) {
     const D8 d;
     const Terms t = terms;
-    ForEachBlock(n, hn::Lanes(d), [&](KorSizeT start) KOR_INLINE {
+    const KorSizeT aligned = FirstAligned<Pixels::kBytes>(x);
+    ForEachStoredBlock<memory>(n, hn::Lanes(d), aligned, [&](KorSizeT start, auto stores) KOR_INLINE {
         const V8 chroma0 = Pixels::Order(c0.Load(d, start));
         const V8 chroma1 = Pixels::Order(c1.Load(d, start));
         const V8 luma = Pixels::Order(y.Load(d, start));
         VI16 first0, green0, last0, first1, green1, last1;
         t.template Get<Row>(EvenSamples(chroma0), EvenSamples(chroma1), first0, green0, last0);
         t.template Get<Row>(OddSamples(chroma0), OddSamples(chroma1), first1, green1, last1);
-        StorePixels<Pixels>(x + Pixels::kBytes * start, t.template Luma<Row>(EvenSamples(luma)), t.template Luma<Row>(OddSamples(luma)),
-                            first0, green0, last0, first1, green1, last1);
+        StorePixels<Pixels>(stores, x + Pixels::kBytes * start, t.template Luma<Row>(EvenSamples(luma)),
+                            t.template Luma<Row>(OddSamples(luma)), first0, green0, last0, first1, green1, last1);
     });
 }
 
@@ -386,16 +397,20 @@ bool RenderI420(const Picture& picture, Plane x, bool blueFirst, const Terms& te
     if (width2 < hn::Lanes(D8()) || picture.height < 2) {
         return false;
     }
+    const bool isStreamed = IsStreamed(x, Pixels::kBytes * width2 * picture.height, Pixels::kStep);
     ConvertDithered(picture.planes, width2, picture.height & ~KorSizeT{1}, picture.ditherLevel, I420Family(picture.width),
                     [&](const auto& planes, KorSizeT start, KorSizeT n) {
+                        using Row = decltype(planes.y.Row(0));
+                        const auto render = isStreamed ? &RenderRowPair<Memory::Streamed, Pixels, Row, Terms>
+                                                       : &RenderRowPair<Memory::Cached, Pixels, Row, Terms>;
                         const auto& chroma0 = FirstChroma(planes, blueFirst);
                         const auto& chroma1 = LastChroma(planes, blueFirst);
                         for (KorSizeT row = 0; row + 2 <= picture.height; row += 2) {
-                            RenderRowPair<Pixels>(x.Row(row) + Pixels::kBytes * start, x.Row(row + 1) + Pixels::kBytes * start,
-                                                  planes.y.Row(row), planes.y.Row(row + 1), chroma0.Row(row / 2), chroma1.Row(row / 2), n,
-                                                  terms);
+                            render(x.Row(row) + Pixels::kBytes * start, x.Row(row + 1) + Pixels::kBytes * start, planes.y.Row(row),
+                                   planes.y.Row(row + 1), chroma0.Row(row / 2), chroma1.Row(row / 2), n, terms);
                         }
                     });
+    FinishStores(isStreamed);
     return true;
 }
 
@@ -406,13 +421,17 @@ bool RenderI444(const Picture& picture, Plane x, const YuvToRgbMatrix& matrix) {
         return false;
     }
     const FixedTerms terms(matrix, true);
+    const bool isStreamed = IsStreamed(x, Pixels::kBytes * picture.width * picture.height, Pixels::kStep);
     ConvertDithered(picture.planes, picture.width, picture.height, picture.ditherLevel, I444Family(picture.width),
                     [&](const auto& planes, KorSizeT start, KorSizeT n) {
+                        using Row = decltype(planes.y.Row(0));
+                        const auto render = isStreamed ? &RenderRow<Memory::Streamed, Pixels, Row, FixedTerms>
+                                                       : &RenderRow<Memory::Cached, Pixels, Row, FixedTerms>;
                         for (KorSizeT row = 0; row < picture.height; ++row) {
-                            RenderRow<Pixels>(x.Row(row) + Pixels::kBytes * start, planes.y.Row(row), planes.u.Row(row), planes.v.Row(row),
-                                              n, terms);
+                            render(x.Row(row) + Pixels::kBytes * start, planes.y.Row(row), planes.u.Row(row), planes.v.Row(row), n, terms);
                         }
                     });
+    FinishStores(isStreamed);
     return true;
 }
 
