@@ -1,5 +1,6 @@
 #include "io/Errors.h"
 
+#include <atomic>
 #include <cctype>
 #include <cerrno>
 #include <cstdio>
@@ -10,6 +11,7 @@ namespace korframe {
 namespace {
 
 bool errorsOnly = false;
+std::atomic<bool> lineOpen = false;  // a signal handler reads it
 
 }  // namespace
 
@@ -49,6 +51,14 @@ void SayErrorsOnly() {
 
 bool SaysErrorsOnly() {
     return errorsOnly;
+}
+
+void SetLineOpen(bool isOpen) {
+    lineOpen = isOpen;
+}
+
+bool IsLineOpen() {
+    return lineOpen;
 }
 
 }  // namespace korframe

@@ -57,6 +57,10 @@ void SayNote(const std::string& message);
 void SayErrorsOnly();
 bool SaysErrorsOnly();
 
+// Whether a line on standard error waits for its end, which the program then owes it, whatever ends the program.
+void SetLineOpen(bool isOpen);
+bool IsLineOpen();
+
 }  // namespace korframe
 
 #endif

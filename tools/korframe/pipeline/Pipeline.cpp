@@ -213,7 +213,14 @@ class Feed {
                                          std::to_string(frames_.first));
             }
         }
-        if (number_ == frames_.last || !ReadCropped(frame)) {
+        if (number_ == frames_.last) {
+            return false;
+        }
+        if (!ReadCropped(frame)) {
+            if (frames_.last != FrameRange().last) {
+                SayNote("warning: " + info_.name + ": ends after frame " + std::to_string(number_) +
+                        "; --frames asks for frames up to " + std::to_string(frames_.last));
+            }
             return false;
         }
         ++number_;
@@ -426,8 +433,8 @@ void RunChain(const ChainRequest& request) {
     const Chain& chain = workers.front().chain;
     CheckMatrix(request.matrix, matrix, chain.CapturesRgb() || rgbOverlay, chain.RendersRgb());
     feed.PlaceOverlays(chain.Backgrounds());
-    SayAssumptions(request, feed.Info(), chain);
     const std::unique_ptr<FrameSink> sink = OpenSink(request.output, kind, chain.Info(), request.policy);
+    SayAssumptions(request, feed.Info(), chain);
     Progress progress(feed.Info());
     Workers(std::move(workers), feed, *sink, progress, request.seed).Run();
 }
