@@ -33,6 +33,11 @@ void RawOptions::Add(CLI::App& command) {
                     "plane has spare rows")
         ->check(IsStrides())
         ->type_name("BYTES[xROWS],...");
+    command
+        .add_option("--max-pixels", maxPixels,
+                    "the most pixels that a picture may have (default " + std::to_string(kDefaultMaxPixels) + ")")
+        ->transform(IsWholeNumber(1, kMaxPixels))
+        ->type_name("N");
 }
 
 InputRequest RawOptions::Request(const std::string& path) const {
@@ -41,6 +46,7 @@ InputRequest RawOptions::Request(const std::string& path) const {
     request.from = from ? &FormatOf(*from) : nullptr;
     request.size = size;
     request.strides = strides;
+    request.maxPixels = maxPixels;
     request.pictureOrder = &FormatOf(Layout::Bgra);
     return request;
 }

@@ -13,11 +13,12 @@
 
 namespace korframe {
 
-// What raw frames need and other files carry themselves.
+// What raw frames need and other files carry themselves, and how large a picture may be.
 struct RawOptions {
     std::optional<Layout> from;
     Size size;
     Strides strides;
+    std::size_t maxPixels = kDefaultMaxPixels;
 
     void Add(CLI::App& command);
     InputRequest Request(const std::string& path) const;

@@ -140,20 +140,6 @@ void Reorder(const Frame& from, const PixelFormat& format, Frame& to) {
     }
 }
 
-void LayOverBlack(Frame& picture) {
-    const Channels rgb = picture.Format().rgb;
-    std::uint8_t* pixel = picture.Data();
-    for (std::size_t pixels = picture.Width() * picture.Height(); pixels > 0; --pixels, pixel += rgb.bytes) {
-        const unsigned alpha = pixel[rgb.alpha];
-        if (alpha < 255) {
-            for (const std::size_t channel : {rgb.red, rgb.green, rgb.blue}) {
-                pixel[channel] = static_cast<std::uint8_t>((pixel[channel] * alpha + 127) / 255);
-            }
-            pixel[rgb.alpha] = 255;
-        }
-    }
-}
-
 std::size_t YuvImage::PlacePlanes() {
     const PlaneShape chroma = FormatOf(layout_).planes[1];
     const std::size_t widthC = chroma.Pitch(width_);

@@ -60,9 +60,6 @@ void MoveSamples(const Frame& from, const PixelFormat& format, Frame& to);
 // Converts an RGB picture to another byte order. Alpha is kept if both have it and set to 255 otherwise.
 void Reorder(const Frame& from, const PixelFormat& format, Frame& to);
 
-// Composites a picture over black, which makes it opaque.
-void LayOverBlack(Frame& picture);
-
 // A view of a part of an image.
 struct Plane {
     std::uint8_t* bytes = nullptr;

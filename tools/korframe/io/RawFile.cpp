@@ -92,18 +92,14 @@ std::optional<std::vector<Stride>> GuessStrides(std::uint64_t size, const PixelF
     return std::nullopt;
 }
 
-void ReadExactly(InputFile& input, std::uint8_t* bytes, std::size_t count, std::uint64_t number) {
+}  // namespace
+
+void ReadFrameBytes(InputFile& input, std::uint8_t* bytes, std::size_t count, std::uint64_t number) {
     const std::size_t got = input.Read(bytes, count);
     if (got < count) {
         throw BrokenStream(input.Name() + ": frame " + std::to_string(number) + " is truncated: " +
                            std::to_string(count - got) + " of its " + std::to_string(count) + " bytes are missing");
     }
-}
-
-}  // namespace
-
-void ReadWholeFrame(InputFile& input, Frame& frame, std::uint64_t number) {
-    ReadExactly(input, frame.Data(), frame.Size(), number);
 }
 
 RawSource::RawSource(std::unique_ptr<InputFile> input, const PixelFormat& format, std::size_t width, std::size_t height,
@@ -114,6 +110,7 @@ RawSource::RawSource(std::unique_ptr<InputFile> input, const PixelFormat& format
     info_.format = &format;
     info_.width = width;
     info_.height = height;
+    info_.alpha = format.HasAlpha();
     CheckSize(info_.name, width, height);
     CheckParity(info_.name, format, width, height);
     bytesInFile_ = format.FrameBytes(width, height);
@@ -145,11 +142,11 @@ bool RawSource::Read(Frame& frame) {
     frame.Reset(*info_.format, info_.width, info_.height);
     ++framesRead_;
     if (strides_.empty()) {
-        ReadWholeFrame(*input_, frame, framesRead_);
+        ReadFrameBytes(*input_, frame.Data(), frame.Size(), framesRead_);
         return true;
     }
     padded_.resize(bytesInFile_);
-    ReadExactly(*input_, padded_.data(), padded_.size(), framesRead_);
+    ReadFrameBytes(*input_, padded_.data(), padded_.size(), framesRead_);
     const std::uint8_t* from = padded_.data();
     std::uint8_t* to = frame.Data();
     for (std::size_t plane = 0; plane < strides_.size(); ++plane) {

@@ -23,8 +23,8 @@ struct Strides {
 
 constexpr std::size_t kMaxStride = std::size_t{1} << 20;
 
-// Fills a frame from the input. `number`, counted from 1, is for the message if the input ends within it.
-void ReadWholeFrame(InputFile& input, Frame& frame, std::uint64_t number);
+// Reads bytes of a frame from the input. `number`, counted from 1, is for the message if it ends before.
+void ReadFrameBytes(InputFile& input, std::uint8_t* bytes, std::size_t count, std::uint64_t number);
 
 class RawSource : public FrameSource {
   public:

@@ -17,24 +17,24 @@ bool IsWide(KorSizeT width) {
 // Rows of n samples or pairs, n at least a vector
 // ---------------------------------------------------------------------------------------------------------------------
 
-KOR_KERNEL void AverageRow(KorUint8* dst, const KorUint8* a, const KorUint8* b, KorSizeT n) {
+KOR_INLINE inline void AverageRow(KorUint8* dst, const KorUint8* a, const KorUint8* b, KorSizeT n) {
     const D8 d;
-    ForEachBlock(n, hn::Lanes(d), [&](KorSizeT start) KOR_INLINE {
+    ForEachLightBlock(n, hn::Lanes(d), [&](KorSizeT start) KOR_INLINE {
         Store(hn::AverageRound(hn::LoadU(d, a + start), hn::LoadU(d, b + start)), dst + start);
     });
 }
 
-KOR_KERNEL void ReverseRow(KorUint8* dst, const KorUint8* src, KorSizeT n) {
+KOR_INLINE inline void ReverseRow(KorUint8* dst, const KorUint8* src, KorSizeT n) {
     const D8 d;
     const KorSizeT size = hn::Lanes(d);
-    ForEachBlock(n, size, [&](KorSizeT start) KOR_INLINE { Store(Reversed(hn::LoadU(d, src + (n - size - start))), dst + start); });
+    ForEachLightBlock(n, size, [&](KorSizeT start) KOR_INLINE { Store(Reversed(hn::LoadU(d, src + (n - size - start))), dst + start); });
 }
 
 template <Order order>
-KOR_KERNEL void SplitRow(KorUint8* first, KorUint8* second, const KorUint8* src, KorSizeT n) {
+KOR_INLINE inline void SplitRow(KorUint8* first, KorUint8* second, const KorUint8* src, KorSizeT n) {
     const D8 d;
     const KorSizeT size = hn::Lanes(d);
-    ForEachBlock(n, size, [&](KorSizeT start) KOR_INLINE {
+    ForEachLightBlock(n, size, [&](KorSizeT start) KOR_INLINE {
         const KorSizeT to = order == Order::Forwards ? start : n - size - start;
         V8 firsts, seconds;
         SplitPairs<order>(hn::LoadU(d, src + 2 * start), hn::LoadU(d, src + 2 * start + size), firsts, seconds);
