@@ -140,6 +140,7 @@ KOR_INLINE inline const KorUint8* Readable(KorUint8 (&copy)[kBlockBytes], const 
     }
     const KorSizeT skip = unread == Unread::FirstByte ? 1 : 0;
     KorMemCpy(copy + skip, x + skip, bytes - 1);
+    copy[skip == 1 ? 0 : bytes - 1] = 0;  // its weight is 0, but MemorySanitizer wants it defined
     return copy;
 }
 
