@@ -253,7 +253,6 @@ class Archive:
                     self.progress.report(job.name, reason)
             self.start(waiting)
             self.progress.show()
-        self.progress.show(last=True)
 
     def start(self, waiting):
         while waiting and len(self.steps) < self.window:
@@ -338,6 +337,7 @@ def main():
             address = stack.enter_context(LocalCluster(workers, threads_per_worker=1, dashboard_address=None))
         archive = Archive(stack.enter_context(Client(address)), options, arguments.chunk)
         archive.run(jobs)
+    archive.progress.show(last=True)
     return 1 if archive.progress.bad else 0
 
 

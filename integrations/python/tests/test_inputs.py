@@ -68,6 +68,7 @@ REFUSED = [
     (lambda: kor.blend(PLANES, I420.empty(2, 2), 256), ValueError, "alpha: expected 0 to 255, got 256"),
     (lambda: kor.blend(PLANES, I420.empty(2, 2), 1, at=(5, 0)), ValueError,
      r"inside the background of 6x4, got 2x2 at \(5, 0\)"),
+    (lambda: kor.blend(PLANES, I420.empty(2, 2), 1, at=(0, 3)), ValueError, r"got 2x2 at \(0, 3\)"),
     (lambda: kor.blend(PLANES, I420.empty(2, 2), 1, at=(-1, 0)), ValueError, "inside the background"),
     (lambda: kor.blend(PLANES, I420.empty(2, 2), I420.empty(2, 4)), ValueError,
      r"alpha.y: expected shape \(2, 2\), got \(4, 2\)"),
