@@ -5,6 +5,7 @@
 #                              own, or of the portable set alone, leaves the others unused.
 #   libkor-dev    development  headers, static libraries, conformance kit, CMake package, pkg-config files, examples
 #   korframe      tools        the command-line tool
+#   gstreamer1.0-kor   gstreamer   the GStreamer plugin, with KOR_BUILD_GSTREAMER
 #   python3-kor   python       the Python package, with KOR_BUILD_PYTHON
 if(NOT BUILD_SHARED_LIBS)
   message(FATAL_ERROR "KOR_DEBIAN_PACKAGES needs the shared libraries: set BUILD_SHARED_LIBS to ON.")
@@ -112,6 +113,9 @@ set(CPACK_COMPONENT_TOOLS_DESCRIPTION
 korframe converts, rotates, renders and blends raw video frames, Y4M clips
 and pictures (PNG, JPEG, PPM) with the conversions of the Kor library.")
 
+if(KOR_BUILD_GSTREAMER)
+  include(${PROJECT_SOURCE_DIR}/integrations/gstreamer/KorGstreamerDebian.cmake)
+endif()
 if(KOR_BUILD_PYTHON)
   include(${PROJECT_SOURCE_DIR}/integrations/python/KorPythonDebian.cmake)
 endif()

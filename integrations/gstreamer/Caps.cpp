@@ -123,8 +123,8 @@ void Add(std::vector<std::string>& names, const std::string& name) {
     }
 }
 
-// The colours of RGB that this YUV may become, or be made from: primaries and transfer are kept, or are the usual ones of
-// both sides.
+// The colours of RGB that this YUV may become, or be made from: primaries and transfer are kept, or are the usual ones
+// of both sides.
 void AddRgbColours(const GstVideoColorimetry& yuv, const Pair& pair, std::vector<std::string>& names) {
     const MatrixName* matrix = FindMatrixName(yuv);
     if (matrix == nullptr || !HasPair(pair.from, pair.to, matrix->matrix)) {
@@ -190,10 +190,9 @@ void InvertRatio(const GValue* from, GValue* to) {
         const GValue* least = gst_value_get_fraction_range_min(from);
         const GValue* most = gst_value_get_fraction_range_max(from);
         g_value_init(to, GST_TYPE_FRACTION_RANGE);
-        gst_value_set_fraction_range_full(to, gst_value_get_fraction_denominator(most),
-                                          gst_value_get_fraction_numerator(most),
-                                          gst_value_get_fraction_denominator(least),
-                                          gst_value_get_fraction_numerator(least));
+        gst_value_set_fraction_range_full(
+            to, gst_value_get_fraction_denominator(most), gst_value_get_fraction_numerator(most),
+            gst_value_get_fraction_denominator(least), gst_value_get_fraction_numerator(least));
     } else if (GST_VALUE_HOLDS_LIST(from)) {
         g_value_init(to, GST_TYPE_LIST);
         for (guint i = 0; i < gst_value_list_get_size(from); ++i) {
@@ -309,8 +308,12 @@ GstCaps* TemplateCaps(bool read) {
 
 }  // namespace
 
-GstCaps* SinkTemplateCaps() { return TemplateCaps(true); }
-GstCaps* SrcTemplateCaps() { return TemplateCaps(false); }
+GstCaps* SinkTemplateCaps() {
+    return TemplateCaps(true);
+}
+GstCaps* SrcTemplateCaps() {
+    return TemplateCaps(false);
+}
 
 GstCaps* TransformCaps(GstCaps* caps, GstPadDirection side, Direction direction, bool dithers) {
     GstCaps* result = gst_caps_new_empty();

@@ -7,8 +7,8 @@ namespace korgst {
 
 namespace {
 
-// ITU-R BT.2020, limited range, in units of 1/256, for the functions that take the caller's matrix. The weights of Y sum
-// to 220, those of U and V to 0, so nothing wraps.
+// ITU-R BT.2020, limited range, in units of 1/256, for the functions that take the caller's matrix. The weights of Y
+// sum to 220, those of U and V to 0, so nothing wraps.
 constexpr KorInt kCaptureBt2020[3][3] = {{58, 149, 13}, {-31, -81, 112}, {112, -103, -9}};
 constexpr KorInt kRenderBt2020[3][3] = {{298, 0, 430}, {298, -48, -167}, {298, 548, 0}};
 
@@ -139,6 +139,8 @@ bool HasPair(GstVideoFormat from, GstVideoFormat to, Matrix matrix) {
                                  FindRender(from, to, matrix) != nullptr);
 }
 
-bool CanDither(GstVideoFormat to) { return Representative(to) != GST_VIDEO_FORMAT_Y444; }
+bool CanDither(GstVideoFormat to) {
+    return Representative(to) != GST_VIDEO_FORMAT_Y444;
+}
 
 }  // namespace korgst

@@ -12,7 +12,9 @@ constexpr KorSizeT kBandBytes = 256 * 1024;
 // A rotated band becomes columns, of which a row should hold a cache line at least.
 constexpr KorSizeT kRotatedRows = 64;
 
-bool IsOdd(KorSizeT size) { return size % 2 != 0; }
+bool IsOdd(KorSizeT size) {
+    return size % 2 != 0;
+}
 
 KorSizeT BytesOfPixel(GstVideoFormat format) {
     return static_cast<KorSizeT>(GST_VIDEO_FORMAT_INFO_PSTRIDE(gst_video_format_get_info(format), 0));
@@ -110,7 +112,8 @@ void Converter::Run(const FrameView& from, const FrameView& to, Workers& workers
 KorSizeT Converter::RowsOfBand(const FrameView& from, const FrameView& to) const {
     const bool packed = capture_ != nullptr || render_ != nullptr;
     const bool odd = IsOdd(from.width) || IsOdd(from.height);
-    const bool scratch = packed ? !direction_.IsIdentity() || odd || reorder_ != nullptr : from.format == GST_VIDEO_FORMAT_Y42B;
+    const bool scratch =
+        packed ? !direction_.IsIdentity() || odd || reorder_ != nullptr : from.format == GST_VIDEO_FORMAT_Y42B;
     if (!scratch || dither_ != KOR_VIDEOFRAMEDITHERLEVEL_Off) {
         return EvenUp(std::max(from.height, to.height));
     }
@@ -151,7 +154,8 @@ FrameView Converter::ScratchPlanes(GstVideoFormat format, KorSizeT width, KorSiz
     KorUint8* y = Grow(scratch.planes, bytes + 2 * bytesC);
     KorUint8* u = y + bytes;
     KorUint8* v = u + bytesC;
-    return {format, width, height, {{y, pitch, width, height}, {u, pitchC, widthC, heightC}, {v, pitchC, widthC, heightC}}};
+    return {
+        format, width, height, {{y, pitch, width, height}, {u, pitchC, widthC, heightC}, {v, pitchC, widthC, heightC}}};
 }
 
 // ---- From planes to planes ----
@@ -175,7 +179,8 @@ void Converter::SplitBand(const FrameView& from, const FrameView& to, Band band,
     const Band bandC = BandOf(pairs, from.height, band);
     const Walk walk = WalkOf(Read(pairs, bandC), direction_.flip);
     KorPlanarUVDeinterlaceRotation(walk.first, walk.pitch, PlaceOf(uv1, bandC, pairs.height), uv1.pitch,
-                                   PlaceOf(uv2, bandC, pairs.height), uv2.pitch, pairs.width, bandC.rows, direction_.angle);
+                                   PlaceOf(uv2, bandC, pairs.height), uv2.pitch, pairs.width, bandC.rows,
+                                   direction_.angle);
 }
 
 // Pairs of rows are averaged in the order of reading; the last row of an odd height is kept.
@@ -246,7 +251,8 @@ void Converter::CaptureBand(const FrameView& from, const FrameView& to, Band ban
     const bool stages = rgb && (odd || reorder_ != nullptr || (direction_.flip && !capture_->flips));
     const Plane x = stages ? Stage(from.planes[0], band, scratch) : Read(from.planes[0], band);
     const KorBool flip = direction_.flip && !stages;
-    // Pixels of packed YUV come in pairs, of which the last one may be half outside the picture; it is there to be read.
+    // Pixels of packed YUV come in pairs, of which the last one may be half outside the picture; it is there to be
+    // read.
     const KorSizeT width = EvenUp(x.width);
     const KorSizeT height = rgb ? EvenUp(x.height) : x.height;
 
@@ -290,7 +296,8 @@ FrameView Converter::PlanesFor(const FrameView& from, const FrameView& to, Band 
     const FrameView view = ScratchPlanes(from.format, to.width, band.rows, scratch);
     for (int i = 0; i < 3; ++i) {
         const bool halved = i != 0 && Is420(from.format);
-        const Plane part = PartFor(from.planes[i], direction_, halved ? band.first / 2 : band.first, view.planes[i].height);
+        const Plane part =
+            PartFor(from.planes[i], direction_, halved ? band.first / 2 : band.first, view.planes[i].height);
         Turn(part, direction_.flip, direction_.angle, view.planes[i].data, view.planes[i].pitch);
     }
     EvenOut(view.planes[0], 1);

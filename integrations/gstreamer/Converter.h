@@ -22,8 +22,8 @@ class Converter {
     void SetDirection(Direction direction) { direction_ = direction; }
     void SetDither(KorVideoFrameDitherLevel level) { dither_ = level; }
 
-    // The bytes do not depend on the number of threads. A dithered frame stays on the caller's: its noise starts anew in
-    // every call of the library.
+    // The bytes do not depend on the number of threads. A dithered frame stays on the caller's: its noise starts anew
+    // in every call of the library.
     void Run(const FrameView& from, const FrameView& to, Workers& workers);
 
   private:

@@ -1,4 +1,5 @@
-// The eight directions of a picture, as the library rotates: rows read from the bottom first, or not, and then an angle.
+// The eight directions of a picture, as the library rotates: rows read from the bottom first, or not, and then an
+// angle.
 #ifndef KOR_GSTREAMER_DIRECTION_H
 #define KOR_GSTREAMER_DIRECTION_H
 

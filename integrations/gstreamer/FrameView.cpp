@@ -10,7 +10,7 @@ FrameView ViewOf(const GstVideoFrame& frame) {
     const guint count = GST_VIDEO_FRAME_N_PLANES(&frame);
     for (guint i = 0; i < count && i < 3; ++i) {
         // Planes of a planar format are asked for by component, which puts those of YV12 in order.
-        const guint plane = count == 3 ? GST_VIDEO_FORMAT_INFO_PLANE(frame.info.finfo, i) : i;
+        const guint plane = count >= 3 ? GST_VIDEO_FORMAT_INFO_PLANE(frame.info.finfo, i) : i;
         view.planes[i] = {static_cast<KorUint8*>(GST_VIDEO_FRAME_PLANE_DATA(&frame, plane)),
                           static_cast<KorSizeT>(GST_VIDEO_FRAME_PLANE_STRIDE(&frame, plane)),
                           static_cast<KorSizeT>(GST_VIDEO_FRAME_COMP_WIDTH(&frame, i)),

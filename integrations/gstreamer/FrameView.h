@@ -19,7 +19,7 @@ struct Plane {
 };
 
 // Packed pixels are one plane. Planar formats have Y, U and V in this order, whatever their order in memory is;
-// semi-planar ones have Y and the pairs of chroma.
+// semi-planar ones have Y and the pairs of chroma. A plane of opacity is left out.
 struct FrameView {
     GstVideoFormat format = GST_VIDEO_FORMAT_UNKNOWN;
     KorSizeT width = 0;
@@ -32,7 +32,9 @@ FrameView ViewOf(const GstVideoFrame& frame);
 // The rows of one field: 0 is the upper one.
 FrameView FieldOf(const FrameView& frame, unsigned field);
 
-constexpr KorSizeT EvenUp(KorSizeT size) { return size + size % 2; }
+constexpr KorSizeT EvenUp(KorSizeT size) {
+    return size + size % 2;
+}
 
 }  // namespace korgst
 

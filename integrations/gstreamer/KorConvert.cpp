@@ -1,4 +1,5 @@
-// korconvert: converts, rotates and dithers video. What is said about caps stands in Caps.h, about pixels in Converter.h.
+// korconvert: converts, rotates and dithers video. What is said about caps stands in Caps.h, about pixels in
+// Converter.h.
 #include "KorConvert.h"
 
 #include <gst/video/gstvideofilter.h>
@@ -65,7 +66,9 @@ void kor_convert_direction_init(GstVideoDirectionInterface*) {}
 G_DEFINE_TYPE_WITH_CODE(KorConvert, kor_convert, GST_TYPE_VIDEO_FILTER,
                         G_IMPLEMENT_INTERFACE(GST_TYPE_VIDEO_DIRECTION, kor_convert_direction_init))
 
-KorConvert* Self(gpointer object) { return static_cast<KorConvert*>(object); }
+KorConvert* Self(gpointer object) {
+    return static_cast<KorConvert*>(object);
+}
 
 Settings SettingsOf(KorConvert* self) {
     GST_OBJECT_LOCK(self);
@@ -130,8 +133,8 @@ void GetProperty(GObject* object, guint id, GValue* value, GParamSpec* spec) {
 
 GstCaps* TransformCaps(GstBaseTransform* transform, GstPadDirection side, GstCaps* caps, GstCaps* filter) {
     const Settings settings = SettingsOf(Self(transform));
-    GstCaps* result = korgst::TransformCaps(caps, side, settings.WantedDirection(),
-                                            settings.dither != KOR_VIDEOFRAMEDITHERLEVEL_Off);
+    GstCaps* result =
+        korgst::TransformCaps(caps, side, settings.WantedDirection(), settings.dither != KOR_VIDEOFRAMEDITHERLEVEL_Off);
     if (filter != nullptr) {
         GstCaps* unfiltered = result;
         result = gst_caps_intersect_full(filter, unfiltered, GST_CAPS_INTERSECT_FIRST);
@@ -284,7 +287,8 @@ gboolean TransformMeta(GstBaseTransform* transform, GstBuffer* out, GstMeta* met
     }
     if (meta->info->api == GST_VIDEO_REGION_OF_INTEREST_META_API_TYPE) {
         const auto& region = *reinterpret_cast<GstVideoRegionOfInterestMeta*>(meta);
-        AddTurnedRegion(out, region, korgst::Turned({region.x, region.y, region.w, region.h}, width, height, direction));
+        AddTurnedRegion(out, region,
+                        korgst::Turned({region.x, region.y, region.w, region.h}, width, height, direction));
         return FALSE;
     }
     if (meta->info->api == GST_VIDEO_CROP_META_API_TYPE) {
@@ -304,8 +308,8 @@ GstFlowReturn SubmitInputBuffer(GstBaseTransform* transform, gboolean discontinu
     if (GST_CLOCK_TIME_IS_VALID(time)) {
         gst_object_sync_values(GST_OBJECT(transform), time);
     }
-    const GstFlowReturn result = GST_BASE_TRANSFORM_CLASS(kor_convert_parent_class)
-                                     ->submit_input_buffer(transform, discontinuous, buffer);
+    const GstFlowReturn result =
+        GST_BASE_TRANSFORM_CLASS(kor_convert_parent_class)->submit_input_buffer(transform, discontinuous, buffer);
     if (result == GST_FLOW_OK) {
         Adopt(self, SettingsOf(self));
     }
@@ -371,14 +375,16 @@ void kor_convert_class_init(KorConvertClass* klass) {
         static_cast<GParamFlags>(G_PARAM_READWRITE | G_PARAM_STATIC_STRINGS | GST_PARAM_MUTABLE_PLAYING);
     g_object_class_install_property(
         object, kDither,
-        g_param_spec_enum("dither", "Dither", "Strength of the noise that is added to hide banding; there is none for Y444",
-                          DitherType(), KOR_VIDEOFRAMEDITHERLEVEL_Off, flags));
+        g_param_spec_enum("dither", "Dither",
+                          "Strength of the noise that is added to hide banding; there is none for Y444", DitherType(),
+                          KOR_VIDEOFRAMEDITHERLEVEL_Off, flags));
     g_object_class_install_property(
         object, kThreads,
-        g_param_spec_uint("n-threads", "Threads",
-                          "Number of threads that share a frame (0 = one for each processor); the bytes are the same for "
-                          "any number, and dithered frames stay on one",
-                          0, G_MAXUINT, 1, flags));
+        g_param_spec_uint(
+            "n-threads", "Threads",
+            "Number of threads that share a frame (0 = one for each processor); the bytes are the same for "
+            "any number, and dithered frames stay on one",
+            0, G_MAXUINT, 1, flags));
 
     GstElementClass* element = GST_ELEMENT_CLASS(klass);
     gst_element_class_set_static_metadata(

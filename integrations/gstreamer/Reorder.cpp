@@ -24,7 +24,8 @@ void Reorder32(KorUint8* to, const KorUint8* from, KorSizeT width) {
     for (KorSizeT i = 0; i < width; ++i) {
         guint32 pixel;
         std::memcpy(&pixel, from + 4 * i, 4);
-        const guint32 reordered = ((pixel >> BitOf(b0)) & 0xff) << BitOf(0) | ((pixel >> BitOf(b1)) & 0xff) << BitOf(1) |
+        const guint32 reordered = ((pixel >> BitOf(b0)) & 0xff) << BitOf(0) |
+                                  ((pixel >> BitOf(b1)) & 0xff) << BitOf(1) |
                                   ((pixel >> BitOf(b2)) & 0xff) << BitOf(2) | ((pixel >> BitOf(b3)) & 0xff) << BitOf(3);
         std::memcpy(to + 4 * i, &reordered, 4);
     }
@@ -48,7 +49,9 @@ void BgraToBgr(KorUint8* to, const KorUint8* from, KorSizeT width) {
     }
 }
 
-void Copy32(KorUint8* to, const KorUint8* from, KorSizeT width) { std::memcpy(to, from, 4 * width); }
+void Copy32(KorUint8* to, const KorUint8* from, KorSizeT width) {
+    std::memcpy(to, from, 4 * width);
+}
 
 struct Order {
     GstVideoFormat format;

@@ -20,7 +20,9 @@ void RunPart(gpointer data) {
 
 }  // namespace
 
-Workers::~Workers() { Stop(); }
+Workers::~Workers() {
+    Stop();
+}
 
 void Workers::SetThreads(unsigned threads) {
     threads = threads != 0 ? threads : std::max(1u, g_get_num_processors());

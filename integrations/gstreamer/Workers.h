@@ -19,7 +19,8 @@ class Workers {
     void SetThreads(unsigned threads);
     unsigned Threads() const { return threads_; }
 
-    // Calls work(0) to work(count - 1), on as many threads, of which one is the caller's, and returns when all are done.
+    // Calls work(0) to work(count - 1), on as many threads, of which one is the caller's, and returns when all are
+    // done.
     void Run(unsigned count, const std::function<void(unsigned)>& work);
 
   private:

@@ -64,7 +64,8 @@ TEST(KorConvert, EveryPairAndDirectionWithAndWithoutPaddedStrides) {
                 const Picture expected = Expected(from, pair.to, pair.matrix, direction);
                 Harness harness(std::string("video-direction=") + kDirections[method]);
                 const char* colours = ColorimetryOf(pair);
-                harness.Negotiate(from, IsRgb(pair.from) ? "sRGB" : colours, expected, IsRgb(pair.to) ? "sRGB" : colours);
+                harness.Negotiate(from, IsRgb(pair.from) ? "sRGB" : colours, expected,
+                                  IsRgb(pair.to) ? "sRGB" : colours);
                 EXPECT_EQ(Difference(harness.Convert(from, padding), expected), "")
                     << gst_video_format_to_string(pair.from) << " to " << gst_video_format_to_string(pair.to) << " "
                     << kDirections[method] << ", padding " << padding;
@@ -82,8 +83,9 @@ std::string CapsAfter(const char* properties, const char* in, const char* sink) 
     gst_harness_set_src_caps_str(harness.get(), in);
     GstBuffer* buffer = gst_buffer_new_allocate(nullptr, 64 * 48 * 4, nullptr);
     gst_buffer_memset(buffer, 0, 128, 64 * 48 * 4);
-    GstCaps* caps = gst_harness_push(harness.get(), buffer) == GST_FLOW_OK ? gst_pad_get_current_caps(harness.get()->sinkpad)
-                                                                          : nullptr;
+    GstCaps* caps = gst_harness_push(harness.get(), buffer) == GST_FLOW_OK
+                        ? gst_pad_get_current_caps(harness.get()->sinkpad)
+                        : nullptr;
     if (caps == nullptr) {
         return "not negotiated";
     }
@@ -94,7 +96,9 @@ std::string CapsAfter(const char* properties, const char* in, const char* sink) 
     return result;
 }
 
-bool Has(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
+bool Has(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
 
 constexpr const char* kAny = "video/x-raw";
 
@@ -126,7 +130,8 @@ TEST(KorConvertCaps, ColoursFollowTheSizeUnlessTheyAreAskedFor) {
 
 TEST(KorConvertCaps, UnknownMatricesAndFullRangeAreRefusedForRgbAlone) {
     for (const char* colours : {"1:4:0:0", "smpte240m", "2:2:5:1", "2:0:0:0"}) {
-        const std::string in = std::string("video/x-raw,format=YV12,width=64,height=48,framerate=25/1,colorimetry=") + colours;
+        const std::string in =
+            std::string("video/x-raw,format=YV12,width=64,height=48,framerate=25/1,colorimetry=") + colours;
         EXPECT_EQ(CapsAfter("", in.c_str(), "video/x-raw,format=BGRA"), "not negotiated") << colours;
         EXPECT_TRUE(Has(CapsAfter("", in.c_str(), "video/x-raw,format=I420"), "I420")) << colours;
     }
@@ -139,15 +144,15 @@ TEST(KorConvertCaps, UnknownMatricesAndFullRangeAreRefusedForRgbAlone) {
 }
 
 TEST(KorConvertCaps, PrimariesAndTransferAreKept) {
-    const std::string caps = CapsAfter("", "video/x-raw,format=I420,width=64,height=48,framerate=25/1,colorimetry=2:4:5:4",
-                                       "video/x-raw,format=BGRA");
+    const std::string caps = CapsAfter(
+        "", "video/x-raw,format=I420,width=64,height=48,framerate=25/1,colorimetry=2:4:5:4", "video/x-raw,format=BGRA");
     EXPECT_TRUE(Has(caps, "1:1:5:4")) << caps;
 }
 
 TEST(KorConvertCaps, QuarterTurnsExchangeSizesAndPixelAspects) {
-    const std::string caps =
-        CapsAfter("video-direction=90r",
-                  "video/x-raw,format=YUY2,width=64,height=48,framerate=25/1,pixel-aspect-ratio=16/11", "video/x-raw,format=I420");
+    const std::string caps = CapsAfter(
+        "video-direction=90r", "video/x-raw,format=YUY2,width=64,height=48,framerate=25/1,pixel-aspect-ratio=16/11",
+        "video/x-raw,format=I420");
     EXPECT_TRUE(Has(caps, "width=(int)48") && Has(caps, "height=(int)64") && Has(caps, "11/16")) << caps;
 }
 
@@ -177,7 +182,8 @@ TEST(KorConvert, RenegotiatesInMidStream) {
         for (const GstVideoFormat format : {GST_VIDEO_FORMAT_UYVY, GST_VIDEO_FORMAT_NV21, GST_VIDEO_FORMAT_Y42B}) {
             const Picture from = RandomPicture(format, 30 + random() % 40, 20 + random() % 40, random);
             gst_harness_set_src_caps(harness.get(), CapsOf(from, nullptr));
-            EXPECT_EQ(Difference(harness.Convert(from, 0), Expected(from, GST_VIDEO_FORMAT_I420, Matrix::None, {})), "");
+            EXPECT_EQ(Difference(harness.Convert(from, 0), Expected(from, GST_VIDEO_FORMAT_I420, Matrix::None, {})),
+                      "");
         }
     }
 }
@@ -192,7 +198,8 @@ TEST(KorConvert, TakesAnotherDirectionInMidStream) {
     for (const int method : {0, 1, 3, 7, 6, 2, 5, 0, 4, 1, 0}) {
         g_object_set(element, "video-direction", method, nullptr);
         const Direction direction = DirectionOf(static_cast<GstVideoOrientationMethod>(method));
-        EXPECT_EQ(Difference(harness.Convert(from, 0), Expected(from, GST_VIDEO_FORMAT_I420, Matrix::Bt709, direction)), "")
+        EXPECT_EQ(Difference(harness.Convert(from, 0), Expected(from, GST_VIDEO_FORMAT_I420, Matrix::Bt709, direction)),
+                  "")
             << method;
     }
     gst_object_unref(element);
@@ -208,7 +215,8 @@ TEST(KorConvert, SameCapsAreTurnedAndThenPassedThroughAgain) {
     for (const int method : {0, 1, 3, 0, 5}) {
         g_object_set(element, "video-direction", method, nullptr);
         const Direction direction = DirectionOf(static_cast<GstVideoOrientationMethod>(method));
-        EXPECT_EQ(Difference(harness.Convert(from, 0), Expected(from, GST_VIDEO_FORMAT_I420, Matrix::None, direction)), "")
+        EXPECT_EQ(Difference(harness.Convert(from, 0), Expected(from, GST_VIDEO_FORMAT_I420, Matrix::None, direction)),
+                  "")
             << method;
     }
     gst_object_unref(element);
@@ -222,7 +230,8 @@ TEST(KorConvert, AutoFollowsTheTagAndTakesItAway) {
     gst_harness_set_src_caps(harness.get(), CapsOf(from, nullptr));
     gst_harness_push_event(harness.get(),
                            gst_event_new_tag(gst_tag_list_new(GST_TAG_IMAGE_ORIENTATION, "rotate-90", nullptr)));
-    EXPECT_EQ(Difference(harness.Convert(from, 0), Expected(from, GST_VIDEO_FORMAT_I420, Matrix::None, {false, 90})), "");
+    EXPECT_EQ(Difference(harness.Convert(from, 0), Expected(from, GST_VIDEO_FORMAT_I420, Matrix::None, {false, 90})),
+              "");
     bool rewritten = false;
     while (GstEvent* event = gst_harness_try_pull_event(harness.get())) {
         GstTagList* tags = nullptr;
@@ -247,8 +256,9 @@ TEST(KorConvert, InterlacedFramesAreConvertedFieldByField) {
         Picture from = RandomPicture(GST_VIDEO_FORMAT_UYVY, 20, 16, random);
         Harness harness(flip ? "video-direction=vert" : "");
         gst_harness_set_sink_caps_str(harness.get(), "video/x-raw,format=I420");
-        gst_harness_set_src_caps_str(harness.get(), "video/x-raw,format=UYVY,width=20,height=16,framerate=25/1,"
-                                                    "interlace-mode=mixed");
+        gst_harness_set_src_caps_str(harness.get(),
+                                     "video/x-raw,format=UYVY,width=20,height=16,framerate=25/1,"
+                                     "interlace-mode=mixed");
         GstBuffer* in = BufferOf(from, 0);
         GST_BUFFER_FLAG_SET(in, GST_VIDEO_BUFFER_FLAG_INTERLACED | GST_VIDEO_BUFFER_FLAG_TFF);
         GstBuffer* out = gst_harness_push_and_pull(harness.get(), in);
@@ -322,8 +332,8 @@ TEST(KorConvert, PointersAreToldWhereTheyAreInThePictureThatComesIn) {
         harness.Convert(from, 0);
         // The point in the middle of pixel (7, 4) is where that pixel goes.
         const Rectangle place = Turned({7, 4, 1, 1}, 40, 30, direction);
-        gst_harness_push_upstream_event(
-            harness.get(), gst_navigation_event_new_mouse_move(place.x + 0.5, place.y + 0.5, GST_NAVIGATION_MODIFIER_NONE));
+        gst_harness_push_upstream_event(harness.get(), gst_navigation_event_new_mouse_move(
+                                                           place.x + 0.5, place.y + 0.5, GST_NAVIGATION_MODIFIER_NONE));
         double x = 0;
         double y = 0;
         while (GstEvent* event = gst_harness_try_pull_upstream_event(harness.get())) {

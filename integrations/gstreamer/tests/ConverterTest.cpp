@@ -11,14 +11,16 @@ namespace korgst {
 namespace {
 
 constexpr GstVideoOrientationMethod kMethods[] = {
-    GST_VIDEO_ORIENTATION_IDENTITY, GST_VIDEO_ORIENTATION_90R,  GST_VIDEO_ORIENTATION_180,   GST_VIDEO_ORIENTATION_90L,
-    GST_VIDEO_ORIENTATION_HORIZ,    GST_VIDEO_ORIENTATION_VERT, GST_VIDEO_ORIENTATION_UL_LR, GST_VIDEO_ORIENTATION_UR_LL,
+    GST_VIDEO_ORIENTATION_IDENTITY, GST_VIDEO_ORIENTATION_90R,   GST_VIDEO_ORIENTATION_180,
+    GST_VIDEO_ORIENTATION_90L,      GST_VIDEO_ORIENTATION_HORIZ, GST_VIDEO_ORIENTATION_VERT,
+    GST_VIDEO_ORIENTATION_UL_LR,    GST_VIDEO_ORIENTATION_UR_LL,
 };
 
 std::string Name(const ExpectedPair& pair, Direction direction, const Picture& from) {
-    return std::string(gst_video_format_to_string(pair.from)) + " to " + gst_video_format_to_string(pair.to) + ", matrix " +
-           std::to_string(static_cast<int>(pair.matrix)) + (direction.flip ? ", flip, angle " : ", angle ") +
-           std::to_string(direction.angle) + ", " + std::to_string(from.width) + "x" + std::to_string(from.height);
+    return std::string(gst_video_format_to_string(pair.from)) + " to " + gst_video_format_to_string(pair.to) +
+           ", matrix " + std::to_string(static_cast<int>(pair.matrix)) +
+           (direction.flip ? ", flip, angle " : ", angle ") + std::to_string(direction.angle) + ", " +
+           std::to_string(from.width) + "x" + std::to_string(from.height);
 }
 
 // Bytes beside the picture keep this value.
@@ -31,7 +33,8 @@ void Fill(Picture& picture, KorUint8 value) {
 void ExpectNothingBeside(const Picture& picture, KorUint8 value, const std::string& name) {
     for (int i = 0; i < picture.PlaneCount(); ++i) {
         for (KorSizeT row = 0; row <= picture.Rows(i); ++row) {
-            for (KorSizeT column = row < picture.Rows(i) ? picture.RowBytes(i) : 0; column < picture.Pitch(i); ++column) {
+            for (KorSizeT column = row < picture.Rows(i) ? picture.RowBytes(i) : 0; column < picture.Pitch(i);
+                 ++column) {
                 ASSERT_EQ(picture.Row(i, row)[column], value) << name << ", plane " << i << ", beside row " << row;
             }
         }
@@ -60,7 +63,8 @@ TEST(Converter, HasExactlyTheExpectedPairs) {
             const bool wanted = std::any_of(expected.begin(), expected.end(), [&](const ExpectedPair& pair) {
                 return pair.from == from && pair.to == to;
             });
-            EXPECT_EQ(HasPair(static_cast<GstVideoFormat>(from), static_cast<GstVideoFormat>(to)), wanted) << from << " " << to;
+            EXPECT_EQ(HasPair(static_cast<GstVideoFormat>(from), static_cast<GstVideoFormat>(to)), wanted)
+                << from << " " << to;
         }
     }
     for (const ExpectedPair& pair : expected) {
@@ -71,7 +75,8 @@ TEST(Converter, HasExactlyTheExpectedPairs) {
 
 TEST(Converter, SmallSizesInEveryDirection) {
     std::mt19937 random(1);
-    constexpr KorSizeT sizes[][2] = {{1, 1}, {2, 1}, {1, 2}, {2, 2}, {3, 3}, {5, 4}, {4, 5}, {16, 9}, {33, 18}, {7, 131}};
+    constexpr KorSizeT sizes[][2] = {{1, 1}, {2, 1}, {1, 2},  {2, 2},   {3, 3},
+                                     {5, 4}, {4, 5}, {16, 9}, {33, 18}, {7, 131}};
     for (const ExpectedPair& pair : ExpectedPairs()) {
         for (const auto& [width, height] : sizes) {
             const Picture from = RandomPicture(pair.from, width, height, random);
@@ -89,7 +94,8 @@ TEST(Converter, SeveralBandsAndThreads) {
         for (const auto& [width, height] : sizes) {
             const Picture from = RandomPicture(pair.from, width, height, random);
             for (const GstVideoOrientationMethod method : kMethods) {
-                ASSERT_NO_FATAL_FAILURE(Check(pair, DirectionOf(method), from, 1 + static_cast<unsigned>(random() % 5)));
+                ASSERT_NO_FATAL_FAILURE(
+                    Check(pair, DirectionOf(method), from, 1 + static_cast<unsigned>(random() % 5)));
             }
         }
     }

@@ -20,7 +20,8 @@ bool OneOf(GstVideoFormat format, const Formats& formats) {
     return std::find(formats.begin(), formats.end(), format) != formats.end();
 }
 
-void Append(std::vector<ExpectedPair>& pairs, const Formats& from, const Formats& to, const std::vector<Matrix>& matrices) {
+void Append(std::vector<ExpectedPair>& pairs, const Formats& from, const Formats& to,
+            const std::vector<Matrix>& matrices) {
     for (const GstVideoFormat source : from) {
         for (const GstVideoFormat target : to) {
             for (const Matrix matrix : matrices) {
@@ -102,8 +103,8 @@ Picture Turned(const Picture& from, GstVideoFormat to, bool flip, KorImageRotati
     Picture result(to, swaps ? from.height : from.width, swaps ? from.width : from.height);
     for (int i = 0; i < 3; ++i) {
         const KorDistanceT pitch = static_cast<KorDistanceT>(from.Pitch(i));
-        KorPlanarRotation_C_(flip ? from.Row(i, from.Rows(i) - 1) : from.Row(i, 0), flip ? -pitch : pitch, result.Row(i, 0),
-                             result.Pitch(i), from.RowBytes(i), from.Rows(i), angle);
+        KorPlanarRotation_C_(flip ? from.Row(i, from.Rows(i) - 1) : from.Row(i, 0), flip ? -pitch : pitch,
+                             result.Row(i, 0), result.Pitch(i), from.RowBytes(i), from.Rows(i), angle);
     }
     return result;
 }
@@ -186,7 +187,8 @@ Picture ExpectedFromRgb(const Picture& from, GstVideoFormat to, Matrix matrix, D
     Picture planes(to, read.width, read.height);
     if (matrix == Matrix::Bt2020) {
         KorBGRAToI420General_C_(planes.Row(0, 0), planes.Pitch(0), planes.Row(1, 0), planes.Pitch(1), planes.Row(2, 0),
-                                planes.Pitch(2), read.Row(0, 0), read.Pitch(0), read.width, read.height, flip, kCapture2020);
+                                planes.Pitch(2), read.Row(0, 0), read.Pitch(0), read.width, read.height, flip,
+                                kCapture2020);
     } else {
         CaptureOf(x.format, to, matrix)(planes.Row(0, 0), planes.Pitch(0), planes.Row(1, 0), planes.Pitch(1),
                                         planes.Row(2, 0), planes.Pitch(2), read.Row(0, 0), read.Pitch(0), read.width,
@@ -216,8 +218,8 @@ Picture ExpectedFromPlanes(const Picture& from, GstVideoFormat to, Direction dir
     if (from.format == GST_VIDEO_FORMAT_Y42B) {
         const Picture read = direction.flip ? Turned(from, GST_VIDEO_FORMAT_Y42B, true, 0) : from;
         Picture planes(to, from.width, from.height);
-        KorPlanarRotation_C_(read.Row(0, 0), static_cast<KorDistanceT>(read.Pitch(0)), planes.Row(0, 0), planes.Pitch(0),
-                             read.width, read.height, 0);
+        KorPlanarRotation_C_(read.Row(0, 0), static_cast<KorDistanceT>(read.Pitch(0)), planes.Row(0, 0),
+                             planes.Pitch(0), read.width, read.height, 0);
         for (int i = 1; i < 3; ++i) {
             KorPlanarUV422To420_C_(read.Row(i, 0), static_cast<KorDistanceT>(read.Pitch(i)), planes.Row(i, 0),
                                    planes.Pitch(i), planes.RowBytes(i), read.height / 2);
@@ -229,8 +231,8 @@ Picture ExpectedFromPlanes(const Picture& from, GstVideoFormat to, Direction dir
     }
     if (from.PlaneCount() == 2) {
         Picture planes(to, from.width, from.height);
-        KorPlanarRotation_C_(from.Row(0, 0), static_cast<KorDistanceT>(from.Pitch(0)), planes.Row(0, 0), planes.Pitch(0),
-                             from.width, from.height, 0);
+        KorPlanarRotation_C_(from.Row(0, 0), static_cast<KorDistanceT>(from.Pitch(0)), planes.Row(0, 0),
+                             planes.Pitch(0), from.width, from.height, 0);
         const int first = from.format == GST_VIDEO_FORMAT_NV12 ? 1 : 2;
         KorPlanarUVDeinterlace_C_(from.Row(1, 0), static_cast<KorDistanceT>(from.Pitch(1)), planes.Row(first, 0),
                                   planes.Pitch(first), planes.Row(3 - first, 0), planes.Pitch(3 - first),
@@ -252,8 +254,8 @@ Picture Rendered(const Picture& from, GstVideoFormat to, Matrix matrix, Directio
                                 KOR_VIDEOFRAMEDITHERLEVEL_Off);
     } else {
         RenderOf(from.format, x.format, matrix)(planes.Row(0, 0), planes.Pitch(0), planes.Row(1, 0), planes.Pitch(1),
-                                                planes.Row(2, 0), planes.Pitch(2), x.Row(0, 0), x.Pitch(0), planes.width,
-                                                planes.height, KOR_VIDEOFRAMEDITHERLEVEL_Off);
+                                                planes.Row(2, 0), planes.Pitch(2), x.Row(0, 0), x.Pitch(0),
+                                                planes.width, planes.height, KOR_VIDEOFRAMEDITHERLEVEL_Off);
     }
     const Picture cropped = Cropped(x, turned.width, turned.height);
     return via ? Reordered(cropped, to) : cropped;

@@ -8,12 +8,17 @@ namespace korgst {
 
 namespace {
 
-bool IsPackedYuv(GstVideoFormat format) { return format == GST_VIDEO_FORMAT_YUY2 || format == GST_VIDEO_FORMAT_UYVY; }
-bool IsSemiPlanar(GstVideoFormat format) { return format == GST_VIDEO_FORMAT_NV12 || format == GST_VIDEO_FORMAT_NV21; }
+bool IsPackedYuv(GstVideoFormat format) {
+    return format == GST_VIDEO_FORMAT_YUY2 || format == GST_VIDEO_FORMAT_UYVY;
+}
+bool IsSemiPlanar(GstVideoFormat format) {
+    return format == GST_VIDEO_FORMAT_NV12 || format == GST_VIDEO_FORMAT_NV21;
+}
 
 // The plane of a mapped frame that is plane i of a picture.
 guint FramePlane(const GstVideoFrame& frame, int i) {
-    return GST_VIDEO_FRAME_N_PLANES(&frame) == 3 ? GST_VIDEO_FORMAT_INFO_PLANE(frame.info.finfo, i) : static_cast<guint>(i);
+    return GST_VIDEO_FRAME_N_PLANES(&frame) == 3 ? GST_VIDEO_FORMAT_INFO_PLANE(frame.info.finfo, i)
+                                                 : static_cast<guint>(i);
 }
 
 void CopyRows(const Picture& picture, const GstVideoFrame& frame) {
@@ -35,7 +40,9 @@ Picture::Picture(GstVideoFormat f, KorSizeT w, KorSizeT h) : format(f), width(w)
     }
 }
 
-int Picture::PlaneCount() const { return IsRgb(format) || IsPackedYuv(format) ? 1 : IsSemiPlanar(format) ? 2 : 3; }
+int Picture::PlaneCount() const {
+    return IsRgb(format) || IsPackedYuv(format) ? 1 : IsSemiPlanar(format) ? 2 : 3;
+}
 
 KorSizeT Picture::RowBytes(int plane) const {
     if (IsRgb(format)) {
@@ -44,10 +51,14 @@ KorSizeT Picture::RowBytes(int plane) const {
     if (IsPackedYuv(format)) {
         return 2 * EvenUp(width);
     }
-    return plane == 0 || format == GST_VIDEO_FORMAT_Y444 ? width : IsSemiPlanar(format) ? EvenUp(width) : (width + 1) / 2;
+    return plane == 0 || format == GST_VIDEO_FORMAT_Y444 ? width
+           : IsSemiPlanar(format)                        ? EvenUp(width)
+                                                         : (width + 1) / 2;
 }
 
-KorSizeT Picture::Rows(int plane) const { return plane != 0 && Is420(format) ? (height + 1) / 2 : height; }
+KorSizeT Picture::Rows(int plane) const {
+    return plane != 0 && Is420(format) ? (height + 1) / 2 : height;
+}
 
 FrameView Picture::View() {
     FrameView view = {format, width, height, {}};
@@ -79,7 +90,8 @@ std::string Difference(const Picture& got, const Picture& expected) {
                 const int wanted = expected.Row(i, row)[column];
                 if (byte != wanted) {
                     return "plane " + std::to_string(i) + ", row " + std::to_string(row) + ", byte " +
-                           std::to_string(column) + " is " + std::to_string(byte) + ", expected " + std::to_string(wanted);
+                           std::to_string(column) + " is " + std::to_string(byte) + ", expected " +
+                           std::to_string(wanted);
                 }
             }
         }
@@ -88,15 +100,16 @@ std::string Difference(const Picture& got, const Picture& expected) {
 }
 
 GstCaps* CapsOf(const Picture& picture, const char* colorimetry) {
-    return gst_caps_new_simple("video/x-raw", "format", G_TYPE_STRING, gst_video_format_to_string(picture.format), "width",
-                               G_TYPE_INT, static_cast<int>(picture.width), "height", G_TYPE_INT,
+    return gst_caps_new_simple("video/x-raw", "format", G_TYPE_STRING, gst_video_format_to_string(picture.format),
+                               "width", G_TYPE_INT, static_cast<int>(picture.width), "height", G_TYPE_INT,
                                static_cast<int>(picture.height), "framerate", GST_TYPE_FRACTION, 25, 1,
                                colorimetry != nullptr ? "colorimetry" : nullptr, G_TYPE_STRING, colorimetry, nullptr);
 }
 
 GstBuffer* BufferOf(const Picture& picture, KorSizeT padding) {
     GstVideoInfo info;
-    gst_video_info_set_format(&info, picture.format, static_cast<guint>(picture.width), static_cast<guint>(picture.height));
+    gst_video_info_set_format(&info, picture.format, static_cast<guint>(picture.width),
+                              static_cast<guint>(picture.height));
     gsize size = info.size;
     gsize offset[GST_VIDEO_MAX_PLANES];
     gint stride[GST_VIDEO_MAX_PLANES];
@@ -113,8 +126,9 @@ GstBuffer* BufferOf(const Picture& picture, KorSizeT padding) {
     GstBuffer* buffer = gst_buffer_new_allocate(nullptr, size, nullptr);
     gst_buffer_memset(buffer, 0, 0xa5, size);
     if (padding != 0) {
-        gst_buffer_add_video_meta_full(buffer, GST_VIDEO_FRAME_FLAG_NONE, picture.format, static_cast<guint>(picture.width),
-                                       static_cast<guint>(picture.height), GST_VIDEO_INFO_N_PLANES(&info), offset, stride);
+        gst_buffer_add_video_meta_full(buffer, GST_VIDEO_FRAME_FLAG_NONE, picture.format,
+                                       static_cast<guint>(picture.width), static_cast<guint>(picture.height),
+                                       GST_VIDEO_INFO_N_PLANES(&info), offset, stride);
     }
     GstVideoFrame frame;
     gst_video_frame_map(&frame, &info, buffer, GST_MAP_WRITE);

@@ -3,11 +3,11 @@ import {i420, toRgba} from './frames.mjs';
 import {byId, element, paint, say} from './dom.mjs';
 import {levels} from './library.mjs';
 
-const width = 320;
-const height = 96;
+const rampWidth = 320;
+const rampHeight = 96;
 const enlarged = {width: 80, height: 24};
-const length = 256;  // of the transform
-const rowsOfNoise = 256;
+const transformLength = 256;  // of the transform
+const noiseRows = 256;
 
 export class Dither {
     constructor(library) {
@@ -20,7 +20,7 @@ export class Dither {
             return {canvas, close};
         });
         for (const id of ['ramp-from', 'ramp-codes', 'ramp-gain']) {
-            byId(id).addEventListener('input', () => this.draw());
+            byId(id).addEventListener(byId(id).type === 'number' ? 'input' : 'change', () => this.draw());
         }
     }
 
@@ -30,6 +30,7 @@ export class Dither {
         const from = Math.min(number('ramp-from', 16, 220), 235 - codes);
         const gain = Number(byId('ramp-gain').value);
         const {library} = this;
+        const [width, height] = [rampWidth, rampHeight];
         const planes = i420(library, ['rampY', 'rampU', 'rampV'], width, height);
         for (let y = 0; y < height; ++y) {
             for (let x = 0; x < width; ++x) {
@@ -63,7 +64,7 @@ export class Dither {
         const spectra = [1, 2, 3].map((level) => spectrum(this.library, level));
         byId('spectrum').replaceChildren(chart(spectra));
         const low = spectra.map(({power}) => {
-            const most = Math.round(0.15 * length);
+            const most = Math.round(0.15 * transformLength);
             return 10 * Math.log10(power.slice(1, most).reduce((a, b) => a + b, 0) / (most - 1));
         });
         say(byId('spectrum-about'), 'Power of the luma noise along a row, in decibels; white noise of the same deviation has 0. ' +
@@ -75,26 +76,27 @@ export class Dither {
 // The power of a level's luma noise at the frequencies 0 to 1/2, relative to white noise of the same deviation.
 export function spectrum(library, level) {
     const value = 100;
-    const planes = i420(library, ['flatY', 'flatU', 'flatV'], length, rowsOfNoise);
+    const length = transformLength;
+    const planes = i420(library, ['flatY', 'flatU', 'flatV'], length, noiseRows);
     planes[0].bytes.fill(value);
     const out = ['noiseY', 'noiseU', 'noiseV'].map((name, i) => library.plane(name, planes[i].rowBytes, planes[i].rows));
     library.serveSeed(1);
     library.run({
         name: 'KorI420Dither', planes: [...planes, ...out],
-        options: {width: length, height: rowsOfNoise, ditherLevel: level, randomizeNoiseOffsets: 1},
+        options: {width: length, height: noiseRows, ditherLevel: level, randomizeNoiseOffsets: 1},
     });
     const bytes = out[0].bytes;
     const power = new Float64Array(length / 2 + 1);
     let squares = 0;
-    for (let row = 0; row < rowsOfNoise; ++row) {
+    for (let row = 0; row < noiseRows; ++row) {
         const real = Float64Array.from({length}, (_, i) => bytes[row * length + i] - value);
         const imaginary = new Float64Array(length);
         squares += real.reduce((sum, noise) => sum + noise * noise, 0);
         transform(real, imaginary);
         power.forEach((_, k) => { power[k] += real[k] ** 2 + imaginary[k] ** 2; });
     }
-    const variance = squares / (length * rowsOfNoise);
-    return {power: power.map((sum) => sum / (rowsOfNoise * length * variance)), deviation: Math.sqrt(variance)};
+    const variance = squares / (length * noiseRows);
+    return {power: power.map((sum) => sum / (noiseRows * length * variance)), deviation: Math.sqrt(variance)};
 }
 
 // The Fourier transform in place; the length is a power of two.
@@ -154,7 +156,7 @@ function chart(spectra) {
         const points = [...power.keys()].slice(1).map((k) => {
             const near = [k - 1, k, k + 1].filter((i) => i >= 1 && i < power.length);
             const mean = near.reduce((sum, i) => sum + power[i], 0) / near.length;
-            return `${x(k / length).toFixed(1)},${y(10 * Math.log10(Math.max(mean, 1e-9))).toFixed(1)}`;
+            return `${x(k / transformLength).toFixed(1)},${y(10 * Math.log10(Math.max(mean, 1e-9))).toFixed(1)}`;
         });
         parts.push(svg('polyline', {class: `series s${level}`, points: points.join(' ')}));
         const at = top + 60 + 20 * level;

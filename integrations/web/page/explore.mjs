@@ -21,7 +21,8 @@ export class Explorer {
         }
         select.value = 'KorYUY2ToI420';
         for (const id of ['function', 'width', 'height', 'flip', 'degree', 'level']) {
-            byId(`explore-${id}`).addEventListener('input', () => this.draw());
+            const box = byId(`explore-${id}`);
+            box.addEventListener(box.type === 'number' ? 'input' : 'change', () => this.draw());
         }
     }
 

@@ -10,8 +10,7 @@ const reach = 4;  // pixels around the middle one
 export class Lens {
     constructor(stages) {
         this.stages = stages;
-        this.x = 100;
-        this.y = 60;
+        [this.x, this.y] = [520, 232];  // a pixel of the test card on which the overlay lies
         this.held = false;
         const scales = {'scene': 0, 'blended': 0, 'picture': 0, 'noise': 0, 'plane-y': 0, 'plane-u': 1, 'plane-v': 1};
         for (const [id, shift] of Object.entries(scales)) {
@@ -131,7 +130,7 @@ export class Lens {
         const verdict = byId('lens-verdict');
         verdict.classList.toggle('wrong', wrong > 0);
         say(verdict, wrong ? `${wrong} of ${checked} differ from the library’s bytes` :
-            `${checked} of ${checked} are the library’s bytes`);
+            checked ? `${checked} of ${checked} are the library’s bytes` : 'No byte is written here');
     }
 
     drawEdge(x, y) {

@@ -425,9 +425,10 @@ export async function readPicture(file) {
     }
 }
 
-// Bytes in a row, each with the colour of what it holds.
+// Bytes in a row, each with the colour of what it holds; framed where some of them are another pixel's.
 export function byteChips(bytes) {
+    const mixed = bytes.some(({here}) => !here);
     return bytes.map(({name, value, here, offset}) => element('span', {
-        class: `byte ${name}${here ? ' here' : ''}`, title: `${name} at byte ${offset}: ${value}`,
+        class: `byte ${name}${mixed && here ? ' here' : ''}`, title: `${name} at byte ${offset}: ${value}`,
     }, typeof value === 'number' ? hex(value) : value));
 }

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <climits>
 #include <csignal>
@@ -31,6 +32,15 @@ constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP};
 // time.
 char pendingTemporary[PATH_MAX];
 
+// Held while that and the file change. The handler runs on the main thread and others may write; who holds this blocks
+// the signals, so the handler never waits for the thread that it interrupts.
+std::atomic_flag filesChange = ATOMIC_FLAG_INIT;
+
+void HoldFiles() {
+    while (filesChange.test_and_set(std::memory_order_acquire)) {
+    }
+}
+
 sigset_t HandledSignals() {
     sigset_t set;
     sigemptyset(&set);
@@ -41,8 +51,12 @@ sigset_t HandledSignals() {
 }
 
 extern "C" void RemoveTemporaryAndDie(int signal) {
+    HoldFiles();
     if (pendingTemporary[0] != '\0') {
         unlink(pendingTemporary);
+    }
+    if (IsLineOpen()) {
+        [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, "\n", 1);
     }
     // SA_RESETHAND has restored the default action, which the signal takes once we return.
     raise(signal);
@@ -184,9 +198,11 @@ std::string PartialName(const std::string& path, unsigned number) {
 BlockSignals::BlockSignals() {
     const sigset_t set = HandledSignals();
     pthread_sigmask(SIG_BLOCK, &set, &before_);
+    HoldFiles();
 }
 
 BlockSignals::~BlockSignals() {
+    filesChange.clear(std::memory_order_release);
     pthread_sigmask(SIG_SETMASK, &before_, nullptr);
 }
 

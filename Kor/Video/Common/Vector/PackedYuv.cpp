@@ -124,9 +124,9 @@ KOR_KERNEL void TurnPackedTile(KorUint8* y, KorDistanceT columnY, KorUint8* u, K
 template <LumaByte lumaByte>
 void TurnRowPairs(TurnedPlane y, TurnedPlane u, TurnedPlane v, SourceRows src, KorSizeT width, KorSizeT height) {
     const SourceRows rows = Along(src, height, y.upwards);
-    ForEachTile(rows, 2 * width, height, kBandOfPairs, [&](KorSizeT i, KorSizeT j) KOR_INLINE {
+    ForEachTile(rows, 2 * width, height, kBandOfPairs, [&](KorSizeT i, KorSizeT j, SourceRows tile) KOR_INLINE {
         TurnPackedTile<lumaByte>(y.Column(i / 2) + j, y.column, u.Column(i / 4) + j / 2, u.column, v.Column(i / 4) + j / 2, v.column,
-                                 {rows.Row(j) + i, rows.pitch});
+                                 tile);
     });
 }
 

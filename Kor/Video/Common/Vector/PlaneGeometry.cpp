@@ -131,15 +131,15 @@ KOR_KERNEL void SplitAndTurnTile(KorUint8* dst1, KorDistanceT column1, KorUint8*
 
 void TurnPlane(TurnedPlane dst, SourceRows src, KorSizeT width, KorSizeT height) {
     const SourceRows rows = Along(src, height, dst.upwards);
-    ForEachTile(rows, width, height, kBand, [&](KorSizeT i, KorSizeT j) KOR_INLINE {
-        TurnTile(dst.Column(i) + j, dst.column, {rows.Row(j) + i, rows.pitch});
+    ForEachTile(rows, width, height, kBand, [&](KorSizeT i, KorSizeT j, SourceRows tile) KOR_INLINE {
+        TurnTile(dst.Column(i) + j, dst.column, tile);
     });
 }
 
 void SplitAndTurn(TurnedPlane uv1, TurnedPlane uv2, SourceRows src, KorSizeT width, KorSizeT height) {
     const SourceRows rows = Along(src, height, uv1.upwards);
-    ForEachTile(rows, 2 * width, height, kBandOfPairs, [&](KorSizeT i, KorSizeT j) KOR_INLINE {
-        SplitAndTurnTile(uv1.Column(i / 2) + j, uv1.column, uv2.Column(i / 2) + j, uv2.column, {rows.Row(j) + i, rows.pitch});
+    ForEachTile(rows, 2 * width, height, kBandOfPairs, [&](KorSizeT i, KorSizeT j, SourceRows tile) KOR_INLINE {
+        SplitAndTurnTile(uv1.Column(i / 2) + j, uv1.column, uv2.Column(i / 2) + j, uv2.column, tile);
     });
 }
 
