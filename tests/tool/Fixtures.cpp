@@ -43,26 +43,48 @@ void AppendBytes(png_structp png, png_bytep data, png_size_t count) {
 
 void Flush(png_structp) {}
 
-// Two rows of `width` pixels, both as in `row`.
-void WritePng(const PngKind& kind, std::uint32_t width, const Bytes& row) {
+// Rows of `width` pixels.
+void WritePngRows(const PngKind& kind, std::uint32_t width, const std::vector<Bytes>& rows, double gamma = 0) {
     Bytes file;
     png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
     png_infop info = png_create_info_struct(png);
     png_set_write_fn(png, &file, AppendBytes, Flush);
-    png_set_IHDR(png, info, width, 2, kind.depth, kind.colourType, kind.interlacing, PNG_COMPRESSION_TYPE_DEFAULT,
-                 PNG_FILTER_TYPE_DEFAULT);
+    png_set_IHDR(png, info, width, static_cast<png_uint_32>(rows.size()), kind.depth, kind.colourType, kind.interlacing,
+                 PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
     if (kind.colourType == PNG_COLOR_TYPE_PALETTE) {
         const png_color palette[] = {{255, 0, 0}, {0, 0, 255}};
         png_set_PLTE(png, info, palette, 2);
     }
+    if (gamma > 0) {
+        png_set_gAMA(png, info, gamma);
+    }
     png_write_info(png, info);
     for (int pass = png_set_interlace_handling(png); pass > 0; --pass) {
-        png_write_row(png, row.data());
-        png_write_row(png, row.data());
+        for (const Bytes& row : rows) {
+            png_write_row(png, row.data());
+        }
     }
     png_write_end(png, info);
     png_destroy_write_struct(&png, &info);
     WriteFile(kind.name, file);
+}
+
+// Two rows, both the same.
+void WritePng(const PngKind& kind, std::uint32_t width, const Bytes& row) {
+    WritePngRows(kind, width, {row, row});
+}
+
+// 19x13 pixels of 16 bits, all different.
+std::vector<Bytes> DeepRows(std::size_t samplesOfPixel) {
+    std::vector<Bytes> rows(13, Bytes(19 * samplesOfPixel * 2));
+    std::uint32_t noise = 1;
+    for (Bytes& row : rows) {
+        for (std::uint8_t& byte : row) {
+            noise = noise * 1664525 + 1013904223;
+            byte = static_cast<std::uint8_t>(noise >> 24);
+        }
+    }
+    return rows;
 }
 
 // 32x16 grey pixels, with a different shade in each quadrant: 240, 180 over 120, 60. An Exif field gives the
@@ -99,8 +121,9 @@ void WriteRotatedJpeg(const std::string& name, std::uint8_t orientation) {
     std::free(memory);
 }
 
-// 16x16 pixels, all with the same components.
-void WriteJpeg(const std::string& name, J_COLOR_SPACE space, const Bytes& components, bool progressive) {
+// 16x16 pixels, all with the same components. With an index of further images, one follows.
+void WriteJpeg(const std::string& name, J_COLOR_SPACE space, const Bytes& components, bool progressive,
+               bool index = false) {
     jpeg_compress_struct jpeg;
     jpeg_error_mgr errors;
     jpeg.err = jpeg_std_error(&errors);
@@ -118,6 +141,10 @@ void WriteJpeg(const std::string& name, J_COLOR_SPACE space, const Bytes& compon
         jpeg_simple_progression(&jpeg);
     }
     jpeg_start_compress(&jpeg, TRUE);
+    if (index) {
+        const Bytes start = {'M', 'P', 'F', 0, 'I', 'I', 42, 0};
+        jpeg_write_marker(&jpeg, JPEG_APP0 + 2, start.data(), static_cast<unsigned>(start.size()));
+    }
     Bytes row;
     for (int pixel = 0; pixel < 16; ++pixel) {
         row.insert(row.end(), components.begin(), components.end());
@@ -128,7 +155,11 @@ void WriteJpeg(const std::string& name, J_COLOR_SPACE space, const Bytes& compon
     }
     jpeg_finish_compress(&jpeg);
     jpeg_destroy_compress(&jpeg);
-    WriteFile(name, Bytes(memory, memory + size));
+    Bytes file(memory, memory + size);
+    if (index) {
+        file.insert(file.end(), memory, memory + size);
+    }
+    WriteFile(name, file);
     std::free(memory);
 }
 
@@ -149,6 +180,22 @@ int main(int argc, char** argv) {
     WritePng({"alpha.png", PNG_COLOR_TYPE_RGBA, 8, PNG_INTERLACE_NONE}, 2, {255, 0, 0, 255, 255, 255, 255, 0});
     WritePng({"half.png", PNG_COLOR_TYPE_RGBA, 8, PNG_INTERLACE_NONE}, 2, {255, 255, 255, 128, 255, 255, 255, 128});
 
+    // Interlaced and not, with and without alpha.
+    for (const std::size_t samples : {3u, 4u}) {
+        const int type = samples == 4 ? PNG_COLOR_TYPE_RGBA : PNG_COLOR_TYPE_RGB;
+        const std::string name = samples == 4 ? "deep-alpha" : "deep";
+        WritePngRows({(name + ".png").c_str(), type, 16, PNG_INTERLACE_NONE}, 19, DeepRows(samples));
+        WritePngRows({(name + "-interlaced.png").c_str(), type, 16, PNG_INTERLACE_ADAM7}, 19, DeepRows(samples));
+    }
+    WritePngRows({"linear.png", PNG_COLOR_TYPE_GRAY, 8, PNG_INTERLACE_NONE}, 2, {{100, 200}, {100, 200}}, 1.0);
+    WritePngRows({"srgb.png", PNG_COLOR_TYPE_GRAY, 8, PNG_INTERLACE_NONE}, 2, {{100, 200}, {100, 200}}, 0.45455);
+    // As large as a picture may be, and larger.
+    WritePngRows({"large.png", PNG_COLOR_TYPE_GRAY, 1, PNG_INTERLACE_NONE}, 8192,
+                 std::vector<Bytes>(8192, Bytes(8192 / 8)));
+    WritePngRows({"huge.png", PNG_COLOR_TYPE_GRAY, 1, PNG_INTERLACE_NONE}, 16384,
+                 std::vector<Bytes>(16384, Bytes(16384 / 8)));
+
+    WriteJpeg("indexed.jpg", JCS_RGB, {255, 255, 255}, false, true);
     WriteJpeg("grey.jpg", JCS_GRAYSCALE, {255}, false);
     WriteJpeg("white.jpg", JCS_RGB, {255, 255, 255}, false);
     WriteJpeg("black-progressive.jpg", JCS_RGB, {0, 0, 0}, true);

@@ -53,7 +53,7 @@ works convert yellow.ppm out.y4m --to i444
 "$korframe" convert yellow.ppm - --to y4m:i444 >piped.y4m || fail "y4m:i444"
 same out.y4m piped.y4m
 works convert yellow.ppm out.png --matrix 709
-works convert pictures/alpha.png out.rgba
+warns "pictures/alpha.png: has transparent pixels" convert pictures/alpha.png out.rgba
 works convert yellow.rgba clip.png --size 2x2
 
 refuses 2 "--matrix 709.txt: a matrix file captures to i420 only; for i444 use 601 or 709" convert yellow.ppm none.i444 --matrix 709.txt

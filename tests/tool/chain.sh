@@ -109,8 +109,8 @@ works blend clip.i420 two.y4m one.y4m --size 64x64 --dither 2 --seed 3
 works blend clip.i420 two.y4m many.y4m --size 64x64 --dither 2 --seed 3 --jobs 3
 same one.y4m many.y4m
 { cat clip.i420; bytes "01 02"; } >broken.i420
-refuses 1 "broken.i420: frame 12 is truncated: 6142 of its 6144 bytes are missing" convert broken.i420 kept.i420 --size 64x64 --jobs 4
-same kept.i420 clip.i420
+refuses 1 "broken.i420: frame 12 is truncated: 6142 of its 6144 bytes are missing; the 11 frames before it are in kept.partial.i420" convert broken.i420 kept.i420 --size 64x64 --jobs 4
+same kept.partial.i420 clip.i420
 if [ -w /dev/full ]; then
     refuses 1 "/dev/full: cannot be written: No space left on device" convert clip.i420 /dev/full --to y4m --size 64x64 --jobs 4
 fi

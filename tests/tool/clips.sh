@@ -108,6 +108,15 @@ same out.y4m expected
 works convert packed.yuy2 out.y4m --size 4x2 --rate 60000:1001
 [ "$(head -1 out.y4m)" = "YUV4MPEG2 W4 H2 F60000:1001 Ip A1:1 C420mpeg2 XCOLORRANGE=LIMITED" ] || fail "packed: $(head -1 out.y4m)"
 
+# Luma alone gets grey chroma.
+{ printf 'YUV4MPEG2 W3 H1 F25:1 Cmono XYSCSS=400 XCOLORRANGE=FULL\nFRAME\nabcFRAME\ndef'; } >mono.y4m
+works convert mono.y4m out.y4m
+{ printf 'YUV4MPEG2 W3 H1 F25:1 I? A0:0 C420jpeg XCOLORRANGE=FULL\nFRAME\nabc'; repeat 4 80; printf 'FRAME\ndef'; repeat 4 80; } >expected
+same out.y4m expected
+"$korframe" info mono.y4m | grep -qx 'container    Y4M of luma alone (Cmono), read with grey chroma' || fail "info of luma alone"
+head -c $(($(wc -c <mono.y4m) - 1)) mono.y4m >broken.y4m
+refuses 1 "broken.y4m: frame 2 is truncated: 1 of its 3 bytes are missing" info broken.y4m
+
 # Streams through pipes, and numbered pictures.
 cat packed.yuy2 packed.yuy2 packed.yuy2 | "$korframe" convert - - --from yuy2 --size 4x2 2>stderr.txt >out.y4m || fail "a stream through a pipe"
 [ ! -s stderr.txt ] || fail "a stream printed: $(cat stderr.txt)"
@@ -125,17 +134,18 @@ works convert out.y4m %d.png
 refuses 1 "one.png: is a single picture, but there are more frames; put a number in the name, for example frame-%04d.png" convert out.y4m one.png
 absent one.png
 
-# A truncated frame is reported by number, and the frames before it are kept.
+# A truncated frame is reported by number, and the frames before it lie under a name of their own.
 { cat packed.yuy2 packed.yuy2; bytes "01 a0 02"; } >broken.yuy2
-refuses 1 "broken.yuy2: frame 3 is truncated: 13 of its 16 bytes are missing" convert broken.yuy2 kept.i420 --size 4x2
+refuses 1 "broken.yuy2: frame 3 is truncated: 13 of its 16 bytes are missing; the 2 frames before it are in kept.partial.i420" convert broken.yuy2 kept.i420 --size 4x2
 cat planes.i420 planes.i420 >expected
-same kept.i420 expected
+same kept.partial.i420 expected
 head -c $(($(wc -c <in.y4m) - 1)) in.y4m >broken.y4m
-refuses 1 "broken.y4m: frame 2 is truncated: 1 of its 12 bytes are missing" convert broken.y4m kept.y4m
-[ "$(grep -ac FRAME kept.y4m)" -eq 1 ] || fail "kept.y4m holds $(grep -ac FRAME kept.y4m) frames"
+refuses 1 "broken.y4m: frame 2 is truncated: 1 of its 12 bytes are missing; the frame before it is in kept.partial.y4m" convert broken.y4m kept.y4m
+[ "$(grep -ac FRAME kept.partial.y4m)" -eq 1 ] || fail "kept.partial.y4m holds $(grep -ac FRAME kept.partial.y4m) frames"
 { cat in.y4m; printf 'frame\n'; } >broken.y4m
 refuses 1 "broken.y4m: frame 3 does not begin with FRAME at byte $(wc -c <in.y4m)" convert broken.y4m kept.y4m
-[ "$(grep -ac FRAME kept.y4m)" -eq 2 ] || fail "kept.y4m holds $(grep -ac FRAME kept.y4m) frames"
+[ "$(grep -ac FRAME kept.partial-2.y4m)" -eq 2 ] || fail "kept.partial-2.y4m holds $(grep -ac FRAME kept.partial-2.y4m) frames"
+absent kept.i420 kept.y4m
 head -c 3 packed.yuy2 >short.yuy2
 refuses 1 "short.yuy2: frame 1 is truncated: 13 of its 16 bytes are missing" convert short.yuy2 none.i420 --size 4x2
 absent none.i420
@@ -152,9 +162,12 @@ header "YUV4MPEG2 W-4 H2" "has the field W-4 in its Y4M header; expected a numbe
 header "YUV4MPEG2 W4 H2x" "has the field H2x in its Y4M header"
 header "YUV4MPEG2 W0 H2" "size 0x2 is empty"
 header "YUV4MPEG2 W99999999999999999 H99999999999999999" "size 99999999999999999x99999999999999999 is too large; the limit is 32768 on each side"
-header "YUV4MPEG2 W4 H2 C411" "has the field C411 in its Y4M header; expected C420jpeg, C420mpeg2, C420paldv, C420, C422 or C444, all of 8 bits"
+header "YUV4MPEG2 W4 H2 C411" "has the field C411 in its Y4M header; expected C420jpeg, C420mpeg2, C420paldv, C420, C422, C444 or Cmono, all of 8 bits"
 header "YUV4MPEG2 W4 H2 C420p10" "has the field C420p10"
 header "YUV4MPEG2 W4 H2 F25" "has the field F25 in its Y4M header; expected a ratio after F, for example 25:1"
+header "YUV4MPEG2 W4 H2 F25:0" "has the field F25:0 in its Y4M header; expected a ratio after F, for example 25:1, or 0:0 if it is unknown"
+header "YUV4MPEG2 W4 H2 F0:1" "has the field F0:1"
+header "YUV4MPEG2 W4 H2 A1:0" "has the field A1:0"
 header "YUV4MPEG2 W4 H2 A1:x" "has the field A1:x"
 { printf 'YUV4MPEG2 '; repeat 5000 41; } >header.y4m
 refuses 1 "header.y4m: has a Y4M header that does not end; expected a line of at most 4096 bytes" convert header.y4m none.y4m

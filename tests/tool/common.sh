@@ -63,6 +63,15 @@ works() {
     [ ! -s stderr.txt ] || fail "korframe $* printed: $(cat stderr.txt)"
 }
 
+# Checks that a run succeeds with a single warning that contains MESSAGE: warns MESSAGE ARGUMENTS...
+warns() {
+    message=$1
+    shift
+    "$korframe" "$@" 2>stderr.txt || fail "korframe $* failed: $(cat stderr.txt)"
+    [ "$(wc -l <stderr.txt)" -eq 1 ] || fail "korframe $* did not print one line: $(cat stderr.txt)"
+    grep -qF -- "korframe: warning: $message" stderr.txt || fail "korframe $* printed '$(cat stderr.txt)', expected '$message'"
+}
+
 # Checks that a run exits with STATUS and one line that contains MESSAGE, and leaves no temporary file:
 # refuses STATUS MESSAGE ARGUMENTS...
 refuses() {

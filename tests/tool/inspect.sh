@@ -54,7 +54,52 @@ printf 'YUV4MPEG2 W4 H2 I?\nFRAME\n%s' 123456789012 >bare.y4m
 for line in "rate         25:1 frames/s" "aspect       0:0 (unknown)" "interlacing  ? (unknown)" "range        not given"; do
     grep -qFx "$line" stdout.txt || fail "info of a bare header has no '$line'"
 done
+# A file cannot send escape sequences to the terminal.
+printf 'YUV4MPEG2 W4 H2 F0:0 XA\033[31mred XB\302\233m\nFRAME\n%s' 123456789012 >escape.y4m
+"$korframe" info escape.y4m >stdout.txt || fail "info of an escape sequence"
+for line in "field        XA?[31mred" "rate         0:0 (unknown)"; do
+    grep -qFx "$line" stdout.txt || fail "info has no '$line': $(cat stdout.txt)"
+done
+grep -q "$(printf '\302\233')" stdout.txt && fail "info prints U+009B"
+cp escape.y4m "$(printf 'a\033b.y4m')"
+"$korframe" compare "$(printf 'a\033b.y4m')" clip.y4m >stdout.txt
+grep -q "$(printf '\033')" stdout.txt && fail "compare prints an escape character"
+
+# For programs.
+shows '{
+  "file": "clip.y4m",
+  "container": "Y4M",
+  "layout": "i420",
+  "width": 4,
+  "height": 2,
+  "frame_bytes": 12,
+  "planes": [{"samples": "Y", "rows": 2, "row_bytes": 4}, {"samples": "U", "rows": 1, "row_bytes": 2}, {"samples": "V", "rows": 1, "row_bytes": 2}],
+  "rate": "30000:1001",
+  "aspect": "4:3",
+  "interlacing": "t",
+  "range": "full",
+  "chroma": "420mpeg2",
+  "fields": ["XYSCSS=420MPEG2", "XCOLORRANGE=FULL"],
+  "frames": 2,
+  "complete": true
+}' info clip.y4m --json
+# Valid, whatever bytes a name or a field has.
+strange=$(printf 'q"\\\303\251\377\355\240\200\n.y4m')
+cp escape.y4m "$strange"
+works info "$strange" --json >stdout.txt
+python3 -c '
+import json, sys
+info = json.load(open("stdout.txt", encoding="utf-8"))
+assert info["file"] == "q\"\\\u00e9\ufffd\ufffd\ufffd\ufffd\n.y4m", info["file"]
+assert info["fields"] == ["XA\x1b[31mred", "XB\u009bm"], info["fields"]
+' || fail "JSON: $(cat stdout.txt)"
 head -c 95 clip.y4m >cut.y4m
+refuses 1 "cut.y4m: frame 1 is truncated" info cut.y4m --json
+python3 -c '
+import json
+info = json.load(open("stdout.txt", encoding="utf-8"))
+assert info["frames"] == 0 and info["complete"] is False
+' || fail "JSON of a cut file: $(cat stdout.txt)"
 refuses 1 "cut.y4m: frame 1 is truncated" info cut.y4m
 grep -q '^frames       0, then the file breaks off$' stdout.txt || fail "info of a cut file: $(cat stdout.txt)"
 refuses 2 "clip.i420: raw i420 frames carry no size; add --size WIDTHxHEIGHT" info clip.i420

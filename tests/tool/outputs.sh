@@ -2,7 +2,7 @@
 . "$(dirname "$0")/common.sh"
 
 # The program itself.
-"$korframe" --version | grep -q '^korframe [0-9]*\.[0-9]*\.[0-9]*$' || fail "--version"
+"$korframe" --version | grep -q '^korframe [0-9]*\.[0-9]*\.[0-9]* (target [a-z0-9]*)$' || fail "--version"
 "$korframe" --help | grep -q 'convert' || fail "--help"
 "$korframe" convert --help | grep -q 'OUTPUT' || fail "convert --help"
 refuses 2 "subcommand is required"
@@ -95,6 +95,144 @@ for signal in INT TERM HUP; do
     leaves_nothing
     same self fresh.y4m
 done
+
+# A pattern has one place for a number.
+refuses 2 "out-%d-%d.png: has two places for a number; expected one, for example frame-%04d.png" convert card.ppm out-%d-%d.png
+
+# A read-only file stays, even for root, unless it is meant.
+cp fresh.y4m protected.y4m
+chmod 444 protected.y4m
+refuses 1 "protected.y4m: is read-only; expected another name, or add --force to replace it" convert card.ppm protected.y4m --mirror
+same protected.y4m fresh.y4m
+works convert card.ppm protected.y4m --mirror --force
+cmp -s protected.y4m fresh.y4m && fail "--force did not replace a read-only file"
+[ "$(stat -c %a protected.y4m)" = 444 ] || fail "the mode of a read-only file changed to $(stat -c %a protected.y4m)"
+cp card.ppm protected-1.png
+chmod 444 protected-1.png
+refuses 1 "protected-1.png: is read-only" convert card.ppm protected-%d.png
+refuses 1 "protected-1.png: is read-only" testcard protected-1.png
+works testcard protected-1.png --force
+mkdir stages
+printf 'mine' >stages/3-captured.png
+chmod 444 stages/3-captured.png
+refuses 1 "stages/3-captured.png: is read-only" demo stages
+works demo stages --force >stdout.txt
+
+# A link to nothing is followed.
+mkdir target
+ln -s target/new.y4m dangling.y4m
+ln -s dangling.y4m twice.y4m
+works convert card.ppm twice.y4m
+[ -L twice.y4m ] && [ -L dangling.y4m ] || fail "a dangling link was replaced"
+same target/new.y4m fresh.y4m
+ln -s nowhere/new.y4m lost.y4m
+refuses 1 "lost.y4m: cannot be created: No such file or directory" convert card.ppm lost.y4m
+
+# Standard output under its other names: a file there is written, not replaced.
+if [ -e /dev/stdout ]; then
+    for name in /dev/stdout /dev/fd/1 /proc/self/fd/1; do
+        [ -e $name ] || continue
+        printf 'before' >redirected
+        ln redirected same-file
+        "$korframe" convert card.ppm $name >>redirected 2>stderr.txt || fail "$name: $(cat stderr.txt)"
+        same redirected same-file
+        { printf 'before'; cat fresh.y4m; } >expected
+        same redirected expected
+        rm same-file
+    done
+    ln -s /dev/stdout to-stdout
+    "$korframe" convert card.ppm to-stdout >redirected 2>stderr.txt || fail "a link to /dev/stdout: $(cat stderr.txt)"
+    same redirected fresh.y4m
+    [ -L to-stdout ] || fail "a link to /dev/stdout was replaced"
+    "$korframe" convert card.ppm /dev/fd/3 --to y4m 3>redirected 2>stderr.txt || fail "/dev/fd/3: $(cat stderr.txt)"
+    same redirected fresh.y4m
+    refuses 1 "/dev/fd/9: cannot be opened: Bad file descriptor" convert card.ppm /dev/fd/9 --to y4m
+fi
+"$korframe" testcard - --size 320x180 >piped.png 2>stderr.txt || fail "testcard -: $(cat stderr.txt)"
+works compare piped.png card.ppm
+
+# Frames do not go to a terminal unless that is meant.
+if command -v script >/dev/null; then
+    for arguments in "convert card.ppm -" "testcard -" "convert card.ppm /dev/stdout --to bgra"; do
+        script -qec "'$korframe' $arguments" /dev/null >terminal.txt </dev/null
+        status=$?
+        [ $status -eq 2 ] || fail "$arguments to a terminal exited with $status"
+        [ "$(tr -d '\r' <terminal.txt)" = "korframe: standard output: is a terminal; expected a file or a pipe, or add --force" ] || fail "$arguments to a terminal: $(head -c 200 terminal.txt)"
+    done
+    script -qec "'$korframe' testcard - --size 64x64 --force" /dev/null >terminal.txt </dev/null || fail "--force to a terminal"
+    grep -qa PNG terminal.txt || fail "--force wrote nothing to a terminal"
+else
+    skips "script, which makes a terminal, is not installed"
+fi
+
+# When an input breaks off, the frames before the break lie under a name of their own, and nothing is replaced.
+head -c $(($(wc -c <fresh.y4m) - 1)) fresh.y4m >second
+{ cat fresh.y4m; tail -n +2 second; } >broken
+cp protected.y4m good.y4m
+chmod 640 good.y4m
+cp good.y4m good.before
+for name in good.partial.y4m good.partial-2.y4m good.partial-3.y4m; do
+    refuses 1 "bytes are missing; the frame before it is in $name" convert broken good.y4m
+    same good.y4m good.before
+    same $name fresh.y4m
+done
+refuses 1 "bytes are missing; the frame before it is in good.y4m" convert broken good.y4m --keep-partial
+same good.y4m fresh.y4m
+[ "$(stat -c %a good.y4m)" = 640 ] || fail "--keep-partial changed the mode to $(stat -c %a good.y4m)"
+mkdir odd.name
+refuses 1 "the frame before it is in odd.name/good.partial" convert broken odd.name/good --to y4m
+refuses 1 "the frame before it is in odd.name/.good.partial" convert broken odd.name/.good --to y4m
+refuses 1 "the frame before it is in one.partial.png" convert broken one.png
+refuses 1 "bytes are missing; the frame before it is in the output" convert broken many-%d.png
+[ -s many-1.png ] || fail "no many-1.png"
+absent many-2.png one.png odd.name/good
+"$korframe" convert broken - >redirected 2>stderr.txt
+[ $? -eq 1 ] || fail "a broken input to standard output did not exit with 1"
+same redirected fresh.y4m
+head -c 100 fresh.y4m >nothing
+refuses 1 "frame 1 is truncated" convert nothing good.y4m
+grep -q "before it" stderr.txt && fail "frames were kept where there are none: $(cat stderr.txt)"
+same good.y4m fresh.y4m
+
+# A temporary file that a killed process left is removed by the next run that writes there; one that a living process owns
+# stays, and so does everything else.
+mkdir litter
+for name in .korframe-abcdef.tmp .korframe-ABC123.tmp; do echo left >litter/$name; done
+for name in .korframe-abcdefg.tmp .korframe-abcde.tmp .korframe-abcdef other.tmp good.partial.y4m; do echo mine >litter/$name; done
+mkdir litter/.korframe-direct.tmp
+ln -s ../fresh.y4m litter/.korframe-linked.tmp
+echo owned >litter/.korframe-locked.tmp
+if command -v flock >/dev/null; then
+    flock litter/.korframe-locked.tmp "$korframe" convert card.ppm litter/out.y4m || fail "beside an owned file"
+    [ -e litter/.korframe-locked.tmp ] || fail "a file with an owner was removed"
+else
+    skips "flock is not installed"
+fi
+works convert card.ppm litter/out.y4m
+absent litter/.korframe-abcdef.tmp litter/.korframe-ABC123.tmp litter/.korframe-locked.tmp
+[ "$(find litter ! -name litter | sort | tr '\n' ' ')" = "litter/.korframe-abcde.tmp litter/.korframe-abcdef litter/.korframe-abcdefg.tmp litter/.korframe-direct.tmp litter/.korframe-linked.tmp litter/good.partial.y4m litter/other.tmp litter/out.y4m " ] || fail "litter holds $(find litter | sort)"
+rm -r litter
+
+# Files that replace others are flushed before they do, numbered pictures together at the end, and new ones not at all.
+if command -v strace >/dev/null && strace -o trace.txt -e trace=fsync,syncfs true 2>/dev/null; then
+    flushes() {
+        wanted=$1
+        shift
+        strace -f -o trace.txt -e trace=fsync,syncfs "$korframe" convert "$@" || fail "under strace: $*"
+        found=$(grep -oE 'fsync|syncfs' trace.txt | tr '\n' ' ')
+        [ "$found" = "$wanted" ] || fail "convert $* flushes by '$found', expected '$wanted'"
+    }
+    { cat fresh.y4m; tail -n +2 fresh.y4m; tail -n +2 fresh.y4m; } >three.y4m
+    flushes "" three.y4m new.y4m
+    flushes "fsync " three.y4m new.y4m
+    flushes "" three.y4m new-%d.png
+    flushes "syncfs " three.y4m new-%d.png
+    # Frames are written in pieces.
+    strace -f -o trace.txt -e trace=write "$korframe" convert three.y4m new.y4m
+    grep -oE '= [0-9]+$' trace.txt | awk '$2 > 131072 { exit 1 }' || fail "a write of more than 128 KiB"
+else
+    skips "strace is not installed or not allowed"
+fi
 
 # The report is one line, whatever bytes a name contains.
 refuses 1 "a?b.png: cannot be opened" convert "$(printf 'a\nb.png')" out.y4m

@@ -18,11 +18,24 @@ works convert pictures/grey.png out.i420
 holds out.i420 "$white"
 works convert pictures/grey1.png out.i420
 holds out.i420 "$white"
-works convert pictures/half.png out.i420
+warns "pictures/half.png: has transparent pixels, which are composited over black" convert pictures/half.png out.i420
 holds out.i420 "$half"
 # Transparent white is composited over black, so chroma is that of red beside black: the average of 255 and 0 is 128.
-works convert pictures/alpha.png out.i420
+warns "pictures/alpha.png: has transparent pixels" convert pictures/alpha.png out.i420
 holds out.i420 "51 10 51 10 6d b8"
+
+# Samples of 16 bits are the same in an interlaced file, and rounded: v * 255 / 65535.
+for name in deep deep-alpha; do
+    works compare pictures/$name.png pictures/$name-interlaced.png
+done
+works convert pictures/deep.png a.ppm
+works convert pictures/deep-interlaced.png b.ppm
+same a.ppm b.ppm
+
+# Samples are used as they are stored, whatever gamma the file gives; a gamma far from that of sRGB is worth a word.
+works convert pictures/srgb.png a.i420
+warns "pictures/linear.png: has a gamma of 1.00 (gAMA), which is ignored; samples are used as stored" convert pictures/linear.png b.i420
+same a.i420 b.i420
 
 # Kinds of JPEG.
 for name in grey white; do
@@ -33,6 +46,11 @@ done
 works convert pictures/black-progressive.jpg out.i420
 { repeat 256 10; repeat 128 80; } >expected
 same out.i420 expected
+
+# Some cameras append further images and say so in the first.
+warns "pictures/indexed.jpg: holds further images (MPF), which are ignored" convert pictures/indexed.jpg out.i420
+works convert pictures/white.jpg expected.i420
+same out.i420 expected.i420
 
 # All orientations of the camera: the shades of the quadrants in reading order, and the size. Orientations unknown to Exif
 # count as upright.
@@ -95,6 +113,33 @@ works convert nine.ppm out.y4m
 printf 'YUV4MPEG2 W3 H3 F25:1 Ip A1:1 C420jpeg XCOLORRANGE=LIMITED\nFRAME\n' >expected
 cat bgra.i420 >>expected
 same out.y4m expected
+
+# A picture over the limit is refused by its header. What is never shown is never in memory.
+refuses 1 "pictures/huge.png: size 16384x16384 is too large; the limit is 67108864 pixels, and --max-pixels raises it" info pictures/huge.png
+refuses 1 "nine.ppm: size 3x3 is too large; the limit is 8 pixels" convert nine.ppm none.y4m --max-pixels 8
+refuses 1 "nine.ppm: size 3x3 is too large" convert pictures/rgb.png none.y4m --blend nine.ppm --max-pixels 8
+refuses 1 "nine.ppm: size 3x3 is too large" blend pictures/rgb.png nine.ppm none.y4m --max-pixels 8
+refuses 2 "nine.ppm: size 3x3 is too large" compare pictures/rgb.png nine.ppm --max-pixels 8
+works convert nine.ppm out.y4m --max-pixels 9
+refuses 2 "--max-pixels: expected a whole number from 1 to 268435456, not '0'" convert nine.ppm none.y4m --max-pixels 0
+absent none.y4m
+if (ulimit -v 100000 && "$korframe" --version >/dev/null 2>&1); then
+    (ulimit -v 100000 && "$korframe" info pictures/large.png >info.txt 2>stderr.txt) || fail "info of 8192x8192 in 100 MB: $(cat stderr.txt)"
+    grep -q '^frames       1$' info.txt || fail "info of 8192x8192: $(cat info.txt)"
+else
+    skips "a limit on memory, which a sanitizer does not run under"
+fi
+
+# An input without end is not read any further than its picture goes.
+if [ -r /dev/zero ]; then
+    mkfifo endless
+    { printf 'P6 300 200 255\n'; timeout 60 cat /dev/zero; } >endless &
+    refuses 1 "standard input: has bytes that are no picture behind picture 1, from byte 180015 on; the frame before it is in kept.partial.y4m" convert - kept.y4m <endless
+    wait
+    { printf 'P6 4 #'; timeout 60 cat /dev/zero; } >endless &
+    refuses 1 "standard input: has no number within 65536 bytes from byte 4; expected a PPM file" convert - none.y4m <endless
+    wait
+fi
 
 # Damaged pictures.
 cp out.y4m before.y4m

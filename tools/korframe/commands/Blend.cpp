@@ -32,6 +32,8 @@ OverlayRequest RequestOverlay(const BlendOptions& options) {
     overlay.input.sizeOption = "--overlay-size";
     overlay.input.fromOption = "--overlay-from";
     overlay.input.keepAlpha = options.alphaChannel;
+    overlay.input.maxPixels = options.from.raw.maxPixels;
+    overlay.input.alphaAdvice = "--alpha-channel blends by their alpha";
     overlay.at = options.at;
     overlay.alpha = static_cast<std::uint8_t>(options.alpha);
     overlay.ownAlpha = options.alphaChannel;

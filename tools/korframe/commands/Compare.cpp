@@ -138,14 +138,14 @@ void Compare(const CompareOptions& options) {
     const StreamInfo& a = sourceA->Info();
     const StreamInfo& b = sourceB->Info();
     if (a.width != b.width || a.height != b.height) {
-        std::printf("%s %s differ: %s and %s pixels\n", a.name.c_str(), b.name.c_str(),
+        std::printf("%s %s differ: %s and %s pixels\n", Printable(a.name).c_str(), Printable(b.name).c_str(),
                     SizeText(a.width, a.height).c_str(), SizeText(b.width, b.height).c_str());
         EndDifferent();
     }
     const std::vector<Pair> pairs = PairUp(*a.format, *b.format);
     if (pairs.empty()) {
-        std::printf("%s %s differ: %s and %s cannot be compared sample by sample\n", a.name.c_str(), b.name.c_str(),
-                    a.format->name, b.format->name);
+        std::printf("%s %s differ: %s and %s cannot be compared sample by sample\n", Printable(a.name).c_str(),
+                    Printable(b.name).c_str(), a.format->name, b.format->name);
         EndDifferent();
     }
 
@@ -160,14 +160,14 @@ void Compare(const CompareOptions& options) {
         ++frames;
     }
     if (const std::optional<Difference>& first = comparison.First()) {
-        std::printf("%s %s differ: frame %llu, plane %c, x %zu, y %zu: %u and %u\n", a.name.c_str(), b.name.c_str(),
-                    static_cast<unsigned long long>(first->frame), first->component, first->x, first->y, first->first,
-                    first->second);
+        std::printf("%s %s differ: frame %llu, plane %c, x %zu, y %zu: %u and %u\n", Printable(a.name).c_str(),
+                    Printable(b.name).c_str(), static_cast<unsigned long long>(first->frame), first->component,
+                    first->x, first->y, first->first, first->second);
         comparison.PrintPsnr();
     }
     if (moreA != moreB) {
-        std::printf("%s ends after frame %llu, but %s goes on\n", (moreA ? b : a).name.c_str(),
-                    static_cast<unsigned long long>(frames), (moreA ? a : b).name.c_str());
+        std::printf("%s ends after frame %llu, but %s goes on\n", Printable((moreA ? b : a).name).c_str(),
+                    static_cast<unsigned long long>(frames), Printable((moreA ? a : b).name).c_str());
     }
     if (comparison.First() || moreA != moreB) {
         EndDifferent();

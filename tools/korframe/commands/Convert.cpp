@@ -50,6 +50,7 @@ void AppendSteps(ChainRequest& request, const CLI::App& command, const ConvertOp
             step.kind = StepKind::Blend;
             step.overlay = request.overlays.size();
             request.overlays.push_back(ParseOverlay(name, options.overlays[nth]));
+            request.overlays.back().input.maxPixels = options.from.raw.maxPixels;
         } else if (name == "--render") {
             step.kind = StepKind::Render;
             step.layout = &FormatOf(options.layouts[nth]);

@@ -29,6 +29,11 @@ void RawOptions::Add(CLI::App& command) {
     command.add_option("--size", size, "width and height of raw frames, for example 1280x720")
         ->check(IsSize())
         ->type_name("WxH");
+    command
+        .add_option("--max-pixels", maxPixels,
+                    "the most pixels that a picture may have (default " + std::to_string(kDefaultMaxPixels) + ")")
+        ->transform(IsWholeNumber(1, kMaxPixels))
+        ->type_name("N");
 }
 
 InputRequest RawOptions::Request(const std::string& path) const {
@@ -36,6 +41,7 @@ InputRequest RawOptions::Request(const std::string& path) const {
     request.path = path;
     request.from = from ? &FormatOf(*from) : nullptr;
     request.size = size;
+    request.maxPixels = maxPixels;
     request.pictureOrder = &FormatOf(Layout::Bgra);
     return request;
 }

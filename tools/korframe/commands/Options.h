@@ -13,10 +13,11 @@
 
 namespace korframe {
 
-// What raw frames need and other files carry themselves.
+// What raw frames need and other files carry themselves, and how large a picture may be.
 struct RawOptions {
     std::optional<Layout> from;
     Size size;
+    std::size_t maxPixels = kDefaultMaxPixels;
 
     void Add(CLI::App& command);
     InputRequest Request(const std::string& path) const;

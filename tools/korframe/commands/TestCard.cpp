@@ -20,8 +20,7 @@ struct TestCardOptions {
 };
 
 void RunTestCard(const TestCardOptions& options) {
-    const PictureKind kind =
-        IsStandardOutput(options.output) ? PictureKind::Png : PictureKindOfName(options.output);
+    const PictureKind kind = IsStandardOutput(options.output) ? PictureKind::Png : PictureKindOfName(options.output);
     if (kind != PictureKind::Png && kind != PictureKind::Ppm) {
         FailUsage(options.output + ": expected a name that ends in .png or .ppm; a test card is a picture");
     }
@@ -38,7 +37,9 @@ void RunTestCard(const TestCardOptions& options) {
 void AddTestCard(CLI::App& app) {
     const auto options = std::make_shared<TestCardOptions>();
     CLI::App* command = app.add_subcommand("testcard", "Draw a picture for trying out conversions");
-    command->add_option("OUTPUT", options->output, "PNG or PPM file to write; - for PNG on standard output")->required()->type_name("");
+    command->add_option("OUTPUT", options->output, "PNG or PPM file to write; - for PNG on standard output")
+        ->required()
+        ->type_name("");
     command->add_option("--size", options->size, "width and height")
         ->check(IsSize())
         ->default_str("1280x720")

@@ -250,6 +250,7 @@ OverlayRequest ParseOverlay(const std::string& option, const std::string& text) 
         }
     }
     request.input.keepAlpha = request.ownAlpha;
+    request.input.alphaAdvice = "own as its opacity blends by their alpha";
     return request;
 }
 

@@ -59,20 +59,6 @@ void Reorder(const Frame& from, const PixelFormat& format, Frame& to) {
     }
 }
 
-void LayOverBlack(Frame& picture) {
-    const Channels rgb = picture.Format().rgb;
-    std::uint8_t* pixel = picture.Data();
-    for (std::size_t pixels = picture.Width() * picture.Height(); pixels > 0; --pixels, pixel += rgb.bytes) {
-        const unsigned alpha = pixel[rgb.alpha];
-        if (alpha < 255) {
-            for (const std::size_t channel : {rgb.red, rgb.green, rgb.blue}) {
-                pixel[channel] = static_cast<std::uint8_t>((pixel[channel] * alpha + 127) / 255);
-            }
-            pixel[rgb.alpha] = 255;
-        }
-    }
-}
-
 void YuvImage::Reset(Layout layout, std::size_t width, std::size_t height) {
     layout_ = layout;
     width_ = width;

@@ -50,9 +50,6 @@ void CopyFrame(const Frame& from, Frame& to);
 // Converts an RGB picture to another byte order. Alpha is kept if both have it and set to 255 otherwise.
 void Reorder(const Frame& from, const PixelFormat& format, Frame& to);
 
-// Composites a picture over black, which makes it opaque.
-void LayOverBlack(Frame& picture);
-
 struct Plane {
     Buffer bytes;
     std::size_t width = 0;

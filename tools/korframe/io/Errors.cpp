@@ -15,14 +15,20 @@ void FlushStandardOutput() {
     }
 }
 
-void SayLine(const std::string& message) {
-    std::string line = "korframe: " + message;
-    for (char& c : line) {
-        if (std::iscntrl(static_cast<unsigned char>(c)) != 0) {
+std::string Printable(std::string text) {
+    bool afterC2 = false;  // the first byte of the control characters from U+0080 to U+009F
+    for (char& c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (std::iscntrl(byte) != 0 || (afterC2 && byte >= 0x80 && byte <= 0x9f)) {
             c = '?';
         }
+        afterC2 = byte == 0xc2;
     }
-    std::fprintf(stderr, "%s\n", line.c_str());
+    return text;
+}
+
+void SayLine(const std::string& message) {
+    std::fprintf(stderr, "korframe: %s\n", Printable(message).c_str());
 }
 
 }  // namespace korframe

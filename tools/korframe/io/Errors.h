@@ -46,8 +46,10 @@ class BrokenStream : public Error {
 // Printed output may still be buffered; a full disk or a closed pipe only shows once it is written.
 void FlushStandardOutput();
 
-// Prints one line to standard error, prefixed with the program's name. Control characters, as file names may have them,
-// become question marks.
+// Text from a file or a file name as a terminal may show it: control characters become question marks.
+std::string Printable(std::string text);
+
+// Prints one line to standard error, prefixed with the program's name.
 void SayLine(const std::string& message);
 
 }  // namespace korframe

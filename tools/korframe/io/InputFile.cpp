@@ -70,6 +70,14 @@ std::string InputFile::Peek(std::size_t count) {
     return std::string(begin, begin + static_cast<std::ptrdiff_t>(std::min(count, ahead_.size() - aheadBegin_)));
 }
 
+const std::uint8_t* InputFile::AtHand(std::size_t& count) {
+    if (aheadBegin_ == ahead_.size()) {
+        Fill();
+    }
+    count = ahead_.size() - aheadBegin_;
+    return ahead_.data() + aheadBegin_;
+}
+
 std::size_t InputFile::Read(std::uint8_t* bytes, std::size_t count) {
     std::size_t done = std::min(count, ahead_.size() - aheadBegin_);
     if (done > 0) {
@@ -105,6 +113,12 @@ std::optional<std::string> InputFile::ReadLine(std::size_t limit) {
         if (!Fill()) {
             return std::nullopt;
         }
+    }
+}
+
+void InputFile::SkipRest() {
+    for (std::size_t count = 0; AtHand(count), count > 0;) {
+        Consume(count);
     }
 }
 

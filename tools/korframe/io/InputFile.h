@@ -10,9 +10,6 @@
 
 namespace korframe {
 
-// The largest file that is read as a whole, such as a picture.
-constexpr std::size_t kLargestWhole = std::size_t{1} << 31;
-
 class InputFile {
   public:
     explicit InputFile(const std::string& path);
@@ -29,14 +26,23 @@ class InputFile {
 
     // The next `count` bytes, fewer only at the end, without consuming them.
     std::string Peek(std::size_t count);
+    // The next byte without consuming it; -1 at the end.
+    int PeekByte() { return aheadBegin_ < ahead_.size() || Fill() ? ahead_[aheadBegin_] : -1; }
+    // The bytes that can be had at once, at least one unless at the end. They stay until the next call but Consume.
+    const std::uint8_t* AtHand(std::size_t& count);
+    // Consumes bytes that were seen by one of these.
+    void Consume(std::size_t count) {
+        aheadBegin_ += count;
+        position_ += count;
+    }
     // Reads up to `count` bytes, fewer only at the end.
     std::size_t Read(std::uint8_t* bytes, std::size_t count);
     // Reads a line without its line feed. Nothing if the end or `limit` bytes come before a line feed.
     std::optional<std::string> ReadLine(std::size_t limit);
+    void SkipRest();
     // Reads to the end. Fails if there are more than `limit` bytes, since an input may have no end; `expected` then
     // completes the message.
-    std::vector<std::uint8_t> ReadAll(std::size_t limit = kLargestWhole,
-                                      const std::string& expected = "a smaller file");
+    std::vector<std::uint8_t> ReadAll(std::size_t limit, const std::string& expected);
 
   private:
     bool Fill();

@@ -10,26 +10,28 @@
 
 #include <libexif/exif-data.h>
 
-#include <algorithm>
-#include <climits>
 #include <csetjmp>
 #include <cstring>
+#include <exception>
 #include <memory>
 #include <utility>
 
 #include "io/Errors.h"
 #include "io/PictureFile.h"
-#include "io/SizeChecks.h"
 
 namespace korframe {
 
 namespace {
 
 struct Decoder {
-    jpeg_decompress_struct jpeg;
-    jpeg_error_mgr errors;
-    std::jmp_buf failed;
-    char message[JMSG_LENGTH_MAX];
+    jpeg_decompress_struct jpeg = {};
+    jpeg_error_mgr errors = {};
+    jpeg_source_mgr source = {};
+    InputFile* input = nullptr;
+    std::size_t given = 0;      // bytes of the input that the library has before it
+    std::exception_ptr failed;  // by reading the input
+    std::jmp_buf jump = {};
+    char message[JMSG_LENGTH_MAX] = "";
 };
 
 Decoder& DecoderOf(j_common_ptr jpeg) {
@@ -39,7 +41,7 @@ Decoder& DecoderOf(j_common_ptr jpeg) {
 extern "C" void JpegFail(j_common_ptr jpeg) {
     Decoder& decoder = DecoderOf(jpeg);
     jpeg->err->format_message(jpeg, decoder.message);
-    std::longjmp(decoder.failed, 1);
+    std::longjmp(decoder.jump, 1);
 }
 
 // Level -1 reports damaged data, which the library would paper over with grey. Stray bytes between segments are the one
@@ -50,54 +52,122 @@ extern "C" void JpegWarn(j_common_ptr jpeg, int level) {
     }
 }
 
-bool Begin(Decoder& decoder, const std::uint8_t* file, std::size_t size) {
+// ---- The input ----
+
+// Gives the library what the input has at hand, in place. False at the end.
+bool GiveMore(Decoder& decoder) noexcept {
+    try {
+        decoder.input->Consume(decoder.given);
+        decoder.given = 0;
+        decoder.source.next_input_byte = decoder.input->AtHand(decoder.given);
+    } catch (...) {
+        decoder.failed = std::current_exception();
+        decoder.given = 0;
+    }
+    decoder.source.bytes_in_buffer = decoder.given;
+    return decoder.given > 0;
+}
+
+extern "C" void JpegInit(j_decompress_ptr) {}
+
+extern "C" boolean JpegFill(j_decompress_ptr jpeg) {
+    if (!GiveMore(DecoderOf(reinterpret_cast<j_common_ptr>(jpeg)))) {
+        WARNMS(jpeg, JWRN_JPEG_EOF);  // which fails
+    }
+    return TRUE;
+}
+
+extern "C" void JpegSkip(j_decompress_ptr jpeg, long count) {
+    if (count <= 0) {
+        return;
+    }
+    std::size_t left = static_cast<std::size_t>(count);
+    while (left > jpeg->src->bytes_in_buffer) {
+        left -= jpeg->src->bytes_in_buffer;
+        JpegFill(jpeg);
+    }
+    jpeg->src->next_input_byte += left;
+    jpeg->src->bytes_in_buffer -= left;
+}
+
+// ---- Decoding ----
+
+constexpr int kExif = JPEG_APP0 + 1;
+constexpr int kMultiPicture = JPEG_APP0 + 2;
+constexpr unsigned kLongestMarker = 65533;
+
+bool Begin(Decoder& decoder) {
     decoder.jpeg.err = jpeg_std_error(&decoder.errors);
     decoder.jpeg.client_data = &decoder;
     decoder.errors.error_exit = JpegFail;
     decoder.errors.emit_message = JpegWarn;
-    if (setjmp(decoder.failed) != 0) {
+    if (setjmp(decoder.jump) != 0) {
         return false;
     }
     jpeg_create_decompress(&decoder.jpeg);
-    jpeg_mem_src(&decoder.jpeg, file, size);
+    decoder.source.init_source = JpegInit;
+    decoder.source.fill_input_buffer = JpegFill;
+    decoder.source.skip_input_data = JpegSkip;
+    decoder.source.resync_to_restart = jpeg_resync_to_restart;
+    decoder.source.term_source = JpegInit;
+    decoder.jpeg.src = &decoder.source;
+    jpeg_save_markers(&decoder.jpeg, kExif, kLongestMarker);
+    jpeg_save_markers(&decoder.jpeg, kMultiPicture, 4);
     jpeg_read_header(&decoder.jpeg, TRUE);
     return true;
 }
 
-bool ReadRows(Decoder& decoder, std::uint8_t* rows, std::size_t pitch) {
-    if (setjmp(decoder.failed) != 0) {
+bool BeginRows(Decoder& decoder) {
+    if (setjmp(decoder.jump) != 0) {
         return false;
     }
     decoder.jpeg.out_color_space = JCS_EXT_RGBA;
     jpeg_start_decompress(&decoder.jpeg);
-    while (decoder.jpeg.output_scanline < decoder.jpeg.output_height) {
-        JSAMPROW row = rows + decoder.jpeg.output_scanline * pitch;
-        jpeg_read_scanlines(&decoder.jpeg, &row, 1);
+    return true;
+}
+
+bool ReadOne(Decoder& decoder, std::uint8_t* rgba) {
+    if (setjmp(decoder.jump) != 0) {
+        return false;
+    }
+    JSAMPROW row = rgba;
+    jpeg_read_scanlines(&decoder.jpeg, &row, 1);
+    return true;
+}
+
+bool End(Decoder& decoder) {
+    if (setjmp(decoder.jump) != 0) {
+        return false;
     }
     jpeg_finish_decompress(&decoder.jpeg);
     return true;
 }
 
-// Frees what the library holds, however the scope is left. Harmless for a zeroed decoder that never began.
-class DecoderCloser {
-  public:
-    explicit DecoderCloser(Decoder& decoder) : decoder_(decoder) {}
-    ~DecoderCloser() { jpeg_destroy_decompress(&decoder_.jpeg); }
-    DecoderCloser(const DecoderCloser&) = delete;
-    DecoderCloser& operator=(const DecoderCloser&) = delete;
+// ---- Markers ----
 
-  private:
-    Decoder& decoder_;
-};
+bool BeginsWith(const jpeg_marker_struct& marker, const char* text, std::size_t length) {
+    return marker.data_length >= length && std::memcmp(marker.data, text, length) == 0;
+}
+
+const jpeg_marker_struct* FindMarker(const Decoder& decoder, int kind, const char* text, std::size_t length) {
+    const jpeg_marker_struct* marker = decoder.jpeg.marker_list;
+    while (marker != nullptr && (marker->marker != kind || !BeginsWith(*marker, text, length))) {
+        marker = marker->next;
+    }
+    return marker;
+}
 
 struct Unref {
     void operator()(ExifData* data) const { exif_data_unref(data); }
 };
 
 // 1 to 8 in Exif's numbering; 1 if the file gives none or an unknown one.
-unsigned OrientationOf(const std::vector<std::uint8_t>& file) {
-    const auto size = static_cast<unsigned>(std::min<std::size_t>(file.size(), UINT_MAX));
-    const std::unique_ptr<ExifData, Unref> data(exif_data_new_from_data(file.data(), size));
+unsigned ExifOrientation(const Decoder& decoder) {
+    const jpeg_marker_struct* marker = FindMarker(decoder, kExif, "Exif\0", 5);
+    if (marker == nullptr) {
+        return 1;
+    }
+    const std::unique_ptr<ExifData, Unref> data(exif_data_new_from_data(marker->data, marker->data_length));
     ExifEntry* entry = data ? exif_content_get_entry(data->ifd[EXIF_IFD_0], EXIF_TAG_ORIENTATION) : nullptr;
     if (entry == nullptr || entry->format != EXIF_FORMAT_SHORT || entry->components < 1) {
         return 1;
@@ -105,13 +175,6 @@ unsigned OrientationOf(const std::vector<std::uint8_t>& file) {
     const unsigned orientation = exif_get_short(entry->data, exif_data_get_byte_order(data.get()));
     return orientation >= 1 && orientation <= 8 ? orientation : 1;
 }
-
-// How to make a picture upright: transpose, then mirror left to right, then flip top to bottom.
-struct Orientation {
-    bool transpose;
-    bool mirror;
-    bool flip;
-};
 
 constexpr Orientation kOrientations[] = {
     {false, false, false},  // 1: upright
@@ -124,47 +187,63 @@ constexpr Orientation kOrientations[] = {
     {true, false, true},    // 8: row 0 is the left side, bottom first
 };
 
-Frame MakeUpright(Frame picture, unsigned orientation) {
-    if (orientation == 1) {
-        return picture;
+class JpegDecoder : public PictureDecoder {
+  public:
+    JpegDecoder(InputFile& input, std::string name) : name_(std::move(name)) {
+        decoder_.input = &input;
+        const bool begun = Begin(decoder_);
+        if (!begun) {
+            jpeg_destroy_decompress(&decoder_.jpeg);
+            Fail();
+        }
+        if (decoder_.jpeg.jpeg_color_space == JCS_CMYK || decoder_.jpeg.jpeg_color_space == JCS_YCCK) {
+            jpeg_destroy_decompress(&decoder_.jpeg);
+            FailFile(name_, "is a CMYK JPEG file, meant for print; expected greyscale, RGB or YCbCr");
+        }
+        header_.width = decoder_.jpeg.image_width;
+        header_.height = decoder_.jpeg.image_height;
+        header_.orientation = kOrientations[ExifOrientation(decoder_) - 1];
+        header_.ownsRest = FindMarker(decoder_, kMultiPicture, "MPF\0", 4) != nullptr;
     }
-    const Orientation to = kOrientations[orientation - 1];
-    Frame upright(picture.Format(), to.transpose ? picture.Height() : picture.Width(),
-                  to.transpose ? picture.Width() : picture.Height());
-    for (std::size_t row = 0; row < picture.Height(); ++row) {
-        for (std::size_t column = 0; column < picture.Width(); ++column) {
-            const std::size_t x = to.transpose ? row : column;
-            const std::size_t y = to.transpose ? column : row;
-            std::memcpy(upright.Pixel(to.mirror ? upright.Width() - 1 - x : x, to.flip ? upright.Height() - 1 - y : y),
-                        picture.Pixel(column, row), picture.Format().rgb.bytes);
+    ~JpegDecoder() override { jpeg_destroy_decompress(&decoder_.jpeg); }
+    JpegDecoder(const JpegDecoder&) = delete;
+    JpegDecoder& operator=(const JpegDecoder&) = delete;
+
+    void ReadRow(std::uint8_t* rgba) override {
+        if (!begun_ && !BeginRows(decoder_)) {
+            Fail();
+        }
+        begun_ = true;
+        if (!ReadOne(decoder_, rgba)) {
+            Fail();
         }
     }
-    return upright;
-}
 
-[[noreturn]] void FailDamaged(const std::string& name, const Decoder& decoder) {
-    FailFile(name, std::string("is a JPEG file that cannot be decoded (") + decoder.message +
-                       "); expected a complete 8-bit JPEG");
-}
+    void Finish() override {
+        if (!End(decoder_)) {
+            Fail();
+        }
+        decoder_.input->Consume(decoder_.given - decoder_.source.bytes_in_buffer);
+    }
+
+  private:
+    [[noreturn]] void Fail() const {
+        if (decoder_.failed) {
+            std::rethrow_exception(decoder_.failed);
+        }
+        FailFile(name_, std::string("is a JPEG file that cannot be decoded (") + decoder_.message +
+                            "); expected a complete 8-bit JPEG");
+    }
+
+    std::string name_;
+    Decoder decoder_;
+    bool begun_ = false;
+};
 
 }  // namespace
 
-Frame DecodeJpeg(const std::string& name, const std::vector<std::uint8_t>& file) {
-    Decoder decoder;
-    std::memset(&decoder, 0, sizeof decoder);
-    const DecoderCloser closer(decoder);
-    if (!Begin(decoder, file.data(), file.size())) {
-        FailDamaged(name, decoder);
-    }
-    if (decoder.jpeg.jpeg_color_space == JCS_CMYK || decoder.jpeg.jpeg_color_space == JCS_YCCK) {
-        FailFile(name, "is a CMYK JPEG file, meant for print; expected greyscale, RGB or YCbCr");
-    }
-    CheckSize(name, decoder.jpeg.image_width, decoder.jpeg.image_height);
-    Frame picture(FormatOf(Layout::Rgba), decoder.jpeg.image_width, decoder.jpeg.image_height);
-    if (!ReadRows(decoder, picture.Data(), picture.Pitch())) {
-        FailDamaged(name, decoder);
-    }
-    return MakeUpright(std::move(picture), OrientationOf(file));
+std::unique_ptr<PictureDecoder> OpenJpeg(InputFile& input, const std::string& name) {
+    return std::make_unique<JpegDecoder>(input, name);
 }
 
 }  // namespace korframe

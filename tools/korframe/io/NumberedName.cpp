@@ -1,6 +1,7 @@
 #include "io/NumberedName.h"
 
 #include "io/Errors.h"
+#include "io/Numbers.h"
 
 namespace korframe {
 
@@ -32,6 +33,15 @@ std::string NumberedName::For(std::uint64_t number) const {
         digits.insert(0, digits_ - digits.size(), '0');
     }
     return before_ + digits + after_;
+}
+
+std::optional<std::uint64_t> NumberedName::NumberOf(const std::string& name) const {
+    const std::size_t around = before_.size() + after_.size();
+    if (name.size() <= around) {
+        return std::nullopt;
+    }
+    const std::optional<std::uint64_t> number = ParseNumber(name.substr(before_.size(), name.size() - around));
+    return number && For(*number) == name ? number : std::nullopt;
 }
 
 }  // namespace korframe

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace korframe {
@@ -15,6 +16,8 @@ class NumberedName {
 
     bool IsNumbered() const { return numbered_; }
     std::string For(std::uint64_t number) const;
+    // The number for which the pattern gives this name, if there is one.
+    std::optional<std::uint64_t> NumberOf(const std::string& name) const;
 
   private:
     std::string before_;

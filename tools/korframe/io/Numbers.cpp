@@ -24,7 +24,12 @@ std::optional<long long> ParseSigned(const std::string& text) {
 
 bool IsRatio(const std::string& text) {
     const std::size_t colon = text.find(':');
-    return colon != std::string::npos && ParseNumber(text.substr(0, colon)) && ParseNumber(text.substr(colon + 1));
+    if (colon == std::string::npos) {
+        return false;
+    }
+    const auto first = ParseNumber(text.substr(0, colon));
+    const auto second = ParseNumber(text.substr(colon + 1));
+    return first && second && (*first == 0) == (*second == 0);
 }
 
 }  // namespace korframe

@@ -11,7 +11,7 @@ namespace korframe {
 std::optional<unsigned long long> ParseNumber(const std::string& text);
 // The same after an optional sign.
 std::optional<long long> ParseSigned(const std::string& text);
-// "25:1"; both numbers may be 0, which Y4M uses for unknown.
+// "25:1", or "0:0", which Y4M uses for unknown.
 bool IsRatio(const std::string& text);
 
 }  // namespace korframe

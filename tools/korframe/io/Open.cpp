@@ -4,6 +4,7 @@
 
 #include "io/Errors.h"
 #include "io/NumberedName.h"
+#include "io/PictureSource.h"
 #include "io/RawFile.h"
 #include "io/Y4mFile.h"
 
@@ -11,43 +12,15 @@ namespace korframe {
 
 namespace {
 
-class PictureSource : public FrameSource {
-  public:
-    PictureSource(InputFile& input, const InputRequest& request) {
-        info_.container = NameOfKind(RecognisePicture(input.Peek(kSignatureBytes)));
-        Frame picture = ReadPicture(input);
-        if (!request.keepAlpha) {
-            LayOverBlack(picture);
-        }
-        Reorder(picture, *request.pictureOrder, picture_);
-        info_.name = input.Name();
-        info_.format = request.pictureOrder;
-        info_.width = picture.Width();
-        info_.height = picture.Height();
-        info_.picture = true;
-        info_.frames = 1;
-    }
-
-    bool Read(Frame& frame) override {
-        if (taken_) {
-            return false;
-        }
-        frame = std::move(picture_);
-        taken_ = true;
-        return true;
-    }
-
-  private:
-    Frame picture_;
-    bool taken_ = false;
-};
-
+// A single picture.
 class PictureSink : public FrameSink {
   public:
-    PictureSink(const std::string& path, PictureKind kind, const OutputPolicy& policy)
-        : name_(NameOfOutput(path)), kind_(kind), output_(path, policy) {}
+    PictureSink(const std::string& path, PictureKind kind, const StreamInfo& info, const OutputPolicy& policy)
+        : name_(NameOfOutput(path)), kind_(kind), keepsAlpha_(info.alpha), output_(path, policy) {}
 
-    void Encode(const Frame& frame, Coded& coded) const override { coded = EncodePicture(name_, kind_, frame); }
+    void Encode(const Frame& frame, Coded& coded) const override {
+        coded = EncodePicture(name_, kind_, frame, keepsAlpha_);
+    }
 
     void Write(const Frame& /*frame*/, const std::string& /*fields*/, const Coded& coded) override {
         if (written_) {
@@ -65,6 +38,7 @@ class PictureSink : public FrameSink {
   private:
     std::string name_;
     PictureKind kind_;
+    bool keepsAlpha_;
     OutputFile output_;
     bool written_ = false;
 };
@@ -73,10 +47,12 @@ class PictureSink : public FrameSink {
 // to the disk together.
 class NumberedPictureSink : public FrameSink {
   public:
-    NumberedPictureSink(const NumberedName& name, PictureKind kind, const OutputPolicy& policy)
-        : name_(name), kind_(kind), policy_(policy) {}
+    NumberedPictureSink(const NumberedName& name, PictureKind kind, const StreamInfo& info, const OutputPolicy& policy)
+        : name_(name), kind_(kind), keepsAlpha_(info.alpha), policy_(policy) {}
 
-    void Encode(const Frame& frame, Coded& coded) const override { coded = EncodePicture(name_.For(1), kind_, frame); }
+    void Encode(const Frame& frame, Coded& coded) const override {
+        coded = EncodePicture(name_.For(1), kind_, frame, keepsAlpha_);
+    }
 
     void Write(const Frame& /*frame*/, const std::string& /*fields*/, const Coded& coded) override {
         OutputFile output(name_.For(++frames_), policy_);
@@ -99,6 +75,7 @@ class NumberedPictureSink : public FrameSink {
   private:
     NumberedName name_;
     PictureKind kind_;
+    bool keepsAlpha_;
     OutputPolicy policy_;
     std::uint64_t frames_ = 0;
     bool replaces_ = false;
@@ -121,7 +98,32 @@ bool DescribesItself(const std::string& signature) {
     return IsY4m(signature) || RecognisePicture(signature) != PictureKind::None;
 }
 
+std::unique_ptr<FrameSource> OpenPictures(std::unique_ptr<InputFile> input, std::vector<std::string> more,
+                                          const InputRequest& request) {
+    PictureRequest picture;
+    picture.order = request.pictureOrder;
+    picture.keepAlpha = request.keepAlpha;
+    picture.discard = request.discard;
+    picture.maxPixels = request.maxPixels;
+    const std::string name = more.empty() ? input->Name() : request.path;
+    return std::make_unique<PictureSource>(std::move(input), std::move(more), name, picture, request.alphaAdvice);
+}
+
+// Numbered or globbed files.
+std::unique_ptr<FrameSource> OpenSeries(std::vector<std::string> files, const InputRequest& request) {
+    if (request.from != nullptr && !request.rawOnlyIfNeeded) {
+        FailUsage(request.path + ": stands for several files, which must be pictures, and " + request.fromOption +
+                  " is for raw frames");
+    }
+    auto input = std::make_unique<InputFile>(files.front());
+    files.erase(files.begin());
+    return OpenPictures(std::move(input), std::move(files), request);
+}
+
 std::unique_ptr<FrameSource> OpenAny(const InputRequest& request) {
+    if (std::vector<std::string> files = FindSeries(request.path); !files.empty()) {
+        return OpenSeries(std::move(files), request);
+    }
     auto input = std::make_unique<InputFile>(request.path);
     const bool describesItself = request.rawOnlyIfNeeded && DescribesItself(input->Peek(kSignatureBytes));
     if (request.from != nullptr && !describesItself) {
@@ -144,7 +146,7 @@ std::unique_ptr<FrameSource> OpenAny(const InputRequest& request) {
         return std::make_unique<Y4mSource>(std::move(input));
     }
     if (picture) {
-        return std::make_unique<PictureSource>(*input, request);
+        return OpenPictures(std::move(input), {}, request);
     }
     if (bySuffix != nullptr) {
         return OpenRaw(std::move(input), *bySuffix, request);
@@ -217,9 +219,9 @@ std::unique_ptr<FrameSink> OpenSink(const std::string& path, const OutputKind& k
             return std::make_unique<Y4mSink>(path, info, policy);
         case Container::Pictures:
             if (const NumberedName name(path); name.IsNumbered()) {
-                return std::make_unique<NumberedPictureSink>(name, kind.picture, policy);
+                return std::make_unique<NumberedPictureSink>(name, kind.picture, info, policy);
             }
-            return std::make_unique<PictureSink>(path, kind.picture, policy);
+            return std::make_unique<PictureSink>(path, kind.picture, info, policy);
         case Container::Raw:
             break;
     }

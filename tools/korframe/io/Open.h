@@ -22,6 +22,9 @@ struct InputRequest {
     const PixelFormat* pictureOrder = nullptr;  // the byte order in which the pixels of a picture are passed on
     bool pictureOnly = false;                   // the order was given, so anything but a picture is a mistake
     bool keepAlpha = false;                     // otherwise a picture is composited over black
+    const char* alphaAdvice = nullptr;          // how to keep it, for a warning
+    bool discard = false;                       // the frames of pictures are only counted
+    std::size_t maxPixels = kDefaultMaxPixels;  // of a picture
     std::string rate;                           // --rate; if empty, that of the input
 };
 

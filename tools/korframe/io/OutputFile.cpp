@@ -75,25 +75,8 @@ std::string TargetOf(const std::string& link) {
     return name[0] == '/' ? name : DirectoryOf(link) + name;
 }
 
-// The path with links resolved, even if what the last one names is not there yet.
-std::string Resolve(std::string path) {
-    constexpr int kMostLinks = 40;
-    struct stat status = {};
-    for (int links = 0; links < kMostLinks; ++links) {
-        const std::unique_ptr<char, decltype(&std::free)> resolved(realpath(path.c_str(), nullptr), &std::free);
-        if (resolved) {
-            return resolved.get();
-        }
-        if (lstat(path.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) {
-            break;
-        }
-        path = TargetOf(path);
-    }
-    return path;
-}
-
-// The descriptor that a path such as /dev/stdout or /dev/fd/3 stands for, or -1. Opening such a path anew would lose its
-// position, and a file behind it would be replaced under the feet of whoever opened it.
+// The descriptor that a path such as /dev/stdout or /dev/fd/3 stands for, or -1. Opening such a path anew would lose
+// its position, and a file behind it would be replaced under the feet of whoever opened it.
 int DescriptorNamed(const std::string& path) {
     if (path == "-" || path == "/dev/stdout") {
         return STDOUT_FILENO;
@@ -108,6 +91,19 @@ int DescriptorNamed(const std::string& path) {
         }
     }
     return -1;
+}
+
+// Follows symbolic links to what the last one names, whether that exists or not.
+std::string Resolve(std::string path) {
+    constexpr int kMostLinks = 40;
+    struct stat status = {};
+    for (int links = 0; links < kMostLinks && DescriptorNamed(path) < 0; ++links) {
+        if (lstat(path.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) {
+            break;
+        }
+        path = TargetOf(path);
+    }
+    return path;
 }
 
 // ---- Temporary files ----
@@ -214,7 +210,7 @@ void RemoveTemporariesOnSignals() {
 }
 
 bool IsStandardOutput(const std::string& path) {
-    return DescriptorNamed(path) == STDOUT_FILENO;
+    return DescriptorNamed(Resolve(path)) == STDOUT_FILENO;
 }
 
 std::string NameOfOutput(const std::string& path) {
@@ -222,7 +218,7 @@ std::string NameOfOutput(const std::string& path) {
 }
 
 OutputFile::OutputFile(const std::string& path, const OutputPolicy& policy)
-    : name_(NameOfOutput(path)), path_(path), policy_(policy), isStandardOutput_(IsStandardOutput(path)) {
+    : name_(NameOfOutput(path)), path_(Resolve(path)), policy_(policy), isStandardOutput_(IsStandardOutput(path)) {
     if (isStandardOutput_) {
         if (isatty(STDOUT_FILENO) == 1 && !policy.force) {
             FailUsage("standard output: is a terminal; expected a file or a pipe, or add --force");
@@ -230,7 +226,7 @@ OutputFile::OutputFile(const std::string& path, const OutputPolicy& policy)
         descriptor_ = STDOUT_FILENO;
         return;
     }
-    if (const int named = DescriptorNamed(path); named >= 0) {
+    if (const int named = DescriptorNamed(path_); named >= 0) {
         descriptor_ = fcntl(named, F_DUPFD_CLOEXEC, 0);
         if (descriptor_ < 0) {
             Fail("cannot be opened");
@@ -252,7 +248,6 @@ void OutputFile::Fail(const std::string& action) const {
 }
 
 void OutputFile::OpenPath() {
-    path_ = Resolve(path_);
     struct stat status = {};
     replaces_ = stat(path_.c_str(), &status) == 0;
     if (replaces_ && S_ISDIR(status.st_mode)) {

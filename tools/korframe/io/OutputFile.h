@@ -36,7 +36,8 @@ class OutputFile {
 
     void Write(const void* bytes, std::size_t count);
 
-    // Before a file is replaced, the new one is flushed to the disk, unless the caller does that for many files at once.
+    // Before a file is replaced, the new one is flushed to the disk, unless the caller does that for many files at
+    // once.
     enum class Flush { Now, Later };
     void Commit(Flush flush = Flush::Now);
     // Commits an incomplete output, under a name of its own unless the policy says otherwise. Returns the name, which

@@ -5,12 +5,11 @@
 
 namespace korframe {
 
-void ReadWholeFrame(InputFile& input, Frame& frame, std::uint64_t number) {
-    const std::size_t got = input.Read(frame.Data(), frame.Size());
-    if (got < frame.Size()) {
-        throw BrokenStream(input.Name() + ": frame " + std::to_string(number) +
-                           " is truncated: " + std::to_string(frame.Size() - got) + " of its " +
-                           std::to_string(frame.Size()) + " bytes are missing");
+void ReadFrameBytes(InputFile& input, Frame& frame, std::size_t count, std::uint64_t number) {
+    const std::size_t got = input.Read(frame.Data(), count);
+    if (got < count) {
+        throw BrokenStream(input.Name() + ": frame " + std::to_string(number) + " is truncated: " +
+                           std::to_string(count - got) + " of its " + std::to_string(count) + " bytes are missing");
     }
 }
 
@@ -20,6 +19,7 @@ RawSource::RawSource(std::unique_ptr<InputFile> input, const PixelFormat& format
     info_.format = &format;
     info_.width = width;
     info_.height = height;
+    info_.alpha = format.HasAlpha();
     CheckSize(info_.name, width, height);
     CheckParity(info_.name, format, width, height);
     if (input_->Size()) {
@@ -36,7 +36,7 @@ bool RawSource::Read(Frame& frame) {
         return false;
     }
     frame.Reset(*info_.format, info_.width, info_.height);
-    ReadWholeFrame(*input_, frame, framesRead_ + 1);
+    ReadFrameBytes(*input_, frame, frame.Size(), framesRead_ + 1);
     ++framesRead_;
     return true;
 }

@@ -8,8 +8,8 @@
 
 namespace korframe {
 
-// Fills a frame from the input. `number`, counted from 1, is for the message if the input ends within it.
-void ReadWholeFrame(InputFile& input, Frame& frame, std::uint64_t number);
+// Reads the first bytes of a frame from the input. `number`, counted from 1, is for the message if it ends before.
+void ReadFrameBytes(InputFile& input, Frame& frame, std::size_t count, std::uint64_t number);
 
 class RawSource : public FrameSource {
   public:

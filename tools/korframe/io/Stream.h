@@ -28,8 +28,9 @@ struct StreamInfo {
     const PixelFormat* format = nullptr;
     std::size_t width = 0;
     std::size_t height = 0;
-    const char* container = "raw frames";
+    std::string container = "raw frames";
     bool hasTags = false;                 // the tags come from the input
+    bool alpha = false;                   // the frames have an alpha channel that means something
     bool picture = false;                 // a single frame, so no progress is shown
     std::optional<std::uint64_t> frames;  // an estimate, for the progress display
     ClipTags tags;

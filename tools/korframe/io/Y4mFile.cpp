@@ -1,5 +1,6 @@
 #include "io/Y4mFile.h"
 
+#include <algorithm>
 #include <sstream>
 
 #include "io/Errors.h"
@@ -13,6 +14,9 @@ namespace {
 
 const char* const kMagic = "YUV4MPEG2";
 const char* const kFrame = "FRAME";
+const char* const kMono = "mono";
+
+constexpr std::uint8_t kGrey = 128;  // chroma of no colour
 
 // The longest header line accepted; a file without line feeds has none.
 constexpr std::size_t kLongestHeader = 4096;
@@ -32,7 +36,7 @@ std::size_t ParseSide(const std::string& name, const std::string& field) {
 std::string ParseRatio(const std::string& name, const std::string& field) {
     const std::string ratio = field.substr(1);
     if (!IsRatio(ratio)) {
-        FailField(name, field, "a ratio after " + field.substr(0, 1) + ", for example 25:1");
+        FailField(name, field, "a ratio after " + field.substr(0, 1) + ", for example 25:1, or 0:0 if it is unknown");
     }
     return ratio;
 }
@@ -41,10 +45,11 @@ bool StartsWith(const std::string& text, const std::string& start) {
     return text.compare(0, start.size(), start) == 0;
 }
 
-// 8-bit 4:2:0 of any siting, 4:2:2, and 4:4:4 without alpha. 420p10 and the like are not 8-bit.
+// 8-bit 4:2:0 of any siting, luma alone, which is read as 4:2:0, 4:2:2, and 4:4:4 without alpha. 420p10 and the like
+// are not 8-bit.
 const PixelFormat& ParseChroma(const std::string& name, const std::string& field) {
     const std::string chroma = field.substr(1);
-    if (chroma == "420" || chroma == "420jpeg" || chroma == "420mpeg2" || chroma == "420paldv") {
+    if (chroma == "420" || chroma == "420jpeg" || chroma == "420mpeg2" || chroma == "420paldv" || chroma == kMono) {
         return FormatOf(Layout::I420);
     }
     if (chroma == "422") {
@@ -53,7 +58,7 @@ const PixelFormat& ParseChroma(const std::string& name, const std::string& field
     if (chroma == "444") {
         return FormatOf(Layout::I444);
     }
-    FailField(name, field, "C420jpeg, C420mpeg2, C420paldv, C420, C422 or C444, all of 8 bits");
+    FailField(name, field, "C420jpeg, C420mpeg2, C420paldv, C420, C422, C444 or Cmono, all of 8 bits");
 }
 
 }  // namespace
@@ -73,9 +78,13 @@ Y4mSource::Y4mSource(std::unique_ptr<InputFile> input) : input_(std::move(input)
     }
     ParseHeader(*header);
     CheckSize(info_.name, info_.width, info_.height);
+    if (mono_) {
+        info_.container = "Y4M of luma alone (Cmono), read with grey chroma";
+        DropChromaField(info_.tags);
+    }
     if (input_->Size() && *input_->Size() > input_->Position()) {
         // Exact if no frame has fields of its own, a little high otherwise.
-        const std::size_t frame = std::string(kFrame).size() + 1 + info_.format->FrameBytes(info_.width, info_.height);
+        const std::size_t frame = std::string(kFrame).size() + 1 + StoredBytes();
         info_.frames = (*input_->Size() - input_->Position()) / frame;
     }
 }
@@ -100,7 +109,8 @@ void Y4mSource::ParseHeader(const std::string& header) {
                 break;
             case 'C':
                 info_.format = &ParseChroma(info_.name, field);
-                info_.tags.siting = info_.format->layout == Layout::I420 ? field.substr(1) : "";
+                mono_ = field.substr(1) == kMono;
+                info_.tags.siting = info_.format->layout == Layout::I420 && !mono_ ? field.substr(1) : "";
                 break;
             case 'F':
                 info_.tags.rate = ParseRatio(info_.name, field);
@@ -124,6 +134,11 @@ void Y4mSource::ParseHeader(const std::string& header) {
     }
 }
 
+// The bytes of a frame in the file. If they are luma alone, they are the first plane of the frame.
+std::size_t Y4mSource::StoredBytes() const {
+    return mono_ ? info_.width * info_.height : info_.format->FrameBytes(info_.width, info_.height);
+}
+
 bool Y4mSource::Read(Frame& frame) {
     if (input_->Peek(1).empty()) {
         if (framesRead_ == 0) {
@@ -143,7 +158,8 @@ bool Y4mSource::Read(Frame& frame) {
     }
     frameFields_ = line->substr(std::string(kFrame).size());
     frame.Reset(*info_.format, info_.width, info_.height);
-    ReadWholeFrame(*input_, frame, framesRead_ + 1);
+    ReadFrameBytes(*input_, frame, StoredBytes(), framesRead_ + 1);
+    std::fill(frame.Data() + StoredBytes(), frame.Data() + frame.Size(), kGrey);
     ++framesRead_;
     return true;
 }

@@ -17,8 +17,10 @@ class Y4mSource : public FrameSource {
 
   private:
     void ParseHeader(const std::string& header);
+    std::size_t StoredBytes() const;
 
     std::unique_ptr<InputFile> input_;
+    bool mono_ = false;
     std::uint64_t framesRead_ = 0;
 };
 

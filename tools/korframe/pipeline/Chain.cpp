@@ -61,6 +61,7 @@ void Chain::AddLink(std::vector<Step> steps, const ChainEnd& end, const Matrix& 
     rendersFullRange_ = rendersFullRange_ || (target.IsRgb() && IsFullRange(planes.tags));
     info_ = std::move(planes);
     info_.format = &target;
+    info_.alpha = false;  // the library sets it to 255
 }
 
 // What the planes are after a step.
