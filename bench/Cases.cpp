@@ -203,17 +203,6 @@ Case MakeCase(const char* family, const std::string& label, const kit::Entry& en
             [&entry, function, option](Planes& planes) { return Prepare(entry, function, option, planes); }};
 }
 
-// What users would write or do without the library, on the planes of the function that it is compared with.
-void AddBaselines(std::vector<Case>& cases) {
-    constexpr const char* kFamily = "For comparison, without the library or in two passes";
-    const kit::Entry& render = kit::Find("KorI420ToBGRA_C_");
-    cases.push_back(MakeCase(kFamily, "I420 to BGRA, byte stores", render, &RenderWithByteStores, {"", false, {}}));
-    const kit::Entry& capture = kit::Find("KorUYVYToI420WithRotation_C_");
-    for (const Option& option : OptionsOf::Rotated({{"", false, {}}}, {})) {
-        cases.push_back(MakeCase(kFamily, "UYVY to I420, then rotated", capture, &ConvertThenRotate, option));
-    }
-}
-
 char Lower(char c) {
     return static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
 }
@@ -234,16 +223,27 @@ bool BeginsWith(const char* text, const char* pattern) {
 
 }  // namespace
 
-std::vector<Case> Cases() {
+std::vector<Case> Cases(const KorConformanceTable& table, const std::string& suffix) {
     std::vector<Case> cases;
     for (const kit::Entry& entry : kit::Catalogue()) {
-        const kit::AnyFunction function = entry.of(*KorConformancePortable());
-        for (const Option& option : std::visit(OptionsOf{entry.name}, function)) {
-            cases.push_back(MakeCase(TitleOf(entry.family), entry.name, entry, function, option));
+        const kit::AnyFunction function = entry.of(table);
+        const std::string name = entry.name;
+        const std::string label = name.substr(0, name.rfind("_C_")) + suffix;
+        for (const Option& option : std::visit(OptionsOf{name}, function)) {
+            cases.push_back(MakeCase(TitleOf(entry.family), label, entry, function, option));
         }
     }
-    AddBaselines(cases);
     return cases;
+}
+
+void AddBaselines(std::vector<Case>& cases) {
+    constexpr const char* kFamily = "For comparison, without the library or in two passes";
+    const kit::Entry& render = kit::Find("KorI420ToBGRA_C_");
+    cases.push_back(MakeCase(kFamily, "I420 to BGRA, byte stores", render, &RenderWithByteStores, {"", false, {}}));
+    const kit::Entry& capture = kit::Find("KorUYVYToI420WithRotation_C_");
+    for (const Option& option : OptionsOf::Rotated({{"", false, {}}}, {})) {
+        cases.push_back(MakeCase(kFamily, "UYVY to I420, then rotated", capture, &ConvertThenRotate, option));
+    }
 }
 
 bool Matches(const std::string& label, const std::string& pattern) {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "bench/Planes.h"
+#include "conformance/KorConformance.h"
 
 namespace bench {
 
@@ -24,8 +25,12 @@ struct Case {
     std::string Label() const { return option.empty() ? function : function + " " + option; }
 };
 
-// All cases, family by family in the order of the header. Sizes must be even.
-std::vector<Case> Cases();
+// All cases of a set of functions, whose names end with the suffix, family by family in the order of the header. Sizes
+// must be even.
+std::vector<Case> Cases(const KorConformanceTable& table, const std::string& suffix);
+
+// What users would write or do without the library, on the planes of the function that it is compared with.
+void AddBaselines(std::vector<Case>& cases);
 
 // Whether a label contains a pattern, in which * matches anything and a final $ the end. Ignores case.
 bool Matches(const std::string& label, const std::string& pattern);

@@ -80,7 +80,8 @@ std::vector<Case> ChosenCases(const Options& options) {
         return (subject.isBrief || !options.brief) &&
                (options.patterns.empty() || std::any_of(options.patterns.begin(), options.patterns.end(), fits));
     };
-    const std::vector<Case> all = bench::Cases();
+    std::vector<Case> all = bench::Cases(*KorConformancePortable(), "_C_");
+    bench::AddBaselines(all);
     std::vector<Case> chosen;
     std::copy_if(all.begin(), all.end(), std::back_inserter(chosen), isChosen);
     if (chosen.empty()) {

@@ -5,6 +5,8 @@
 #                              own, or of the portable set alone, leaves the others unused.
 #   libkor-dev    development  headers, static libraries, conformance kit, CMake package, pkg-config files, examples
 #   korframe      tools        the command-line tool
+#   gstreamer1.0-kor   gstreamer   the GStreamer plugin, with KOR_BUILD_GSTREAMER
+#   python3-kor   python       the Python package, with KOR_BUILD_PYTHON
 if(NOT BUILD_SHARED_LIBS)
   message(FATAL_ERROR "KOR_DEBIAN_PACKAGES needs the shared libraries: set BUILD_SHARED_LIBS to ON.")
 endif()
@@ -28,7 +30,8 @@ foreach(target IN LISTS korVectorTargets)
 endforeach()
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples
   DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${korDevelopmentPackage} COMPONENT development EXCLUDE_FROM_ALL
-  REGEX "/examples/CMakeLists\\.txt$" EXCLUDE)
+  REGEX "/examples/CMakeLists\\.txt$" EXCLUDE
+  PATTERN archive EXCLUDE)  # the Python package's
 
 # Every package has the project's changelog and a packaging changelog.
 find_program(KOR_GZIP gzip REQUIRED)
@@ -109,3 +112,10 @@ set(CPACK_COMPONENT_TOOLS_DESCRIPTION
 "Raw video frames on the command line
 korframe converts, rotates, renders and blends raw video frames, Y4M clips
 and pictures (PNG, JPEG, PPM) with the conversions of the Kor library.")
+
+if(KOR_BUILD_GSTREAMER)
+  include(${PROJECT_SOURCE_DIR}/integrations/gstreamer/KorGstreamerDebian.cmake)
+endif()
+if(KOR_BUILD_PYTHON)
+  include(${PROJECT_SOURCE_DIR}/integrations/python/KorPythonDebian.cmake)
+endif()

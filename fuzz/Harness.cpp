@@ -10,8 +10,8 @@
 
 #include "conformance/core/Functions.h"
 #include "conformance/core/ScriptedRandom.h"
+#include "conformance/digest/Dispatched.h"
 #include "conformance/kit/Plane.h"
-#include "conformance/KorConformance.h"
 #include "fuzz/Input.h"
 #include "fuzz/Watch.h"
 #include "tests/reference/Table.h"
@@ -153,7 +153,7 @@ class Arena {
                 Forbid(Begin(i) + offset, size);
             });
         }
-        Make(call.entry->of(*KorConformancePortable()), call);
+        Make(call.entry->of(kit::DispatchedTable()), call);
         for (std::size_t i = 0; i < layout_.count; ++i) {
             planes_[i].ForEachGap([&](std::size_t offset, std::size_t size) { Allow(Begin(i) + offset, size); });
             CheckDefined(Begin(i), Size(i));
@@ -207,9 +207,20 @@ class Arena {
     std::vector<std::size_t> expectedDraws_;
 };
 
+// A target that this machine lacks must not pass for tried.
+bool RequireTarget() {
+    if (const std::string complaint = kit::ComplaintAboutEnvironment(); !complaint.empty()) {
+        std::printf("skipped: %s\n", complaint.c_str());
+        std::exit(77);
+    }
+    return true;
+}
+
 }  // namespace
 
 void TryOne(kit::Family family, const std::uint8_t* input, std::size_t size) {
+    static const bool isReady = RequireTarget();
+    static_cast<void>(isReady);
     static Arena arena;
     static const std::vector<const kit::Entry*> functions = FunctionsOf(family);
     Input bytes(input, size);

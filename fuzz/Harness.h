@@ -1,6 +1,6 @@
 // One differential fuzzer per family: the input's bytes become a call (function, sizes, pitches, options, pixels), the
 // library and the literal reference both make it, and every byte of every plane is compared. Each plane has memory of
-// its own, against an unmapped page.
+// its own, against an unmapped page. The library is the dispatched one, under the target that KOR_TARGET names.
 #ifndef KOR_FUZZ_HARNESS_H
 #define KOR_FUZZ_HARNESS_H
 

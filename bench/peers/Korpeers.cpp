@@ -39,9 +39,10 @@ double Seconds(const Contestant& contestant, Frame& frame) {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
 }
 
-// Whether libswscale has the two formats; the call then converts between the frame's packed image and its planes.
+// Whether libswscale has the two formats; the call then converts between the frame's packed image and its planes. With odd sizes
+// it may leave planes that have tight pitches.
 Call Swscale(const Case& test, int width, int height) {
-    if (test.swscaleFrom.empty()) {
+    if (test.swscaleFrom.empty() || width % 2 != 0 || height % 2 != 0) {
         return nullptr;
     }
     const AVPixelFormat from = av_get_pix_fmt(test.swscaleFrom.c_str());

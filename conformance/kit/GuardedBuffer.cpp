@@ -17,8 +17,13 @@ std::size_t GuardSize() {
 }  // namespace
 
 std::size_t PageBytes() {
+#if defined(__EMSCRIPTEN__)
+    // Nothing protects memory there, and pages of 64 KiB would only be more to fill and to compare.
+    return 4096;
+#else
     static const std::size_t bytes = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
     return bytes;
+#endif
 }
 
 GuardedBuffer::GuardedBuffer(std::size_t minimumBytes) : begin_(nullptr), size_(0), guard_(GuardSize()) {

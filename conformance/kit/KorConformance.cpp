@@ -137,7 +137,11 @@ Request MakeRequest(const KorConformanceTable& table, const KorConformanceOption
     request.entries = ChooseEntries(options);
     request.targets = ChooseTargets(options);
     request.select = options.selectTarget;
+#if defined(__EMSCRIPTEN__)
+    request.oneProcess = true;  // there is no other
+#else
     request.oneProcess = options.oneProcess != 0;
+#endif
     request.timeLimit = options.timeLimit;
     request.secondsWithoutProgress =
         options.timeLimit != 0 ? static_cast<double>(options.timeLimit) : kSecondsWithoutProgress * Slowness();

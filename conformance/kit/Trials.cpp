@@ -35,10 +35,13 @@ constexpr double kAtOnceSecondsQuick = 0.001;
 constexpr double kAtOnceSecondsAlone = 0.4;  // a meeting is a matter of chance, and is to be had again
 constexpr std::size_t kAtOnceCalls = 20;     // at least
 
-// What this thread has worked. On a busy machine both threads need their share before they can have met.
+// What this thread has worked. On a busy machine both threads need their share before they can have met. WebAssembly only
+// knows the time.
 double WorkedSeconds() {
     timespec time = {};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    if (clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time) != 0) {
+        clock_gettime(CLOCK_MONOTONIC, &time);
+    }
     return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
 }
 

@@ -8,7 +8,7 @@
 #include <stdlib.h>
 #include <string.h>
 
-#include "Kor/Video/Common/C/KorYuv420_C_.h"
+#include "Kor/Video/Common/KorYuv420.h"
 
 enum {
     /* The frame as the camera delivers it. A rotation by 90 degrees swaps its width and height. */
@@ -75,8 +75,8 @@ int main(void) {
      * Destinations come first, each with the pitch of the rotated plane; then the source, with its size before the
      * rotation. Nothing is allocated, and nothing can fail: the caller provides planes that are large enough.
      */
-    KorYUY2ToI420WithRotation_C_(y[0], kRotatedWidth, u[0], kRotatedWidth / 2, v[0], kRotatedWidth / 2, camera, kPitch,
-                                 kWidth, kHeight, /* flip: */ 0, /* degrees, clockwise: */ 90);
+    KorYUY2ToI420WithRotation(y[0], kRotatedWidth, u[0], kRotatedWidth / 2, v[0], kRotatedWidth / 2, camera, kPitch,
+                              kWidth, kHeight, /* flip: */ 0, /* degrees, clockwise: */ 90);
 
     CheckThePicture();
     printf("YUY2 of %d by %d became I420 of %d by %d, and the square is where it belongs.\n", kWidth, kHeight,

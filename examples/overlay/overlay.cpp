@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <vector>
 
-#include "Kor/Video/Common/C/KorYuv420_C_.h"
+#include "Kor/Video/Common/KorYuv420.h"
 
 namespace {
 
@@ -72,17 +72,17 @@ int main() {
 
     const Samples bgra = DrawLogo();
     I420 logo = OneColour(kLogo, kLogo, 0, 0, 0);
-    KorBGRAToI420_C_(logo.y.data(), kLogo, logo.u.data(), kLogo / 2, logo.v.data(), kLogo / 2, bgra.data(), 4 * kLogo,
-                     kLogo, kLogo, /* flip: */ 0);
+    KorBGRAToI420(logo.y.data(), kLogo, logo.u.data(), kLogo / 2, logo.v.data(), kLogo / 2, bgra.data(), 4 * kLogo,
+                  kLogo, kLogo, /* flip: */ 0);
     I420 opacity = OpacityOf(bgra);
 
     // At even positions the logo's chroma samples coincide with those of the frame. The logo must lie inside the frame,
     // because nothing is clipped.
     const KorSizeT left = 240, top = 16;
-    KorI420AlphaArrayBlend_C_(frame.y.data(), frame.width, frame.u.data(), frame.width / 2, frame.v.data(),
-                              frame.width / 2, logo.y.data(), kLogo, logo.u.data(), kLogo / 2, logo.v.data(), kLogo / 2,
-                              kLogo, kLogo, left, top, opacity.y.data(), kLogo, opacity.u.data(), kLogo / 2,
-                              opacity.v.data(), kLogo / 2);
+    KorI420AlphaArrayBlend(frame.y.data(), frame.width, frame.u.data(), frame.width / 2, frame.v.data(),
+                           frame.width / 2, logo.y.data(), kLogo, logo.u.data(), kLogo / 2, logo.v.data(), kLogo / 2,
+                           kLogo, kLogo, left, top, opacity.y.data(), kLogo, opacity.u.data(), kLogo / 2,
+                           opacity.v.data(), kLogo / 2);
 
     // Opacity 0 and 255 are exact; in between, a sample lies between those of the two pictures.
     for (KorSizeT row = 0; row < frame.height; ++row) {

@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <vector>
 
-#include "Kor/Video/Common/C/KorYuv420_C_.h"
+#include "Kor/Video/Common/KorYuv420.h"
 #include "services.h"
 
 namespace {
@@ -26,8 +26,8 @@ std::vector<KorUint8> DitheredGrey(uint64_t seed) {
     const std::vector<KorUint8> grey(kWidth * kHeight, kGrey);
     std::vector<KorUint8> uyvy(2 * kWidth * kHeight);
     SeedNoise(seed);
-    KorI420ToUYVY_C_(grey.data(), kWidth, grey.data(), kWidth / 2, grey.data(), kWidth / 2, uyvy.data(), 2 * kWidth,
-                     kWidth, kHeight, KOR_VIDEOFRAMEDITHERLEVEL_2);
+    KorI420ToUYVY(grey.data(), kWidth, grey.data(), kWidth / 2, grey.data(), kWidth / 2, uyvy.data(), 2 * kWidth,
+                  kWidth, kHeight, KOR_VIDEOFRAMEDITHERLEVEL_2);
     return uyvy;
 }
 

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "Kor/Video/Common/C/KorYuv420_C_.h"
+#include "Kor/Video/Common/KorYuv420.h"
 
 namespace {
 
@@ -35,8 +35,8 @@ Picture Render(KorVideoFrameDitherLevel level) {
     const Picture chroma(kWidth / 2 * kHeight / 2, 128);  // both planes may be the same, because they are only read
 
     Picture bgra(kWidth * kHeight * kBytes);
-    KorI420ToBGRA_C_(y.data(), kWidth, chroma.data(), kWidth / 2, chroma.data(), kWidth / 2, bgra.data(),
-                     kWidth * kBytes, kWidth, kHeight, level);
+    KorI420ToBGRA(y.data(), kWidth, chroma.data(), kWidth / 2, chroma.data(), kWidth / 2, bgra.data(), kWidth * kBytes,
+                  kWidth, kHeight, level);
     return bgra;
 }
 

@@ -9,7 +9,7 @@
 //                    together. Only the last band may have an odd height, with the effects of an odd last row.
 //   At any row       functions that treat each row separately: mirror, split, rotate, 4:2:2 to 4:2:0 (by rows of the
 //                    destination), and I444.
-//   Not at all       functions that depend on the whole picture: KorI420FlipVertical_C_ swaps its first row with its
+//   Not at all       functions that depend on the whole picture: KorI420FlipVertical swaps its first row with its
 //                    last, and at odd widths Yuv2 and the rotating captures of packed frames drift from row pair to
 //                    row pair. 24-bit captures of odd sizes derive their last pixel from its neighbours above, so their
 //                    last band needs three rows. Dithering starts its noise anew in every call: dithered bands look
@@ -20,7 +20,7 @@
 #include <thread>
 #include <vector>
 
-#include "Kor/Video/Common/C/KorYuv420_C_.h"
+#include "Kor/Video/Common/KorYuv420.h"
 
 namespace {
 
@@ -52,25 +52,25 @@ constexpr Band kWholeFrame = {0, kHeight};
 void Capture(I420& picture, const Plane& bgra, Band band) {
     const KorSizeT firstChroma = band.first / 2;
     const KorSizeT firstSource = kHeight - (band.first + band.rows);
-    KorBGRAToI420_C_(picture.y.data() + band.first * kWidth, kWidth, picture.u.data() + firstChroma * kChromaWidth,
-                     kChromaWidth, picture.v.data() + firstChroma * kChromaWidth, kChromaWidth,
-                     bgra.data() + firstSource * kPitch, kPitch, kWidth, band.rows, /* flip: */ 1);
+    KorBGRAToI420(picture.y.data() + band.first * kWidth, kWidth, picture.u.data() + firstChroma * kChromaWidth,
+                  kChromaWidth, picture.v.data() + firstChroma * kChromaWidth, kChromaWidth,
+                  bgra.data() + firstSource * kPitch, kPitch, kWidth, band.rows, /* flip: */ 1);
 }
 
 // I420 to BGRA, top-down.
 void Render(Plane& bgra, const I420& picture, Band band) {
     const KorSizeT firstChroma = band.first / 2;
-    KorI420ToBGRA_C_(picture.y.data() + band.first * kWidth, kWidth, picture.u.data() + firstChroma * kChromaWidth,
-                     kChromaWidth, picture.v.data() + firstChroma * kChromaWidth, kChromaWidth,
-                     bgra.data() + band.first * kPitch, kPitch, kWidth, band.rows, KOR_VIDEOFRAMEDITHERLEVEL_Off);
+    KorI420ToBGRA(picture.y.data() + band.first * kWidth, kWidth, picture.u.data() + firstChroma * kChromaWidth,
+                  kChromaWidth, picture.v.data() + firstChroma * kChromaWidth, kChromaWidth,
+                  bgra.data() + band.first * kPitch, kPitch, kWidth, band.rows, KOR_VIDEOFRAMEDITHERLEVEL_Off);
 }
 
 // Rotates luma by 90 degrees. Source rows become destination columns, counted from the right, so a band of rows fills a
 // band of columns. Threads write side by side in the same rows, but never to the same byte.
 void Rotate(Plane& rotated, const Plane& luma, Band band) {
     const KorSizeT firstColumn = kHeight - (band.first + band.rows);
-    KorPlanarRotation_C_(luma.data() + band.first * kWidth, kWidth, rotated.data() + firstColumn, kHeight, kWidth,
-                         band.rows, 90);
+    KorPlanarRotation(luma.data() + band.first * kWidth, kWidth, rotated.data() + firstColumn, kHeight, kWidth,
+                      band.rows, 90);
 }
 
 // Calls work(band) on a separate thread for each of count bands that cover the frame, and waits for all of them.

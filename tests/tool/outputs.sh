@@ -2,7 +2,7 @@
 . "$(dirname "$0")/common.sh"
 
 # The program itself.
-"$korframe" --version | grep -q '^korframe [0-9]*\.[0-9]*\.[0-9]*$' || fail "--version"
+"$korframe" --version | grep -q '^korframe [0-9]*\.[0-9]*\.[0-9]* (target [a-z0-9]*)$' || fail "--version"
 "$korframe" --help | grep -q 'convert' || fail "--help"
 "$korframe" convert --help | grep -q 'OUTPUT' || fail "convert --help"
 refuses 2 "subcommand is required"

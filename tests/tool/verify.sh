@@ -4,7 +4,7 @@ manifest=$(cd "$(dirname "$0")/../../conformance" && pwd)/digests.txt
 
 works verify >found.txt
 count=$(grep -c '^Kor' "$manifest")
-grep -qx "$count digests of 38 functions agree" found.txt || fail "verify printed: $(cat found.txt)"
+grep -qx "[a-z0-9]*: $count digests of 38 functions agree" found.txt || fail "verify printed: $(cat found.txt)"
 works verify --manifest - <"$manifest" >again.txt
 same found.txt again.txt
 
@@ -12,6 +12,7 @@ same found.txt again.txt
 sed -e 's/^\(KorI420ToBGRA_C_ level=2\) ..../\1 0000/' -e '/^KorPlanarMirror_C_ walk=up/d' \
     -e 's/^KorI420toYuv2_C_ - .*/KorI420toYuv2_C_ more=1 0123456789abcdef\n&/' "$manifest" >changed.txt
 refuses 1 "3 of $count digests differ" verify --manifest changed.txt
+cut -d ' ' -f 2- stdout.txt >differences.txt && mv differences.txt stdout.txt
 [ "$(wc -l <stdout.txt)" -eq 3 ] || fail "verify printed: $(cat stdout.txt)"
 for line in "KorI420ToBGRA_C_ level=2: expected 0000" "KorPlanarMirror_C_ walk=up: expected nothing, found " \
     "KorI420toYuv2_C_ more=1: expected 0123456789abcdef, found nothing"; do
@@ -31,4 +32,24 @@ if [ -r /dev/zero ]; then
 fi
 refuses 1 "missing.txt" verify --manifest missing.txt
 refuses 2 "korframe verify --help" verify --manifest
+
+# Every target is tried or named, and the automatic choice is tried.
+works verify --all-targets >all.txt
+grep -qx "portable: $count digests of 38 functions agree" all.txt || fail "verify --all-targets printed: $(cat all.txt)"
+grep -qx "automatic: $count digests of 38 functions agree" all.txt || fail "verify --all-targets printed: $(cat all.txt)"
+if grep -vE ": ($count digests of 38 functions agree|not run; this machine cannot run it)\$" all.txt; then
+    fail "verify --all-targets printed: $(cat all.txt)"
+fi
+KOR_TARGET=portable "$korframe" verify | grep -q '^portable: ' || fail "KOR_TARGET=portable is not heeded"
+KOR_TARGET=portable "$korframe" --version | grep -q '(target portable)$' || fail "--version does not name the target"
+export KOR_TARGET=avx1
+refuses 2 "KOR_TARGET: unknown target 'avx1'; expected " verify
+refuses 2 "KOR_TARGET: unknown target 'avx1'; expected " --version
+# A target that was compiled in and cannot be run is refused, too.
+unrunnable=$(sed -n 's/: not run.*//p' all.txt | head -n 1)
+if [ -n "$unrunnable" ]; then
+    export KOR_TARGET="$unrunnable"
+    refuses 2 "KOR_TARGET: this machine cannot run the target '$unrunnable'; expected " verify
+fi
+unset KOR_TARGET
 finish

@@ -11,9 +11,10 @@
 #include <vector>
 
 #include "commands/Commands.h"
+#include "conformance/digest/Dispatched.h"
 #include "io/Errors.h"
 #include "io/OutputFile.h"
-#include "Kor/Utils/SysDep/KorBaseTypes.h"
+#include "Kor/Video/Common/KorYuv420.h"
 
 namespace korframe {
 
@@ -25,7 +26,7 @@ constexpr void (*kCommands[])(CLI::App&) = {
 
 std::string Version() {
     return "korframe " + std::to_string(KOR_VERSION_MAJOR) + "." + std::to_string(KOR_VERSION_MINOR) + "." +
-           std::to_string(KOR_VERSION_PATCH);
+           std::to_string(KOR_VERSION_PATCH) + " (target " + KorYuv420Target() + ")";
 }
 
 // A standard descriptor that was closed at the start would go to the next file opened, which would then pass for that
@@ -75,6 +76,9 @@ std::string Explain(const CLI::App& app, const CLI::ParseError& error) {
 }
 
 int Run(int argc, char** argv) {
+    if (const std::string complaint = kit::ComplaintAboutEnvironment(); !complaint.empty()) {
+        FailUsage(complaint);
+    }
     CLI::App app("Convert, rotate, dither, blend and render raw video frames.", "korframe");
     app.set_version_flag("--version", Version());
     app.require_subcommand(1);

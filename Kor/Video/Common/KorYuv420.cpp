@@ -60,6 +60,36 @@ constexpr Functions kFunctions = {
 #include "Kor/Video/Common/Vector/Target_.inc"
 #endif
 
+// By shape, the extent of a picture that has to fill a vector: that of its chroma where each plane has kernels of its own, and of
+// both sides where they may be exchanged.
+#define KOR_EXTENT_Plane width
+#define KOR_EXTENT_Split width
+#define KOR_EXTENT_PlaneRotation (widthSrc < heightSrc ? widthSrc : heightSrc)
+#define KOR_EXTENT_SplitRotation KOR_EXTENT_PlaneRotation
+#define KOR_EXTENT_FlipVertical (width / 2)
+#define KOR_EXTENT_Capture width
+#define KOR_EXTENT_CaptureGeneral width
+#define KOR_EXTENT_Render width
+#define KOR_EXTENT_RenderGeneral width
+#define KOR_EXTENT_CaptureRotation (width < height ? width : height)
+#define KOR_EXTENT_Pack width
+#define KOR_EXTENT_Dither (width / 2)
+#define KOR_EXTENT_Blend (width / 2)
+#define KOR_EXTENT_BlendArray (width / 2)
+
+#if defined(KOR_WITH_AVX2)
+#define KOR_TARGET_NAMESPACE avx2
+#define KOR_VECTOR_BYTES 32
+#define KOR_NARROWER sse4
+#include "Kor/Video/Common/Vector/Automatic_.inc"
+#endif
+#if defined(KOR_WITH_AVX512)
+#define KOR_TARGET_NAMESPACE avx512
+#define KOR_VECTOR_BYTES 64
+#define KOR_NARROWER avx2::automatic
+#include "Kor/Video/Common/Vector/Automatic_.inc"
+#endif
+
 namespace {
 
 using kor::Functions;
@@ -134,10 +164,10 @@ struct Target {
 // Best first.
 constexpr Target kTargets[] = {
 #if defined(KOR_WITH_AVX512)
-    {"avx512", &RunsAvx512, kor::avx512::kFunctions, kor::avx512::kFunctions},
+    {"avx512", &RunsAvx512, kor::avx512::kFunctions, kor::avx512::automatic::kFunctions},
 #endif
 #if defined(KOR_WITH_AVX2)
-    {"avx2", &RunsAvx2, kor::avx2::kFunctions, kor::avx2::kFunctions},
+    {"avx2", &RunsAvx2, kor::avx2::kFunctions, kor::avx2::automatic::kFunctions},
 #endif
 #if defined(KOR_WITH_SSE4)
     {"sse4", &RunsSse4, kor::sse4::kFunctions, kor::sse4::kFunctions},

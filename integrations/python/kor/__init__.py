@@ -1,8 +1,8 @@
 """Video pixel-format conversions, exact to the bit.
 
 Frames are arrays of uint8: (height, width, 4) for RGB of four bytes, (height, width, 3) of three, (height, width, 2)
-for packed YUV, and kor.I420 or kor.I444 for planar pictures. Rows may lie any number of bytes apart. Functions refuse what
-they cannot use, and release the interpreter lock while they run.
+for packed YUV, and kor.I420 or kor.I444 for planar pictures. Rows may lie any number of bytes apart. Functions refuse
+what they cannot use, and release the interpreter lock while they run.
 
     import kor
 

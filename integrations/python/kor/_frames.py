@@ -112,7 +112,8 @@ def rows(name: str, frame: Frame, shape: Shape, *, upwards: bool = False, write:
         try:
             array = np.asarray(memoryview(frame))
         except TypeError:
-            raise TypeError(f"{name}: expected an array of uint8 of shape {wanted}, got {type(frame).__name__}") from None
+            kind = type(frame).__name__
+            raise TypeError(f"{name}: expected an array of uint8 of shape {wanted}, got {kind}") from None
     if array.dtype != np.uint8:
         raise TypeError(f"{name}: expected uint8, got {array.dtype}")
     if len(array.shape) != len(shape) or any(s is not None and s != a for s, a in zip(shape, array.shape)):
@@ -134,7 +135,12 @@ def rows(name: str, frame: Frame, shape: Shape, *, upwards: bool = False, write:
 
 
 def planes(
-    name: str, frame: Sequence[Frame], kind: Type[Picture], size: Optional[Tuple[int, int]] = None, *, write: bool = False
+    name: str,
+    frame: Sequence[Frame],
+    kind: Type[Picture],
+    size: Optional[Tuple[int, int]] = None,
+    *,
+    write: bool = False,
 ) -> Picture:
     """The three planes of a picture, of (width, height) if that is given."""
     try:
@@ -155,4 +161,4 @@ def disjoint(name: str, written: Sequence[Array], others: Sequence[Array] = ()) 
     for i, plane in enumerate(written):
         for other in (*written[i + 1 :], *others):
             if np.may_share_memory(plane, other) and np.shares_memory(plane, other):
-                raise ValueError(f"{name}: expected memory of its own, got some that another plane or the source has too")
+                raise ValueError(f"{name}: expected memory of its own, got some of another plane or of the source")

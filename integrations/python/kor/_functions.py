@@ -190,8 +190,8 @@ def i420_to_yuv2(planes: I420, *, out: Optional[Array] = None) -> Array:
 def halve_rows(plane: Frame, *, out: Optional[Array] = None) -> Array:
     """Averages pairs of rows, rounded up: the chroma of 4:2:2 becomes that of 4:2:0.
 
-    plane has the shape (2 * height, width), the result (height, width). A negative row stride is fine. out is written to
-    and returned; without it a new array is.
+    plane has the shape (2 * height, width), the result (height, width). A negative row stride is fine. out is written
+    to and returned; without it a new array is.
     """
     source = _rows("plane", plane, (None, None), upwards=True)
     if source.shape[0] % 2 != 0:
@@ -219,8 +219,8 @@ def split(
 ) -> Tuple[Array, Array]:
     """Splits pairs of bytes, such as the chroma of NV12, into two planes, and mirrors or rotates them on the way.
 
-    pairs has the shape (height, width, 2); a negative row stride is fine. The first plane has the first bytes. rotate is
-    clockwise, 0, 90, 180 or 270 degrees. out, two planes, is written to and returned; without it new arrays are.
+    pairs has the shape (height, width, 2); a negative row stride is fine. The first plane has the first bytes. rotate
+    is clockwise, 0, 90, 180 or 270 degrees. out, two planes, is written to and returned; without it new arrays are.
     """
     source = _rows("pairs", pairs, (None, None, 2), upwards=True)
     if mirror and rotate != 0:
@@ -254,9 +254,9 @@ def dither(planes: I420, level: int, *, rng: Random = None, fixed: bool = False,
     """Adds noise to I420.
 
     level is 0, 1 or 2, ever more noise, or -1, which is half as much as 0. rng says where the noise begins: a seed or a
-    numpy.random.Generator; without it noise is new each time. fixed starts at the beginning of the noise instead, without
-    anything random. An odd last column and row are passed on without noise. out, which may be the same picture, is
-    written to and returned; without it a new picture is.
+    numpy.random.Generator; without it noise is new each time. fixed starts at the beginning of the noise instead,
+    without anything random. An odd last column and row are passed on without noise. out, which may be the same
+    picture, is written to and returned; without it a new picture is.
     """
     if level not in (-1, 0, 1, 2):
         raise ValueError(f"level: expected -1, 0, 1 or 2, got {level}")
@@ -280,9 +280,9 @@ def dither(planes: I420, level: int, *, rng: Random = None, fixed: bool = False,
 def blend(background: I420, foreground: I420, alpha: Union[int, I420], at: Tuple[int, int] = (0, 0)) -> I420:
     """Blends I420 over a background in place, and returns the background.
 
-    alpha is the weight of the foreground, 0 to 255: one for all, or one for each sample as a picture of the foreground's
-    size. at is the column and the row of the foreground's first sample; the foreground must lie inside the background. An
-    odd position moves chroma up and left by half a chroma sample.
+    alpha is the weight of the foreground, 0 to 255: one for all, or one for each sample as a picture of the
+    foreground's size. at is the column and the row of the foreground's first sample; the foreground must lie inside
+    the background. An odd position moves chroma up and left by half a chroma sample.
     """
     below = _planes("background", background, I420, write=True)
     above = _planes("foreground", foreground, I420)

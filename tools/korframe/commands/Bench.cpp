@@ -13,7 +13,9 @@
 #include "bench/Table.h"
 #include "commands/Commands.h"
 #include "commands/Values.h"
+#include "conformance/digest/Dispatched.h"
 #include "io/Errors.h"
+#include "Kor/Video/Common/KorYuv420.h"
 
 namespace korframe {
 
@@ -39,7 +41,8 @@ CLI::Validator IsEvenSize() {
 
 // All cases that match the pattern; without one, the few that represent the rest.
 std::vector<bench::Case> ChosenCases(const std::string& pattern) {
-    std::vector<bench::Case> cases = bench::Cases();
+    std::vector<bench::Case> cases = bench::Cases(kit::DispatchedTable(), "");
+    bench::AddBaselines(cases);
     const auto isLeftOut = [&](const bench::Case& subject) {
         return pattern.empty() ? !subject.isBrief : !bench::Matches(subject.Label(), pattern);
     };
@@ -59,6 +62,7 @@ void RunBench(const BenchOptions& options) {
     effort.seconds = options.seconds;
 
     const bool showProgress = isatty(STDERR_FILENO) == 1;
+    std::printf("target %s\n\n", KorYuv420Target());
     bench::Table table(stdout, {size}, bench::Table::Columns::Full, false);
     for (std::size_t i = 0; i < cases.size(); ++i) {
         if (showProgress) {

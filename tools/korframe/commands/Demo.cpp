@@ -17,7 +17,7 @@
 #include "io/Errors.h"
 #include "io/InputFile.h"
 #include "io/PictureFile.h"
-#include "Kor/Video/Common/C/KorYuv420_C_.h"
+#include "Kor/Video/Common/KorYuv420.h"
 #include "pipeline/LibraryCall.h"
 #include "pipeline/Random.h"
 
@@ -38,18 +38,18 @@ struct Stage {
 // Both sides must be even, here and below.
 YuvImage CaptureBgra(const Frame& bgra) {
     YuvImage image(Layout::I420, bgra.Width(), bgra.Height());
-    CallLibrary(KorBGRAToI420_C_, image, bgra, bgra.Width(), bgra.Height(), false);
+    CallLibrary(KorBGRAToI420, image, bgra, bgra.Width(), bgra.Height(), false);
     return image;
 }
 
 Frame RenderBgra(const YuvImage& image, KorVideoFrameDitherLevel ditherLevel) {
     Frame bgra(FormatOf(Layout::Bgra), image.Width(), image.Height());
-    CallLibrary(KorI420ToBGRA_C_, image, bgra, bgra.Width(), bgra.Height(), ditherLevel);
+    CallLibrary(KorI420ToBGRA, image, bgra, bgra.Width(), bgra.Height(), ditherLevel);
     return bgra;
 }
 
 void RotatePlane(const Plane& from, Plane& to, KorImageRotationDegree angle) {
-    CallLibrary(KorPlanarRotation_C_, RowsOf(from), to, from.width, from.height, angle);
+    CallLibrary(KorPlanarRotation, RowsOf(from), to, from.width, from.height, angle);
 }
 
 // What a camera lying on its side delivers: the scene rotated counterclockwise, bottom row first, in UYVY.
@@ -59,21 +59,21 @@ Frame FilmSideways(const Frame& scene) {
     RotatePlane(upright.y, sideways.y, 270);
     RotatePlane(upright.u, sideways.u, 270);
     RotatePlane(upright.v, sideways.v, 270);
-    CallLibrary(KorI420FlipVertical_C_, sideways, sideways.Width(), sideways.Height());
+    CallLibrary(KorI420FlipVertical, sideways, sideways.Width(), sideways.Height());
     Frame uyvy(FormatOf(Layout::Uyvy), sideways.Width(), sideways.Height());
-    CallLibrary(KorI420ToUYVY_C_, sideways, uyvy, uyvy.Width(), uyvy.Height(), KOR_VIDEOFRAMEDITHERLEVEL_Off);
+    CallLibrary(KorI420ToUYVY, sideways, uyvy, uyvy.Width(), uyvy.Height(), KOR_VIDEOFRAMEDITHERLEVEL_Off);
     return uyvy;
 }
 
 YuvImage CaptureUyvy(const Frame& uyvy, bool flip, KorImageRotationDegree angle) {
     const bool swapped = angle % 180 != 0;
     YuvImage image(Layout::I420, swapped ? uyvy.Height() : uyvy.Width(), swapped ? uyvy.Width() : uyvy.Height());
-    CallLibrary(KorUYVYToI420WithRotation_C_, image, uyvy, uyvy.Width(), uyvy.Height(), flip, angle);
+    CallLibrary(KorUYVYToI420WithRotation, image, uyvy, uyvy.Width(), uyvy.Height(), flip, angle);
     return image;
 }
 
 void Composite(YuvImage& background, const YuvImage& overlay, std::size_t x, std::size_t y) {
-    CallLibrary(KorI420AlphaBlend_C_, background, overlay, overlay.Width(), overlay.Height(), x, y, kOverlayAlpha);
+    CallLibrary(KorI420AlphaBlend, background, overlay, overlay.Width(), overlay.Height(), x, y, kOverlayAlpha);
 }
 
 // ---- Pictures ----

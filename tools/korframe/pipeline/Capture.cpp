@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "io/Errors.h"
-#include "Kor/Video/Common/C/KorYuv420_C_.h"
+#include "Kor/Video/Common/KorYuv420.h"
 #include "pipeline/LibraryCall.h"
 #include "pipeline/Resample.h"
 
@@ -63,7 +63,7 @@ Run CapturePlanar(Layout target) {
 // ---- Planar 4:2:2: luma is copied, pairs of chroma rows are averaged; the last row of an odd height is kept ----
 
 void HalveRows(const SourceRows& from, Plane& to, std::size_t rows) {
-    CallLibrary(KorPlanarUV422To420_C_, from, to, to.width, rows / 2);
+    CallLibrary(KorPlanarUV422To420, from, to, to.width, rows / 2);
     if (rows % 2 != 0) {
         const KorDistanceT last = static_cast<KorDistanceT>(rows - 1) * from.pitch;
         std::memcpy(to.Row(rows / 2), from.first + last, to.width);
@@ -73,7 +73,7 @@ void HalveRows(const SourceRows& from, Plane& to, std::size_t rows) {
 Run CapturePlanar422(const FusedSteps& fused) {
     return [fused](const Frame& frame, YuvImage& image) {
         image.Reset(Layout::I420, frame.Width(), frame.Height());
-        CallLibrary(KorPlanarRotation_C_, RowsOf(frame, 0, fused.flip), image.y, image.y.width, image.y.height, 0u);
+        CallLibrary(KorPlanarRotation, RowsOf(frame, 0, fused.flip), image.y, image.y.width, image.y.height, 0u);
         HalveRows(RowsOf(frame, 1, fused.flip), image.u, frame.Height());
         HalveRows(RowsOf(frame, 2, fused.flip), image.v, frame.Height());
     };
@@ -93,19 +93,19 @@ Run CaptureSemiPlanar(Layout layout, const FusedSteps& fused) {
         Plane& first = layout == Layout::Nv12 ? image.u : image.v;
         Plane& second = layout == Layout::Nv12 ? image.v : image.u;
         if (fused.mirror) {
-            CallLibrary(KorPlanarMirror_C_, y, image.y, width, height);
-            CallLibrary(KorPlanarUVDeinterlaceMirror_C_, uv, first, second, widthC, heightC);
+            CallLibrary(KorPlanarMirror, y, image.y, width, height);
+            CallLibrary(KorPlanarUVDeinterlaceMirror, uv, first, second, widthC, heightC);
         } else {
-            CallLibrary(KorPlanarRotation_C_, y, image.y, width, height, fused.angle);
-            CallLibrary(KorPlanarUVDeinterlaceRotation_C_, uv, first, second, widthC, heightC, fused.angle);
+            CallLibrary(KorPlanarRotation, y, image.y, width, height, fused.angle);
+            CallLibrary(KorPlanarUVDeinterlaceRotation, uv, first, second, widthC, heightC, fused.angle);
         }
     };
 }
 
 // ---- Packed 4:2:2 and M420 ----
 
-using Converter = decltype(KorYUY2ToI420_C_);
-using RotatingConverter = decltype(KorYUY2ToI420WithRotation_C_);
+using Converter = decltype(KorYUY2ToI420);
+using RotatingConverter = decltype(KorYUY2ToI420WithRotation);
 
 struct PackedPath {
     Layout source;
@@ -116,10 +116,10 @@ struct PackedPath {
 
 // clang-format off
 constexpr PackedPath kPackedPaths[] = {
-    {Layout::Yuy2, KorYUY2ToI420_C_, KorYUY2ToI420WithRotation_C_, true},
-    {Layout::Uyvy, KorUYVYToI420_C_, KorUYVYToI420WithRotation_C_, true},
-    {Layout::Yuv2, KorYuv2ToI420_C_, nullptr,                      true},
-    {Layout::M420, KorM420ToI420_C_, nullptr,                      false},  // would flip pairs of rows, not rows
+    {Layout::Yuy2, KorYUY2ToI420, KorYUY2ToI420WithRotation, true},
+    {Layout::Uyvy, KorUYVYToI420, KorUYVYToI420WithRotation, true},
+    {Layout::Yuv2, KorYuv2ToI420, nullptr,                      true},
+    {Layout::M420, KorM420ToI420, nullptr,                      false},  // would flip pairs of rows, not rows
 };
 // clang-format on
 
@@ -159,16 +159,16 @@ constexpr Converter* kOwnMatrix = nullptr;
 
 // clang-format off
 constexpr RgbPath kRgbPaths[] = {
-    {Layout::Bgra,  MatrixKind::Bt601, Layout::I420, KorBGRAToI420_C_,           true,  false},
-    {Layout::Rgba,  MatrixKind::Bt601, Layout::I420, KorRGBAToI420_C_,           true,  false},
-    {Layout::Argb,  MatrixKind::Bt601, Layout::I420, KorARGBToI420_C_,           true,  false},
-    {Layout::Abgr,  MatrixKind::Bt601, Layout::I420, KorABGRToI420_C_,           true,  false},
-    {Layout::Rgb24, MatrixKind::Bt601, Layout::I420, KorRawToI420_C_,            true,  true},
-    {Layout::Bgr24, MatrixKind::Bt601, Layout::I420, Kor24BGToI420_C_,           true,  true},
-    {Layout::Bgra,  MatrixKind::Bt709, Layout::I420, KorBGRAToI420UsingBT709_C_, true,  false},
+    {Layout::Bgra,  MatrixKind::Bt601, Layout::I420, KorBGRAToI420,           true,  false},
+    {Layout::Rgba,  MatrixKind::Bt601, Layout::I420, KorRGBAToI420,           true,  false},
+    {Layout::Argb,  MatrixKind::Bt601, Layout::I420, KorARGBToI420,           true,  false},
+    {Layout::Abgr,  MatrixKind::Bt601, Layout::I420, KorABGRToI420,           true,  false},
+    {Layout::Rgb24, MatrixKind::Bt601, Layout::I420, KorRawToI420,            true,  true},
+    {Layout::Bgr24, MatrixKind::Bt601, Layout::I420, Kor24BGToI420,           true,  true},
+    {Layout::Bgra,  MatrixKind::Bt709, Layout::I420, KorBGRAToI420UsingBT709, true,  false},
     {Layout::Bgra,  MatrixKind::Own,   Layout::I420, kOwnMatrix,                 true,  true},
-    {Layout::Bgra,  MatrixKind::Bt601, Layout::I444, KorBGRAToI444_C_,           true,  false},
-    {Layout::Bgra,  MatrixKind::Bt709, Layout::I444, KorBGRAToI444UsingBT709_C_, false, false},
+    {Layout::Bgra,  MatrixKind::Bt601, Layout::I444, KorBGRAToI444,           true,  false},
+    {Layout::Bgra,  MatrixKind::Bt709, Layout::I444, KorBGRAToI444UsingBT709, false, false},
 };
 // clang-format on
 
@@ -194,7 +194,7 @@ void PadToEven(const Frame& frame, bool flip, Frame& padded) {
 
 void CaptureRgb(const RgbPath& path, const Matrix& matrix, const Frame& frame, bool flip, YuvImage& image) {
     if (path.convert == kOwnMatrix) {
-        CallLibrary(KorBGRAToI420General_C_, image, frame, frame.Width(), frame.Height(), flip, matrix.coefficients);
+        CallLibrary(KorBGRAToI420General, image, frame, frame.Width(), frame.Height(), flip, matrix.coefficients);
     } else {
         CallLibrary(path.convert, image, frame, frame.Width(), frame.Height(), flip);
     }

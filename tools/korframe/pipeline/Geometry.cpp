@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "io/Errors.h"
-#include "Kor/Video/Common/C/KorYuv420_C_.h"
+#include "Kor/Video/Common/KorYuv420.h"
 #include "pipeline/LibraryCall.h"
 
 namespace korframe {
@@ -13,13 +13,13 @@ namespace {
 void TransformPlane(const Step& step, const Plane& from, Plane& to) {
     switch (step.kind) {
         case StepKind::Flip:
-            CallLibrary(KorPlanarRotation_C_, RowsOf(from, true), to, from.width, from.height, 0u);
+            CallLibrary(KorPlanarRotation, RowsOf(from, true), to, from.width, from.height, 0u);
             break;
         case StepKind::Mirror:
-            CallLibrary(KorPlanarMirror_C_, RowsOf(from), to, from.width, from.height);
+            CallLibrary(KorPlanarMirror, RowsOf(from), to, from.width, from.height);
             break;
         case StepKind::Rotate:
-            CallLibrary(KorPlanarRotation_C_, RowsOf(from), to, from.width, from.height, step.angle);
+            CallLibrary(KorPlanarRotation, RowsOf(from), to, from.width, from.height, step.angle);
             break;
         case StepKind::Dither:
         case StepKind::Blend:
@@ -74,7 +74,7 @@ StreamInfo InfoAfter(StreamInfo info, const Step& step) {
 
 void TransformImage(const Step& step, YuvImage& image, YuvImage& spare) {
     if (step.kind == StepKind::Flip && CanFlipInPlace(image)) {
-        CallLibrary(KorI420FlipVertical_C_, image, image.Width(), image.Height());
+        CallLibrary(KorI420FlipVertical, image, image.Width(), image.Height());
         return;
     }
     const bool swapped = step.SwapsSides();

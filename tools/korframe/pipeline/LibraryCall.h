@@ -1,4 +1,4 @@
-// Calls the library's functions with whole images: CallLibrary(KorBGRAToI420_C_, image, frame, width, height, flip).
+// Calls the library's functions with whole images: CallLibrary(KorBGRAToI420, image, frame, width, height, flip).
 //
 // The functions take each plane as a pointer and a pitch. A YuvImage argument expands to its three planes, a Frame to
 // its packed pixels, a Plane or SourceRows to itself, and anything else to its value.

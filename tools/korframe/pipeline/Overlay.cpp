@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "io/Errors.h"
-#include "Kor/Video/Common/C/KorYuv420_C_.h"
+#include "Kor/Video/Common/KorYuv420.h"
 #include "pipeline/LibraryCall.h"
 
 namespace korframe {
@@ -88,10 +88,10 @@ void CropToPlacement(const YuvImage& whole, const Placement& placement, YuvImage
 void Composite(YuvImage& background, OverlayFrame& overlay) {
     const Placement& to = overlay.placement;
     if (overlay.ownAlpha) {
-        CallLibrary(KorI420AlphaArrayBlend_C_, background, overlay.part, to.width, to.height, to.x, to.y,
+        CallLibrary(KorI420AlphaArrayBlend, background, overlay.part, to.width, to.height, to.x, to.y,
                     overlay.alphaPart);
     } else {
-        CallLibrary(KorI420AlphaBlend_C_, background, overlay.part, to.width, to.height, to.x, to.y, overlay.alpha);
+        CallLibrary(KorI420AlphaBlend, background, overlay.part, to.width, to.height, to.x, to.y, overlay.alpha);
     }
 }
 

@@ -5,7 +5,7 @@
 
 #include "io/Errors.h"
 #include "io/SizeChecks.h"
-#include "Kor/Video/Common/C/KorYuv420_C_.h"
+#include "Kor/Video/Common/KorYuv420.h"
 #include "pipeline/LibraryCall.h"
 #include "pipeline/Resample.h"
 
@@ -14,7 +14,7 @@ namespace korframe {
 namespace {
 
 using Run = std::function<void(YuvImage&, Frame&)>;
-using Renderer = decltype(KorI420ToBGRA_C_);
+using Renderer = decltype(KorI420ToBGRA);
 
 // To RGB, and to the packed layouts that have noise of their own.
 struct Path {
@@ -29,20 +29,20 @@ constexpr Renderer* kOwnMatrix = nullptr;
 
 // clang-format off
 constexpr Path kRgbPaths[] = {
-    {Layout::I420, MatrixKind::Bt601, Layout::Bgra,  KorI420ToBGRA_C_},
-    {Layout::I420, MatrixKind::Bt601, Layout::Rgba,  KorI420ToRGBA_C_},
-    {Layout::I420, MatrixKind::Bt601, Layout::Argb,  KorI420ToARGB_C_},
-    {Layout::I420, MatrixKind::Bt601, Layout::Abgr,  KorI420ToABGR_C_},
-    {Layout::I420, MatrixKind::Bt601, Layout::Bgr24, KorI420To24BG_C_},
-    {Layout::I420, MatrixKind::Bt709, Layout::Bgra,  KorI420ToBGRAUsingBT709_C_},
+    {Layout::I420, MatrixKind::Bt601, Layout::Bgra,  KorI420ToBGRA},
+    {Layout::I420, MatrixKind::Bt601, Layout::Rgba,  KorI420ToRGBA},
+    {Layout::I420, MatrixKind::Bt601, Layout::Argb,  KorI420ToARGB},
+    {Layout::I420, MatrixKind::Bt601, Layout::Abgr,  KorI420ToABGR},
+    {Layout::I420, MatrixKind::Bt601, Layout::Bgr24, KorI420To24BG},
+    {Layout::I420, MatrixKind::Bt709, Layout::Bgra,  KorI420ToBGRAUsingBT709},
     {Layout::I420, MatrixKind::Own,   Layout::Bgra,  kOwnMatrix},
-    {Layout::I444, MatrixKind::Bt601, Layout::Bgra,  KorI444ToBGRA_C_},
-    {Layout::I444, MatrixKind::Bt709, Layout::Bgra,  KorI444ToBGRAUsingBT709_C_},
+    {Layout::I444, MatrixKind::Bt601, Layout::Bgra,  KorI444ToBGRA},
+    {Layout::I444, MatrixKind::Bt709, Layout::Bgra,  KorI444ToBGRAUsingBT709},
 };
 
 constexpr Path kPackedPaths[] = {
-    {Layout::I420, MatrixKind::Bt601, Layout::Yuy2,  KorI420ToYUY2_C_},
-    {Layout::I420, MatrixKind::Bt601, Layout::Uyvy,  KorI420ToUYVY_C_},
+    {Layout::I420, MatrixKind::Bt601, Layout::Yuy2,  KorI420ToYUY2},
+    {Layout::I420, MatrixKind::Bt601, Layout::Uyvy,  KorI420ToUYVY},
 };
 // clang-format on
 
@@ -77,7 +77,7 @@ Run RenderBy(const Path& path, const Matrix& matrix, KorVideoFrameDitherLevel di
     return RenderInBlocks(FormatOf(path.target), [path, matrix, ditherLevel](const YuvImage& image, std::size_t width,
                                                                              std::size_t height, Frame& frame) {
         if (path.render == kOwnMatrix) {
-            CallLibrary(KorI420ToBGRAGeneral_C_, image, frame, width, height, matrix.coefficients, ditherLevel);
+            CallLibrary(KorI420ToBGRAGeneral, image, frame, width, height, matrix.coefficients, ditherLevel);
         } else {
             CallLibrary(path.render, image, frame, width, height, ditherLevel);
         }
@@ -87,7 +87,7 @@ Run RenderBy(const Path& path, const Matrix& matrix, KorVideoFrameDitherLevel di
 Run RenderToYuv2() {
     return RenderInBlocks(FormatOf(Layout::Yuv2),
                           [](const YuvImage& image, std::size_t width, std::size_t height, Frame& frame) {
-                              CallLibrary(KorI420toYuv2_C_, image, frame, width, height);
+                              CallLibrary(KorI420toYuv2, image, frame, width, height);
                           });
 }
 
@@ -146,7 +146,7 @@ void CheckDither(const StreamInfo& planes) {
 // The filter leaves odd edges alone, so the size is made even first.
 void DitherImage(YuvImage& image, KorVideoFrameDitherLevel ditherLevel) {
     image.EvenOut();
-    CallLibrary(KorI420Dither_C_, image, image, image.EvenWidth(), image.EvenHeight(), ditherLevel, true);
+    CallLibrary(KorI420Dither, image, image, image.EvenWidth(), image.EvenHeight(), ditherLevel, true);
 }
 
 Render::Render(const StreamInfo& source, const std::string& output, const PixelFormat& target, const Matrix& matrix,

@@ -44,7 +44,7 @@ constexpr KorSizeT kNoiseEntries = 16384;
 // has to look for the end. Two tables fit 40 KiB of stack.
 class NoiseTable {
   public:
-    static constexpr KorSizeT kReach = 3456;
+    static constexpr KorSizeT kReach = 3328;
 
     explicit NoiseTable(KorUint rsBits)
         : rsBits_(rsBits) {}

@@ -117,13 +117,6 @@ KOR_INLINE inline V8 OrderQuarters(V8 x) {
 #endif
 }
 
-#if HWY_ARCH_X86 && !defined(KOR_VNNI)
-// What packs as a number of 16 bits: the second byte of every 32-bit lane.
-KOR_INLINE inline VI32 SecondByte(VI32 x) {
-    return hn::And(hn::ShiftRight<8>(x), hn::Set(DI32(), 0xff));
-}
-#endif
-
 // The second byte of every 32-bit lane of four vectors.
 KOR_INLINE inline V8 SecondBytes(VI32 a, VI32 b, VI32 c, VI32 d) {
 #if defined(KOR_VNNI)
@@ -133,9 +126,16 @@ KOR_INLINE inline V8 SecondBytes(VI32 a, VI32 b, VI32 c, VI32 d) {
     const __m512i cd = _mm512_permutex2var_epi8(c.raw, places, d.raw);
     return V8{_mm512_inserti64x4(ab, _mm512_castsi512_si256(cd), 1)};
 #elif HWY_ARCH_X86
-    const auto ab = KOR_X86(packs_epi32)(SecondByte(a).raw, SecondByte(b).raw);
-    const auto cd = KOR_X86(packs_epi32)(SecondByte(c).raw, SecondByte(d).raw);
-    return OrderQuarters(V8{KOR_X86(packus_epi16)(ab, cd)});
+    // In every 128 bits a quarter of bytes from each vector.
+    const auto quarter = [](VI32 x, const KorUint8(&places)[16]) KOR_INLINE {
+        return hn::TableLookupBytesOr0(hn::BitCast(D8(), x), hn::LoadDup128(D8(), places));
+    };
+    alignas(16) static constexpr KorUint8 kFirst[16] = {1, 5, 9, 13, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128};
+    alignas(16) static constexpr KorUint8 kSecond[16] = {128, 128, 128, 128, 1, 5, 9, 13, 128, 128, 128, 128, 128, 128, 128, 128};
+    alignas(16) static constexpr KorUint8 kThird[16] = {128, 128, 128, 128, 128, 128, 128, 128, 1, 5, 9, 13, 128, 128, 128, 128};
+    alignas(16) static constexpr KorUint8 kFourth[16] = {128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 128, 1, 5, 9, 13};
+    return OrderQuarters(
+        hn::Or(hn::Or(quarter(a, kFirst), quarter(b, kSecond)), hn::Or(quarter(c, kThird), quarter(d, kFourth))));
 #else
     const D8 d8;
     const V8 ab = hn::ConcatOdd(d8, hn::BitCast(d8, b), hn::BitCast(d8, a));
@@ -198,9 +198,9 @@ KOR_INLINE inline V8 BytesOfSums(VI16 a, VI16 b, VI16 c, VI16 d, KorUint16 offse
 #endif
 }
 
-// For four pairs of vectors: offset plus the sum of the four products, unsigned times signed bytes, of every group of four
-// bytes, shifted right; the low byte of that. The sums of the first two and of the last two products must fit 16 bits. A shift
-// other than 8 is for targets that have it, and only for results that are bytes.
+// For four pairs of vectors: the sum of the four products, unsigned times signed bytes, of every group of four bytes and fraction,
+// shifted right, and whole; the low byte of that. The sums of the first two and of the last two products must fit 16 bits. A shift
+// other than 8 is for targets that have it, and only for results that are bytes before whole is added.
 #if defined(KOR_VNNI)
 constexpr bool kHasShiftedSums = false;
 #else
@@ -208,14 +208,15 @@ constexpr bool kHasShiftedSums = true;
 #endif
 
 template <int shift = 8>
-KOR_INLINE inline V8 WeighGroups(V8 a0, VI8 b0, V8 a1, VI8 b1, V8 a2, VI8 b2, V8 a3, VI8 b3, KorUint16 offset) {
+KOR_INLINE inline V8 WeighGroups(V8 a0, VI8 b0, V8 a1, VI8 b1, V8 a2, VI8 b2, V8 a3, VI8 b3, KorUint16 fraction, KorUint8 whole) {
     static_assert(shift == 8 || kHasShiftedSums, "this target takes whole bytes");
 #if defined(KOR_VNNI)
-    const __m512i from = _mm512_set1_epi32(offset);
+    const __m512i from = _mm512_set1_epi32(fraction + 256 * whole);
     return SecondBytes(VI32{_mm512_dpbusd_epi32(from, a0.raw, b0.raw)}, VI32{_mm512_dpbusd_epi32(from, a1.raw, b1.raw)},
                        VI32{_mm512_dpbusd_epi32(from, a2.raw, b2.raw)}, VI32{_mm512_dpbusd_epi32(from, a3.raw, b3.raw)});
 #else
-    return BytesOfSums<shift>(MulAddBytes(a0, b0), MulAddBytes(a1, b1), MulAddBytes(a2, b2), MulAddBytes(a3, b3), offset);
+    const V8 sums = BytesOfSums<shift>(MulAddBytes(a0, b0), MulAddBytes(a1, b1), MulAddBytes(a2, b2), MulAddBytes(a3, b3), fraction);
+    return hn::Add(sums, hn::Set(D8(), whole));
 #endif
 }
 

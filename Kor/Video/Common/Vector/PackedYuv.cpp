@@ -124,9 +124,9 @@ KOR_KERNEL void TurnPackedTile(KorUint8* y, KorDistanceT columnY, KorUint8* u, K
 template <LumaByte lumaByte>
 void TurnRowPairs(TurnedPlane y, TurnedPlane u, TurnedPlane v, SourceRows src, KorSizeT width, KorSizeT height) {
     const SourceRows rows = Along(src, height, y.upwards);
-    ForEachTile(rows, 2 * width, height, kBandOfPairs, [&](KorSizeT i, KorSizeT j) KOR_INLINE {
+    ForEachTile(rows, 2 * width, height, kBandOfPairs, [&](KorSizeT i, KorSizeT j, SourceRows tile) KOR_INLINE {
         TurnPackedTile<lumaByte>(y.Column(i / 2) + j, y.column, u.Column(i / 4) + j / 2, u.column, v.Column(i / 4) + j / 2, v.column,
-                                 {rows.Row(j) + i, rows.pitch});
+                                 tile);
     });
 }
 
@@ -201,27 +201,27 @@ KOR_KERNEL void CaptureYuv2RowPair(KorUint8* y0, KorUint8* y1, KorUint8* u, KorU
     });
 }
 
-// n pairs of bytes taken apart, n at least a vector of bytes.
+// A block of two rows of luma, which are copied, and a row of n pairs of chroma, n at least a vector of bytes.
 template <Memory memory>
-KOR_KERNEL void SplitRow(KorUint8* first, KorUint8* second, const KorUint8* src, KorSizeT n) {
+KOR_KERNEL void UnpackM420Block(KorUint8* y0, KorUint8* y1, KorUint8* u, KorUint8* v,
+                                const KorUint8* x0, const KorUint8* x1, const KorUint8* uv, KorSizeT n) {
     const D8 d;
     const KorSizeT size = hn::Lanes(d);
-    ForEachStoredBlock<memory>(n, size, 0, [&](KorSizeT start, auto stores) KOR_INLINE {
-        const V8 a = hn::LoadU(d, src + 2 * start), b = hn::LoadU(d, src + 2 * start + size);
-        stores.Store(TakeOfPairs<0>(a, b), first + start);
-        stores.Store(TakeOfPairs<1>(a, b), second + start);
-    });
-}
-
-template <Memory memory>
-KOR_KERNEL void CopyRow(KorUint8* dst, const KorUint8* src, KorSizeT n) {
-    if constexpr (memory == Memory::Streamed) {
-        ForEachStoredBlock<memory>(n, hn::Lanes(D8()), 0, [&](KorSizeT start, auto stores) KOR_INLINE {
-            stores.Store(hn::LoadU(D8(), src + start), dst + start);
+    const auto copy = [&](KorUint8* y, const KorUint8* x) KOR_INLINE {
+        ForEachStoredBlock<memory>(n, size, 0, [&](KorSizeT start, auto stores) KOR_INLINE {
+            const V8 a = hn::LoadU(d, x + 2 * start), b = hn::LoadU(d, x + 2 * start + size);
+            stores.Store(a, y + 2 * start);
+            stores.Store(b, y + 2 * start + size);
         });
-    } else {
-        KorMemCpy(dst, src, n);
-    }
+    };
+    copy(y0, x0);
+    copy(y1, x1);
+    ForEachStoredBlock<memory>(n, size, 0, [&](KorSizeT start, auto stores) KOR_INLINE {
+        V8 ofU, ofV;
+        SplitPairs<Order::Forwards>(hn::LoadU(d, uv + 2 * start), hn::LoadU(d, uv + 2 * start + size), ofU, ofV);
+        stores.Store(ofU, u + start);
+        stores.Store(ofV, v + start);
+    });
 }
 
 template <LumaByte lumaByte, class Stores>
@@ -409,7 +409,9 @@ void KorI420toYuv2 KOR_PARAMETERS_Pack {
 
 void KorM420ToI420 KOR_PARAMETERS_Capture {
     const KorSizeT widthC = width / 2;
-    if (!IsWide(widthC, height / 2)) {
+    // Two thirds are copied, which the C library does with longer vectors than these may be.
+    constexpr bool hasLongVectors = HWY_MAX_BYTES > 16;
+    if (!hasLongVectors || !IsWide(widthC, height / 2)) {
         return KorM420ToI420_C_ KOR_ARGUMENTS_Capture;
     }
     const Plane planeY = {y, pitchY};
@@ -419,13 +421,16 @@ void KorM420ToI420 KOR_PARAMETERS_Capture {
     // last.
     const SourceRows blocks = ReadingOrder(x, pitchX, height, flip);
     const bool isStreamed = AreStreamed(planeY, planeU, planeV, width * height * 3 / 2, 1);
-    const auto copy = isStreamed ? &CopyRow<Memory::Streamed> : &CopyRow<Memory::Cached>;
-    const auto split = isStreamed ? &SplitRow<Memory::Streamed> : &SplitRow<Memory::Cached>;
+    const auto unpack = isStreamed ? &UnpackM420Block<Memory::Streamed> : &UnpackM420Block<Memory::Cached>;
     for (KorSizeT row = 0; row < height / 2; ++row) {
         const KorUint8* block = blocks.Row(row);
-        copy(planeY.Row(2 * row), block, width);
-        copy(planeY.Row(2 * row + 1), block + width, width);
-        split(planeU.Row(row), planeV.Row(row), block + 2 * width, widthC);
+        KorUint8* y0 = planeY.Row(2 * row);
+        KorUint8* y1 = planeY.Row(2 * row + 1);
+        unpack(y0, y1, planeU.Row(row), planeV.Row(row), block, block + width, block + 2 * width, widthC);
+        if (IsOdd(width)) {
+            y0[width - 1] = block[width - 1];
+            y1[width - 1] = block[2 * width - 1];
+        }
     }
     FinishStores(isStreamed);
 }

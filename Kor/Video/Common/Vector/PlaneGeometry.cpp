@@ -17,24 +17,24 @@ bool IsWide(KorSizeT width) {
 // Rows of n samples or pairs, n at least a vector
 // ---------------------------------------------------------------------------------------------------------------------
 
-KOR_KERNEL void AverageRow(KorUint8* dst, const KorUint8* a, const KorUint8* b, KorSizeT n) {
+KOR_INLINE inline void AverageRow(KorUint8* dst, const KorUint8* a, const KorUint8* b, KorSizeT n) {
     const D8 d;
-    ForEachBlock(n, hn::Lanes(d), [&](KorSizeT start) KOR_INLINE {
+    ForEachLightBlock(n, hn::Lanes(d), [&](KorSizeT start) KOR_INLINE {
         Store(hn::AverageRound(hn::LoadU(d, a + start), hn::LoadU(d, b + start)), dst + start);
     });
 }
 
-KOR_KERNEL void ReverseRow(KorUint8* dst, const KorUint8* src, KorSizeT n) {
+KOR_INLINE inline void ReverseRow(KorUint8* dst, const KorUint8* src, KorSizeT n) {
     const D8 d;
     const KorSizeT size = hn::Lanes(d);
-    ForEachBlock(n, size, [&](KorSizeT start) KOR_INLINE { Store(Reversed(hn::LoadU(d, src + (n - size - start))), dst + start); });
+    ForEachLightBlock(n, size, [&](KorSizeT start) KOR_INLINE { Store(Reversed(hn::LoadU(d, src + (n - size - start))), dst + start); });
 }
 
 template <Order order>
-KOR_KERNEL void SplitRow(KorUint8* first, KorUint8* second, const KorUint8* src, KorSizeT n) {
+KOR_INLINE inline void SplitRow(KorUint8* first, KorUint8* second, const KorUint8* src, KorSizeT n) {
     const D8 d;
     const KorSizeT size = hn::Lanes(d);
-    ForEachBlock(n, size, [&](KorSizeT start) KOR_INLINE {
+    ForEachLightBlock(n, size, [&](KorSizeT start) KOR_INLINE {
         const KorSizeT to = order == Order::Forwards ? start : n - size - start;
         V8 firsts, seconds;
         SplitPairs<order>(hn::LoadU(d, src + 2 * start), hn::LoadU(d, src + 2 * start + size), firsts, seconds);
@@ -131,15 +131,15 @@ KOR_KERNEL void SplitAndTurnTile(KorUint8* dst1, KorDistanceT column1, KorUint8*
 
 void TurnPlane(TurnedPlane dst, SourceRows src, KorSizeT width, KorSizeT height) {
     const SourceRows rows = Along(src, height, dst.upwards);
-    ForEachTile(rows, width, height, kBand, [&](KorSizeT i, KorSizeT j) KOR_INLINE {
-        TurnTile(dst.Column(i) + j, dst.column, {rows.Row(j) + i, rows.pitch});
+    ForEachTile(rows, width, height, kBand, [&](KorSizeT i, KorSizeT j, SourceRows tile) KOR_INLINE {
+        TurnTile(dst.Column(i) + j, dst.column, tile);
     });
 }
 
 void SplitAndTurn(TurnedPlane uv1, TurnedPlane uv2, SourceRows src, KorSizeT width, KorSizeT height) {
     const SourceRows rows = Along(src, height, uv1.upwards);
-    ForEachTile(rows, 2 * width, height, kBandOfPairs, [&](KorSizeT i, KorSizeT j) KOR_INLINE {
-        SplitAndTurnTile(uv1.Column(i / 2) + j, uv1.column, uv2.Column(i / 2) + j, uv2.column, {rows.Row(j) + i, rows.pitch});
+    ForEachTile(rows, 2 * width, height, kBandOfPairs, [&](KorSizeT i, KorSizeT j, SourceRows tile) KOR_INLINE {
+        SplitAndTurnTile(uv1.Column(i / 2) + j, uv1.column, uv2.Column(i / 2) + j, uv2.column, tile);
     });
 }
 

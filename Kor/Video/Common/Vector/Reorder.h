@@ -158,13 +158,47 @@ struct TurnedPlane {
 //
 // Bands of one plane have 128 rows. Those of pairs, which have longer rows and more destinations, have half of that: the pages of
 // the band are visited once a line, and the processor must not forget where they lie.
+constexpr KorSizeT kLine = 64;
 constexpr KorSizeT kBand = 128;
 constexpr KorSizeT kBandOfPairs = 64;
 
+// Whether more rows of a tile meet in a set of the first cache than it holds, which has a line for every address modulo 4096, and
+// that some times: the pitch, or a small multiple of it, is near a multiple of 4096.
+[[maybe_unused]] bool AreRowsCrowded(KorDistanceT pitch) {
+    constexpr KorSizeT kWays = 12;
+    const KorSizeT distance = static_cast<KorSizeT>(pitch);
+    for (KorSizeT rows = 1; rows <= hn::Lanes(D8()) / kWays; ++rows) {
+        if ((rows * distance + 64) % 4096 <= 128) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// A line of as many rows as a tile has, copied: crowded rows drive each other from the cache before the tiles of a line are done.
+class StagedLine {
+  public:
+    KOR_INLINE inline SourceRows Load(SourceRows src) {
+        const D8 d;
+        for (KorSizeT r = 0; r < hn::Lanes(d); ++r) {
+            for (KorSizeT i = 0; i < kLine; i += hn::Lanes(d)) {
+                hn::Store(hn::LoadU(d, src.Row(r) + i), d, samples_ + r * kLine + i);
+            }
+        }
+        return TopDown(samples_, kLine);
+    }
+
+  private:
+    alignas(kLine) KorUint8 samples_[HWY_MAX_BYTES * kLine];
+};
+
+// Calls turn(i, j, tile) for the tile from byte i and row j on, which lies in the source or in a copy.
 template <class Turn>
-KOR_INLINE inline void ForEachTile(SourceRows src, KorSizeT rowBytes, KorSizeT height, KorSizeT bandRows, Turn turn) {
-    constexpr KorSizeT kLine = 64;
+KOR_INLINE inline void ForEachTile(SourceRows src, KorSizeT rowBytes, KorSizeT height, KorSizeT mostBandRows, Turn turn) {
     const KorSizeT tileRows = hn::Lanes(D8());
+    const bool areCrowded = AreRowsCrowded(src.pitch);
+    const KorSizeT bandRows = areCrowded ? tileRows : mostBandRows;
+    StagedLine staged;
     for (KorSizeT band = 0; band < height; band += bandRows) {
         const KorSizeT bandEnd = Min(height, band + bandRows);
         for (KorSizeT line = 0; line < rowBytes; line += kLine) {
@@ -174,8 +208,17 @@ KOR_INLINE inline void ForEachTile(SourceRows src, KorSizeT rowBytes, KorSizeT h
                 for (KorSizeT r = 0; lineEnd < rowBytes && r < tileRows; ++r) {
                     __builtin_prefetch(src.Row(j + r) + lineEnd);
                 }
-                for (KorSizeT i = line; i < lineEnd; i += kTileBytes) {
-                    turn(Min(i, rowBytes - kTileBytes), j);
+                const SourceRows rows = src.From(j);
+                if (areCrowded && line + kLine == lineEnd) {
+                    const SourceRows copy = staged.Load({rows.first + line, rows.pitch});
+                    for (KorSizeT i = 0; i < kLine; i += kTileBytes) {
+                        turn(line + i, j, SourceRows{copy.first + i, copy.pitch});
+                    }
+                } else {
+                    for (KorSizeT i = line; i < lineEnd; i += kTileBytes) {
+                        const KorSizeT at = Min(i, rowBytes - kTileBytes);
+                        turn(at, j, SourceRows{rows.first + at, rows.pitch});
+                    }
                 }
             }
         }

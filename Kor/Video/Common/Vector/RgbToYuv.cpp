@@ -65,10 +65,10 @@ struct ByteWeights {
     KOR_INLINE V8 Y(V8 a, V8 b, V8 c, V8 d) const {
         const V8 weights = SetGroups(y);
         if constexpr (lumaShift == 8) {
-            return WeighGroups(weights, Signed(a), weights, Signed(b), weights, Signed(c), weights, Signed(d), yOffset);
+            return WeighGroups(weights, Signed(a), weights, Signed(b), weights, Signed(c), weights, Signed(d), yOffset, 0);
         } else {
             const VI8 s = hn::BitCast(DI8(), weights);
-            return WeighGroups<lumaShift>(a, s, b, s, c, s, d, s, kLumaOffset << lumaShift);
+            return WeighGroups<lumaShift>(a, s, b, s, c, s, d, s, 0, kLumaOffset);
         }
     }
     KOR_INLINE V8 U(V8 a, V8 b, V8 c, V8 d) const { return Chroma(a, b, c, d, u, u); }
@@ -81,7 +81,7 @@ struct ByteWeights {
     static KOR_INLINE V8 Chroma(V8 a, V8 b, V8 c, V8 d, KorUint ab, KorUint cd) {
         const VI8 weightsAb = hn::BitCast(DI8(), SetGroups(ab));
         const VI8 weightsCd = hn::BitCast(DI8(), SetGroups(cd));
-        return WeighGroups(a, weightsAb, b, weightsAb, c, weightsCd, d, weightsCd, 256 * kChromaOffset);
+        return WeighGroups(a, weightsAb, b, weightsAb, c, weightsCd, d, weightsCd, 0, kChromaOffset);
     }
 };
 
@@ -111,16 +111,16 @@ struct WordWeights {
         bytes[layout.bo] = static_cast<KorUint>(weights[2]);
         return {Pair(bytes[0], bytes[2]), Pair(bytes[1], bytes[3])};
     }
-    static KOR_INLINE VI32 Sum(V8 pixels, const Row& row, KorUint8 offset) {
+    static KOR_INLINE VI32 Sum(V8 pixels, const Row& row) {
         const DI16 d;
         const D16 d16;
         const VI16 even = hn::BitCast(d, hn::And(hn::BitCast(d16, pixels), hn::Set(d16, 0xff)));
         const VI16 odd = hn::BitCast(d, hn::ShiftRight<8>(hn::BitCast(d16, pixels)));
-        const VI32 sum = AddDotWords(hn::Set(DI32(), 256 * offset), even, hn::BitCast(d, SetGroups(row.even)));
+        const VI32 sum = AddDotWords(hn::Zero(DI32()), even, hn::BitCast(d, SetGroups(row.even)));
         return AddDotWords(sum, odd, hn::BitCast(d, SetGroups(row.odd)));
     }
     static KOR_INLINE V8 Weigh(V8 a, V8 b, V8 c, V8 d, const Row& ab, const Row& cd, KorUint8 offset) {
-        return SecondBytes(Sum(a, ab, offset), Sum(b, ab, offset), Sum(c, cd, offset), Sum(d, cd, offset));
+        return hn::Add(SecondBytes(Sum(a, ab), Sum(b, ab), Sum(c, cd), Sum(d, cd)), hn::Set(D8(), offset));
     }
 };
 
@@ -140,6 +140,7 @@ KOR_INLINE inline const KorUint8* Readable(KorUint8 (&copy)[kBlockBytes], const 
     }
     const KorSizeT skip = unread == Unread::FirstByte ? 1 : 0;
     KorMemCpy(copy + skip, x + skip, bytes - 1);
+    copy[skip == 1 ? 0 : bytes - 1] = 0;  // its weight is 0, but MemorySanitizer wants it defined
     return copy;
 }
 
@@ -216,7 +217,7 @@ struct TripleWeights {
 // One row of samples, a byte each.
 KOR_INLINE inline V8 WeighTriples(V8 a, V8 b, V8 c, V8 d, KorUint group, KorUint8 offset) {
     const VI8 weights = hn::BitCast(DI8(), SetGroups(group));
-    return WeighGroups(a, weights, b, weights, c, weights, d, weights, static_cast<KorUint16>(256 * offset));
+    return WeighGroups(a, weights, b, weights, c, weights, d, weights, 0, offset);
 }
 
 // The rounded averages of two by two samples.
@@ -249,9 +250,10 @@ KOR_INLINE inline VI16 WeighPairs(V8 fronts, V8 backs, KorUint group) {
     return hn::Add(MulAddBytes(fronts, front), MulAddBytes(backs, back));
 }
 
+// Luma before its offset is added.
 KOR_INLINE inline V16 LumaOfPairs(V8 fronts, V8 backs, KorUint group) {
     const D16 d;
-    return hn::ShiftRight<8>(hn::Add(hn::BitCast(d, WeighPairs(fronts, backs, group)), hn::Set(d, 256 * kLumaOffset)));
+    return hn::ShiftRight<8>(hn::BitCast(d, WeighPairs(fronts, backs, group)));
 }
 
 // One row of luma, and the chroma of its pixels, centred on 0.
@@ -259,7 +261,7 @@ KOR_INLINE inline void Convert24(V8& y, VI16& uLeft, VI16& uRight, VI16& vLeft, 
                                  const TripleWeights& weights) {
     V8 a, b, c, d;
     LoadTriples(x, a, b, c, d);
-    y = JoinBytes(LumaOfPairs(a, b, weights.y), LumaOfPairs(c, d, weights.y));
+    y = hn::Add(JoinBytes(LumaOfPairs(a, b, weights.y), LumaOfPairs(c, d, weights.y)), hn::Set(D8(), kLumaOffset));
     uLeft = hn::ShiftRight<8>(WeighPairs(a, b, weights.u));
     uRight = hn::ShiftRight<8>(WeighPairs(c, d, weights.u));
     vLeft = hn::ShiftRight<8>(WeighPairs(a, b, weights.v));

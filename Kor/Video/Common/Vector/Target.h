@@ -96,6 +96,23 @@ KOR_INLINE inline void ForEachBlock(KorSizeT n, KorSizeT size, Block block) {
     }
 }
 
+// The same for blocks that do little, two a step: the loop itself would cost as much.
+template <class Block>
+KOR_INLINE inline void ForEachLightBlock(KorSizeT n, KorSizeT size, Block block) {
+    KorSizeT start = 0;
+    for (; start + 2 * size <= n; start += 2 * size) {
+        block(start);
+        block(start + size);
+    }
+    if (start + size <= n) {
+        block(start);
+        start += size;
+    }
+    if (start != n) {
+        block(n - size);
+    }
+}
+
 }  // namespace
 }  // namespace KOR_TARGET_NAMESPACE
 }  // namespace kor
