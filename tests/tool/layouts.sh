@@ -128,7 +128,8 @@ notes() {
     words=$1
     shift
     "$korframe" convert "$@" 2>stderr.txt || fail "$*: $(cat stderr.txt)"
-    [ "$(wc -l <stderr.txt)" -eq 1 ] && grep -qF "$words" stderr.txt || fail "$*: '$(cat stderr.txt)', expected '$words'"
+    [ "$(wc -l <stderr.txt)" -eq 1 ] || fail "$* did not print one line: $(cat stderr.txt)"
+    grep -qF "$words" stderr.txt || fail "$*: '$(cat stderr.txt)', expected '$words'"
 }
 repeat 4320 80 >tall.rgb24
 notes "note: tall.rgb24: is converted by BT.601; HD video is usually BT.709, for which there is --matrix 709" tall.rgb24 out.y4m --size 2x720
