@@ -62,7 +62,7 @@ Settings SettingsOf(KorBlend* self) {
 
 // ---- Properties ----
 
-void SetProperty(GObject* object, guint id, const GValue* value, GParamSpec* spec) {
+void SetProperty(GObject* object, guint id, const GValue* value, GParamSpec* pspec) {
     Settings& settings = *Self(object)->settings;
     GST_OBJECT_LOCK(object);
     switch (id) {
@@ -76,12 +76,12 @@ void SetProperty(GObject* object, guint id, const GValue* value, GParamSpec* spe
             settings.alpha = g_value_get_double(value);
             break;
         default:
-            G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, spec);
+            G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, pspec);
     }
     GST_OBJECT_UNLOCK(object);
 }
 
-void GetProperty(GObject* object, guint id, GValue* value, GParamSpec* spec) {
+void GetProperty(GObject* object, guint id, GValue* value, GParamSpec* pspec) {
     const Settings settings = SettingsOf(Self(object));
     switch (id) {
         case kX:
@@ -94,7 +94,7 @@ void GetProperty(GObject* object, guint id, GValue* value, GParamSpec* spec) {
             g_value_set_double(value, settings.alpha);
             break;
         default:
-            G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, spec);
+            G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, pspec);
     }
 }
 
