@@ -50,6 +50,7 @@ works convert opaque.png out.y4m
 for name in deep deep-alpha; do
     works compare pictures/$name.png pictures/$name-interlaced.png
 done
+works compare pictures/deep.png pictures/deep.ppm
 works convert pictures/deep.png a.ppm
 works convert pictures/deep-interlaced.png b.ppm
 same a.ppm b.ppm

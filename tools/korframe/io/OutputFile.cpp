@@ -23,7 +23,8 @@ namespace korframe {
 
 namespace {
 
-// Written at a time: a frame in one piece goes through memory once more on its way into the page cache.
+// Written at a time. A frame in one piece is a little faster at best and several times slower in the median (1080p on
+// ext4): the page cache then looks for large runs of free memory.
 constexpr std::size_t kPiece = std::size_t{1} << 17;
 
 constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP};

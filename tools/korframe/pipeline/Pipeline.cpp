@@ -207,24 +207,30 @@ class Feed {
 
   private:
     bool ReadSelected(Frame& frame) {
-        for (; number_ + 1 < frames_.first; ++number_) {
-            if (!source_->Read(whole_)) {
-                FailFile(info_.name, "has only " + std::to_string(number_) + " frames; --frames begins with " +
-                                         std::to_string(frames_.first));
-            }
+        while (number_ + 1 < frames_.first && source_->Read(whole_)) {
+            ++number_;
         }
         if (number_ == frames_.last) {
             return false;
         }
         if (!ReadCropped(frame)) {
-            if (frames_.last != FrameRange().last) {
-                SayNote("warning: " + info_.name + ": ends after frame " + std::to_string(number_) +
-                        "; --frames asks for frames up to " + std::to_string(frames_.last));
-            }
+            CheckSelection();
             return false;
         }
         ++number_;
         return true;
+    }
+
+    // At the end of the source, which may come too early.
+    void CheckSelection() const {
+        if (number_ < frames_.first) {
+            FailFile(info_.name, "has only " + std::to_string(number_) + " frames; --frames begins with " +
+                                     std::to_string(frames_.first));
+        }
+        if (frames_.last != FrameRange().last) {
+            SayNote("warning: " + info_.name + ": ends after frame " + std::to_string(number_) +
+                    "; --frames asks for frames up to " + std::to_string(frames_.last));
+        }
     }
 
     bool ReadCropped(Frame& frame) {
