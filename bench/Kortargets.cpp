@@ -1,5 +1,5 @@
-// kortargets [--size WxH] [--ms N] [PATTERN]: how many times as fast as the portable functions every target is, and the
-// automatic choice, for every function and option. What is slower is marked.
+// kortargets [--size WxH] [--ms N] [--json FILE] [PATTERN]: how many times as fast as the portable functions every
+// target is, and the automatic choice, for every function and option. What is slower is marked.
 //
 // The contestants take turns, so that what slows the machine for a while slows all of them.
 #include <algorithm>
@@ -8,6 +8,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
+#include <nlohmann/json.hpp>
 
 #include "bench/Cases.h"
 #include "Kor/Video/Common/KorYuv420.h"
@@ -28,6 +30,10 @@ std::vector<const char*> Contestants() {
     }
     contestants.push_back(nullptr);
     return contestants;
+}
+
+const char* NameOf(const char* contestant) {
+    return contestant != nullptr ? contestant : "automatic";
 }
 
 double Seconds(const std::function<void()>& call, int calls) {
@@ -61,6 +67,7 @@ int main(int argc, char** argv) {
     bench::FrameSize size = {64, 64};
     double seconds = 0.1;
     const char* pattern = "";
+    const char* json = nullptr;
     for (int i = 1; i < argc; ++i) {
         if (std::strcmp(argv[i], "--size") == 0 && i + 1 < argc) {
             if (std::sscanf(argv[++i], "%zux%zu", &size.width, &size.height) != 2) {
@@ -69,6 +76,8 @@ int main(int argc, char** argv) {
             }
         } else if (std::strcmp(argv[i], "--ms") == 0 && i + 1 < argc) {
             seconds = 1e-3 * std::atof(argv[++i]);
+        } else if (std::strcmp(argv[i], "--json") == 0 && i + 1 < argc) {
+            json = argv[++i];
         } else {
             pattern = argv[i];
         }
@@ -77,6 +86,7 @@ int main(int argc, char** argv) {
 #define KOR_FUNCTION(name, shape, family, frames) table.name = &name;
 #include "Kor/Video/Common/KorYuv420Functions_.inc"
     const std::vector<const char*> contestants = Contestants();
+    nlohmann::ordered_json results;
     std::printf("%s, Mpix/s, and times as fast as the portable function; * marks what is slower\n",
                 size.Label().c_str());
     for (const bench::Case& subject : bench::Cases(table, "")) {
@@ -86,13 +96,19 @@ int main(int argc, char** argv) {
         bench::Planes planes(size);
         const std::vector<double> best = Measure(contestants, subject.prepare(planes), seconds);
         std::printf("%-46s %8.0f", subject.Label().c_str(), 1e-6 * size.Pixels() / best[0]);
+        for (std::size_t i = 0; i < best.size(); ++i) {
+            results[size.Label()][subject.Label()][NameOf(contestants[i])] = 1e-6 * size.Pixels() / best[i];
+        }
         for (std::size_t i = 1; i < best.size(); ++i) {
             const double ratio = best[0] / best[i];
-            std::printf("  %s %.2f%s", contestants[i] != nullptr ? contestants[i] : "automatic", ratio,
-                        ratio < 0.97 ? "*" : "");
+            std::printf("  %s %.2f%s", NameOf(contestants[i]), ratio, ratio < 0.97 ? "*" : "");
         }
         std::printf("\n");
         std::fflush(stdout);
+    }
+    if (json != nullptr && !(std::ofstream(json) << results.dump(1) << "\n")) {
+        std::fprintf(stderr, "kortargets: '%s' cannot be written\n", json);
+        return 2;
     }
     return 0;
 }

@@ -3,6 +3,7 @@
 #include <libyuv.h>
 
 #include <random>
+#include <utility>
 
 #include "Kor/Video/Common/KorYuv420.h"
 
@@ -114,7 +115,7 @@ void AddCallersMatrix(std::vector<Case>& cases, const char* name, const KorInt (
     cases.push_back(general);
 }
 
-void AddRotatedCapture(std::vector<Case>& cases, const char* name, decltype(&KorYUY2ToI420WithRotation) kor,
+void AddRotatedCapture(std::vector<Case>& cases, const std::string& name, decltype(&KorYUY2ToI420WithRotation) kor,
                        KorUint fourCc, KorImageRotationDegree angle) {
     cases.push_back({name, 3.5,
                      [=](Frame& f) {
@@ -161,17 +162,34 @@ void AddPackers(std::vector<Case>& cases) {
     cases.push_back(yuv2);
 }
 
+constexpr KorInt kRenderMatrix[3][3] = {{298, 0, 459}, {298, -55, -136}, {298, 541, 0}};
+
 void AddRenderers(std::vector<Case>& cases) {
     cases.push_back(Render("I420 to BGRA", &KorI420ToBGRA, &libyuv::I420ToARGB, 4, 2, KOR_VIDEOFRAMEDITHERLEVEL_Off,
                            "yuv420p", "bgra"));
     cases.push_back(Render("I420 to RGBA", &KorI420ToRGBA, &libyuv::I420ToABGR, 4, 2, KOR_VIDEOFRAMEDITHERLEVEL_Off,
                            "yuv420p", "rgba"));
+    cases.push_back(Render("I420 to ARGB", &KorI420ToARGB, &libyuv::I420ToBGRA, 4, 2, KOR_VIDEOFRAMEDITHERLEVEL_Off,
+                           "yuv420p", "argb"));
+    cases.push_back(Render("I420 to ABGR", &KorI420ToABGR, &libyuv::I420ToRGBA, 4, 2, KOR_VIDEOFRAMEDITHERLEVEL_Off,
+                           "yuv420p", "abgr"));
     cases.push_back(Render("I420 to BGRA dithered", &KorI420ToBGRA, &libyuv::I420ToARGB, 4, 2,
                            KOR_VIDEOFRAMEDITHERLEVEL_1, "", ""));
     cases.push_back(Render("I420 to BGRA BT.709", &KorI420ToBGRAUsingBT709, &libyuv::H420ToARGB, 4, 2,
                            KOR_VIDEOFRAMEDITHERLEVEL_Off, "", ""));
     cases.push_back(Render("I444 to BGRA", &KorI444ToBGRA, &libyuv::I444ToARGB, 4, 1, KOR_VIDEOFRAMEDITHERLEVEL_Off,
                            "yuv444p", "bgra"));
+    cases.push_back(Render("I444 to BGRA dithered", &KorI444ToBGRA, &libyuv::I444ToARGB, 4, 1,
+                           KOR_VIDEOFRAMEDITHERLEVEL_1, "", ""));
+    cases.push_back(Render("I444 to BGRA BT.709", &KorI444ToBGRAUsingBT709, &libyuv::H444ToARGB, 4, 1,
+                           KOR_VIDEOFRAMEDITHERLEVEL_Off, "", ""));
+    Case general = Render("I420 to BGRA, caller's matrix", &KorI420ToBGRA, &libyuv::I420ToARGB, 4, 2,
+                          KOR_VIDEOFRAMEDITHERLEVEL_Off, "", "");
+    general.kor = [](Frame& f) {
+        KorI420ToBGRAGeneral(f.yIn, f.Width(), f.uIn, f.WidthC(), f.vIn, f.WidthC(), f.packedOut, 4 * f.Width(),
+                             f.Width(), f.Height(), kRenderMatrix, KOR_VIDEOFRAMEDITHERLEVEL_Off);
+    };
+    cases.push_back(general);
     cases.push_back(Render("I420 to 24BG", &KorI420To24BG, &libyuv::I420ToRGB24, 3, 2, KOR_VIDEOFRAMEDITHERLEVEL_Off,
                            "yuv420p", "bgr24"));
 }
@@ -203,37 +221,55 @@ void AddGeometry(std::vector<Case>& cases) {
                          },
                          "", ""});
     }
-    cases.push_back({"rotate by 90 and split", 4.0,
-                     [](Frame& f) {
-                         KorPlanarUVDeinterlaceRotation(f.packedIn, 2 * static_cast<KorDistanceT>(f.width), f.uOut,
-                                                        f.Height(), f.vOut, f.Height(), f.Width(), f.Height(), 90);
-                     },
-                     [](Frame& f) {
-                         libyuv::SplitRotateUV90(f.packedIn, 2 * f.width, f.uOut, f.height, f.vOut, f.height, f.width,
-                                                 f.height);
-                     },
-                     "", ""});
+    const auto addSplitRotation = [&cases](KorImageRotationDegree angle, decltype(&libyuv::SplitRotateUV90) peer) {
+        cases.push_back({"rotate by " + std::to_string(angle) + " and split", 4.0,
+                         [angle](Frame& f) {
+                             const size_t pitch = angle == 180 ? f.Width() : f.Height();
+                             KorPlanarUVDeinterlaceRotation(f.packedIn, 2 * static_cast<KorDistanceT>(f.width), f.uOut,
+                                                            pitch, f.vOut, pitch, f.Width(), f.Height(), angle);
+                         },
+                         [angle, peer](Frame& f) {
+                             const int pitch = angle == 180 ? f.width : f.height;
+                             peer(f.packedIn, 2 * f.width, f.uOut, pitch, f.vOut, pitch, f.width, f.height);
+                         },
+                         "", ""});
+    };
+    addSplitRotation(90, &libyuv::SplitRotateUV90);
+    addSplitRotation(180, &libyuv::SplitRotateUV180);
+    addSplitRotation(270, &libyuv::SplitRotateUV270);
+    cases.push_back(
+        {"4:2:2 to 4:2:0, a plane", 1.5,
+         [](Frame& f) { KorPlanarUV422To420(f.yIn, f.width, f.yOut, f.Width(), f.Width(), f.Height() / 2); },
+         [](Frame& f) {
+             libyuv::ScalePlane(f.yIn, f.width, f.width, f.height, f.yOut, f.width, f.width, f.height / 2,
+                                libyuv::kFilterBox);
+         },
+         "", ""});
 }
 
 void AddBlends(std::vector<Case>& cases) {
-    // The peer has the blend with an alpha plane for luma alone.
-    cases.push_back({"blend with an array, Y, U and V", 6.0,
+    // The peer blends a plane with a plane of alpha, and has nothing for a constant.
+    const auto peer = [](Frame& f) {
+        libyuv::BlendPlane(f.yIn, f.width, f.yOut, f.width, f.packedIn, f.width, f.yOut, f.width, f.width, f.height);
+        for (const auto& [from, to] : {std::pair(f.uIn, f.uOut), std::pair(f.vIn, f.vOut)}) {
+            libyuv::BlendPlane(from, f.widthC(), to, f.widthC(), f.packedIn, f.widthC(), to, f.widthC(), f.widthC(),
+                               (f.height + 1) / 2);
+        }
+    };
+    cases.push_back({"blend with a constant", 4.5,
+                     [](Frame& f) {
+                         KorI420AlphaBlend(f.yOut, f.Width(), f.uOut, f.WidthC(), f.vOut, f.WidthC(), f.yIn, f.Width(),
+                                           f.uIn, f.WidthC(), f.vIn, f.WidthC(), f.Width(), f.Height(), 0, 0, 77);
+                     },
+                     peer, "", ""});
+    cases.push_back({"blend with an array", 6.0,
                      [](Frame& f) {
                          KorI420AlphaArrayBlend(f.yOut, f.Width(), f.uOut, f.WidthC(), f.vOut, f.WidthC(), f.yIn,
                                                 f.Width(), f.uIn, f.WidthC(), f.vIn, f.WidthC(), f.Width(), f.Height(),
                                                 0, 0, f.packedIn, f.Width(), f.packedIn, f.WidthC(), f.packedIn,
                                                 f.WidthC());
                      },
-                     [](Frame& f) {
-                         const int heightC = (f.height + 1) / 2;
-                         libyuv::BlendPlane(f.yIn, f.width, f.yOut, f.width, f.packedIn, f.width, f.yOut, f.width,
-                                            f.width, f.height);
-                         libyuv::BlendPlane(f.uIn, f.widthC(), f.uOut, f.widthC(), f.packedIn, f.widthC(), f.uOut,
-                                            f.widthC(), f.widthC(), heightC);
-                         libyuv::BlendPlane(f.vIn, f.widthC(), f.vOut, f.widthC(), f.packedIn, f.widthC(), f.vOut,
-                                            f.widthC(), f.widthC(), heightC);
-                     },
-                     "", ""});
+                     peer, "", ""});
 }
 
 constexpr KorInt kByteMatrix[3][3] = {{47, 157, 16}, {-26, -87, 112}, {112, -102, -10}};
@@ -246,8 +282,11 @@ std::vector<Case> Cases() {
     AddCaptures(cases);
     AddCallersMatrix(cases, "BGRA to I420, matrix of bytes", kByteMatrix);
     AddCallersMatrix(cases, "BGRA to I420, larger matrix", kLargeMatrix);
-    AddRotatedCapture(cases, "YUY2 to I420 by 90", &KorYUY2ToI420WithRotation, libyuv::FOURCC_YUY2, 90);
-    AddRotatedCapture(cases, "YUY2 to I420 by 180", &KorYUY2ToI420WithRotation, libyuv::FOURCC_YUY2, 180);
+    for (const KorImageRotationDegree angle : {90u, 180u, 270u}) {
+        const std::string by = " to I420 by " + std::to_string(angle);
+        AddRotatedCapture(cases, "YUY2" + by, &KorYUY2ToI420WithRotation, libyuv::FOURCC_YUY2, angle);
+        AddRotatedCapture(cases, "UYVY" + by, &KorUYVYToI420WithRotation, libyuv::FOURCC_UYVY, angle);
+    }
     AddM420(cases);
     AddPackers(cases);
     AddRenderers(cases);

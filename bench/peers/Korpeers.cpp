@@ -1,5 +1,5 @@
-// korpeers [--size WxH] [--ms N] [PATTERN]: Mpix/s of every target beside other libraries, each in the best of many
-// calls.
+// korpeers [--size WxH]... [--ms N] [--json FILE] [--note TEXT] [PATTERN]: Mpix/s of every target beside other
+// libraries, each in the best of many calls.
 //
 // The contestants of a case take turns call by call, so that what slows the machine for a while slows all of them.
 extern "C" {
@@ -12,9 +12,16 @@ extern "C" {
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
 
 #include "bench/peers/Cases.h"
 #include "Kor/Video/Common/KorYuv420.h"
+
+#define KOR_STRING_OF(x) #x
+#define KOR_STRING(x) KOR_STRING_OF(x)
 
 namespace {
 
@@ -39,8 +46,8 @@ double Seconds(const Contestant& contestant, Frame& frame) {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
 }
 
-// Whether libswscale has the two formats; the call then converts between the frame's packed image and its planes. With odd sizes
-// it may leave planes that have tight pitches.
+// Whether libswscale has the two formats; the call then converts between the frame's packed image and its planes. With
+// odd sizes it may leave planes that have tight pitches.
 Call Swscale(const Case& test, int width, int height) {
     if (test.swscaleFrom.empty() || width % 2 != 0 || height % 2 != 0) {
         return nullptr;
@@ -90,7 +97,10 @@ std::vector<Contestant> Contestants(const Case& test, int width, int height) {
     return contestants;
 }
 
-void Measure(const Case& test, Frame& frame, double seconds) {
+// Mpix/s by contestant.
+using Speeds = nlohmann::ordered_json;
+
+Speeds Measure(const Case& test, Frame& frame, double seconds) {
     std::vector<Contestant> contestants = Contestants(test, frame.width, frame.height);
     double spent = 0;
     for (int round = 0; round < 5 || spent < seconds; ++round) {
@@ -100,43 +110,104 @@ void Measure(const Case& test, Frame& frame, double seconds) {
             spent += time;
         }
     }
-    const double pixels = 1e-6 * frame.width * frame.height;
-    double peer = 0;
+    Speeds speeds;
     for (const Contestant& contestant : contestants) {
-        peer = contestant.name == "libyuv" ? contestant.best : peer;
+        speeds[contestant.name] = 1e-6 * frame.width * frame.height / contestant.best;
     }
+    return speeds;
+}
+
+void Print(const Case& test, const Speeds& speeds) {
     std::printf("%-32s", test.name.c_str());
-    for (const Contestant& contestant : contestants) {
-        std::printf("  %s %.0f (%.2f)", contestant.name.c_str(), pixels / contestant.best, peer / contestant.best);
+    for (const auto& [name, speed] : speeds.items()) {
+        std::printf("  %s %.0f (%.2f)", name.c_str(), speed.get<double>(),
+                    speed.get<double>() / speeds["libyuv"].get<double>());
     }
     std::printf("\n");
     std::fflush(stdout);
 }
 
+struct Size {
+    int width, height;
+
+    std::string Label() const { return std::to_string(width) + "x" + std::to_string(height); }
+};
+
+struct Options {
+    std::vector<Size> sizes;
+    double seconds = 1;
+    std::string json, note, pattern;
+};
+
+[[noreturn]] void Refuse(const std::string& message) {
+    std::fprintf(stderr, "korpeers: %s\n", message.c_str());
+    std::exit(2);
+}
+
+Options Parse(int argc, char** argv) {
+    Options options;
+    for (int i = 1; i < argc; ++i) {
+        const std::string option = argv[i];
+        if (option.rfind("--", 0) != 0) {
+            options.pattern = option;
+            continue;
+        }
+        if (i + 1 == argc) {
+            Refuse(option + " needs a value");
+        }
+        const char* value = argv[++i];
+        if (option == "--size") {
+            Size size = {};
+            if (std::sscanf(value, "%dx%d", &size.width, &size.height) != 2 || size.width < 2 || size.height < 2) {
+                Refuse(std::string("'") + value + "': expected WIDTHxHEIGHT, for example 1280x720");
+            }
+            options.sizes.push_back(size);
+        } else if (option == "--ms") {
+            options.seconds = 1e-3 * std::atof(value);
+        } else if (option == "--json") {
+            options.json = value;
+        } else if (option == "--note") {
+            options.note = value;
+        } else {
+            Refuse("unknown option '" + option + "'; expected --size, --ms, --json or --note");
+        }
+    }
+    if (options.sizes.empty()) {
+        options.sizes.push_back({1280, 720});
+    }
+    return options;
+}
+
+#if defined(__clang__)
+constexpr const char* kCompiler = "Clang " KOR_STRING(__clang_major__) "." KOR_STRING(__clang_minor__);
+#else
+constexpr const char* kCompiler = "GCC " KOR_STRING(__GNUC__) "." KOR_STRING(__GNUC_MINOR__);
+#endif
+
 }  // namespace
 
 int main(int argc, char** argv) {
-    int width = 1280, height = 720;
-    double seconds = 1;
-    const char* pattern = "";
-    for (int i = 1; i < argc; ++i) {
-        if (std::strcmp(argv[i], "--size") == 0 && i + 1 < argc) {
-            if (std::sscanf(argv[++i], "%dx%d", &width, &height) != 2 || width < 2 || height < 2) {
-                std::fprintf(stderr, "korpeers: '%s': expected WIDTHxHEIGHT, for example 1280x720\n", argv[i]);
-                return 2;
+    const Options options = Parse(argc, argv);
+    av_log_set_level(AV_LOG_ERROR);
+    nlohmann::ordered_json results = {
+        {"note", options.note}, {"compiler", kCompiler}, {"sizes", nlohmann::json::object()}};
+    for (const Size& size : options.sizes) {
+        std::printf("%s, Mpix/s (times as fast as libyuv)\n", size.Label().c_str());
+        Frame frame(size.width, size.height);
+        nlohmann::ordered_json& ofSize = results["sizes"][size.Label()];
+        for (const Case& test : peers::Cases()) {
+            if (test.name.find(options.pattern) != std::string::npos) {
+                const Speeds speeds = Measure(test, frame, options.seconds);
+                Print(test, speeds);
+                ofSize[test.name] = speeds;
             }
-        } else if (std::strcmp(argv[i], "--ms") == 0 && i + 1 < argc) {
-            seconds = 1e-3 * std::atof(argv[++i]);
-        } else {
-            pattern = argv[i];
         }
     }
-    av_log_set_level(AV_LOG_ERROR);
-    std::printf("%d by %d, Mpix/s (times as fast as libyuv)\n", width, height);
-    Frame frame(width, height);
-    for (const Case& test : peers::Cases()) {
-        if (test.name.find(pattern) != std::string::npos) {
-            Measure(test, frame, seconds);
+    if (!options.json.empty()) {
+        std::ofstream file(options.json);
+        file << results.dump(1) << "\n";
+        if (!file.flush()) {
+            Refuse("'" + options.json + "' cannot be written");
         }
     }
     return 0;

@@ -50,6 +50,14 @@ def read_line(file, magic):
     return words[1:]
 
 
+def parse_tags(words):
+    """Values by their letters. An extension, of which there may be several, is a letter of its own without a value."""
+    tags = {word[0]: word[1:] for word in words if not word.startswith("X")}
+    # One of them repeats the colour space, which may change.
+    tags.update((word, "") for word in words if word.startswith("X") and not word.startswith("XYSCSS="))
+    return tags
+
+
 def chroma_shape(width, height, colour):
     columns, rows = SUBSAMPLING[colour]
     return -(-height // rows), -(-width // columns)
@@ -66,7 +74,7 @@ def survey(path):
         words = read_line(file, "YUV4MPEG2")
         if words is None:
             raise ValueError("the file is empty")
-        tags = {word[0]: word[1:] for word in words}
+        tags = parse_tags(words)
         colour = tags.get("C", "420")
         if colour not in SUBSAMPLING:
             raise ValueError(f"colour space {colour}; expected one of {', '.join(SUBSAMPLING)}")
@@ -124,8 +132,11 @@ def check(clip, options):
     width = clip.height if options.rotate in (90, 270) else clip.width
     if options.to in ("yuy2", "uyvy") and width % 2 != 0:
         raise ValueError(f"{options.to} has an even number of columns, and the frames would have {width}")
-    if options.rotate in (90, 270) and clip.tags.get("I", "p")[:1] not in ("p", "?", ""):
-        raise ValueError("frames of two fields cannot be rotated by 90 degrees")
+    if clip.tags.get("I", "p")[:1] not in ("p", "?", ""):
+        if options.rotate in (90, 270):
+            raise ValueError("frames of two fields cannot be rotated by 90 degrees")
+        if clip.colour == "422":
+            raise ValueError("4:2:2 of two fields cannot become 4:2:0: its rows would be mixed")
 
 
 def convert(planes, options, rng):

@@ -1,4 +1,4 @@
-"""The archive's promises: the same bytes whatever happens to a worker or to the program, nothing twice, nothing half."""
+"""The archive's promises: the same bytes whatever becomes of a worker or of the program, nothing twice, nothing half."""
 
 import os
 import pathlib
@@ -89,19 +89,20 @@ def archive(tmp_path_factory, run):
 
 
 def test_bytes_are_those_of_the_package(tmp_path, run):
-    (luma_and_chroma,) = write_clip(tmp_path / "in/clip.y4m", 6, 5, 1, "422")
+    tags = "F25:1 Ip A4:3 XA=1 XYSCSS=422 XB=2"
+    (luma_and_chroma,) = write_clip(tmp_path / "in/clip.y4m", 6, 5, 1, "422", tags)
     planes = luma_and_chroma[:30].reshape(5, 6), *luma_and_chroma[30:].reshape(2, 5, 3)
     chroma = (kor.halve_rows(np.vstack([plane, plane[-1:]])) for plane in planes[1:])
     upright = kor.I420(planes[0], *chroma)
     assert run(tmp_path / "in", tmp_path / "y4m")[0] == 0
     frame = upright.tobytes()
     assert results(tmp_path / "y4m") == {
-        "clip.y4m": b"YUV4MPEG2 W6 H5 F25:1 Ip A4:3 C420jpeg\nFRAME\n" + frame
+        "clip.y4m": b"YUV4MPEG2 W6 H5 F25:1 Ip A4:3 C420jpeg XA=1 XB=2\nFRAME\n" + frame
     }
     assert run(tmp_path / "in", tmp_path / "rotated", "--rotate", "90")[0] == 0
     frame = b"".join(kor.rotate(plane, 90).tobytes() for plane in upright)
     assert results(tmp_path / "rotated") == {
-        "clip.y4m": b"YUV4MPEG2 W5 H6 F25:1 Ip A3:4 C420jpeg\nFRAME\n" + frame
+        "clip.y4m": b"YUV4MPEG2 W5 H6 F25:1 Ip A3:4 C420jpeg XA=1 XB=2\nFRAME\n" + frame
     }
     assert run(tmp_path / "in", tmp_path / "rgba", "--to", "rgba")[0] == 0
     assert results(tmp_path / "rgba") == {"clip.rgba": kor.i420_to_rgba(upright).tobytes()}
@@ -164,24 +165,27 @@ def test_bad_clips_are_reported_and_stop_nothing(tmp_path, run):
     write_clip(source / "good.y4m", 16, 16, 2)
     write_clip(source / "mono.y4m", 16, 16, 2, "mono")
     write_clip(source / "fields.y4m", 16, 16, 2, tags="It")
+    write_clip(source / "fields422.y4m", 16, 16, 2, "422", tags="Ib")
     write_clip(source / "cut.y4m", 16, 16, 2)
     (source / "cut.y4m").write_bytes((source / "cut.y4m").read_bytes()[:-1])
     (source / "empty.y4m").write_bytes(b"")
     (source / "header.y4m").write_bytes(b"YUV4MPEG2 W16 H16\n")
     (source / "huge.y4m").write_bytes(b"YUV4MPEG2 W99999 H16\nFRAME\n")
     (source / "text.y4m").write_bytes(b"not a clip\n")
-    status, lines, numbers = run(source, destination, "--rotate", "90")
-    assert (status, numbers) == (1, [1, 8, 2, 0, 7])
+    status, lines, numbers = run(source, destination, "--rotate", "180")
+    assert (status, numbers) == (1, [2, 9, 4, 0, 7])
     assert sorted(line for line in lines if ".y4m: " in line) == [
         "cut.y4m: frame 2 is cut off: 383 of 384 bytes",
         "empty.y4m: the file is empty",
-        "fields.y4m: frames of two fields cannot be rotated by 90 degrees",
+        "fields422.y4m: 4:2:2 of two fields cannot become 4:2:0: its rows would be mixed",
         "header.y4m: the clip has no frames",
         "huge.y4m: a size of 99999x16; expected 1x1 to 32768x32768",
         "mono.y4m: colour space mono; expected one of 420, 420jpeg, 420mpeg2, 420paldv, 422",
         "text.y4m: expected a line that begins with YUV4MPEG2 at byte 0",
     ]
-    assert list(results(destination)) == ["good.y4m"]
+    assert sorted(results(destination)) == ["fields.y4m", "good.y4m"]
+    status, lines, _ = run(source, destination, "--rotate", "90")
+    assert status == 1 and "fields.y4m: frames of two fields cannot be rotated by 90 degrees" in lines
 
 
 if __name__ == "__main__":

@@ -5,8 +5,11 @@ Makes one small change at a time, compiles the changed library as a shared objec
 the quickest first, until one of them fails. A change that no test notices has survived: it needs a new test, or a line
 in equivalent.txt that says why no result can depend on it.
 
+With --source and --target, it changes a file of the kernels, and the dispatched functions are judged under that target;
+results are kept in a file of their own for each file and target.
+
 usage: mutate.py --build DIR [--sanitized DIR] [--results FILE] [--sample N] [--only REGEX]
-                 [--kind KIND] [--jobs N]
+                 [--kind KIND] [--jobs N] [--source FILE --target NAME]
        mutate.py --planted --build DIR
        mutate.py --list | --check
 """
@@ -14,12 +17,14 @@ import argparse
 import collections
 import concurrent.futures
 import hashlib
+import json
 import math
 import os
 import pathlib
 import random
 import re
 import resource
+import shlex
 import subprocess
 import sys
 import threading
@@ -28,6 +33,7 @@ import time
 HERE = pathlib.Path(__file__).resolve().parent
 TOP = HERE.parent.parent
 SOURCE = TOP / "Kor/Video/Common/C/KorYuv420_C_.cpp"
+VECTOR = "Kor/Video/Common/Vector"
 EQUIVALENT = HERE / "equivalent.txt"
 PLANTED = HERE / "planted.txt"
 
@@ -55,7 +61,7 @@ def definitions(lines):
     for line in lines:
         if line and line[0].isalpha() and is_code(line) and not line.startswith("}"):
             found = (re.match(r"struct (\w+)", line) or re.match(r"constexpr \w+ (\w+) =", line)
-                     or re.search(r"(\w+)\(", line))
+                     or re.search(r"(\w+)(?:\(| KOR_PARAMETERS_)", line))
             name = found.group(1) if found else name
         names.append(name)
     return names
@@ -303,7 +309,8 @@ def try_planted(workshop, planted, build):
 # ---- Running the tests ----------------------------------------------------------------------------------------------
 
 class Stage:
-    def __init__(self, name, build, flags, command):
+    def __init__(self, name, build, flags, command, target="portable"):
+        self.target = target  # of programs that call the dispatched functions
         self.name = name
         self.build = build
         self.flags = flags
@@ -312,7 +319,7 @@ class Stage:
 
     def run(self, library):
         environment = dict(os.environ, LD_LIBRARY_PATH=str(library.parent), UBSAN_OPTIONS="print_stacktrace=0",
-                           ASAN_OPTIONS="detect_leaks=0")
+                           ASAN_OPTIONS="detect_leaks=0", KOR_TARGET=self.target)
         # The limit is processor time, so that no mutant looks hung on a busy machine.
         done = subprocess.run(["prlimit", f"--cpu={self.cpu_seconds}", "--core=0", *self.command], cwd=self.build,
                               env=environment, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
@@ -326,15 +333,32 @@ SANITIZED = ["g++", "-O1", "-fsanitize=address,undefined", "-fno-sanitize-recove
 CLANG = ["clang++", "-O1"]
 
 
+FAMILIES = ["RgbToYuv", "YuvToRgb", "PackedYuv", "PlaneGeometry", "Compositing"]
+
+
+def fuzzers(*arguments):
+    calls = [f"fuzz/KorFuzz{name} " + " ".join(arguments).format(corpus=f"{TOP}/fuzz/corpus/{name}.txt")
+             for name in FAMILIES]
+    return ["sh", "-c", " && ".join(calls)]
+
+
+def stages_of_target(build, target):
+    """For the kernels of a target."""
+    kit = ["tests/conformance/KorConformanceDispatched", "--seed", "420", "--target", target]
+    return [
+        Stage("short conformance run", build, FAST, [*kit, "--quick"], ""),
+        Stage("stored inputs of the fuzzers", build, FAST, fuzzers("--stored", "{corpus}"), target),
+        Stage("random inputs of the fuzzers", build, FAST, fuzzers("--random", "5000"), target),
+        Stage("noise of a product", build, FAST, ["tests/conformance/KorDispatchedNoiseTest", target], ""),
+        Stage("short conformance run, always streaming", build, FAST, ["env", "KOR_STREAMING=always", *kit, "--quick"], ""),
+        Stage("conformance run", build, FAST, kit, ""),
+        Stage("exhaustive tests", build, FAST, ["tests/vector/KorExhaustive"], ""),
+    ]
+
+
 def stages(build, sanitized):
     """The quickest first; a change that passes all of them has survived."""
     brief = ["--gtest_brief=1", "--gtest_fail_fast"]
-    families = ["RgbToYuv", "YuvToRgb", "PackedYuv", "PlaneGeometry", "Compositing"]
-
-    def fuzzers(*arguments):
-        calls = [f"fuzz/KorFuzz{name} " + " ".join(arguments).format(corpus=f"{TOP}/fuzz/corpus/{name}.txt")
-                 for name in families]
-        return ["sh", "-c", " && ".join(calls)]
 
     # Function by function, to end with the first that differs.
     kit = "tests/conformance/KorConformanceTest"
@@ -428,8 +452,49 @@ class Workshop:
                 sys.exit(f"mutate: {stage.name} does not load the given library")
 
 
+class VectorWorkshop(Workshop):
+    """For the kernels of a target: the dispatched library as it was built, but for the units that the change is in."""
+
+    def __init__(self, lines, listed, soname, directory, build, target):
+        super().__init__(lines, listed, soname, directory)
+        self.units = {}  # the compiler's command, up to the output
+        self.objects = []  # of all other units
+        self.portable = build / "Kor/libKorYuv420C.so"
+        for entry in json.loads((build / "compile_commands.json").read_text()):
+            words = shlex.split(entry["command"])
+            to = build / words[words.index("-o") + 1]
+            unit = pathlib.Path(entry["file"])
+            if not re.search(r"/KorYuv420(?!C\.dir)\w*\.dir/", str(to)):
+                continue
+            if f"KorYuv420{target.title()}.dir" in str(to) and (SOURCE.suffix == ".h" or unit == SOURCE):
+                # Without a launcher before the compiler, and compiled faster.
+                compiler = next(i for i, word in enumerate(words) if word.endswith(("c++", "g++", "clang++")))
+                words = words[compiler:words.index("-o")]
+                self.units[unit] = [word for word in words if not word.startswith(("-O3", "-fstack-usage", "-W"))]
+            else:
+                self.objects.append(to)
+        if not self.units:
+            sys.exit(f"mutate: {build} was not built with the target {target}")
+
+    def compile(self, text, flags, where):
+        # The changed file hides the one in the tree.
+        changed = where / VECTOR / SOURCE.name
+        changed.parent.mkdir(parents=True, exist_ok=True)
+        changed.write_text(text)
+        objects = list(self.objects) if text else []
+        for unit, words in self.units.items() if text else ():
+            objects.append(where / f"{unit.name}.o")
+            done = subprocess.run([words[0], f"-I{where}", *words[1:], "-O1", "-w", "-c", changed if unit == SOURCE else unit,
+                                   "-o", objects[-1]], capture_output=True, text=True)
+            if done.returncode != 0:
+                return done
+        return subprocess.run(["g++", "-shared", *objects, "-o", where / self.soname, f"-Wl,-soname,{self.soname}",
+                               self.portable, f"-Wl,-rpath,{self.portable.parent}"], capture_output=True, text=True)
+
+
 def soname_of(build):
-    name = next(build.glob("Kor/libKorYuv420C.so.*.*")).resolve().name
+    library = "libKorYuv420" if VECTOR in str(SOURCE) else "libKorYuv420C"
+    name = next(build.glob(f"Kor/{library}.so.*.*")).resolve().name
     return ".".join(name.split(".")[:4])
 
 
@@ -442,6 +507,7 @@ def read_results(path, lines):
     tests. A file about a different source is started anew."""
     if not path:
         return {}
+    path.parent.mkdir(parents=True, exist_ok=True)
     header = "source\t" + hashlib.sha256("\n".join(lines).encode()).hexdigest()
     found = path.read_text().splitlines() if path.exists() else []
     if not found or found[0] != header:
@@ -463,7 +529,19 @@ def main():
     parser.add_argument("--check", action="store_true", help="only check that equivalent.txt still matches the source")
     parser.add_argument("--planted", action="store_true", help="plant the faults of planted.txt one by one")
     parser.add_argument("--jobs", type=int, default=os.cpu_count())
+    parser.add_argument("--source", help="change this file of the kernels, for example RgbToYuv.cpp")
+    parser.add_argument("--target", help="the target that judges it, for example avx2")
     options = parser.parse_args()
+    if bool(options.source) != bool(options.target):
+        parser.error("--source and --target go together")
+    if options.source:
+        global SOURCE, EQUIVALENT
+        SOURCE = TOP / VECTOR / pathlib.Path(options.source).name
+        EQUIVALENT = HERE / f"equivalent-{SOURCE.stem}.txt"
+        if not SOURCE.exists():
+            parser.error(f"--source: there is no {VECTOR}/{SOURCE.name}")
+        if options.results:
+            options.results = options.results.with_name(f"results-{SOURCE.stem}-{options.target}.txt")
 
     options.build = options.build and options.build.resolve()
     options.sanitized = options.sanitized and options.sanitized.resolve()
@@ -484,7 +562,7 @@ def main():
     equivalents = Equivalents(EQUIVALENT)
     explained = [m for m in made if equivalents.explains(m)]
     if options.check:
-        stale = equivalents.stale() + read_planted(PLANTED, lines)[1]
+        stale = equivalents.stale() + (read_planted(PLANTED, lines)[1] if not options.source else [])
         for line in stale:
             print("fits the source no more:", line)
         return 1 if stale else 0
@@ -497,7 +575,11 @@ def main():
         return try_planted(workshop, planted, options.build) or bool(stale)
     results = read_results(options.results, lines)
     pending = [m for m in made if m not in set(explained) and describe(m) not in results]
-    workshop = Workshop(lines, stages(options.build, options.sanitized), soname_of(options.build), options.build / "mutants")
+    if options.source:
+        workshop = VectorWorkshop(lines, stages_of_target(options.build, options.target), soname_of(options.build),
+                                  options.build / "mutants", options.build, options.target)
+    else:
+        workshop = Workshop(lines, stages(options.build, options.sanitized), soname_of(options.build), options.build / "mutants")
     started = time.monotonic()
     if pending:
         workshop.calibrate()

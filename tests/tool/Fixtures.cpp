@@ -187,6 +187,11 @@ int main(int argc, char** argv) {
         WritePngRows({(name + ".png").c_str(), type, 16, PNG_INTERLACE_NONE}, 19, DeepRows(samples));
         WritePngRows({(name + "-interlaced.png").c_str(), type, 16, PNG_INTERLACE_ADAM7}, 19, DeepRows(samples));
     }
+    Bytes deep = {'P', '6', ' ', '1', '9', ' ', '1', '3', ' ', '6', '5', '5', '3', '5', '\n'};
+    for (const Bytes& row : DeepRows(3)) {
+        deep.insert(deep.end(), row.begin(), row.end());
+    }
+    WriteFile("deep.ppm", deep);
     WritePngRows({"linear.png", PNG_COLOR_TYPE_GRAY, 8, PNG_INTERLACE_NONE}, 2, {{100, 200}, {100, 200}}, 1.0);
     WritePngRows({"srgb.png", PNG_COLOR_TYPE_GRAY, 8, PNG_INTERLACE_NONE}, 2, {{100, 200}, {100, 200}}, 0.45455);
     // As large as a picture may be, and larger.

@@ -49,11 +49,11 @@ holds out.i444 "db db 3e 0f 0f 66 89 89 ef"
 
 # Both kinds of Y4M, and pictures to pictures.
 works convert yellow.ppm out.y4m --to i444
-[ "$(head -1 out.y4m)" = "YUV4MPEG2 W3 H3 F25:1 Ip A1:1 C444 XCOLORRANGE=LIMITED" ] || fail "i444: $(head -1 out.y4m)"
+[ "$(head -1 out.y4m)" = "YUV4MPEG2 W3 H3 F25:1 Ip A1:1 C444 XCOLORRANGE=LIMITED XKORMATRIX=601" ] || fail "i444: $(head -1 out.y4m)"
 "$korframe" convert yellow.ppm - --to y4m:i444 >piped.y4m || fail "y4m:i444"
 same out.y4m piped.y4m
-works convert yellow.ppm out.png --matrix 709
-warns "pictures/alpha.png: has transparent pixels" convert pictures/alpha.png out.rgba
+works convert yellow.ppm out.png --render bgra --matrix 709
+works convert pictures/alpha.png out.rgba
 works convert yellow.rgba clip.png --size 2x2
 
 refuses 2 "--matrix 709.txt: a matrix file captures to i420 only; for i444 use 601 or 709" convert yellow.ppm none.i444 --matrix 709.txt

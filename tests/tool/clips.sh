@@ -43,7 +43,7 @@ holds out.i420 "01 02 03 04 05 06 07 08 09 a1 a3 a6 a9 b1 b3 b6 b9"
 works convert odd.i422 out.i420 --size 3x3 --flip
 holds out.i420 "07 08 09 04 05 06 01 02 03 a4 a7 a0 a2 b4 b7 b0 b2"
 { printf 'YUV4MPEG2 W3 H3 F25:1 C422 XYSCSS=422 XCOLORRANGE=LIMITED\nFRAME\n'; cat odd.i422; } >c422.y4m
-works convert c422.y4m out.y4m
+works convert c422.y4m out.y4m --to y4m:i420
 { printf 'YUV4MPEG2 W3 H3 F25:1 I? A0:0 C420mpeg2 XCOLORRANGE=LIMITED\nFRAME\n'; bytes "01 02 03 04 05 06 07 08 09 a1 a3 a6 a9 b1 b3 b6 b9"; } >expected
 same out.y4m expected
 
@@ -182,11 +182,8 @@ refuses 2 "--from: expected i420, i422, i444, nv12, nv21, yuy2, uyvy, yuv2, m420
 refuses 2 "--size: expected WIDTHxHEIGHT, for example 1280x720, not '4*2'" convert packed.yuy2 none.i420 --size 4*2
 refuses 2 "in.y4m: --size is for raw frames, and this file has a size of its own; for raw frames add --from LAYOUT" convert in.y4m none.i420 --size 4x2
 refuses 2 "--rotate: expected 0, 90, 180 or 270 degrees, not '45'" convert packed.yuy2 none.i420 --size 4x2 --rotate 45
-refuses 2 "--rate: expected frames per second, for example 25 or 30000:1001, not '0'" convert packed.yuy2 none.y4m --size 4x2 --rate 0
+refuses 2 "--rate: expected frames per second, for example 25, 30000:1001 or 29.97, not '0'" convert packed.yuy2 none.y4m --size 4x2 --rate 0
 refuses 2 "--order rgba: packed.yuy2 is not a picture; for raw frames give the byte order by --from" convert packed.yuy2 none.y4m --size 4x2 --order rgba
-refuses 2 "none.nv12: there is no conversion from i420 to nv12" convert packed.yuy2 none.nv12 --size 4x2
-refuses 2 "none.i420: there is no conversion from i444 to i420" convert full.y4m none.i420
-refuses 2 "none.i444: there is no conversion from i420 to i444" convert in.y4m none.i444
 refuses 2 "--to yuy2: none.png is named as a picture" convert in.y4m none.png --to yuy2
 absent none.i420 none.y4m none.nv12 none.i444 none.png none.uyvy
 

@@ -15,7 +15,7 @@ cmp -s 4-composed.ppm 5-rendered.ppm && fail "there is no noise"
 leaves_nothing
 
 # What is captured is what was filmed: the third stage is the scene, captured to planes and rendered.
-works convert stages/1-scene.png scene.y4m
+works convert stages/1-scene.png scene.y4m --matrix 601
 works convert scene.y4m scene.png
 same scene.png stages/3-captured.png
 

@@ -16,11 +16,11 @@ refuses 2 "--jobs: expected exactly one value; see korframe convert --help" conv
 refuses 2 "--jobs: expected exactly one value; see korframe convert --help" convert a b --jobs 1 --jobs 2
 
 # The test card.
-works testcard card.png
+works testcard card.png --size 640x360
 works testcard card.ppm --size 320x180
 [ "$(head -c 15 card.ppm)" = "$(printf 'P6\n320 180\n255')" ] || fail "the size of the card"
 works convert card.png card.y4m
-[ "$(wc -c <card.y4m)" -eq $((64 + 6 + 1280 * 720 * 3 / 2)) ] || fail "the size of card.y4m"
+[ "$(wc -c <card.y4m)" -eq $((78 + 6 + 640 * 360 * 3 / 2)) ] || fail "the size of card.y4m"
 refuses 2 "card.jpg: expected a name that ends in .png or .ppm; a test card is a picture" testcard card.jpg
 refuses 2 "--size: expected at least 64 pixels on each side of a test card, not 63x64" testcard x.png --size 63x64
 refuses 2 "--size: expected WIDTHxHEIGHT, for example 1280x720, not '10'" testcard x.png --size 10
@@ -37,8 +37,8 @@ mkdir place
 refuses 1 "place: is a directory; expected the name of a file" convert card.png place --to y4m
 refuses 2 "out.avi: the name does not say what to write; add --to, or use a name that ends in .y4m, .png, .ppm or the name of a raw layout" convert card.png out.avi
 refuses 2 "out.jpg: cannot write JPEG, only read it; expected a name that ends in .png, .ppm, .y4m or the name of a raw layout" convert card.png out.jpg
-refuses 2 "--to: expected y4m, y4m:i420, y4m:i444, png, ppm, i420, i422, i444, nv12, nv21, yuy2, uyvy, yuv2, m420, bgra, rgba, argb, abgr, rgb24 or bgr24, not 'i421'" convert card.png out --to i421
-refuses 2 "--to: expected y4m, y4m:i420, y4m:i444, png, ppm, i420, i422, i444, nv12, nv21, yuy2, uyvy, yuv2, m420, bgra, rgba, argb, abgr, rgb24 or bgr24, not 'y4m:bgra'" convert card.png out --to y4m:bgra
+refuses 2 "--to: expected y4m, y4m:i420, y4m:i422, y4m:i444, png, ppm, i420, i422, i444, nv12, nv21, yuy2, uyvy, yuv2, m420, bgra, rgba, argb, abgr, rgb24 or bgr24, not 'i421'" convert card.png out --to i421
+refuses 2 "--to: expected y4m, y4m:i420, y4m:i422, y4m:i444, png, ppm, i420, i422, i444, nv12, nv21, yuy2, uyvy, yuv2, m420, bgra, rgba, argb, abgr, rgb24 or bgr24, not 'y4m:bgra'" convert card.png out --to y4m:bgra
 refuses 2 "--order: expected bgra, rgba, argb, abgr, rgb24 or bgr24, not 'grba'" convert card.png out.y4m --order grba
 absent out.y4m out out.avi
 

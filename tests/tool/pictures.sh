@@ -24,10 +24,33 @@ holds out.i420 "$half"
 warns "pictures/alpha.png: has transparent pixels" convert pictures/alpha.png out.i420
 holds out.i420 "51 10 51 10 6d b8"
 
+# Where both sides have alpha it is kept; elsewhere its loss is reported once, and only if a pixel is transparent.
+printf 'P6\n2 2\n255\n' >start
+works convert pictures/alpha.png out.rgba
+holds out.rgba "ff 00 00 ff ff ff ff 00 ff 00 00 ff ff ff ff 00"
+works convert pictures/alpha.png out.png
+works compare pictures/alpha.png out.png
+works convert out.rgba out.png --size 2x2
+works compare pictures/alpha.png out.png
+warns "pictures/alpha.png: has transparent pixels, which are composited over black" convert pictures/alpha.png out.ppm
+{ cat start; bytes "ff 00 00 00 00 00 ff 00 00 00 00 00"; } >expected
+same out.ppm expected
+warns "pictures/alpha.png: has transparent pixels" convert pictures/alpha.png out.rgb
+warns "pictures/alpha.png: has transparent pixels" convert pictures/alpha.png out.png --mirror
+cat pictures/alpha.png pictures/half.png >two.png
+warns "two.png: has transparent pixels" convert two.png out.y4m
+warns "pictures/alpha.png: has transparent pixels, which are composited over black; own as its opacity blends by their alpha" convert pictures/rgb.png out.png --blend pictures/alpha.png
+warns "pictures/alpha.png: has transparent pixels, which are composited over black; --alpha-channel blends by their alpha" blend pictures/rgb.png pictures/alpha.png out.png
+works convert pictures/rgb.png out.png --blend pictures/alpha.png:0,0,own
+bytes "01 02 03 ff 04 05 06 ff" >opaque.rgba
+works convert opaque.rgba opaque.png --size 2x1
+works convert opaque.png out.y4m
+
 # Samples of 16 bits are the same in an interlaced file, and rounded: v * 255 / 65535.
 for name in deep deep-alpha; do
     works compare pictures/$name.png pictures/$name-interlaced.png
 done
+works compare pictures/deep.png pictures/deep.ppm
 works convert pictures/deep.png a.ppm
 works convert pictures/deep-interlaced.png b.ppm
 same a.ppm b.ppm
@@ -110,7 +133,7 @@ holds flipped.i420 "10 51 8f eb 10 51 51 8f 29 76 48 48 ef 9c 89 89 6e"
 
 # The Y4M header describes the planes.
 works convert nine.ppm out.y4m
-printf 'YUV4MPEG2 W3 H3 F25:1 Ip A1:1 C420jpeg XCOLORRANGE=LIMITED\nFRAME\n' >expected
+printf 'YUV4MPEG2 W3 H3 F25:1 Ip A1:1 C420jpeg XCOLORRANGE=LIMITED XKORMATRIX=601\nFRAME\n' >expected
 cat bgra.i420 >>expected
 same out.y4m expected
 

@@ -22,8 +22,8 @@
 #include "conformance/core/Catalogue.h"
 #include "conformance/core/ScriptedRandom.h"
 #include "conformance/digest/Digest.h"
+#include "conformance/digest/Dispatched.h"
 #include "conformance/digest/Manifest.h"
-#include "conformance/KorConformance.h"
 #include "Kor/Os/KorRandom.h"
 #include "Kor/Video/Common/KorYuv420.h"
 
@@ -35,16 +35,6 @@ KorBool KorRandomGetBytes(char* buffer, KorSizeT count) {
 }
 
 namespace {
-
-const KorConformanceTable& Dispatched() {
-    static const KorConformanceTable table = [] {
-        KorConformanceTable functions = {};
-#define KOR_FUNCTION(name, shape, family, frames) functions.name = &name;
-#include "Kor/Video/Common/KorYuv420Functions_.inc"
-        return functions;
-    }();
-    return table;
-}
 
 // The kit's names have the suffix of the portable set.
 constexpr std::size_t kSuffix = 3;
@@ -157,11 +147,19 @@ class Planes {
         for (std::size_t i = 0; i < layout.count; ++i) {
             Take(i, layout.planes[i], buffers[i], sources == 1, options);
         }
+        // The captures of three bytes a pixel take no longer pitch.
+        if (NameOf(entry) == "KorRawToI420" || NameOf(entry) == "Kor24BGToI420") {
+            for (std::size_t i = 0; i < layout.count; ++i) {
+                if (views_[i].pitch > INT32_MAX) {
+                    throw py::value_error(std::string(layout.planes[i].name) + ": expected a row stride below 2^31");
+                }
+            }
+        }
     }
 
     // Runs without the interpreter lock.
     void Call(const kit::Entry& entry, const kit::Case& options) {
-        const kit::AnyFunction function = entry.of(Dispatched());
+        const kit::AnyFunction function = entry.of(kit::DispatchedTable());
         if (options.flip != 0 && NameOf(entry) == "KorBGRAToI444UsingBT709") {
             CallRowByRow(function, options);
         } else {
@@ -352,7 +350,7 @@ py::tuple Verify(const py::function& call) {
             ++byPython;
         } else if (Drifts(entry, options)) {
             ++direct;
-            kit::Call(entry.of(Dispatched()), planes, options);
+            kit::Call(entry.of(kit::DispatchedTable()), planes, options);
         } else {
             throw std::runtime_error(NameOf(entry) + ": refused " + kit::Describe(options));
         }

@@ -56,6 +56,8 @@ REFUSED = [
     (lambda: kor.i420_to_bgra(PLANES, dither=3), ValueError, "dither: expected None, 0, 1 or 2, got 3"),
     (lambda: kor.i420_to_bgra(PLANES, out=np.empty((4, 6, 3), np.uint8)), ValueError,
      r"out: expected shape \(4, 6, 4\), got \(4, 6, 3\)"),
+    (lambda: kor.rgb_to_i420(np.lib.stride_tricks.as_strided(BGRA, (2, 2, 3), (2**31, 3, 1))), ValueError,
+     r"a row stride below 2\^31"),
     (lambda: kor.yuy2_to_i420(BGRA[:, :5, :2].copy()), ValueError,
      r"yuy2: expected shape \(height, width, 2\) with an even width, got a width of 5"),
     (lambda: kor.yuy2_to_i420(BGRA[..., :2].copy(), rotate=45), ValueError, "0, 90, 180 or 270 degrees, got 45"),

@@ -46,7 +46,7 @@ void RunBlend(const BlendOptions& options) {
     Step dither = {StepKind::Dither};
     dither.level = options.dither;
     request.steps = {{StepKind::Blend}, dither};
-    request.input = options.from.Request(options.background);
+    options.from.Fill(request, options.background);
     request.matrix = options.matrix;
     options.to.Fill(request, options.output);
     RunChain(request);

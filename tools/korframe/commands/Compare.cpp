@@ -1,4 +1,5 @@
 // korframe compare: whether two files hold the same frames, and how much they differ.
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdio>
@@ -12,6 +13,7 @@
 
 #include "commands/Commands.h"
 #include "commands/Options.h"
+#include "commands/Values.h"
 #include "io/Errors.h"
 
 namespace korframe {
@@ -22,6 +24,7 @@ struct CompareOptions {
     std::string first;
     std::string second;
     RawOptions raw;
+    std::optional<double> minPsnr;
 };
 
 struct Difference {
@@ -76,6 +79,14 @@ class Comparison {
                                static_cast<double>(component.Rows(info_.height)) * static_cast<double>(frames_);
         const double mean = static_cast<double>(squares_[pair]) / samples;
         return mean > 0 ? 10 * std::log10(255.0 * 255.0 / mean) : std::numeric_limits<double>::infinity();
+    }
+
+    double LowestPsnr() const {
+        double lowest = std::numeric_limits<double>::infinity();
+        for (std::size_t i = 0; i < pairs_.size(); ++i) {
+            lowest = std::min(lowest, Psnr(i));
+        }
+        return lowest;
     }
 
     void PrintPsnr() const {
@@ -169,7 +180,8 @@ void Compare(const CompareOptions& options) {
         std::printf("%s ends after frame %llu, but %s goes on\n", Printable((moreA ? b : a).name).c_str(),
                     static_cast<unsigned long long>(frames), Printable((moreA ? a : b).name).c_str());
     }
-    if (comparison.First() || moreA != moreB) {
+    const bool alike = options.minPsnr ? comparison.LowestPsnr() >= *options.minPsnr : !comparison.First();
+    if (!alike || moreA != moreB) {
         EndDifferent();
     }
 }
@@ -196,12 +208,16 @@ void AddCompare(CLI::App& app) {
     command->add_option("A", options->first, kInputHelp)->required()->type_name("");
     command->add_option("B", options->second, "what to compare it with")->required()->type_name("");
     options->raw.Add(*command);
+    command->add_option("--min-psnr", options->minPsnr, "call files the same if each plane has at least this PSNR")
+        ->check(IsDecibels())
+        ->type_name("DB");
     command->footer(
         "If both files hold the same frames, nothing is printed and the exit status is 0. Otherwise the first\n"
         "difference is printed (frame from 1, x and y from 0 on the plane's own grid, both values) with the PSNR\n"
         "of each plane over all frames, and the exit status is 1. Errors give 2. Layouts that differ only in the\n"
-        "positions of their samples, such as i420 and nv12, or bgra and rgb24, can be compared. --from and\n"
-        "--size apply to raw frames in either file.");
+        "positions of their samples, such as i420 and nv12, or bgra and rgb24, can be compared. --from, --size\n"
+        "and --stride apply to raw frames in either file. With --min-psnr, differences are printed as well, but the\n"
+        "exit status is 0 unless the PSNR of some plane falls short or one file ends early.");
     command->callback([options] { RunCompare(*options); });
 }
 

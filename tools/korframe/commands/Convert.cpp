@@ -8,7 +8,6 @@
 #include "commands/Options.h"
 #include "commands/Values.h"
 #include "pipeline/Pipeline.h"
-#include "pipeline/Render.h"
 
 namespace korframe {
 
@@ -28,7 +27,7 @@ struct ConvertOptions {
 };
 
 bool IsRendered(const PixelFormat& format) {
-    return !format.IsPlanarYuv() && Render::Reaches(Layout::I420, format.layout);
+    return format.planeCount == 1;
 }
 
 // The steps in the order of the command line.
@@ -66,7 +65,7 @@ void AppendSteps(ChainRequest& request, const CLI::App& command, const ConvertOp
 void RunConvert(const CLI::App& command, const ConvertOptions& options) {
     ChainRequest request;
     AppendSteps(request, command, options);
-    request.input = options.from.Request(options.input);
+    options.from.Fill(request, options.input);
     request.matrix = options.matrix;
     options.to.Fill(request, options.output);
     RunChain(request);

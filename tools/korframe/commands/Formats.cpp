@@ -5,8 +5,6 @@
 
 #include "commands/Commands.h"
 #include "image/PixelFormat.h"
-#include "pipeline/Capture.h"
-#include "pipeline/Render.h"
 
 namespace korframe {
 
@@ -36,34 +34,31 @@ std::string BytesOfFourPixels(const PixelFormat& format) {
     return text.substr(1);
 }
 
-std::string Join(const char* first, bool hasFirst, const char* second, bool hasSecond) {
-    if (hasFirst && hasSecond) {
-        return std::string(first) + " " + second;
-    }
-    return hasFirst ? first : hasSecond ? second : "-";
-}
-
 void RunFormats() {
-    std::printf("%-8s%-11s%-11s%-14s%-44s%s\n", "LAYOUT", "SUFFIXES", "READ INTO", "WRITTEN FROM", "WHAT IT IS",
+    std::printf("%-8s%-11s%-20s%-44s%s\n", "LAYOUT", "SUFFIXES", "OTHER NAMES", "WHAT IT IS",
                 "BYTES OF PIXELS 1 2 OVER 3 4");
     for (const PixelFormat* format : AllFormats()) {
-        const Layout layout = format->layout;
-        const std::string into =
-            Join("i420", Capture::Reaches(layout, Layout::I420), "i444", Capture::Reaches(layout, Layout::I444));
-        const std::string from =
-            Join("i420", Render::Reaches(Layout::I420, layout), "i444", Render::Reaches(Layout::I444, layout));
-        std::printf("%-8s%-11s%-11s%-14s%-44s%s\n", format->name, format->suffixes, into.c_str(), from.c_str(),
-                    format->description, BytesOfFourPixels(*format).c_str());
+        std::printf("%-8s%-11s%-20s%-44s%s\n", format->name, format->suffixes, format->otherNames, format->description,
+                    BytesOfFourPixels(*format).c_str());
     }
     std::printf(
         "\n"
-        "Y4M     read (8 bits, C420 of any siting, C422, C444) and written (C420, C444)\n"
+        "Y4M     read (8 bits, C420 of any siting, C422, C444) and written (C420, C422, C444)\n"
         "PNG     read and written\n"
         "PPM     read (P2, P3, P5, P6) and written (P6)\n"
         "JPEG    read\n"
         "\n"
-        "A sample has the number of the first pixel that it covers. Layouts are read into planes and written from\n"
-        "them; a matrix file works only from RGB to i420 and from i420 to RGB.\n");
+        "A sample has the number of the first pixel that it covers. Names may be written in capitals.\n"
+        "\n"
+        "Any layout becomes any other. Where samples only change places, as from rgba to bgr24 or from uyvy to yuy2,\n"
+        "and there are no steps, they are moved and stay as they are. Everything else goes through planes of i420,\n"
+        "or of i444 if both sides have that much chroma; --verbose shows the path. Chroma is averaged where there is\n"
+        "less of it and repeated where there is more. A matrix file works only from RGB to i420 and from i420 to RGB.\n"
+        "\n"
+        "White comes back from YUV as 254: rendering scales 16 to 235 in whole numbers, rounded down, and 149 * 235 / "
+        "128\n"
+        "falls just short of 255 once black is taken off. A picture gets a little darker each time it goes there and "
+        "back.\n");
 }
 
 }  // namespace

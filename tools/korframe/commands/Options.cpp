@@ -1,9 +1,7 @@
 #include "commands/Options.h"
 
-#include <algorithm>
-#include <thread>
-
 #include "commands/Values.h"
+#include "io/Errors.h"
 
 namespace korframe {
 
@@ -34,6 +32,12 @@ void RawOptions::Add(CLI::App& command) {
                     "the most pixels that a picture may have (default " + std::to_string(kDefaultMaxPixels) + ")")
         ->transform(IsWholeNumber(1, kMaxPixels))
         ->type_name("N");
+    command
+        .add_option("--stride", strides,
+                    "bytes from row to row of raw frames with padded rows, one number a plane; xROWS behind it if a "
+                    "plane has spare rows")
+        ->check(IsStrides())
+        ->type_name("BYTES[xROWS],...");
 }
 
 InputRequest RawOptions::Request(const std::string& path) const {
@@ -42,6 +46,7 @@ InputRequest RawOptions::Request(const std::string& path) const {
     request.from = from ? &FormatOf(*from) : nullptr;
     request.size = size;
     request.maxPixels = maxPixels;
+    request.strides = strides;
     request.pictureOrder = &FormatOf(Layout::Bgra);
     return request;
 }
@@ -55,25 +60,37 @@ void InputOptions::Add(CLI::App& command) {
             "abgr, rgb24, bgr24")
         ->transform(IsLayout(IsRgb))
         ->type_name("LAYOUT");
-    command.add_option("--rate", rate, "frames per second for Y4M, for example 25 (default) or 30000:1001")
+    command.add_option("--rate", rate, "frames per second for Y4M, for example 25 (default), 30000:1001 or 29.97")
         ->transform(IsRate())
         ->type_name("N[:D]");
+    command.add_option("--range", fullRange, "range of YUV input, full or limited; default: what it says, or limited")
+        ->transform(IsRange())
+        ->type_name("full|limited");
+    command.add_option("--crop", crop, "of each frame, take this part; before any step, between chroma samples")
+        ->check(IsCrop())
+        ->type_name("WxH+X+Y");
+    command.add_option("--frames", frames, "take only these frames, counted from 1, both included")
+        ->check(IsFrameRange())
+        ->type_name("A-B");
 }
 
-InputRequest InputOptions::Request(const std::string& path) const {
-    InputRequest request = raw.Request(path);
+void InputOptions::Fill(ChainRequest& request, const std::string& path) const {
+    request.input = raw.Request(path);
     if (order) {
-        request.pictureOrder = &FormatOf(*order);
-        request.pictureOnly = true;
+        request.input.pictureOrder = &FormatOf(*order);
+        request.input.pictureOnly = true;
     }
-    request.rate = rate;
-    return request;
+    request.input.rate = rate;
+    request.fullRange = fullRange;
+    request.crop = crop;
+    request.frames = frames;
 }
 
 void OutputOptions::Add(CLI::App& command) {
     command
         .add_option("--to", to,
-                    "y4m, y4m:i444, png, ppm or a raw layout (see korframe formats); default: by the suffix of OUTPUT, "
+                    "y4m, y4m:i422, y4m:i444, png, ppm or a raw layout (see korframe formats); default: by the suffix "
+                    "of OUTPUT, "
                     "y4m for -")
         ->check(IsOutput())
         ->type_name("KIND");
@@ -83,10 +100,12 @@ void OutputOptions::Add(CLI::App& command) {
     AddSeedOption(command, seed);
     command
         .add_option("--jobs", jobs,
-                    "frames to process at a time: 1 (default) to " + std::to_string(kMaxJobs) +
-                        ", 0 for one per processor; the output does not change if noise has a seed")
+                    "threads to work with: 1 to " + std::to_string(kMaxJobs) +
+                        ", or 0 for one per processor (default); the output does not depend on it")
         ->transform(IsWholeNumber(0, kMaxJobs))
         ->type_name("N");
+    AddQuietOption(command, quiet, "print errors only: no notes, no warnings, no progress");
+    command.add_flag("--verbose", verbose, "print the path that the frames take");
 }
 
 void OutputOptions::Fill(ChainRequest& request, const std::string& output) const {
@@ -94,7 +113,11 @@ void OutputOptions::Fill(ChainRequest& request, const std::string& output) const
     request.to = to;
     request.policy = policy;
     request.seed = seed;
-    request.jobs = jobs > 0 ? jobs : std::clamp<std::size_t>(std::thread::hardware_concurrency(), 1, kMaxJobs);
+    request.jobs = jobs;
+    request.verbose = verbose;
+    if (quiet) {
+        SayErrorsOnly();
+    }
 }
 
 void AddOutputArgument(CLI::App& command, std::string& output) {
@@ -111,6 +134,10 @@ void AddMatrixOption(CLI::App& command, std::string& matrix) {
     command
         .add_option("--matrix", matrix, "between RGB and YUV: 601 (default), 709 or a file of coefficients (see below)")
         ->type_name("601|709|FILE");
+}
+
+void AddQuietOption(CLI::App& command, bool& quiet, const char* help) {
+    command.add_flag("--quiet", quiet, help);
 }
 
 void AddSeedOption(CLI::App& command, std::optional<std::uint64_t>& seed) {

@@ -18,6 +18,7 @@ struct RawOptions {
     std::optional<Layout> from;
     Size size;
     std::size_t maxPixels = kDefaultMaxPixels;
+    Strides strides;
 
     void Add(CLI::App& command);
     InputRequest Request(const std::string& path) const;
@@ -28,16 +29,21 @@ struct InputOptions {
     RawOptions raw;
     std::optional<Layout> order;
     std::string rate;
+    std::optional<bool> fullRange;
+    CropRequest crop;
+    FrameRange frames;
 
     void Add(CLI::App& command);
-    InputRequest Request(const std::string& path) const;
+    void Fill(ChainRequest& request, const std::string& path) const;
 };
 
 // What to write, and how to process.
 struct OutputOptions {
     OutputRequest to;
     std::optional<std::uint64_t> seed;
-    std::size_t jobs = 1;
+    std::size_t jobs = 0;
+    bool quiet = false;
+    bool verbose = false;
     OutputPolicy policy;
 
     void Add(CLI::App& command);
@@ -50,6 +56,7 @@ extern const char* const kDitherHelp;
 void AddOutputArgument(CLI::App& command, std::string& output);
 void AddForceOption(CLI::App& command, bool& force);
 void AddMatrixOption(CLI::App& command, std::string& matrix);
+void AddQuietOption(CLI::App& command, bool& quiet, const char* help);
 void AddSeedOption(CLI::App& command, std::optional<std::uint64_t>& seed);
 
 }  // namespace korframe

@@ -1,7 +1,12 @@
 #include "commands/Values.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstdlib>
+#include <cstring>
+#include <numeric>
 #include <optional>
+#include <sstream>
 #include <utility>
 #include <vector>
 
@@ -64,18 +69,66 @@ CLI::Validator OneOf(const Choices& choices, const std::string& expected) {
         "");
 }
 
-std::vector<std::pair<std::string, OutputRequest>> Outputs() {
-    std::vector<std::pair<std::string, OutputRequest>> outputs = {
-        {"y4m", {Container::Y4m, PictureKind::None, nullptr}},
-        {"y4m:i420", {Container::Y4m, PictureKind::None, &FormatOf(Layout::I420)}},
-        {"y4m:i444", {Container::Y4m, PictureKind::None, &FormatOf(Layout::I444)}},
-        {"png", {Container::Pictures, PictureKind::Png, nullptr}},
-        {"ppm", {Container::Pictures, PictureKind::Ppm, nullptr}},
-    };
+const char* const kY4mOf = "y4m:";
+
+bool IsPlanarYuv(const PixelFormat& format) {
+    return format.IsPlanarYuv();
+}
+
+std::vector<std::string> NamesOfLayouts(FormatTest pick = nullptr) {
+    std::vector<std::string> names;
     for (const PixelFormat* format : AllFormats()) {
-        outputs.push_back({format->name, {std::nullopt, PictureKind::None, format}});
+        if (pick == nullptr || pick(*format)) {
+            names.push_back(format->name);
+        }
     }
-    return outputs;
+    return names;
+}
+
+std::vector<std::string> NamesOfOutputs() {
+    std::vector<std::string> names = {"y4m"};
+    for (const std::string& name : NamesOfLayouts(IsPlanarYuv)) {
+        names.push_back(kY4mOf + name);
+    }
+    names.insert(names.end(), {"png", "ppm"});
+    const std::vector<std::string> layouts = NamesOfLayouts();
+    names.insert(names.end(), layouts.begin(), layouts.end());
+    return names;
+}
+
+// Frames of 1001/1000 seconds, which decimals only hint at: 23.976, 29.97, 59.94.
+std::optional<std::string> NtscRate(double rate) {
+    for (const int whole : {24, 30, 48, 60, 120, 240}) {
+        if (std::abs(rate - whole * 1000 / 1001.0) < 0.0051 * whole / 30) {
+            return std::to_string(whole * 1000) + ":1001";
+        }
+    }
+    return std::nullopt;
+}
+
+// "29.97", with up to three digits behind the point.
+std::optional<std::string> DecimalRate(const std::string& text) {
+    const std::size_t point = text.find('.');
+    const std::string fraction = point == std::string::npos ? "" : text.substr(point + 1);
+    const auto whole = ParseNumber(text.substr(0, point));
+    const auto digits = ParseNumber(fraction);
+    if (!whole || !digits || fraction.size() > 3 || *whole > 1000000) {
+        return std::nullopt;
+    }
+    unsigned long long parts = 1;
+    for (std::size_t i = 0; i < fraction.size(); ++i) {
+        parts *= 10;
+    }
+    const unsigned long long count = *whole * parts + *digits;
+    if (count == 0) {
+        return std::nullopt;
+    }
+    const double rate = static_cast<double>(count) / static_cast<double>(parts);
+    if (const std::optional<std::string> ntsc = NtscRate(rate); ntsc && *digits != 0) {
+        return ntsc;
+    }
+    const unsigned long long shared = std::gcd(count, parts);
+    return std::to_string(count / shared) + ":" + std::to_string(parts / shared);
 }
 
 // The last colon if a position follows it; names may have colons, too.
@@ -110,13 +163,68 @@ bool lexical_cast(const std::string& text, Position& position) {
 }
 
 bool lexical_cast(const std::string& text, OutputRequest& request) {
-    for (const auto& [name, output] : Outputs()) {
-        if (text == name) {
-            request = output;
-            return true;
-        }
+    const std::string name = SmallLetters(text);
+    request = OutputRequest();
+    if (name == "png" || name == "ppm") {
+        request.container = Container::Pictures;
+        request.picture = name == "png" ? PictureKind::Png : PictureKind::Ppm;
+        return true;
     }
-    return false;
+    if (name == "y4m") {
+        request.container = Container::Y4m;
+        return true;
+    }
+    const bool y4m = name.compare(0, std::strlen(kY4mOf), kY4mOf) == 0;
+    request.layout = FindFormat(y4m ? name.substr(std::strlen(kY4mOf)) : name);
+    if (y4m) {
+        request.container = Container::Y4m;
+    }
+    return request.layout != nullptr && (!y4m || request.layout->IsPlanarYuv());
+}
+
+bool lexical_cast(const std::string& text, CropRequest& crop) {
+    const std::size_t plus = text.find('+');
+    if (plus == std::string::npos || !lexical_cast(text.substr(0, plus), crop.size)) {
+        return false;
+    }
+    const auto place = ParsePair(text.substr(plus + 1), '+', ParseNumber);
+    if (!place || crop.size.width == 0 || crop.size.height == 0) {
+        return false;
+    }
+    crop.x = static_cast<std::size_t>(place->first);
+    crop.y = static_cast<std::size_t>(place->second);
+    return std::max({crop.size.width, crop.size.height, crop.x, crop.y}) <= kMaxSide;
+}
+
+// "5-9", "5-", "-9" or "5".
+bool lexical_cast(const std::string& text, FrameRange& frames) {
+    frames = FrameRange();
+    const std::size_t dash = text.find('-');
+    const std::string first = text.substr(0, dash);
+    const std::string last = dash == std::string::npos ? first : text.substr(dash + 1);
+    if ((first.empty() && last.empty()) || (!first.empty() && !ParseNumber(first)) ||
+        (!last.empty() && !ParseNumber(last))) {
+        return false;
+    }
+    frames.first = ParseNumber(first).value_or(frames.first);
+    frames.last = ParseNumber(last).value_or(frames.last);
+    return frames.first >= 1 && frames.first <= frames.last;
+}
+
+// "324x182,164": bytes, and the rows of the plane if there are more than the picture has.
+bool lexical_cast(const std::string& text, Strides& strides) {
+    strides.planes.clear();
+    std::istringstream planes(text + ",");
+    for (std::string plane; std::getline(planes, plane, ',');) {
+        const std::size_t cross = plane.find('x');
+        const auto bytes = ParseNumber(plane.substr(0, cross));
+        const auto rows = cross == std::string::npos ? std::make_optional(0ull) : ParseNumber(plane.substr(cross + 1));
+        if (!bytes || !rows || *bytes > kMaxStride || *rows > kMaxSide) {
+            return false;
+        }
+        strides.planes.push_back({static_cast<std::size_t>(*bytes), static_cast<std::size_t>(*rows)});
+    }
+    return strides.planes.size() <= 3;
 }
 
 std::string Expected(const std::string& expected, const std::string& text) {
@@ -146,11 +254,34 @@ CLI::Validator IsPosition() {
 }
 
 CLI::Validator IsOutput() {
-    std::vector<std::string> names;
-    for (const auto& output : Outputs()) {
-        names.push_back(output.first);
-    }
-    return Reads<OutputRequest>(JoinWords(names));
+    return Reads<OutputRequest>(JoinWords(NamesOfOutputs()));
+}
+
+CLI::Validator IsCrop() {
+    return Reads<CropRequest>("WIDTHxHEIGHT+X+Y, for example 640x360+16+8");
+}
+
+CLI::Validator IsFrameRange() {
+    return Reads<FrameRange>("the first and the last frame, counted from 1, for example 25-49, 25- or -49");
+}
+
+CLI::Validator IsStrides() {
+    return Reads<Strides>("the bytes from row to row of each plane, for example 1344 or 328,168,168");
+}
+
+CLI::Validator IsRange() {
+    return OneOf({{"limited", 0}, {"full", 1}}, "full or limited");
+}
+
+CLI::Validator IsDecibels() {
+    return CLI::Validator(
+        [](std::string& text) -> std::string {
+            char* end = nullptr;
+            const double decibels = std::strtod(text.c_str(), &end);
+            const bool isNumber = !text.empty() && *end == 0 && decibels >= 0 && decibels <= 200;  // NaN is neither
+            return isNumber ? "" : Expected("decibels from 0 to 200, for example 40", text);
+        },
+        "");
 }
 
 CLI::Validator IsWholeNumber(unsigned long long least, unsigned long long most) {
@@ -183,27 +314,34 @@ CLI::Validator IsSeconds(double most) {
 CLI::Validator IsRate() {
     return CLI::Validator(
         [](std::string& text) -> std::string {
-            const std::string ratio = text.find(':') == std::string::npos ? text + ":1" : text;
+            std::string ratio = text.find_first_of(":/") == std::string::npos ? text + ":1" : text;
+            std::replace(ratio.begin(), ratio.end(), '/', ':');
             const auto numbers = ParsePair(ratio, ':', ParseNumber);
-            if (!numbers || numbers->first == 0 || numbers->second == 0) {
-                return Expected("frames per second, for example 25 or 30000:1001", text);
+            if (numbers && numbers->first > 0 && numbers->second > 0) {
+                text = ratio;
+                return "";
             }
-            text = ratio;
+            const std::optional<std::string> decimal = DecimalRate(text);
+            if (!decimal) {
+                return Expected("frames per second, for example 25, 30000:1001 or 29.97", text);
+            }
+            text = *decimal;
             return "";
         },
         "");
 }
 
 CLI::Validator IsLayout(FormatTest pick) {
-    Choices layouts;
-    std::vector<std::string> names;
-    for (const PixelFormat* format : AllFormats()) {
-        if (pick == nullptr || pick(*format)) {
-            layouts.emplace_back(format->name, static_cast<int>(format->layout));
-            names.push_back(format->name);
-        }
-    }
-    return OneOf(layouts, JoinWords(names));
+    return CLI::Validator(
+        [pick](std::string& text) -> std::string {
+            const PixelFormat* format = FindFormat(text);
+            if (format == nullptr || (pick != nullptr && !pick(*format))) {
+                return Expected(JoinWords(NamesOfLayouts(pick)), text);
+            }
+            text = std::to_string(static_cast<int>(format->layout));
+            return "";
+        },
+        "");
 }
 
 CLI::Validator IsAngle() {

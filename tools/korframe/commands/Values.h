@@ -9,6 +9,7 @@
 #include "image/PixelFormat.h"
 #include "io/Open.h"
 #include "pipeline/Overlay.h"
+#include "pipeline/Pipeline.h"
 
 namespace korframe {
 
@@ -16,6 +17,9 @@ namespace korframe {
 bool lexical_cast(const std::string& text, Size& size);
 bool lexical_cast(const std::string& text, Position& position);
 bool lexical_cast(const std::string& text, OutputRequest& request);
+bool lexical_cast(const std::string& text, CropRequest& crop);
+bool lexical_cast(const std::string& text, FrameRange& frames);
+bool lexical_cast(const std::string& text, Strides& strides);
 
 // "expected ..., not 'text'"
 std::string Expected(const std::string& expected, const std::string& text);
@@ -23,10 +27,16 @@ std::string Expected(const std::string& expected, const std::string& text);
 CLI::Validator IsSize();
 CLI::Validator IsPosition();
 CLI::Validator IsOutput();
+CLI::Validator IsCrop();
+CLI::Validator IsFrameRange();
+CLI::Validator IsStrides();
+// "full" or "limited", which become true and false.
+CLI::Validator IsRange();
+CLI::Validator IsDecibels();
 // Decimal only, where CLI::Range would also read octal and hexadecimal numbers.
 CLI::Validator IsWholeNumber(unsigned long long least, unsigned long long most);
 CLI::Validator IsSeconds(double most);
-// Frames per second, which become a ratio as in Y4M: "25" becomes "25:1".
+// Frames per second, which become a ratio as in Y4M: "25" becomes "25:1", and "29.97" becomes "30000:1001".
 CLI::Validator IsRate();
 // The name of a layout, which becomes its value in Layout.
 CLI::Validator IsLayout(FormatTest pick = nullptr);

@@ -8,10 +8,11 @@ _korframe_layouts() {
 _korframe_values() {
     case $2 in
         --from | --overlay-from | --order | --render) _korframe_layouts "$1" ;;
-        --to) printf '%s\n' y4m y4m:i444 png ppm && _korframe_layouts "$1" ;;
+        --to) printf '%s\n' y4m y4m:i422 y4m:i444 png ppm && _korframe_layouts "$1" ;;
         --rotate) printf '%s\n' 0 90 180 270 ;;
         --dither) printf '%s\n' off 0 1 2 ;;
         --matrix) printf '%s\n' 601 709 ;;
+        --range) printf '%s\n' full limited ;;
     esac
 }
 

@@ -39,23 +39,33 @@ constexpr Planes kPixels3 = {{kBytes3, kNone, kNone}};
 // clang-format off
 constexpr PixelFormat kFormats[] = {
     // Whether width and height must be even. Bytes of a pixel and the positions of red, green, blue, alpha.
-    {Layout::I420,  "i420",  "i420 yuv",  "planar 4:2:0: luma, U, V",                    false, false, kCentre, kYuv, 3, kPlanar420},
-    {Layout::I422,  "i422",  "i422",      "planar 4:2:2: luma, U, V; read only",         false, false, kLeft,   kYuv, 3, kPlanar422},
-    {Layout::I444,  "i444",  "i444",      "planar 4:4:4: luma, U, V",                    false, false, kCentre, kYuv, 3, kPlanar444},
-    {Layout::Nv12,  "nv12",  "nv12",      "luma plane, then pairs U V for 2x2 pixels",   false, false, kCentre, kYuv, 2, kSemiPlanar},
-    {Layout::Nv21,  "nv21",  "nv21",      "luma plane, then pairs V U for 2x2 pixels",   false, false, kCentre, kYuv, 2, kSemiPlanar},
-    {Layout::Yuy2,  "yuy2",  "yuy2 yuyv", "packed 4:2:2: Y0 U Y1 V",                     true,  false, kLeft,   kYuv, 1, kPacked422},
-    {Layout::Uyvy,  "uyvy",  "uyvy",      "packed 4:2:2: U Y0 V Y1",                     true,  false, kLeft,   kYuv, 1, kPacked422},
-    {Layout::Yuv2,  "yuv2",  "yuv2",      "as yuy2, but full-range luma, signed chroma", true,  false, kLeft,   kYuv, 1, kPacked422},
-    {Layout::M420,  "m420",  "m420",      "two luma rows, then their row of pairs U V",  true,  true,  kCentre, kYuv, 1, kRowBlocks},
-    {Layout::Bgra,  "bgra",  "bgra",      "32-bit RGB, bytes B G R A", false, false, kCentre, {4, 2, 1, 0, 3}, 1, kPixels4},
-    {Layout::Rgba,  "rgba",  "rgba",      "32-bit RGB, bytes R G B A", false, false, kCentre, {4, 0, 1, 2, 3}, 1, kPixels4},
-    {Layout::Argb,  "argb",  "argb",      "32-bit RGB, bytes A R G B", false, false, kCentre, {4, 1, 2, 3, 0}, 1, kPixels4},
-    {Layout::Abgr,  "abgr",  "abgr",      "32-bit RGB, bytes A B G R", false, false, kCentre, {4, 3, 2, 1, 0}, 1, kPixels4},
-    {Layout::Rgb24, "rgb24", "rgb rgb24", "24-bit RGB, bytes R G B",   false, false, kCentre, {3, 0, 1, 2, 3}, 1, kPixels3},
-    {Layout::Bgr24, "bgr24", "bgr bgr24", "24-bit RGB, bytes B G R",   false, false, kCentre, {3, 2, 1, 0, 3}, 1, kPixels3},
+    {Layout::I420,  "i420",  "i420 yuv",  "yuv420p",         "planar 4:2:0: luma, U, V",                    false, false, kCentre, kYuv, 3, kPlanar420},
+    {Layout::I422,  "i422",  "i422",      "yuv422p y42b",    "planar 4:2:2: luma, U, V",                    false, false, kLeft,   kYuv, 3, kPlanar422},
+    {Layout::I444,  "i444",  "i444",      "yuv444p y444",    "planar 4:4:4: luma, U, V",                    false, false, kCentre, kYuv, 3, kPlanar444},
+    {Layout::Nv12,  "nv12",  "nv12",      "",                "luma plane, then pairs U V for 2x2 pixels",   false, false, kCentre, kYuv, 2, kSemiPlanar},
+    {Layout::Nv21,  "nv21",  "nv21",      "",                "luma plane, then pairs V U for 2x2 pixels",   false, false, kCentre, kYuv, 2, kSemiPlanar},
+    {Layout::Yuy2,  "yuy2",  "yuy2 yuyv", "yuyv422 yuyv",    "packed 4:2:2: Y0 U Y1 V",                     true,  false, kLeft,   kYuv, 1, kPacked422},
+    {Layout::Uyvy,  "uyvy",  "uyvy",      "uyvy422",         "packed 4:2:2: U Y0 V Y1",                     true,  false, kLeft,   kYuv, 1, kPacked422},
+    {Layout::Yuv2,  "yuv2",  "yuv2",      "",                "as yuy2, but full-range luma, signed chroma", true,  false, kLeft,   kYuv, 1, kPacked422},
+    {Layout::M420,  "m420",  "m420",      "",                "two luma rows, then their row of pairs U V",  true,  true,  kCentre, kYuv, 1, kRowBlocks},
+    {Layout::Bgra,  "bgra",  "bgra",      "",                "32-bit RGB, bytes B G R A", false, false, kCentre, {4, 2, 1, 0, 3}, 1, kPixels4},
+    {Layout::Rgba,  "rgba",  "rgba",      "",                "32-bit RGB, bytes R G B A", false, false, kCentre, {4, 0, 1, 2, 3}, 1, kPixels4},
+    {Layout::Argb,  "argb",  "argb",      "",                "32-bit RGB, bytes A R G B", false, false, kCentre, {4, 1, 2, 3, 0}, 1, kPixels4},
+    {Layout::Abgr,  "abgr",  "abgr",      "",                "32-bit RGB, bytes A B G R", false, false, kCentre, {4, 3, 2, 1, 0}, 1, kPixels4},
+    {Layout::Rgb24, "rgb24", "rgb rgb24", "rgb",             "24-bit RGB, bytes R G B",   false, false, kCentre, {3, 0, 1, 2, 3}, 1, kPixels3},
+    {Layout::Bgr24, "bgr24", "bgr bgr24", "bgr",             "24-bit RGB, bytes B G R",   false, false, kCentre, {3, 2, 1, 0, 3}, 1, kPixels3},
 };
 // clang-format on
+
+bool IsWordOf(const std::string& word, const char* words) {
+    std::istringstream candidates(words);
+    for (std::string candidate; candidates >> candidate;) {
+        if (candidate == word) {
+            return true;
+        }
+    }
+    return false;
+}
 
 }  // namespace
 
@@ -121,8 +131,9 @@ const PixelFormat& FormatOf(Layout layout) {
 }
 
 const PixelFormat* FindFormat(const std::string& name) {
+    const std::string small = SmallLetters(name);
     for (const PixelFormat& format : kFormats) {
-        if (name == format.name) {
+        if (small == format.name || IsWordOf(small, format.otherNames)) {
             return &format;
         }
     }
@@ -132,11 +143,8 @@ const PixelFormat* FindFormat(const std::string& name) {
 const PixelFormat* FindFormatBySuffix(const std::string& fileName) {
     const std::string suffix = Suffix(fileName);
     for (const PixelFormat& format : kFormats) {
-        std::istringstream candidates(format.suffixes);
-        for (std::string candidate; candidates >> candidate;) {
-            if (candidate == suffix) {
-                return &format;
-            }
+        if (IsWordOf(suffix, format.suffixes)) {
+            return &format;
         }
     }
     return nullptr;
@@ -168,10 +176,13 @@ std::string Suffix(const std::string& fileName) {
     if (dot == std::string::npos || fileName[dot] == '/') {
         return "";
     }
-    std::string suffix = fileName.substr(dot + 1);
-    std::transform(suffix.begin(), suffix.end(), suffix.begin(),
+    return SmallLetters(fileName.substr(dot + 1));
+}
+
+std::string SmallLetters(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return suffix;
+    return text;
 }
 
 std::string SizeText(std::size_t width, std::size_t height) {

@@ -63,7 +63,8 @@ struct Component {
 struct PixelFormat {
     Layout layout;
     const char* name;
-    const char* suffixes;  // of file names, separated by spaces, without the dot
+    const char* suffixes;    // of file names, separated by spaces, without the dot
+    const char* otherNames;  // under which other programs know it, separated by spaces
     const char* description;
     bool evenWidth;  // an odd size would lose or shift pixels
     bool evenHeight;
@@ -73,7 +74,7 @@ struct PixelFormat {
     std::array<PlaneShape, 3> planes;
 
     bool IsRgb() const { return rgb.bytes > 0; }
-    bool IsPlanarYuv() const { return layout == Layout::I420 || layout == Layout::I444; }
+    bool IsPlanarYuv() const { return planeCount == 3; }
     bool HasAlpha() const { return rgb.alpha < rgb.bytes; }
     std::size_t PlaneBytes(std::size_t plane, std::size_t width, std::size_t height) const;
     std::size_t FrameBytes(std::size_t width, std::size_t height) const;
@@ -87,6 +88,7 @@ struct PixelFormat {
 using FormatTest = bool (*)(const PixelFormat&);
 
 const PixelFormat& FormatOf(Layout layout);
+// By any of its names, in small letters or capitals.
 const PixelFormat* FindFormat(const std::string& name);
 const PixelFormat* FindFormatBySuffix(const std::string& fileName);
 
@@ -96,6 +98,8 @@ std::string FormatTable();
 
 // "1280x720"
 std::string SizeText(std::size_t width, std::size_t height);
+
+std::string SmallLetters(std::string text);
 
 // The part of a file name after its last dot, in lower case; empty if there is none.
 std::string Suffix(const std::string& fileName);

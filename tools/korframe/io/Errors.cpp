@@ -1,11 +1,19 @@
 #include "io/Errors.h"
 
+#include <atomic>
 #include <cctype>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 
 namespace korframe {
+
+namespace {
+
+bool errorsOnly = false;
+std::atomic<bool> lineOpen = false;  // a signal handler reads it
+
+}  // namespace
 
 const char* const kOutOfMemory = "not enough memory for frames of this size; use smaller ones";
 
@@ -29,6 +37,28 @@ std::string Printable(std::string text) {
 
 void SayLine(const std::string& message) {
     std::fprintf(stderr, "korframe: %s\n", Printable(message).c_str());
+}
+
+void SayNote(const std::string& message) {
+    if (!errorsOnly) {
+        SayLine(message);
+    }
+}
+
+void SayErrorsOnly() {
+    errorsOnly = true;
+}
+
+bool SaysErrorsOnly() {
+    return errorsOnly;
+}
+
+void SetLineOpen(bool isOpen) {
+    lineOpen = isOpen;
+}
+
+bool IsLineOpen() {
+    return lineOpen;
 }
 
 }  // namespace korframe

@@ -52,6 +52,15 @@ std::string Printable(std::string text);
 // Prints one line to standard error, prefixed with the program's name.
 void SayLine(const std::string& message);
 
+// The same for what is no error, unless the user wants to hear of errors only.
+void SayNote(const std::string& message);
+void SayErrorsOnly();
+bool SaysErrorsOnly();
+
+// Whether a line on standard error waits for its end, which the program then owes it, whatever ends the program.
+void SetLineOpen(bool isOpen);
+bool IsLineOpen();
+
 }  // namespace korframe
 
 #endif

@@ -91,7 +91,8 @@ std::unique_ptr<FrameSource> OpenRaw(std::unique_ptr<InputFile> input, const Pix
             input->Name() + ": raw " + format.name + " frames carry no size; " +
             (request.sizeOption == nullptr ? kRawElsewhere : std::string("add ") + request.sizeOption + kSizeForm));
     }
-    return std::make_unique<RawSource>(std::move(input), format, request.size.width, request.size.height);
+    return std::make_unique<RawSource>(std::move(input), format, request.size.width, request.size.height,
+                                       request.strides);
 }
 
 bool DescribesItself(const std::string& signature) {
@@ -169,6 +170,9 @@ std::unique_ptr<FrameSource> OpenSource(const InputRequest& request) {
         FailUsage("--order " + std::string(request.pictureOrder->name) + ": " + source->Info().name +
                   " is not a picture; for raw frames give the byte order by --from");
     }
+    if (!request.strides.planes.empty() && !request.rawOnlyIfNeeded && !source->Info().raw) {
+        FailUsage("--stride: " + source->Info().name + " does not hold raw frames");
+    }
     if (!request.rate.empty()) {
         source->SetRate(request.rate);
     }
@@ -184,7 +188,7 @@ OutputKind DecideOutput(const std::string& path, const OutputRequest& to, const 
     if (y4mAsked || Suffix(path) == "y4m" || (IsStandardOutput(path) && nothingAsked && rendered == nullptr)) {
         if (to.layout != nullptr && !to.layout->IsPlanarYuv()) {
             FailUsage(std::string("--to ") + to.layout->name + ": " + path +
-                      " is named as a Y4M file; expected i420 or i444, or another name");
+                      " is named as a Y4M file; expected i420, i422 or i444, or another name");
         }
         return {Container::Y4m, to.layout, PictureKind::None};
     }

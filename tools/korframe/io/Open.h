@@ -8,6 +8,7 @@
 
 #include "io/OutputFile.h"
 #include "io/PictureFile.h"
+#include "io/RawFile.h"
 #include "io/Stream.h"
 
 namespace korframe {
@@ -16,6 +17,7 @@ struct InputRequest {
     std::string path;
     const PixelFormat* from = nullptr;  // --from; otherwise the content decides, or the suffix of a raw file
     Size size;                          // --size, for raw frames only; 0x0 if not given
+    Strides strides;                    // --stride, for raw frames only; empty if their rows are not padded
     bool rawOnlyIfNeeded = false;       // from and size are for raw frames, but other files are welcome too
     const char* sizeOption = "--size";  // the options as messages name them; null if there are none
     const char* fromOption = "--from";

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <climits>
 #include <csignal>
@@ -22,7 +23,8 @@ namespace korframe {
 
 namespace {
 
-// Written at a time: a frame in one piece goes through memory once more on its way into the page cache.
+// Written at a time. A frame in one piece is a little faster at best and several times slower in the median (1080p on
+// ext4): the page cache then looks for large runs of free memory.
 constexpr std::size_t kPiece = std::size_t{1} << 17;
 
 constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP};
@@ -30,6 +32,15 @@ constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP};
 // The path of the temporary file, within reach of the signal handler; empty if there is none. At most one exists at a
 // time.
 char pendingTemporary[PATH_MAX];
+
+// Held while that and the file change. The handler runs on the main thread and others may write; who holds this blocks
+// the signals, so the handler never waits for the thread that it interrupts.
+std::atomic_flag filesChange = ATOMIC_FLAG_INIT;
+
+void HoldFiles() {
+    while (filesChange.test_and_set(std::memory_order_acquire)) {
+    }
+}
 
 sigset_t HandledSignals() {
     sigset_t set;
@@ -41,8 +52,12 @@ sigset_t HandledSignals() {
 }
 
 extern "C" void RemoveTemporaryAndDie(int signal) {
+    HoldFiles();
     if (pendingTemporary[0] != '\0') {
         unlink(pendingTemporary);
+    }
+    if (IsLineOpen()) {
+        [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, "\n", 1);
     }
     // SA_RESETHAND has restored the default action, which the signal takes once we return.
     raise(signal);
@@ -184,9 +199,11 @@ std::string PartialName(const std::string& path, unsigned number) {
 BlockSignals::BlockSignals() {
     const sigset_t set = HandledSignals();
     pthread_sigmask(SIG_BLOCK, &set, &before_);
+    HoldFiles();
 }
 
 BlockSignals::~BlockSignals() {
+    filesChange.clear(std::memory_order_release);
     pthread_sigmask(SIG_SETMASK, &before_, nullptr);
 }
 

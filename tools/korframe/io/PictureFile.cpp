@@ -168,17 +168,17 @@ PictureFacts ReadPicture(InputFile& input, const std::string& name, const Pictur
 
 void WarnOfPicture(const std::string& name, const PictureFacts& facts, const char* advice) {
     if (facts.transparent) {
-        SayLine("warning: " + name + ": has transparent pixels, which are composited over black" +
+        SayNote("warning: " + name + ": has transparent pixels, which are composited over black" +
                 (advice == nullptr ? "" : std::string("; ") + advice));
     }
     if (facts.otherGamma > 0) {
         std::string gamma = std::to_string(facts.otherGamma);
         gamma.resize(gamma.find('.') + 3);
-        SayLine("warning: " + name + ": has a gamma of " + gamma +
+        SayNote("warning: " + name + ": has a gamma of " + gamma +
                 " (gAMA), which is ignored; samples are used as stored");
     }
     if (facts.ownsRest) {
-        SayLine("warning: " + name + ": holds further images (MPF), which are ignored");
+        SayNote("warning: " + name + ": holds further images (MPF), which are ignored");
     }
 }
 

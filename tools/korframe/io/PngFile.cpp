@@ -196,6 +196,8 @@ std::vector<std::uint8_t> EncodePng(const std::string& name, const Frame& pictur
     png.image.width = static_cast<png_uint_32>(picture.Width());
     png.image.height = static_cast<png_uint_32>(picture.Height());
     png.image.format = picture.Format().HasAlpha() ? PNG_FORMAT_RGBA : PNG_FORMAT_RGB;
+    // Without filters and with a low level: several times as fast, for files that are a little larger.
+    png.image.flags = PNG_IMAGE_FLAG_FAST;
     png_alloc_size_t size = PNG_IMAGE_PNG_SIZE_MAX(png.image);
     std::vector<std::uint8_t> file(size);
     if (png_image_write_to_memory(&png.image, file.data(), &size, 0, picture.Data(), 0, nullptr) == 0) {

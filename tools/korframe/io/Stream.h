@@ -29,6 +29,7 @@ struct StreamInfo {
     std::size_t width = 0;
     std::size_t height = 0;
     std::string container = "raw frames";
+    bool raw = false;                     // nothing but frames
     bool hasTags = false;                 // the tags come from the input
     bool alpha = false;                   // the frames have an alpha channel that means something
     bool picture = false;                 // a single frame, so no progress is shown
@@ -37,7 +38,11 @@ struct StreamInfo {
 };
 
 bool IsFullRange(const ClipTags& tags);
-void SetLimitedRange(ClipTags& tags);
+bool IsRangeKnown(const ClipTags& tags);
+void SetRange(ClipTags& tags, bool full);
+// The matrix by which RGB became this clip, "601" or "709", in an X field of this program's own; empty if not known.
+std::string MatrixOf(const ClipTags& tags);
+void SetMatrix(ClipTags& tags, const std::string& name);
 // Removes the X field in which some programs repeat the chroma layout, for when that changes.
 void DropChromaField(ClipTags& tags);
 

@@ -158,7 +158,7 @@ bool Y4mSource::Read(Frame& frame) {
     }
     frameFields_ = line->substr(std::string(kFrame).size());
     frame.Reset(*info_.format, info_.width, info_.height);
-    ReadFrameBytes(*input_, frame, StoredBytes(), framesRead_ + 1);
+    ReadFrameBytes(*input_, frame.Data(), StoredBytes(), framesRead_ + 1);
     std::fill(frame.Data() + StoredBytes(), frame.Data() + frame.Size(), kGrey);
     ++framesRead_;
     return true;
@@ -167,7 +167,7 @@ bool Y4mSource::Read(Frame& frame) {
 Y4mSink::Y4mSink(const std::string& path, const StreamInfo& info, const OutputPolicy& policy)
     : output_(path, policy), keepsFields_(info.tags.interlacing == "m") {
     const ClipTags& tags = info.tags;
-    std::string chroma = "444";
+    std::string chroma = info.format->layout == Layout::I422 ? "422" : "444";
     if (info.format->layout == Layout::I420) {
         chroma = tags.siting.empty() ? info.format->siting : tags.siting;
     }

@@ -6,12 +6,13 @@
 #include "io/Errors.h"
 #include "Kor/Video/Common/KorYuv420.h"
 #include "pipeline/LibraryCall.h"
+#include "pipeline/Resample.h"
 
 namespace korframe {
 
 namespace {
 
-using Run = std::function<void(const Frame&, YuvImage&)>;
+using Run = std::function<void(Frame&, YuvImage&)>;
 
 // Steps that a converter does while it reads: bottom row first, then a rotation or a mirror.
 struct FusedSteps {
@@ -50,16 +51,12 @@ void ResetImage(const Frame& frame, Layout target, const FusedSteps& fused, YuvI
     image.Reset(target, swapped ? frame.Height() : frame.Width(), swapped ? frame.Width() : frame.Height());
 }
 
-// ---- Planar: a copy of each plane ----
+// ---- Planar: as it is, or with another chroma grid ----
 
-Run CapturePlanar(Layout layout) {
-    return [layout](const Frame& frame, YuvImage& image) {
-        image.Reset(layout, frame.Width(), frame.Height());
-        std::size_t plane = 0;
-        for (Plane* to : {&image.y, &image.u, &image.v}) {
-            CallLibrary(KorPlanarRotation, RowsOf(frame, plane), *to, to->width, to->height, 0u);
-            ++plane;
-        }
+Run CapturePlanar(Layout target) {
+    return [target, spare = std::make_shared<YuvImage>()](Frame& frame, YuvImage& image) {
+        image.Take(frame);
+        ResampleChroma(target, image, *spare);
     };
 }
 
@@ -215,21 +212,30 @@ Run CaptureRgbInOrder(const RgbPath& path, const Matrix& matrix, const FusedStep
     };
 }
 
-Run ReorderFirst(const PixelFormat& order, Run capture) {
-    return [&order, capture = std::move(capture), reordered = std::make_shared<Frame>()](const Frame& frame,
-                                                                                         YuvImage& image) {
-        Reorder(frame, order, *reordered);
-        capture(*reordered, image);
+Run MoveSamplesFirst(const PixelFormat& format, Run capture) {
+    return [&format, capture = std::move(capture), moved = std::make_shared<Frame>()](Frame& frame, YuvImage& image) {
+        MoveSamples(frame, format, *moved);
+        capture(*moved, image);
     };
+}
+
+bool Is444(const PixelFormat* format) {
+    return format != nullptr && format->layout == Layout::I444;
+}
+
+bool Is422(const PixelFormat* format) {
+    return format != nullptr && HoldSameSamples(*format, FormatOf(Layout::I422));
 }
 
 }  // namespace
 
 Layout PlanesFor(const PixelFormat& source, const PixelFormat* asked) {
-    if (source.IsPlanarYuv()) {
-        return source.layout;
-    }
-    return asked != nullptr && asked->IsPlanarYuv() && source.IsRgb() ? asked->layout : Layout::I420;
+    // Full chroma if the source has it and the output can hold more than 4:2:0, or if 4:2:2 is to become 4:4:4.
+    const bool finer = asked == nullptr || asked->IsRgb() || Is444(asked) || Is422(asked);
+    const bool full = (Is444(&source) && finer) ||
+                      (source.IsRgb() && (Is444(asked) || asked == &FormatOf(Layout::I422))) ||
+                      (Is422(&source) && Is444(asked));
+    return full ? Layout::I444 : Layout::I420;
 }
 
 Capture::Capture(const StreamInfo& source, Layout target, const Matrix& matrix, std::vector<Step>& steps) {
@@ -244,16 +250,18 @@ Capture::Capture(const StreamInfo& source, Layout target, const Matrix& matrix, 
         const FusedSteps fused = path->flips ? TakeFlip(steps) : FusedSteps();
         run_ = CaptureRgbInOrder(*path, matrix, fused);
         if (direct == nullptr) {
-            run_ = ReorderFirst(FormatOf(path->source), std::move(run_));
+            run_ = MoveSamplesFirst(FormatOf(path->source), std::move(run_));
         }
         return;
     }
     const PackedPath* path = FindPackedPath(layout);
     const bool semiPlanar = layout == Layout::Nv12 || layout == Layout::Nv21;
-    if (layout == target) {
-        run_ = CapturePlanar(layout);
-    } else if (layout == Layout::I422 && target == Layout::I420) {
+    if (layout == Layout::I422 && target == Layout::I420) {
         run_ = CapturePlanar422(TakeFlip(steps));
+    } else if (source.format->IsPlanarYuv()) {
+        run_ = CapturePlanar(target);
+    } else if (Is422(source.format) && target == Layout::I444) {
+        run_ = MoveSamplesFirst(FormatOf(Layout::I422), CapturePlanar(target));
     } else if (semiPlanar && target == Layout::I420) {
         FusedSteps fused = TakeFlip(steps);
         fused.mirror = TakeFront(steps, StepKind::Mirror);
@@ -272,13 +280,6 @@ Capture::Capture(const StreamInfo& source, Layout target, const Matrix& matrix, 
         FailUsage(source.name + ": there is no conversion from " + source.format->name + " to " +
                   FormatOf(target).name);
     }
-}
-
-bool Capture::Reaches(Layout source, Layout target) {
-    if (FormatOf(source).IsRgb()) {
-        return FindRgbPath(Layout::Bgra, MatrixKind::Bt601, target) != nullptr;
-    }
-    return source == target || (target == Layout::I420 && source != Layout::I444);
 }
 
 }  // namespace korframe

@@ -12,7 +12,7 @@
 
 namespace korframe {
 
-// The planes that a source is captured into: its own if it is planar, otherwise those asked for, otherwise I420.
+// The planes that a source is captured into, I420 or I444, so that no chroma is lost that the output could hold.
 // `asked` is the layout of the output, null if any will do.
 Layout PlanesFor(const PixelFormat& source, const PixelFormat* asked);
 
@@ -21,13 +21,11 @@ class Capture {
     // Chooses the path from the layout of the source to `target`, I420 or I444; throws if there is none. Removes from
     // the front of `steps` those that the converter does in the same pass.
     Capture(const StreamInfo& source, Layout target, const Matrix& matrix, std::vector<Step>& steps);
-    void operator()(const Frame& frame, YuvImage& image) const { run_(frame, image); }
-
-    // Whether some matrix leads from a layout to planes of another.
-    static bool Reaches(Layout source, Layout target);
+    // Consumes the frame: the image may take its memory.
+    void operator()(Frame& frame, YuvImage& image) const { run_(frame, image); }
 
   private:
-    std::function<void(const Frame&, YuvImage&)> run_;
+    std::function<void(Frame&, YuvImage&)> run_;
 };
 
 }  // namespace korframe

@@ -1,8 +1,10 @@
 // The path of a frame: captured into planes, taken through the steps and rendered, again for every step that renders.
+// Where there is no step and only the places of samples differ, these are moved instead.
 #ifndef KORFRAME_CHAIN_H
 #define KORFRAME_CHAIN_H
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -31,30 +33,41 @@ class Chain {
     const StreamInfo& Info() const { return info_; }
     // The planes under each overlay, in the order of their steps.
     const std::vector<StreamInfo>& Backgrounds() const { return backgrounds_; }
-    // Whether full-range samples would be rendered as limited range.
-    bool RendersFullRange() const { return rendersFullRange_; }
+    // Whether the matrix is used, from RGB to YUV and back.
+    bool CapturesRgb() const { return capturesRgb_; }
+    bool RendersRgb() const { return rendersRgb_; }
+    // Whether the range of the source makes a difference.
+    bool DependsOnRange() const { return dependsOnRange_; }
+    // The forms that a frame takes, for people.
+    const std::string& Path() const { return path_; }
 
-    // Replaces a frame of the source with what the chain makes of it.
-    void Run(Frame& frame, const std::vector<std::shared_ptr<OverlayFrame>>& overlays);
+    // Returns what becomes of a frame, until the next call, and leaves anything in the frame.
+    Frame& Run(Frame& frame, const std::vector<std::shared_ptr<OverlayFrame>>& overlays);
 
   private:
-    // From one form of frame to the next, by way of planes.
+    // From one form of frame to the next.
     struct Link {
-        Capture capture;
+        const PixelFormat* moveTo;  // null if by way of planes
+        std::optional<Capture> capture;
         std::vector<Step> steps;
-        Render render;
+        std::optional<Render> render;
+        Frame made;
     };
 
     void AddLink(std::vector<Step> steps, const ChainEnd& end, const Matrix& matrix);
+    bool Arrives(const ChainEnd& end);
     StreamInfo Follow(StreamInfo planes, const Step& step);
+    void Apply(const Step& step, const std::vector<std::shared_ptr<OverlayFrame>>& overlays);
 
     StreamInfo info_;
     std::vector<Link> links_;
     std::vector<StreamInfo> backgrounds_;
-    bool rendersFullRange_ = false;
+    std::string path_;
+    bool capturesRgb_ = false;
+    bool rendersRgb_ = false;
+    bool dependsOnRange_ = false;
     YuvImage image_;
     YuvImage spare_;
-    Frame made_;
 };
 
 }  // namespace korframe

@@ -26,8 +26,13 @@ const char* const kMatrixFileHelp =
     "                     (the factor of Y in the first row scales luma for all three)\n";
 
 Matrix LoadMatrix(const std::string& name) {
-    if (name == "601" || name == "709") {
-        return {name == "601" ? MatrixKind::Bt601 : MatrixKind::Bt709, name};
+    for (const char* const prefix : {"", "bt", "bt.", "BT", "BT."}) {
+        if (name == prefix + std::string("601")) {
+            return {MatrixKind::Bt601, "601"};
+        }
+        if (name == prefix + std::string("709")) {
+            return {MatrixKind::Bt709, "709"};
+        }
     }
     try {
         InputFile input(name);
@@ -35,6 +40,10 @@ Matrix LoadMatrix(const std::string& name) {
     } catch (const Error& error) {
         throw Error(error.Status(), std::string("--matrix ") + error.what());
     }
+}
+
+std::string NameOf(const Matrix& matrix) {
+    return matrix.kind == MatrixKind::Own ? matrix.name : "BT." + matrix.name;
 }
 
 Matrix ReadMatrix(InputFile& input) {

@@ -20,8 +20,10 @@ struct Matrix {
 // What --help says about matrix files.
 extern const char* const kMatrixFileHelp;
 
-// "601", "709" or the name of a file.
+// "601", "709", either with "bt" or "BT." before it, or the name of a file.
 Matrix LoadMatrix(const std::string& name);
+// "BT.601", or the name of the file.
+std::string NameOf(const Matrix& matrix);
 Matrix ReadMatrix(InputFile& input);
 
 }  // namespace korframe

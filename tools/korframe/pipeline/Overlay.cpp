@@ -116,7 +116,7 @@ void CheckPlanes(const StreamInfo& info) {
 void WarnOfTwoRanges(const StreamInfo& overlay, const StreamInfo& background) {
     if (IsFullRange(overlay.tags) != IsFullRange(background.tags)) {
         const auto range = [](const StreamInfo& info) { return IsFullRange(info.tags) ? "full" : "limited"; };
-        SayLine("warning: " + overlay.name + ": is " + range(overlay) + " range on a " + range(background) +
+        SayNote("warning: " + overlay.name + ": is " + range(overlay) + " range on a " + range(background) +
                 "-range background; their contrasts will not match");
     }
 }

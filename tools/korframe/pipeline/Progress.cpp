@@ -5,6 +5,9 @@
 #include <cinttypes>
 #include <cstdio>
 #include <string>
+#include <vector>
+
+#include "io/Errors.h"
 
 namespace korframe {
 
@@ -14,44 +17,82 @@ namespace {
 constexpr std::chrono::milliseconds kUntilShown(500);
 constexpr std::chrono::milliseconds kBetweenUpdates(200);
 
+// The narrowest terminal on which the line takes no second row.
+constexpr std::size_t kColumns = 29;
+
 const char* const kEraseLine = "\r\033[K";
+
+std::string Rounded(double rate) {
+    char text[32];
+    std::snprintf(text, sizeof text, rate < 10 ? "%.1f" : "%.0f", rate);
+    return text;
+}
+
+// "1:02:03", or "2:03" if it is less than an hour.
+std::string Clock(double seconds) {
+    const auto whole = static_cast<unsigned long long>(seconds + 0.5);
+    char text[64];
+    if (whole >= 3600) {
+        std::snprintf(text, sizeof text, "%llu:%02llu:%02llu", whole / 3600, whole / 60 % 60, whole % 60);
+    } else {
+        std::snprintf(text, sizeof text, "%llu:%02llu", whole / 60, whole % 60);
+    }
+    return text;
+}
+
+// Frames, of how many if that is known, frames a second and the time left, as far as there is room.
+std::string ProgressLine(std::uint64_t frames, std::optional<std::uint64_t> total, double seconds) {
+    const bool isTotalKnown = total && frames <= *total;  // a header may promise less than there is
+    const double rate = static_cast<double>(frames) / seconds;
+    std::string line = std::to_string(frames) + (isTotalKnown ? "/" + std::to_string(*total) : " frames");
+    std::vector<std::string> more = {" " + Rounded(rate) + " fps"};
+    if (isTotalKnown && rate > 0) {
+        more.push_back(" " + Clock(static_cast<double>(*total - frames) / rate) + " left");
+    }
+    for (const std::string& part : more) {
+        if (line.size() + part.size() <= kColumns) {
+            line += part;
+        }
+    }
+    return line;
+}
 
 }  // namespace
 
 Progress::Progress(const StreamInfo& info)
-    : enabled_(!info.picture && isatty(STDERR_FILENO) == 1),
+    : enabled_(!info.picture && !SaysErrorsOnly() && isatty(STDERR_FILENO) == 1),
       total_(info.frames),
-      begin_(Clock::now()),
+      begin_(std::chrono::steady_clock::now()),
       shown_(begin_) {}
 
 // An unfinished line must not stand before a message.
 Progress::~Progress() {
-    if (showing_) {
+    if (IsLineOpen()) {
         std::fputs(kEraseLine, stderr);
+        SetLineOpen(false);
     }
 }
 
 void Progress::Show(std::uint64_t frames) {
-    const Clock::time_point now = Clock::now();
-    if (!enabled_ || now - begin_ < kUntilShown || (showing_ && now - shown_ < kBetweenUpdates)) {
+    const auto now = std::chrono::steady_clock::now();
+    if (!enabled_ || now - begin_ < kUntilShown || (IsLineOpen() && now - shown_ < kBetweenUpdates)) {
         return;
     }
     shown_ = now;
-    showing_ = true;
-    const std::string of = total_ && frames <= *total_ ? " of " + std::to_string(*total_) : "";
-    std::fprintf(stderr, "%s%" PRIu64 "%s frames, %.1f frames/s", kEraseLine, frames, of.c_str(),
-                 static_cast<double>(frames) / std::chrono::duration<double>(now - begin_).count());
+    SetLineOpen(true);
+    const std::string line = ProgressLine(frames, total_, std::chrono::duration<double>(now - begin_).count());
+    std::fprintf(stderr, "%s%s", kEraseLine, line.c_str());
     std::fflush(stderr);
 }
 
 void Progress::Finish(std::uint64_t frames) {
-    if (!showing_) {
+    if (!IsLineOpen()) {
         return;
     }
-    const double seconds = std::chrono::duration<double>(Clock::now() - begin_).count();
-    std::fprintf(stderr, "%s%" PRIu64 " frames in %.2f s, %.1f frames/s\n", kEraseLine, frames, seconds,
-                 static_cast<double>(frames) / seconds);
-    showing_ = false;
+    const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin_).count();
+    std::fprintf(stderr, "%s%" PRIu64 " frames in %s s, %s fps\n", kEraseLine, frames, Rounded(seconds).c_str(),
+                 Rounded(static_cast<double>(frames) / seconds).c_str());
+    SetLineOpen(false);
 }
 
 }  // namespace korframe

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdint>
 #include <optional>
+#include <string>
 
 #include "io/Stream.h"
 
@@ -22,13 +23,10 @@ class Progress {
     void Finish(std::uint64_t frames);
 
   private:
-    using Clock = std::chrono::steady_clock;
-
     bool enabled_;
     std::optional<std::uint64_t> total_;
-    Clock::time_point begin_;
-    Clock::time_point shown_;
-    bool showing_ = false;
+    std::chrono::steady_clock::time_point begin_;
+    std::chrono::steady_clock::time_point shown_;
 };
 
 }  // namespace korframe

@@ -1,13 +1,13 @@
 #include "pipeline/Render.h"
 
 #include <algorithm>
-#include <cstring>
 #include <memory>
 
 #include "io/Errors.h"
 #include "io/SizeChecks.h"
 #include "Kor/Video/Common/KorYuv420.h"
 #include "pipeline/LibraryCall.h"
+#include "pipeline/Resample.h"
 
 namespace korframe {
 
@@ -54,14 +54,6 @@ const Path* FindPath(const Path (&paths)[count], Layout source, MatrixKind matri
     return path != std::end(paths) ? path : nullptr;
 }
 
-// The top left part of a frame of one plane.
-void Crop(const Frame& from, std::size_t width, std::size_t height, Frame& to) {
-    to.Reset(from.Format(), width, height);
-    for (std::size_t row = 0; row < height; ++row) {
-        std::memcpy(to.Data() + row * to.Pitch(), from.Data() + row * from.Pitch(), to.Pitch());
-    }
-}
-
 // 4:2:0 is rendered in 2x2 blocks, so an odd size is padded to even by repeating its edge, rendered and cropped.
 Run RenderInBlocks(const PixelFormat& format,
                    std::function<void(const YuvImage&, std::size_t, std::size_t, Frame&)> render) {
@@ -77,7 +69,7 @@ Run RenderInBlocks(const PixelFormat& format,
         image.EvenOut();
         whole->Reset(format, width, height);
         render(image, width, height, *whole);
-        Crop(*whole, image.Width(), image.Height(), frame);
+        CropFrame(*whole, 0, 0, image.Width(), image.Height(), frame);
     };
 }
 
@@ -99,23 +91,40 @@ Run RenderToYuv2() {
                           });
 }
 
-Run ReorderAfter(Run render, const PixelFormat& order) {
-    return [render = std::move(render), &order, rendered = std::make_shared<Frame>()](YuvImage& image, Frame& frame) {
+Run MoveSamplesAfter(Run render, const PixelFormat& format) {
+    return [render = std::move(render), &format, rendered = std::make_shared<Frame>()](YuvImage& image, Frame& frame) {
         render(image, *rendered);
-        Reorder(*rendered, order, frame);
+        MoveSamples(*rendered, format, frame);
     };
 }
 
-// Without the spare column and row.
-void CopyPlane(const Plane& plane, std::uint8_t* packed) {
-    CallLibrary(KorPlanarRotation, RowsOf(plane), packed, plane.width, plane.width, plane.height, 0u);
+void GivePlanes(YuvImage& image, Frame& frame) {
+    image.Give(frame);
 }
 
-void CopyPlanes(YuvImage& image, Frame& frame) {
-    frame.Reset(FormatOf(image.GetLayout()), image.Width(), image.Height());
-    CopyPlane(image.y, frame.Plane(0));
-    CopyPlane(image.u, frame.Plane(1));
-    CopyPlane(image.v, frame.Plane(2));
+Run ResampleFirst(Layout planes, Run next) {
+    return [planes, next = std::move(next), spare = std::make_shared<YuvImage>()](YuvImage& image, Frame& frame) {
+        ResampleChroma(planes, image, *spare);
+        next(image, frame);
+    };
+}
+
+// The renderers expand limited range.
+Run LimitRangeFirst(Run next) {
+    return [next = std::move(next)](YuvImage& image, Frame& frame) {
+        LimitRange(image);
+        next(image, frame);
+    };
+}
+
+// The planes from which the samples of a layout other than RGB are put together.
+Layout PlanesOf(const PixelFormat& target) {
+    for (const Layout planar : {Layout::I422, Layout::I444}) {
+        if (target.layout == planar) {
+            return planar;
+        }
+    }
+    return Layout::I420;
 }
 
 // For targets whose renderers have no noise of their own.
@@ -142,9 +151,9 @@ void DitherImage(YuvImage& image, KorVideoFrameDitherLevel ditherLevel) {
 
 Render::Render(const StreamInfo& source, const std::string& output, const PixelFormat& target, const Matrix& matrix,
                KorVideoFrameDitherLevel ditherLevel) {
-    const Layout planes = source.format->layout;
     CheckParity(output, target, source.width, source.height);
     if (target.IsRgb()) {
+        const Layout planes = source.format->layout;
         const Path* direct = FindPath(kRgbPaths, planes, matrix.kind, target.layout);
         const Path* path = direct != nullptr ? direct : FindPath(kRgbPaths, planes, matrix.kind, Layout::Bgra);
         if (path == nullptr) {
@@ -153,33 +162,31 @@ Render::Render(const StreamInfo& source, const std::string& output, const PixelF
         }
         run_ = RenderBy(*path, matrix, ditherLevel);
         if (direct == nullptr) {
-            run_ = ReorderAfter(std::move(run_), target);
+            run_ = MoveSamplesAfter(std::move(run_), target);
+        }
+        if (IsFullRange(source.tags)) {
+            run_ = LimitRangeFirst(std::move(run_));
         }
         return;
     }
+    const Layout planes = PlanesOf(target);
     if (const Path* path = FindPath(kPackedPaths, planes, MatrixKind::Bt601, target.layout)) {
         run_ = RenderBy(*path, matrix, ditherLevel);
-        return;
-    }
-    if (target.layout == planes) {
-        run_ = CopyPlanes;
-    } else if (target.layout == Layout::Yuv2 && planes == Layout::I420) {
+        ditherLevel = KOR_VIDEOFRAMEDITHERLEVEL_Off;  // done
+    } else if (target.layout == Layout::Yuv2) {
         run_ = RenderToYuv2();
+    } else if (target.layout == planes) {
+        run_ = GivePlanes;
     } else {
-        FailUsage(output + ": there is no conversion from " + source.format->name + " to " + target.name);
+        run_ = MoveSamplesAfter(GivePlanes, target);
+    }
+    if (planes != source.format->layout) {
+        run_ = ResampleFirst(planes, std::move(run_));
     }
     if (ditherLevel != KOR_VIDEOFRAMEDITHERLEVEL_Off) {
         CheckDither(source);
         run_ = DitherBefore(std::move(run_), ditherLevel);
     }
-}
-
-bool Render::Reaches(Layout planes, Layout target) {
-    if (FormatOf(target).IsRgb()) {
-        return FindPath(kRgbPaths, planes, MatrixKind::Bt601, Layout::Bgra) != nullptr;
-    }
-    return target == planes || FindPath(kPackedPaths, planes, MatrixKind::Bt601, target) != nullptr ||
-           (target == Layout::Yuv2 && planes == Layout::I420);
 }
 
 }  // namespace korframe

@@ -13,14 +13,11 @@ namespace korframe {
 
 class Render {
   public:
-    // `source` describes the planes. Throws, naming `output`, if no path leads from them to `target`.
+    // `source` describes the planes. Throws, naming `output`, if they cannot become `target`.
     Render(const StreamInfo& source, const std::string& output, const PixelFormat& target, const Matrix& matrix,
            KorVideoFrameDitherLevel ditherLevel);
     // Consumes the image: noise and repeated edges may be written to it.
     void operator()(YuvImage& image, Frame& frame) const { run_(image, frame); }
-
-    // Whether some matrix leads from planes of a layout to a target.
-    static bool Reaches(Layout planes, Layout target);
 
   private:
     std::function<void(YuvImage&, Frame&)> run_;

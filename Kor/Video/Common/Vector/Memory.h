@@ -17,13 +17,13 @@ enum class Memory {
 };
 
 // Fetches bytes, which are whole cache lines, ahead of their use. Processors foresee a row by themselves, but only as far as its
-// page goes, and would wait for memory at the start of every page. What lies behind the picture may be fetched, too, and need not
-// exist.
-template <Memory memory>
+// page goes, and would wait for memory at the start of every page. Rows are read backwards if direction is -1. What lies beyond the
+// picture may be fetched, too, and need not exist.
+template <Memory memory, int direction = 1>
 KOR_INLINE inline void FetchAhead(const KorUint8* x, KorSizeT bytes) {
     if constexpr (memory != Memory::Cached) {
-        constexpr KorSizeT kDistance = 2048;
-        const uintptr_t ahead = reinterpret_cast<uintptr_t>(x) + kDistance;
+        constexpr KorDistanceT kDistance = 2048;
+        const uintptr_t ahead = reinterpret_cast<uintptr_t>(x) + static_cast<uintptr_t>(direction * kDistance);
         for (KorSizeT line = 0; line < bytes; line += 64) {
             __builtin_prefetch(reinterpret_cast<const void*>(ahead + line));
         }

@@ -30,14 +30,15 @@ template <LumaByte lumaByte, Order order, Memory memory>
 KOR_KERNEL void CaptureRowPair(KorUint8* y0, KorUint8* y1, KorUint8* u, KorUint8* v,
                                const KorUint8* x0, const KorUint8* x1, KorSizeT n) {
     constexpr int luma = lumaByte == LumaByte::First ? 0 : 1;
+    constexpr int direction = order == Order::Forwards ? 1 : -1;
     const D8 d;
     const KorSizeT size = hn::Lanes(d);
     ForEachStoredBlock<memory>(n, size, 0, [&](KorSizeT start, auto stores) KOR_INLINE {
         const KorSizeT from = order == Order::Forwards ? start : n - size - start;
         const KorUint8* upper = x0 + 2 * from;
         const KorUint8* lower = x1 + 2 * from;
-        FetchAhead<memory>(upper, 2 * size);
-        FetchAhead<memory>(lower, 2 * size);
+        FetchAhead<memory, direction>(upper, 2 * size);
+        FetchAhead<memory, direction>(lower, 2 * size);
         const V8 a0 = hn::LoadU(d, upper), b0 = hn::LoadU(d, upper + size);
         const V8 a1 = hn::LoadU(d, lower), b1 = hn::LoadU(d, lower + size);
         const V8 luma0 = TakeOfPairs<luma>(a0, b0);
@@ -60,13 +61,17 @@ KorSizeT LowerRow(KorSizeT row, KorSizeT height) {
     return Min(row + 1, height - 1);
 }
 
+// The kernel for a picture.
+template <LumaByte lumaByte, Order order>
+auto CaptureFor(KorSizeT width, KorSizeT height, bool isStreamed) {
+    return ForMemory(2 * width * height, isStreamed, &CaptureRowPair<lumaByte, order, Memory::Cached>,
+                     &CaptureRowPair<lumaByte, order, Memory::FetchedAhead>, &CaptureRowPair<lumaByte, order, Memory::Streamed>);
+}
+
 template <LumaByte lumaByte>
 void PackedToI420(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorSizeT height) {
-    constexpr Order kForwards = Order::Forwards;
     const bool isStreamed = AreStreamed(y, u, v, width * height * 3 / 2, 2);
-    const auto capture = ForMemory(2 * width * height, isStreamed, &CaptureRowPair<lumaByte, kForwards, Memory::Cached>,
-                                   &CaptureRowPair<lumaByte, kForwards, Memory::FetchedAhead>,
-                                   &CaptureRowPair<lumaByte, kForwards, Memory::Streamed>);
+    const auto capture = CaptureFor<lumaByte, Order::Forwards>(width, height, isStreamed);
     for (KorSizeT row = 0; row < height; row += 2) {
         capture(y.Row(row), y.Row(row + 1), u.Row(row / 2), v.Row(row / 2),
                 rows.Row(row), rows.Row(LowerRow(row, height)), width & ~KorSizeT{1});
@@ -77,12 +82,14 @@ void PackedToI420(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, Ko
 // Turns by 180 degrees. A lone last row is taken twice, as everywhere.
 template <LumaByte lumaByte>
 void PackedToI420Reversed(Plane y, Plane u, Plane v, SourceRows rows, KorSizeT width, KorSizeT height) {
+    const bool isStreamed = AreStreamed(y, u, v, width * height * 3 / 2, 2);
+    const auto capture = CaptureFor<lumaByte, Order::Backwards>(width, height, isStreamed);
     const KorSizeT lastPair = (height - 1) / 2;
     for (KorSizeT row = 0; row < height; row += 2) {
         const KorSizeT to = lastPair - row / 2;
-        CaptureRowPair<lumaByte, Order::Backwards, Memory::Cached>(y.Row(2 * to + 1), y.Row(2 * to), u.Row(to), v.Row(to),
-                                                                   rows.Row(row), rows.Row(LowerRow(row, height)), width);
+        capture(y.Row(2 * to + 1), y.Row(2 * to), u.Row(to), v.Row(to), rows.Row(row), rows.Row(LowerRow(row, height)), width);
     }
+    FinishStores(isStreamed);
 }
 
 // A tile of 8 pixels by as many rows as a vector has bytes. Before the last step of the transposition its columns stand there
