@@ -35,8 +35,8 @@ constexpr double kAtOnceSecondsQuick = 0.001;
 constexpr double kAtOnceSecondsAlone = 0.4;  // a meeting is a matter of chance, and is to be had again
 constexpr std::size_t kAtOnceCalls = 20;     // at least
 
-// What this thread has worked. On a busy machine both threads need their share before they can have met. WebAssembly only
-// knows the time.
+// What this thread has worked. On a busy machine both threads need their share before they can have met. WebAssembly
+// only knows the time.
 double WorkedSeconds() {
     timespec time = {};
     if (clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time) != 0) {

@@ -459,6 +459,7 @@ class VectorWorkshop(Workshop):
         super().__init__(lines, listed, soname, directory)
         self.units = {}  # the compiler's command, up to the output
         self.objects = []  # of all other units
+        self.portable = build / "Kor/libKorYuv420C.so"
         for entry in json.loads((build / "compile_commands.json").read_text()):
             words = shlex.split(entry["command"])
             to = build / words[words.index("-o") + 1]
@@ -487,9 +488,8 @@ class VectorWorkshop(Workshop):
                                    "-o", objects[-1]], capture_output=True, text=True)
             if done.returncode != 0:
                 return done
-        empty = [] if text else ["-xc++", "/dev/null"]
-        return subprocess.run(["g++", "-shared", *objects, *empty, "-o", where / self.soname, f"-Wl,-soname,{self.soname}"],
-                              capture_output=True, text=True)
+        return subprocess.run(["g++", "-shared", *objects, "-o", where / self.soname, f"-Wl,-soname,{self.soname}",
+                               self.portable, f"-Wl,-rpath,{self.portable.parent}"], capture_output=True, text=True)
 
 
 def soname_of(build):

@@ -168,7 +168,7 @@ constexpr KorSizeT kBandOfPairs = 64;
     constexpr KorSizeT kWays = 12;
     const KorSizeT distance = static_cast<KorSizeT>(pitch);
     for (KorSizeT rows = 1; rows <= hn::Lanes(D8()) / kWays; ++rows) {
-        if ((rows * distance + 64) % 4096 <= 128) {
+        if ((rows * distance + 63) % 4096 < 127) {
             return true;
         }
     }
