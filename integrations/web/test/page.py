@@ -414,7 +414,7 @@ class SourcesTest(PageTest):
                 self.wait(lambda: message in self.text("notice"), 10)
                 self.assertIn(name, self.text("notice"))
                 self.assertEqual(before, self.scene())
-        # A picture of its word in all but its pixels: 9000 by 9000, in few bytes.
+        # A sound picture, only too large.
         self.paste(png_of_one_colour(9000, 9000), "large.png")
         self.wait(lambda: "large.png is 9000 × 9000; expected at most 64 megapixels" in self.text("notice"))
         self.js("""
