@@ -1,9 +1,9 @@
 /*
  * The default random-bytes service: random bytes from the operating system.
  *
- * Where it takes a system call to get any, which costs more than a small frame, each thread asks for a block of them and
- * keeps what is left. That is the only state, so any number of threads may call the service at once. A product that wants
- * another source defines KorRandomGetBytes itself and leaves this file out.
+ * Where it takes a system call to get any, which costs more than a small frame, each thread asks for a block of them
+ * and keeps what is left. That is the only state, so any number of threads may call the service at once. A product that
+ * wants another source defines KorRandomGetBytes itself and leaves this file out.
  */
 #include "Kor/Os/KorRandom.h"
 
