@@ -44,10 +44,10 @@ class Pipeline {
         return picture;
     }
 
-    // An error that an element has posted, or nothing.
-    std::string Error() {
+    // An error that an element has posted, or posts within this time, or nothing.
+    std::string Error(GstClockTime wait = 0) {
         GstBus* bus = gst_element_get_bus(pipeline_);
-        GstMessage* message = gst_bus_pop_filtered(bus, GST_MESSAGE_ERROR);
+        GstMessage* message = gst_bus_timed_pop_filtered(bus, wait, GST_MESSAGE_ERROR);
         gst_object_unref(bus);
         if (message == nullptr) {
             return "";
@@ -138,7 +138,7 @@ TEST(KorBlendPipeline, RefusesInterlacedVideoWithAMessage) {
         "videotestsrc num-buffers=2 ! video/x-raw,format=I420,width=64,height=48"
         " ! capssetter caps=video/x-raw,interlace-mode=mixed ! korblend ! fakesink");
     pipeline.SetStateAsItMay(GST_STATE_PLAYING);
-    EXPECT_NE(pipeline.Error().find("deinterlace"), std::string::npos);
+    EXPECT_NE(pipeline.Error(30 * GST_SECOND).find("deinterlace"), std::string::npos);
 }
 
 }  // namespace
