@@ -84,7 +84,8 @@ std::optional<std::vector<Stride>> GuessStrides(std::uint64_t size, const PixelF
                 const bool addsRow = evenRows && plane == 0 && format.planeCount > 1;
                 strides.push_back({RoundUp(rows.bytes, unit), addsRow ? RoundUp(rows.count, 2) : rows.count});
             }
-            if (size % BytesOf(strides) == 0) {
+            const std::size_t frameBytes = BytesOf(strides);
+            if (frameBytes != 0 && size % frameBytes == 0) {
                 return strides;
             }
         }
@@ -118,7 +119,7 @@ RawSource::RawSource(std::unique_ptr<InputFile> input, const PixelFormat& format
         strides_ = StridesOf(strides.planes, format, width, height);
         bytesInFile_ = BytesOf(strides_);
     }
-    if (!input_->Size()) {
+    if (!input_->Size() || bytesInFile_ == 0) {
         return;
     }
     info_.frames = *input_->Size() / bytesInFile_;

@@ -407,12 +407,12 @@ void KorI420toYuv2 KOR_PARAMETERS_Pack {
 }
 
 void KorM420ToI420 KOR_PARAMETERS_Capture {
-    const KorSizeT widthC = width / 2;
     // Two thirds are copied, which the C library does with longer vectors than these may be.
     constexpr bool hasLongVectors = HWY_MAX_BYTES > 16;
-    if (!hasLongVectors || !IsWide(widthC, height / 2)) {
+    if (!hasLongVectors || !IsWide(width / 2, height / 2)) {
         return KorM420ToI420_C_ KOR_ARGUMENTS_Capture;
     }
+    const KorSizeT widthC = width / 2;
     const Plane planeY = {y, pitchY};
     const Plane planeU = {u, pitchU};
     const Plane planeV = {v, pitchV};
