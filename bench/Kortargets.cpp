@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <fstream>
 #include <nlohmann/json.hpp>
 
@@ -61,9 +62,7 @@ std::vector<double> Measure(const std::vector<const char*>& contestants, const s
     return best;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int Run(int argc, char** argv) {
     bench::FrameSize size = {64, 64};
     double seconds = 0.1;
     const char* pattern = "";
@@ -111,4 +110,15 @@ int main(int argc, char** argv) {
         return 2;
     }
     return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return Run(argc, argv);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "kortargets: %s\n", error.what());
+        return 1;
+    }
 }

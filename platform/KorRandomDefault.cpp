@@ -1,13 +1,20 @@
 /*
- * The default random-bytes service: random bytes straight from the operating system.
+ * The default random-bytes service: random bytes from the operating system.
  *
- * It keeps no state, so any number of threads may call it at once. A product that wants another source defines
- * KorRandomGetBytes itself and leaves this file out.
+ * Where it takes a system call to get any, which costs more than a small frame, each thread asks for a block of them
+ * and keeps what is left. That is the only state, so any number of threads may call the service at once. A product that
+ * wants another source defines KorRandomGetBytes itself and leaves this file out.
  */
 #include "Kor/Os/KorRandom.h"
 
+#include <string.h>
+
 #if defined(__APPLE__) || defined(__FreeBSD__) || defined(__OpenBSD__) || defined(__NetBSD__)
 #define KOR_HAS_ARC4RANDOM
+#endif
+#if !defined(_WIN32) && !defined(KOR_HAS_ARC4RANDOM)
+// The others make their bytes in the process, and heed forks themselves.
+#define KOR_KEEPS_BYTES
 #endif
 
 #if defined(_WIN32)
@@ -17,6 +24,7 @@
 #elif defined(__linux__)
 #include <errno.h>
 #include <sys/random.h>
+#include <unistd.h>
 #elif defined(KOR_HAS_ARC4RANDOM)
 #include <stdlib.h>
 #elif defined(__EMSCRIPTEN__) || defined(__wasi__)
@@ -90,15 +98,81 @@ KorSizeT SomeBytes(char* buffer, KorSizeT count) {
 
 #endif
 
-}  // namespace
-
-KorBool KorRandomGetBytes(char* buffer, KorSizeT count) {
+// Fails at once if the system does, whatever it has given before.
+bool GetFromSystem(char* buffer, KorSizeT count) {
     while (count > 0) {
         const KorSizeT got = SomeBytes(buffer, count);
         if (got == 0)
-            return 0;
+            return false;
         buffer += got;
         count -= got;
     }
-    return 1;
+    return true;
+}
+
+#if defined(KOR_KEEPS_BYTES)
+
+// A dithered frame takes three indices: one system call for some twenty frames.
+constexpr KorSizeT kBlockBytes = 512;
+
+struct Block {
+    char bytes[kBlockBytes];
+    KorSizeT left;  // from the first byte on
+    long process;   // that has asked for them
+};
+
+// Zeros, so that nothing runs when a thread starts or ends.
+thread_local Block block;
+
+// A child has a copy of its parent's block and must not use it. The number of the process tells them apart without a
+// handler, which code that clones processes itself would pass by, and without a page that the system empties, which a
+// thread would have to give back. Asking for it is a system call as well, but the shortest of all.
+long Process() {
+#if defined(__EMSCRIPTEN__) || defined(__wasi__)
+    return 0;  // there are no others
+#else
+    return static_cast<long>(getpid());
+#endif
+}
+
+// Has at least count bytes in the block. What was left is too little and is given up.
+bool Refill(KorSizeT count, long process) {
+    block.left = 0;
+    KorSizeT filled = 0;
+    while (filled < count) {
+        const KorSizeT got = SomeBytes(block.bytes + filled, kBlockBytes - filled);
+        if (got == 0)
+            return false;
+        filled += got;
+    }
+    block.left = filled;
+    block.process = process;
+    return true;
+}
+
+// Bytes that have been handed out are nowhere else.
+bool GetFromBlock(char* buffer, KorSizeT count) {
+    const long process = Process();
+    if ((block.left < count || block.process != process) && !Refill(count, process))
+        return false;
+    block.left -= count;
+    char* const taken = block.bytes + block.left;
+    memcpy(buffer, taken, count);
+    memset(taken, 0, count);
+    return true;
+}
+
+#endif
+
+}  // namespace
+
+KorBool KorRandomGetBytes(char* buffer, KorSizeT count) {
+    if (count == 0)
+        return 1;
+#if defined(KOR_KEEPS_BYTES)
+    // Larger requests gain nothing by a copy.
+    if (count <= kBlockBytes / 8)
+        return GetFromBlock(buffer, count);
+#endif
+    return GetFromSystem(buffer, count);
 }

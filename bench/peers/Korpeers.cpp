@@ -12,6 +12,7 @@ extern "C" {
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -184,9 +185,7 @@ constexpr const char* kCompiler = "Clang " KOR_STRING(__clang_major__) "." KOR_S
 constexpr const char* kCompiler = "GCC " KOR_STRING(__GNUC__) "." KOR_STRING(__GNUC_MINOR__);
 #endif
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int Run(int argc, char** argv) {
     const Options options = Parse(argc, argv);
     av_log_set_level(AV_LOG_ERROR);
     nlohmann::ordered_json results = {
@@ -211,4 +210,15 @@ int main(int argc, char** argv) {
         }
     }
     return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return Run(argc, argv);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "korpeers: %s\n", error.what());
+        return 1;
+    }
 }

@@ -80,8 +80,9 @@ void SetStrings(GstStructure* structure, const char* field, const std::vector<st
 }
 
 std::vector<GstVideoFormat> FormatsOf(const GstStructure* structure) {
-    std::vector<GstVideoFormat> formats;
     const std::vector<std::string> names = StringsOf(structure, "format");
+    std::vector<GstVideoFormat> formats;
+    formats.reserve(names.size());
     for (const std::string& name : names) {
         formats.push_back(gst_video_format_from_string(name.c_str()));
     }

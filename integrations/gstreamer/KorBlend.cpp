@@ -32,6 +32,8 @@ struct State {
     GstVideoInfo info;
     GstVideoInfo overlayInfo;
     GstCaps* caps = nullptr;
+    GstBuffer* picture = nullptr;  // that the overlay was made of, and what it is
+    GstVideoInfo pictureInfo;
     korgst::Overlay overlay;
 };
 
@@ -62,7 +64,7 @@ Settings SettingsOf(KorBlend* self) {
 
 // ---- Properties ----
 
-void SetProperty(GObject* object, guint id, const GValue* value, GParamSpec* spec) {
+void SetProperty(GObject* object, guint id, const GValue* value, GParamSpec* pspec) {
     Settings& settings = *Self(object)->settings;
     GST_OBJECT_LOCK(object);
     switch (id) {
@@ -76,12 +78,12 @@ void SetProperty(GObject* object, guint id, const GValue* value, GParamSpec* spe
             settings.alpha = g_value_get_double(value);
             break;
         default:
-            G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, spec);
+            G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, pspec);
     }
     GST_OBJECT_UNLOCK(object);
 }
 
-void GetProperty(GObject* object, guint id, GValue* value, GParamSpec* spec) {
+void GetProperty(GObject* object, guint id, GValue* value, GParamSpec* pspec) {
     const Settings settings = SettingsOf(Self(object));
     switch (id) {
         case kX:
@@ -94,11 +96,11 @@ void GetProperty(GObject* object, guint id, GValue* value, GParamSpec* spec) {
             g_value_set_double(value, settings.alpha);
             break;
         default:
-            G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, spec);
+            G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, pspec);
     }
 }
 
-// ---- Pads and caps ----
+// ---- Pads ----
 
 GstAggregatorPad* NewPad(const char* name, GstPadTemplate* pads) {
     return GST_AGGREGATOR_PAD(
@@ -140,6 +142,32 @@ GstAggregatorPad* OverlayPad(KorBlend* self) {
     return pad;
 }
 
+// ---- The overlay ----
+
+void ForgetOverlay(State& state) {
+    state.overlay.Clear();
+    gst_buffer_replace(&state.picture, nullptr);
+}
+
+bool SetOverlay(KorBlend* self, GstBuffer* buffer, const GstVideoInfo& info) {
+    State& state = *self->state;
+    korgst::Matrix matrix = korgst::Matrix::None;
+    if (korgst::IsRgb(GST_VIDEO_INFO_FORMAT(&info)) && !korgst::FindMatrix(info, state.info, &matrix)) {
+        GST_ELEMENT_ERROR(self, STREAM, FORMAT,
+                          ("An RGB overlay needs a video with the colours of BT.601, BT.709 or BT.2020."), (nullptr));
+        return false;
+    }
+    if (!state.overlay.Set(buffer, info, matrix)) {
+        GST_ELEMENT_ERROR(self, STREAM, FORMAT, ("The overlay cannot be read."), (nullptr));
+        return false;
+    }
+    gst_buffer_replace(&state.picture, buffer);
+    state.pictureInfo = info;
+    return true;
+}
+
+// ---- Caps ----
+
 bool TakeCaps(KorBlend* self, GstAggregatorPad* pad, GstCaps* caps) {
     State& state = *self->state;
     GstVideoInfo info;
@@ -157,7 +185,8 @@ bool TakeCaps(KorBlend* self, GstAggregatorPad* pad, GstCaps* caps) {
     state.info = info;
     gst_caps_replace(&state.caps, caps);
     gst_pad_mark_reconfigure(GST_AGGREGATOR_SRC_PAD(self));
-    return true;
+    // The colours may be others now, with which an RGB overlay has to be made again.
+    return state.picture == nullptr || SetOverlay(self, state.picture, state.pictureInfo);
 }
 
 gboolean SinkEvent(GstAggregator* aggregator, GstAggregatorPad* pad, GstEvent* event) {
@@ -227,22 +256,6 @@ GstClockTime RunningTime(GstAggregatorPad* pad, GstBuffer* buffer) {
     return time;
 }
 
-bool SetOverlay(KorBlend* self, GstBuffer* buffer) {
-    State& state = *self->state;
-    korgst::Matrix matrix = korgst::Matrix::None;
-    if (korgst::IsRgb(GST_VIDEO_INFO_FORMAT(&state.overlayInfo)) &&
-        !korgst::FindMatrix(state.overlayInfo, state.info, &matrix)) {
-        GST_ELEMENT_ERROR(self, STREAM, FORMAT,
-                          ("An RGB overlay needs a video with the colours of BT.601, BT.709 or BT.2020."), (nullptr));
-        return false;
-    }
-    if (!state.overlay.Set(buffer, state.overlayInfo, matrix)) {
-        GST_ELEMENT_ERROR(self, STREAM, FORMAT, ("The overlay cannot be read."), (nullptr));
-        return false;
-    }
-    return true;
-}
-
 // Takes all pictures of the overlay whose time has come by now.
 GstFlowReturn UpdateOverlay(KorBlend* self, GstAggregatorPad* pad, GstClockTime now, bool timeout) {
     GstFlowReturn result = GST_FLOW_OK;
@@ -254,7 +267,7 @@ GstFlowReturn UpdateOverlay(KorBlend* self, GstAggregatorPad* pad, GstClockTime 
         const GstClockTime time = RunningTime(pad, next);
         const bool due = !GST_CLOCK_TIME_IS_VALID(time) || !GST_CLOCK_TIME_IS_VALID(now) || time <= now;
         if (due) {
-            result = SetOverlay(self, next) ? GST_FLOW_OK : GST_FLOW_NOT_NEGOTIATED;
+            result = SetOverlay(self, next, self->state->overlayInfo) ? GST_FLOW_OK : GST_FLOW_NOT_NEGOTIATED;
             gst_aggregator_pad_drop_buffer(pad);
         }
         gst_buffer_unref(next);
@@ -307,14 +320,14 @@ GstFlowReturn Aggregate(GstAggregator* aggregator, gboolean timeout) {
 
 gboolean Stop(GstAggregator* aggregator) {
     State& state = *Self(aggregator)->state;
-    state.overlay.Clear();
+    ForgetOverlay(state);
     gst_caps_replace(&state.caps, nullptr);
     return TRUE;
 }
 
 // A seek starts both streams anew.
 GstFlowReturn Flush(GstAggregator* aggregator) {
-    Self(aggregator)->state->overlay.Clear();
+    ForgetOverlay(*Self(aggregator)->state);
     return GST_FLOW_OK;
 }
 
@@ -322,6 +335,7 @@ GstFlowReturn Flush(GstAggregator* aggregator) {
 
 void Finalize(GObject* object) {
     KorBlend* self = Self(object);
+    ForgetOverlay(*self->state);
     gst_caps_replace(&self->state->caps, nullptr);
     delete self->settings;
     delete self->state;

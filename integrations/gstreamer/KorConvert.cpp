@@ -91,7 +91,7 @@ void ChangeSettings(KorConvert* self, Change change) {
     }
 }
 
-void SetProperty(GObject* object, guint id, const GValue* value, GParamSpec* spec) {
+void SetProperty(GObject* object, guint id, const GValue* value, GParamSpec* pspec) {
     KorConvert* self = Self(object);
     switch (id) {
         case kVideoDirection:
@@ -108,11 +108,11 @@ void SetProperty(GObject* object, guint id, const GValue* value, GParamSpec* spe
             ChangeSettings(self, [&](Settings& settings) { settings.threads = g_value_get_uint(value); });
             break;
         default:
-            G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, spec);
+            G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, pspec);
     }
 }
 
-void GetProperty(GObject* object, guint id, GValue* value, GParamSpec* spec) {
+void GetProperty(GObject* object, guint id, GValue* value, GParamSpec* pspec) {
     const Settings settings = SettingsOf(Self(object));
     switch (id) {
         case kVideoDirection:
@@ -125,7 +125,7 @@ void GetProperty(GObject* object, guint id, GValue* value, GParamSpec* spec) {
             g_value_set_uint(value, settings.threads);
             break;
         default:
-            G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, spec);
+            G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, pspec);
     }
 }
 

@@ -55,8 +55,8 @@ extern "C" {
 #if defined(__EMSCRIPTEN__)
 // How many functions are done; and a digest, in two halves, because numbers of JavaScript have 53 bits.
 KOR_IMPORT("progress") void KorWebTellProgress(std::uint32_t functions);
-KOR_IMPORT("digest") void KorWebTellDigest(const char* function, const char* option, std::uint32_t high,
-                                           std::uint32_t low);
+KOR_IMPORT("digest")
+void KorWebTellDigest(const char* function, const char* option, std::uint32_t high, std::uint32_t low);
 
 KOR_EXPORT void KorWebMakeDigests() {
     const kit::Entry* current = nullptr;

@@ -11,10 +11,13 @@
 #include <thread>
 #include <vector>
 
+#if defined(__unix__) || defined(__APPLE__)
+#include <sys/wait.h>
+#include <unistd.h>
+#endif
 #if defined(__linux__)
 #include <sys/random.h>
 #include <sys/syscall.h>
-#include <unistd.h>
 #endif
 
 #include "gtest/gtest.h"
@@ -301,44 +304,115 @@ TEST(RandomService, ServesManyThreadsAtOnce) {
     EXPECT_EQ(std::adjacent_find(all.begin(), all.end()), all.end()) << "two draws are the same";
 }
 
+#if defined(__unix__) || defined(__APPLE__)
+// What a child of this process draws.
+std::vector<char> DrawInChild(size_t count) {
+    int ends[2];
+    EXPECT_EQ(pipe(ends), 0);
+    const pid_t child = fork();
+    EXPECT_GE(child, 0);
+    if (child == 0) {
+        const std::vector<char> bytes = Draw(count);
+        _exit(write(ends[1], bytes.data(), count) == static_cast<ssize_t>(count) ? 0 : 1);
+    }
+    std::vector<char> bytes(count);
+    EXPECT_EQ(read(ends[0], bytes.data(), count), static_cast<ssize_t>(count));
+    close(ends[0]);
+    close(ends[1]);
+    int status = -1;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    return bytes;
+}
+
+TEST(RandomService, GivesEveryChildBytesOfItsOwn) {
+    std::vector<std::vector<char>> draws;
+    Draw(8);
+    draws.push_back(DrawInChild(16));
+    draws.push_back(DrawInChild(16));
+    draws.push_back(Draw(16));
+    std::sort(draws.begin(), draws.end());
+    EXPECT_EQ(std::adjacent_find(draws.begin(), draws.end()), draws.end()) << "two processes drew the same";
+}
+#endif
+
 #if defined(__linux__)
 
+// On a thread of its own, for which nothing has been kept yet.
 class ScriptedSystem : public testing::Test {
   protected:
-    void SetUp() override { systemScript = SystemScript(); }
-    void TearDown() override { systemScript = SystemScript(); }
+    template <class Work>
+    static void OnNewThread(Work work) {
+        std::thread(work).join();
+    }
 };
 
+TEST_F(ScriptedSystem, IsAskedOncePerManyDraws) {
+    OnNewThread([] {
+        for (int draw = 0; draw < 60; ++draw)
+            Draw(8);
+        EXPECT_EQ(systemScript.calls, 1);
+    });
+}
+
 TEST_F(ScriptedSystem, ShortReadsAreContinued) {
-    systemScript.most = 3;
-    EXPECT_TRUE(EveryByteIsDrawn(1000));
-    EXPECT_EQ(systemScript.calls, 10 * 334);
+    OnNewThread([] {
+        systemScript.most = 3;
+        EXPECT_TRUE(EveryByteIsDrawn(1000));
+        EXPECT_EQ(systemScript.calls, 10 * 334);
+    });
+}
+
+TEST_F(ScriptedSystem, ShortReadsOfSmallRequestsAreContinued) {
+    OnNewThread([] {
+        systemScript.most = 3;
+        EXPECT_TRUE(EveryByteIsDrawn(8));
+    });
 }
 
 TEST_F(ScriptedSystem, InterruptionsAreRepeated) {
-    systemScript.interruptions = 5;
-    EXPECT_EQ(Draw(8).size(), 8u);
-    EXPECT_EQ(systemScript.calls, 6);
+    OnNewThread([] {
+        systemScript.interruptions = 5;
+        EXPECT_EQ(Draw(8).size(), 8u);
+        EXPECT_EQ(systemScript.calls, 6);
+    });
 }
 
 TEST_F(ScriptedSystem, FailureIsToldAtOnce) {
-    systemScript.callsBeforeFailure = 0;
-    char bytes[8];
-    EXPECT_FALSE(KorRandomGetBytes(bytes, sizeof(bytes)));
-    EXPECT_EQ(systemScript.calls, 1);
+    OnNewThread([] {
+        systemScript.callsBeforeFailure = 0;
+        char bytes[8];
+        EXPECT_FALSE(KorRandomGetBytes(bytes, sizeof(bytes)));
+        EXPECT_EQ(systemScript.calls, 1);
+    });
 }
 
 TEST_F(ScriptedSystem, FailureHalfWayIsToldToo) {
-    systemScript.most = 3;
-    systemScript.callsBeforeFailure = 2;
-    char bytes[8];
-    EXPECT_FALSE(KorRandomGetBytes(bytes, sizeof(bytes)));
-    EXPECT_EQ(systemScript.calls, 3);
+    OnNewThread([] {
+        systemScript.most = 3;
+        systemScript.callsBeforeFailure = 2;
+        char bytes[8];
+        EXPECT_FALSE(KorRandomGetBytes(bytes, sizeof(bytes)));
+        EXPECT_EQ(systemScript.calls, 3);
+    });
+}
+
+TEST_F(ScriptedSystem, FailureDoesNotLast) {
+    OnNewThread([] {
+        systemScript.most = 3;
+        systemScript.callsBeforeFailure = 2;
+        char bytes[8];
+        EXPECT_FALSE(KorRandomGetBytes(bytes, sizeof(bytes)));
+        systemScript = SystemScript();
+        EXPECT_TRUE(EveryByteIsDrawn(8));
+    });
 }
 
 TEST_F(ScriptedSystem, NothingIsAskedForNothing) {
-    EXPECT_TRUE(KorRandomGetBytes(nullptr, 0));
-    EXPECT_EQ(systemScript.calls, 0);
+    OnNewThread([] {
+        EXPECT_TRUE(KorRandomGetBytes(nullptr, 0));
+        EXPECT_EQ(systemScript.calls, 0);
+    });
 }
 
 #endif

@@ -11,6 +11,9 @@
 
 #include <atomic>
 #include <cstdlib>
+#if defined(KOR_WITH_SVE)
+#include <sys/auxv.h>
+#endif
 
 #include "Kor/Video/Common/C/KorYuv420_C_.h"
 #include "Kor/Video/Common/KorYuv420Shapes_.h"
@@ -53,6 +56,14 @@ constexpr Functions kFunctions = {
 #endif
 #if defined(KOR_WITH_NEON)
 #define KOR_TARGET_NAMESPACE neon
+#include "Kor/Video/Common/Vector/Target_.inc"
+#endif
+#if defined(KOR_WITH_SVE)
+#define KOR_TARGET_NAMESPACE sve
+#include "Kor/Video/Common/Vector/Target_.inc"
+#endif
+#if defined(KOR_WITH_SVE2)
+#define KOR_TARGET_NAMESPACE sve2
 #include "Kor/Video/Common/Vector/Target_.inc"
 #endif
 #if defined(KOR_WITH_WASM)
@@ -122,6 +133,17 @@ bool RunsAlways() {
 }
 #endif
 
+#if defined(KOR_WITH_SVE)
+// What Linux calls HWCAP_SVE and HWCAP2_SVE2, which its older headers lack. SVE comes with all else that its flag stands for.
+bool RunsSve() {
+    return (getauxval(AT_HWCAP) & 1UL << 22) != 0;
+}
+
+bool RunsSve2() {
+    return RunsSve() && (getauxval(AT_HWCAP2) & 1UL << 1) != 0;
+}
+#endif
+
 // What the environment variable KOR_STREAMING says about destinations that are written past the caches.
 enum Streaming {
     kBySize,
@@ -177,6 +199,11 @@ constexpr Target kTargets[] = {
 #endif
 #if defined(KOR_WITH_NEON)
     {"neon", &RunsAlways, kor::neon::kFunctions, kor::neon::kFunctions},
+#endif
+#if defined(KOR_WITH_SVE)
+    // Behind NEON until a processor has been measured: the same bytes have been seen on emulated ones alone.
+    {"sve2", &RunsSve2, kor::sve2::kFunctions, kor::sve2::kFunctions},
+    {"sve", &RunsSve, kor::sve::kFunctions, kor::sve::kFunctions},
 #endif
 #if defined(KOR_WITH_WASM)
     {"wasm", &RunsAlways, kor::wasm::kFunctions, kor::wasm::kFunctions},

@@ -33,9 +33,9 @@ KOR_EXTERN_C_BEGIN
  */
 
 /**
- * The name of the target in use: "avx512", "avx2", "sse4", "ssse3", "neon", "wasm" or "portable". Chooses one if there
- * was no call yet. Chosen automatically, it is the best of this machine; single functions may then use another one that
- * is faster.
+ * The name of the target in use: "avx512", "avx2", "sse4", "ssse3", "neon", "sve2", "sve", "wasm" or "portable". Chooses
+ * one if there was no call yet. Chosen automatically, it is the best of this machine; single functions may then use
+ * another one that is faster.
  */
 KOR_API const char* KorYuv420Target(void);
 

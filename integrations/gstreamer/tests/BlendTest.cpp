@@ -287,20 +287,22 @@ TEST(KorBlend, PlaceAndOpacityFollowTheirControllers) {
     EXPECT_EQ(Difference(blend.Run(video, GST_SECOND), Blended(video, overlay, 40, 0, 255, nullptr)), "");
 }
 
-TEST(KorBlend, TheVideoMayChangeItsSizeInMidStream) {
+TEST(KorBlend, TheVideoMayChangeItsSizeAndColoursInMidStream) {
     std::mt19937 random(27);
     const Picture overlay = RandomPicture(GST_VIDEO_FORMAT_BGRx, 10, 8, random);
-    const Picture planes = Expected(overlay, GST_VIDEO_FORMAT_I420, Matrix::Bt601, {});
     Blend blend;
     for (const KorSizeT width : {KorSizeT{32}, KorSizeT{48}, KorSizeT{20}}) {
         const Picture video = RandomPicture(GST_VIDEO_FORMAT_I420, width, 24, random);
+        const Matrix matrix = width == 48 ? Matrix::Bt709 : Matrix::Bt601;
+        const char* colours = width == 48 ? GST_VIDEO_COLORIMETRY_BT709 : GST_VIDEO_COLORIMETRY_BT601;
         if (width == 32) {
-            blend.Start(video, overlay, "bt601");
+            blend.Start(video, overlay, colours);
             blend.PushOverlay(overlay, 0);
             blend.EndOverlay();
         } else {
-            blend.SetVideo(video, "bt601");
+            blend.SetVideo(video, colours);
         }
+        const Picture planes = Expected(overlay, GST_VIDEO_FORMAT_I420, matrix, {});
         EXPECT_EQ(Difference(blend.Run(video, width * GST_MSECOND), Blended(video, planes, 0, 0, 255, nullptr)), "")
             << width;
     }

@@ -66,8 +66,8 @@ class Pipeline {
 
 std::vector<std::string> TestPatterns() {
     GstElement* source = gst_element_factory_make("videotestsrc", nullptr);
-    GParamSpec* spec = g_object_class_find_property(G_OBJECT_GET_CLASS(source), "pattern");
-    const GEnumClass* values = G_PARAM_SPEC_ENUM(spec)->enum_class;
+    GParamSpec* pspec = g_object_class_find_property(G_OBJECT_GET_CLASS(source), "pattern");
+    const GEnumClass* values = G_PARAM_SPEC_ENUM(pspec)->enum_class;
     std::vector<std::string> names;
     for (guint i = 0; i < values->n_values; ++i) {
         names.emplace_back(values->values[i].value_nick);

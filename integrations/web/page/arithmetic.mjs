@@ -185,8 +185,9 @@ export function explainBlend(path, x, y) {
         const back = before[i].value;
         const s = back * (255 - alpha) + front * alpha;
         return [{
-            label, actual: after[i].value, formula: `(s + (s >> 8) + 1) >> 8, s = ${label}·(255 ${minus} α) + overlay·α`,
-            numbers: `s = ${back}·${255 - alpha} + ${front}·${alpha} = ${s}`, value: (s + (s >> 8) + 1) >> 8,
+            label, actual: after[i].value,
+            formula: `(s + (s >> 8) + 1) >> 8, s = ${label}·(255 ${minus} α) + overlay·α = ${back}·${255 - alpha} + ${front}·${alpha}`,
+            numbers: `(${s} + ${s >> 8} + 1) >> 8`, value: (s + (s >> 8) + 1) >> 8,
         }];
     });
 }

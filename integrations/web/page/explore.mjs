@@ -20,6 +20,8 @@ export class Explorer {
                 ...functions.filter((f) => f.family === family).map((f) => element('option', {}, f.name))));
         }
         select.value = 'KorYUY2ToI420';
+        showCalls(byId('explore-call'), '', '', '');
+        byId('explore-call').querySelector('details').open = true;
         for (const id of ['function', 'width', 'height', 'flip', 'degree', 'level']) {
             const box = byId(`explore-${id}`);
             box.addEventListener(box.type === 'number' ? 'input' : 'change', () => this.draw());

@@ -115,13 +115,14 @@ export function setUpSpeed(sets) {
 }
 
 function speedTable(rows, targets) {
-    const most = Math.max(...rows.flatMap(({megapixels}) => megapixels));
+    const all = rows.flatMap(({megapixels}) => megapixels);
+    const [least, most] = [Math.min(...all) / 2, Math.max(...all)];
     const bar = (value, kind) => {
         const made = element('div', {class: `bar ${kind}`});
-        made.style.width = `${100 * value / most}%`;
+        made.style.width = `${100 * Math.log(value / least) / Math.log(most / least)}%`;
         return made;
     };
-    const head = element('tr', {}, element('th', {scope: 'col'}, 'Function'), element('th', {scope: 'col', class: 'bars'}, `Mpix/s: ${targets.at(-1)} above, portable below`),
+    const head = element('tr', {}, element('th', {scope: 'col'}, 'Function'), element('th', {scope: 'col', class: 'bars'}, `Mpix/s on a logarithmic scale: ${targets.at(-1)} above, portable below`),
         ...targets.map((target) => element('th', {scope: 'col', class: 'number optional'}, target)), element('th', {scope: 'col', class: 'number'}, 'ratio'));
     return element('table', {}, element('thead', {}, head), element('tbody', {}, ...rows.map(({name, megapixels}) =>
         element('tr', {}, element('th', {scope: 'row'}, element('code', {}, name)),

@@ -51,6 +51,21 @@ struct StreamingStores {
     }
 };
 
+// Stores the two halves of a vector, such as U and V.
+template <class Stores, class V>
+KOR_INLINE inline void StoreHalves(Stores stores, V x, KorUint8* lower, KorUint8* upper) {
+    const hn::Half<hn::DFromV<V>> half;
+#if HWY_HAVE_SCALABLE
+    // Halves are of the same type as whole vectors, so that the tag has to tell.
+    static_cast<void>(stores);
+    hn::StoreU(hn::LowerHalf(half, x), half, lower);
+    hn::StoreU(hn::UpperHalf(half, x), half, upper);
+#else
+    stores.Store(hn::LowerHalf(half, x), lower);
+    stores.Store(hn::UpperHalf(half, x), upper);
+#endif
+}
+
 // Sources of this size and more come from memory. Smaller ones may lie in a cache, where fetching ahead costs and gains nothing.
 constexpr KorSizeT kBeyondCaches = KorSizeT{8} << 20;
 

@@ -54,6 +54,15 @@ struct alignas(64) Places {
 };
 #endif
 
+// The average of unsigned bytes, rounded up. Highway's loses the carry on SVE.
+KOR_INLINE inline V8 RoundedAverage(V8 a, V8 b) {
+#if HWY_HAVE_SCALABLE
+    return hn::Sub(hn::Or(a, b), hn::BitCast(D8(), hn::And(hn::ShiftRight<1>(hn::BitCast(D16(), hn::Xor(a, b))), hn::Set(D16(), 0x7f7f))));
+#else
+    return hn::AverageRound(a, b);
+#endif
+}
+
 // The same 32 bits in every group of four bytes.
 KOR_INLINE inline V8 SetGroups(KorUint group) {
     return hn::BitCast(D8(), hn::Set(D32(), group));
@@ -150,6 +159,10 @@ KOR_INLINE inline V8 OrderHalves(V8 x) {
     return V8{_mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7), x.raw)};
 #elif HWY_TARGET == HWY_AVX2
     return V8{_mm256_permute4x64_epi64(x.raw, 0xd8)};
+#elif HWY_HAVE_SCALABLE
+    const hn::ScalableTag<uint64_t> d;
+    const auto halves = hn::BitCast(d, x);
+    return hn::BitCast(D8(), hn::ConcatLowerLower(d, hn::ConcatOdd(d, halves, halves), hn::ConcatEven(d, halves, halves)));
 #else
     return x;
 #endif
@@ -228,12 +241,12 @@ KOR_INLINE inline V8 AveragePixelPairs(V8 a, V8 b) {
     const auto even = KOR_X86(shuffle_ps)(floats(a), floats(b), 0x88);
     const auto odd = KOR_X86(shuffle_ps)(floats(a), floats(b), 0xdd);
     const D8 d8;
-    return hn::AverageRound(hn::BitCast(d8, hn::Vec<hn::ScalableTag<float>>{even}), hn::BitCast(d8, hn::Vec<hn::ScalableTag<float>>{odd}));
+    return RoundedAverage(hn::BitCast(d8, hn::Vec<hn::ScalableTag<float>>{even}), hn::BitCast(d8, hn::Vec<hn::ScalableTag<float>>{odd}));
 #else
     const D32 d;
     const V32 a32 = hn::BitCast(d, a);
     const V32 b32 = hn::BitCast(d, b);
-    return hn::AverageRound(hn::BitCast(D8(), hn::ConcatEven(d, b32, a32)), hn::BitCast(D8(), hn::ConcatOdd(d, b32, a32)));
+    return RoundedAverage(hn::BitCast(D8(), hn::ConcatEven(d, b32, a32)), hn::BitCast(D8(), hn::ConcatOdd(d, b32, a32)));
 #endif
 }
 

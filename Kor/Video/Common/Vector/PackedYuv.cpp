@@ -25,14 +25,6 @@ bool IsWide(KorSizeT width, KorSizeT height) {
     return (width & ~KorSizeT{1}) >= hn::Lanes(D8()) && height != 0;
 }
 
-// Stores the two halves of a vector, such as U and V.
-template <class Stores>
-KOR_INLINE inline void StoreHalves(Stores stores, V8 x, KorUint8* lower, KorUint8* upper) {
-    const hn::Half<D8> half;
-    stores.Store(hn::LowerHalf(half, x), lower);
-    stores.Store(hn::UpperHalf(half, x), upper);
-}
-
 // Two rows of n pixels, n at least a vector of bytes and even. x1 may be x0. Backwards, the last pixel is written first.
 template <LumaByte lumaByte, Order order, Memory memory>
 KOR_KERNEL void CaptureRowPair(KorUint8* y0, KorUint8* y1, KorUint8* u, KorUint8* v,
@@ -51,7 +43,7 @@ KOR_KERNEL void CaptureRowPair(KorUint8* y0, KorUint8* y1, KorUint8* u, KorUint8
         const V8 a1 = hn::LoadU(d, lower), b1 = hn::LoadU(d, lower + size);
         const V8 luma0 = TakeOfPairs<luma>(a0, b0);
         const V8 luma1 = TakeOfPairs<luma>(a1, b1);
-        const V8 uv = TakeOfGroups<1 - luma>(hn::AverageRound(a0, a1), hn::AverageRound(b0, b1));
+        const V8 uv = TakeOfGroups<1 - luma>(RoundedAverage(a0, a1), RoundedAverage(b0, b1));
         if constexpr (order == Order::Forwards) {
             stores.Store(luma0, y0 + start);
             stores.Store(luma1, y1 + start);
@@ -120,8 +112,8 @@ KOR_KERNEL void TurnPackedTile(KorUint8* y, KorDistanceT columnY, KorUint8* u, K
         hn::StoreU(luma, d, y + static_cast<KorDistanceT>(k) * columnY);
     }
     for (KorSizeT k = 0; k < half / 2; ++k) {
-        const auto ofU = hn::BitCast(d64, hn::AverageRound(tile.rows[2 * k], tile.rows[2 * k + half]));
-        const auto ofV = hn::BitCast(d64, hn::AverageRound(tile.rows[2 * k + 1], tile.rows[2 * k + 1 + half]));
+        const auto ofU = hn::BitCast(d64, RoundedAverage(tile.rows[2 * k], tile.rows[2 * k + half]));
+        const auto ofV = hn::BitCast(d64, RoundedAverage(tile.rows[2 * k + 1], tile.rows[2 * k + 1 + half]));
         const auto both = isLumaFirst ? hn::InterleaveUpper(d64, ofU, ofV) : hn::InterleaveLower(d64, ofU, ofV);
         StoreHalves(PlainStores(), OrderHalves(hn::BitCast(d, both)), u + static_cast<KorDistanceT>(k) * columnU,
                     v + static_cast<KorDistanceT>(k) * columnV);

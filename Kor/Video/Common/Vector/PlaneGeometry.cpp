@@ -20,7 +20,7 @@ bool IsWide(KorSizeT width) {
 KOR_INLINE inline void AverageRow(KorUint8* dst, const KorUint8* a, const KorUint8* b, KorSizeT n) {
     const D8 d;
     ForEachLightBlock(n, hn::Lanes(d), [&](KorSizeT start) KOR_INLINE {
-        Store(hn::AverageRound(hn::LoadU(d, a + start), hn::LoadU(d, b + start)), dst + start);
+        Store(RoundedAverage(hn::LoadU(d, a + start), hn::LoadU(d, b + start)), dst + start);
     });
 }
 

@@ -79,12 +79,33 @@ KOR_INLINE inline void SplitPairs(V8 a, V8 b, V8& first, V8& second) {
 // and so on, a row in every 128 bits.
 constexpr KorSizeT kTileBytes = 16;
 
+#if HWY_HAVE_SCALABLE
+// Vectors whose length the compiler does not know cannot be elements of an array, so that these lie in memory.
+class TileRows {
+  public:
+    KOR_INLINE inline V8 operator[](KorSizeT r) const { return hn::Load(D8(), bytes_[r]); }
+    KOR_INLINE inline void Set(KorSizeT r, V8 row) { hn::Store(row, D8(), bytes_[r]); }
+
+  private:
+    alignas(HWY_MAX_BYTES) KorUint8 bytes_[kTileBytes][HWY_MAX_BYTES];
+};
+#else
+class TileRows {
+  public:
+    KOR_INLINE inline V8 operator[](KorSizeT r) const { return rows_[r]; }
+    KOR_INLINE inline void Set(KorSizeT r, V8 row) { rows_[r] = row; }
+
+  private:
+    V8 rows_[kTileBytes];
+};
+#endif
+
 struct Tile {
-    V8 rows[kTileBytes];
+    TileRows rows;
 
     KOR_INLINE inline explicit Tile(SourceRows src) {
         for (KorSizeT r = 0; r < kTileBytes; ++r) {
-            rows[r] = LoadBlocks(src.Row(r), static_cast<KorDistanceT>(kTileBytes) * src.pitch);
+            rows.Set(r, LoadBlocks(src.Row(r), static_cast<KorDistanceT>(kTileBytes) * src.pitch));
         }
     }
 
@@ -92,14 +113,12 @@ struct Tile {
     // rows still make columns of their own, in the lower and the upper half of every block.
     KOR_INLINE inline void InterleaveHalves() {
         const D8 d;
-        V8 to[kTileBytes];
+        TileRows to;
         for (KorSizeT r = 0; r < kTileBytes / 2; ++r) {
-            to[2 * r] = hn::InterleaveLower(d, rows[r], rows[r + kTileBytes / 2]);
-            to[2 * r + 1] = hn::InterleaveUpper(d, rows[r], rows[r + kTileBytes / 2]);
+            to.Set(2 * r, hn::InterleaveLower(d, rows[r], rows[r + kTileBytes / 2]));
+            to.Set(2 * r + 1, hn::InterleaveUpper(d, rows[r], rows[r + kTileBytes / 2]));
         }
-        for (KorSizeT r = 0; r < kTileBytes; ++r) {
-            rows[r] = to[r];
-        }
+        rows = to;
     }
 
     KOR_INLINE inline void Transpose() {
@@ -112,6 +131,13 @@ struct Tile {
   private:
     // Blocks of 128 bits that lie a distance apart.
     static KOR_INLINE inline V8 LoadBlocks(const KorUint8* x, KorDistanceT distance) {
+#if HWY_HAVE_SCALABLE
+        alignas(HWY_MAX_BYTES) KorUint8 blocks[HWY_MAX_BYTES];
+        for (KorSizeT i = 0; i < hn::Lanes(D8()) / 16; ++i) {
+            KorMemCpy(blocks + 16 * i, x + static_cast<KorDistanceT>(i) * distance, 16);
+        }
+        return hn::Load(D8(), blocks);
+#else
         const hn::Full128<KorUint8> block;
 #if HWY_TARGET == HWY_AVX3
         const auto blocks = [&](KorDistanceT i) KOR_INLINE { return hn::LoadU(block, x + i * distance).raw; };
@@ -124,6 +150,7 @@ struct Tile {
 #else
         static_cast<void>(distance);
         return hn::LoadU(block, x);
+#endif
 #endif
     }
 };
@@ -168,7 +195,7 @@ constexpr KorSizeT kBandOfPairs = 64;
     constexpr KorSizeT kWays = 12;
     const KorSizeT distance = static_cast<KorSizeT>(pitch);
     for (KorSizeT rows = 1; rows <= hn::Lanes(D8()) / kWays; ++rows) {
-        if ((rows * distance + 64) % 4096 <= 128) {
+        if ((rows * distance + 63) % 4096 < 127) {
             return true;
         }
     }

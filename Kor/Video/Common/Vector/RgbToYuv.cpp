@@ -149,7 +149,6 @@ template <Memory memory, class Weights>
 KOR_KERNEL void CaptureRowPair(KorUint8* y0, KorUint8* y1, KorUint8* u, KorUint8* v,
                                const KorUint8* x0, const KorUint8* x1, KorSizeT n, Weights weights, Unread unread) {
     const D8 d;
-    const hn::Half<D8> half;
     const KorSizeT size = hn::Lanes(d);
     KorUint8 copy0[kBlockBytes], copy1[kBlockBytes];
     ForEachStoredBlock<memory>(n, size, 0, [&](KorSizeT start, auto stores) KOR_INLINE {
@@ -164,11 +163,10 @@ KOR_KERNEL void CaptureRowPair(KorUint8* y0, KorUint8* y1, KorUint8* u, KorUint8
         stores.Store(weights.Y(a0, b0, c0, d0), y0 + start);
         stores.Store(weights.Y(a1, b1, c1, d1), y1 + start);
         // Columns after rows, as the order of the two roundings is part of the contract.
-        const V8 ab = AveragePixelPairs(hn::AverageRound(a0, a1), hn::AverageRound(b0, b1));
-        const V8 cd = AveragePixelPairs(hn::AverageRound(c0, c1), hn::AverageRound(d0, d1));
+        const V8 ab = AveragePixelPairs(RoundedAverage(a0, a1), RoundedAverage(b0, b1));
+        const V8 cd = AveragePixelPairs(RoundedAverage(c0, c1), RoundedAverage(d0, d1));
         const V8 uv = OrderPairs(weights.UV(ab, cd));
-        stores.Store(hn::LowerHalf(half, uv), u + start / 2);
-        stores.Store(hn::UpperHalf(half, uv), v + start / 2);
+        StoreHalves(stores, uv, u + start / 2, v + start / 2);
     });
 }
 
@@ -284,7 +282,6 @@ template <Memory memory>
 KOR_KERNEL void Capture24RowPair(KorUint8* y0, KorUint8* y1, KorUint8* u, KorUint8* v,
                                  const KorUint8* x0, const KorUint8* x1, KorSizeT n, TripleWeights weights) {
     const D8 d;
-    const hn::Half<D8> half;
     const KorSizeT size = hn::Lanes(d);
     ForEachStoredBlock<memory>(n, size, 0, [&](KorSizeT start, auto stores) KOR_INLINE {
         FetchAhead<memory>(x0 + 3 * start, 3 * size);
@@ -293,8 +290,7 @@ KOR_KERNEL void Capture24RowPair(KorUint8* y0, KorUint8* y1, KorUint8* u, KorUin
         const V8 uv = Capture24Pair(luma0, luma1, x0 + 3 * start, x1 + 3 * start, weights);
         stores.Store(luma0, y0 + start);
         stores.Store(luma1, y1 + start);
-        stores.Store(hn::LowerHalf(half, uv), u + start / 2);
-        stores.Store(hn::UpperHalf(half, uv), v + start / 2);
+        StoreHalves(stores, uv, u + start / 2, v + start / 2);
     });
 }
 

@@ -154,9 +154,19 @@ class CallerTerms {
 // Pixels
 // ---------------------------------------------------------------------------------------------------------------------
 
-// Both halves of a vector's luma, scaled, plus the term of one channel: even pixels, then odd ones, in every 128 bits.
+// Both halves of a vector's luma, scaled, plus the term of one channel: even pixels, then odd ones, in every 128 bits. On SVE
+// pixels stay in order, as its stores of several channels take them.
 KOR_INLINE inline V8 Channel(VI16 evenLuma, VI16 oddLuma, VI16 evenTerm, VI16 oddTerm) {
+#if HWY_HAVE_SCALABLE
+    const DI16 d;
+    const VI16 zero = hn::Zero(d);
+    const VI16 limit = hn::Set(d, 255);
+    const VI16 even = hn::Min(hn::Max(hn::Add(evenLuma, evenTerm), zero), limit);
+    const VI16 odd = hn::Min(hn::Max(hn::Add(oddLuma, oddTerm), zero), limit);
+    return hn::BitCast(D8(), hn::Or(even, hn::ShiftLeft<8>(odd)));
+#else
     return PackBlocks(hn::Add(evenLuma, evenTerm), hn::Add(oddLuma, oddTerm));
+#endif
 }
 
 // 32-bit pixels. Their joints work in blocks of 128 bits, so the fours of pixels that end up in one block of the result must
@@ -180,6 +190,15 @@ struct Pixels32 {
 
     template <class Stores>
     static KOR_INLINE inline void Write(Stores stores, KorUint8* x, V8 first, V8 green, V8 last) {
+#if HWY_HAVE_SCALABLE
+        static_cast<void>(stores);
+        const V8 alpha = hn::Set(D8(), 0xff);
+        if constexpr (alphaFirst) {
+            hn::StoreInterleaved4(alpha, first, green, last, D8(), x);
+        } else {
+            hn::StoreInterleaved4(first, green, last, alpha, D8(), x);
+        }
+#else
         static constexpr Places kFrom0(0), kFrom8(8);
         const D16 d;
         const V8 pair0 = alphaFirst ? green : first;
@@ -192,6 +211,7 @@ struct Pixels32 {
         const V16 alpha1 = WithAlpha(alphaFirst ? first : last, kFrom8);
         StoreFour(stores, x, alphaFirst ? alpha0 : joined0, alphaFirst ? joined0 : alpha0);
         StoreFour(stores, x + 2 * hn::Lanes(D8()), alphaFirst ? alpha1 : joined1, alphaFirst ? joined1 : alpha1);
+#endif
     }
 
   private:
@@ -264,12 +284,17 @@ struct Pixels24 {
 
     template <class Stores>
     static KOR_INLINE inline void Write(Stores stores, KorUint8* x, V8 first, V8 green, V8 last) {
+#if HWY_HAVE_SCALABLE
+        static_cast<void>(stores);
+        hn::StoreInterleaved3(first, green, last, D8(), x);
+#else
         const V8 c0 = Permute(first, kPlaces.channel[0]);
         const V8 c1 = Permute(green, kPlaces.channel[1]);
         const V8 c2 = Permute(last, kPlaces.channel[2]);
         const auto at1 = IsAt(1);
         const auto at2 = IsAt(2);
         StoreGroups(stores, x, Pick(c0, at1, c1, at2, c2), Pick(c1, at1, c2, at2, c0), Pick(c2, at1, c0, at2, c1));
+#endif
     }
 
   private:
