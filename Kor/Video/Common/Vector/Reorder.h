@@ -205,6 +205,9 @@ constexpr KorSizeT kBandOfPairs = 64;
 // A line of as many rows as a tile has, copied: crowded rows drive each other from the cache before the tiles of a line are done.
 class StagedLine {
   public:
+    // Longer vectors have no room in the stack that a function may take.
+    static constexpr KorSizeT kMostRows = HWY_MAX_BYTES < 128 ? HWY_MAX_BYTES : 128;
+
     KOR_INLINE inline SourceRows Load(SourceRows src) {
         const D8 d;
         for (KorSizeT r = 0; r < hn::Lanes(d); ++r) {
@@ -216,14 +219,14 @@ class StagedLine {
     }
 
   private:
-    alignas(kLine) KorUint8 samples_[HWY_MAX_BYTES * kLine];
+    alignas(kLine) KorUint8 samples_[kMostRows * kLine];
 };
 
 // Calls turn(i, j, tile) for the tile from byte i and row j on, which lies in the source or in a copy.
 template <class Turn>
 KOR_INLINE inline void ForEachTile(SourceRows src, KorSizeT rowBytes, KorSizeT height, KorSizeT mostBandRows, Turn turn) {
     const KorSizeT tileRows = hn::Lanes(D8());
-    const bool areCrowded = AreRowsCrowded(src.pitch);
+    const bool areCrowded = tileRows <= StagedLine::kMostRows && AreRowsCrowded(src.pitch);
     const KorSizeT bandRows = areCrowded ? tileRows : mostBandRows;
     StagedLine staged;
     for (KorSizeT band = 0; band < height; band += bandRows) {
