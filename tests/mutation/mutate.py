@@ -336,23 +336,37 @@ CLANG = ["clang++", "-O1"]
 FAMILIES = ["RgbToYuv", "YuvToRgb", "PackedYuv", "PlaneGeometry", "Compositing"]
 
 
-def fuzzers(*arguments):
+def functions():
+    """The names of all functions, family by family."""
+    listed = re.findall(r"^KOR_FUNCTION\((\w+), \w+, (\w+),", (TOP / "Kor/Video/Common/KorYuv420Functions_.inc").read_text(), re.M)
+    return {family: [name for name, of in listed if of == family] for family in FAMILIES}
+
+
+def fuzzers(*arguments, families=FAMILIES):
     calls = [f"fuzz/KorFuzz{name} " + " ".join(arguments).format(corpus=f"{TOP}/fuzz/corpus/{name}.txt")
-             for name in FAMILIES]
+             for name in families]
     return ["sh", "-c", " && ".join(calls)]
 
 
 def stages_of_target(build, target):
-    """For the kernels of a target."""
-    kit = ["tests/conformance/KorConformanceDispatched", "--seed", "420", "--target", target]
+    """For the kernels of a target: a file's own family, or all families for what they share."""
+    families = [SOURCE.stem] if SOURCE.stem in FAMILIES else FAMILIES
+    # Function by function, to end with the first that differs.
+    kit = f"tests/conformance/KorConformanceDispatched --seed 420 --target {target} --function"
+    names = " ".join(name for family in families for name in functions()[family])
+
+    def each(options):
+        return ["sh", "-c", f"for name in {names}; do {kit} $name {options} || exit 1; done"]
+
     return [
-        Stage("short conformance run", build, FAST, [*kit, "--quick"], ""),
-        Stage("stored inputs of the fuzzers", build, FAST, fuzzers("--stored", "{corpus}"), target),
-        Stage("random inputs of the fuzzers", build, FAST, fuzzers("--random", "5000"), target),
+        Stage("short conformance run", build, FAST, each("--quick"), ""),
+        Stage("stored inputs of the fuzzers", build, FAST, fuzzers("--stored", "{corpus}", families=families), target),
+        Stage("random inputs of the fuzzers", build, FAST, fuzzers("--random", "5000", families=families), target),
         Stage("noise of a product", build, FAST, ["tests/conformance/KorDispatchedNoiseTest", target], ""),
-        Stage("short conformance run, always streaming", build, FAST, ["env", "KOR_STREAMING=always", *kit, "--quick"], ""),
-        Stage("conformance run", build, FAST, kit, ""),
-        Stage("exhaustive tests", build, FAST, ["tests/vector/KorExhaustive"], ""),
+        Stage("short conformance run, always streaming", build, FAST,
+              ["env", "KOR_STREAMING=always", *each("--quick")], ""),
+        Stage("conformance run", build, FAST, each(""), ""),
+        Stage("exhaustive tests", build, FAST, ["tests/vector/KorExhaustive", target], ""),
     ]
 
 

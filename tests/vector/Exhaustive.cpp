@@ -221,11 +221,12 @@ void TryYuv2() {
 
 }  // namespace
 
-int main() {
+// Tries the target that is named, or all.
+int main(int argc, char* argv[]) {
     std::array<const char*, 16> names;
     const KorSizeT count = KorYuv420Targets(names.data(), names.size());
     for (KorSizeT i = 0; i < count && i < names.size(); ++i) {
-        if (std::strcmp(names[i], "portable") == 0) {
+        if (std::strcmp(names[i], argc > 1 ? argv[1] : names[i]) != 0 || std::strcmp(names[i], "portable") == 0) {
             continue;
         }
         if (!KorYuv420SelectTarget(names[i])) {
