@@ -27,6 +27,12 @@ namespace {
 // ext4): the page cache then looks for large runs of free memory.
 constexpr std::size_t kPiece = std::size_t{1} << 17;
 
+// A pipe that holds more than its usual 64 KiB lets the two programs run beside each other. Systems allow every user this.
+constexpr int kPipeBytes = 1 << 20;
+
+// A file that will be flushed before it replaces another goes to the disk in parts of this size while it is being made.
+constexpr std::size_t kWriteBehind = std::size_t{8} << 20;
+
 constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP};
 
 // The path of the temporary file, within reach of the signal handler; empty if there is none. At most one exists at a
@@ -241,6 +247,7 @@ OutputFile::OutputFile(const std::string& path, const OutputPolicy& policy)
             FailUsage("standard output: is a terminal; expected a file or a pipe, or add --force");
         }
         descriptor_ = STDOUT_FILENO;
+        fcntl(descriptor_, F_SETPIPE_SZ, kPipeBytes);  // nothing is lost where it is no pipe
         return;
     }
     if (const int named = DescriptorNamed(path_); named >= 0) {
@@ -344,6 +351,12 @@ void OutputFile::Write(const void* bytes, std::size_t count) {
         if (written > 0) {
             next += written;
             count -= static_cast<std::size_t>(written);
+            unwritten_ += static_cast<std::size_t>(written);
+        }
+        if (replaces_ && unwritten_ >= kWriteBehind) {
+            // Only a start, so that the flush has less to wait for; what fails here fails again there.
+            sync_file_range(descriptor_, 0, 0, SYNC_FILE_RANGE_WRITE);
+            unwritten_ = 0;
         }
     }
 }

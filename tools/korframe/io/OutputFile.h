@@ -61,6 +61,7 @@ class OutputFile {
     OutputPolicy policy_;
     bool isStandardOutput_;
     bool replaces_ = false;
+    std::size_t unwritten_ = 0;  // bytes that the disk has not been asked for yet
     int descriptor_ = -1;
     int lock_ = -1;  // holds the lock until the file has its name
 };

@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstring>
 #include <exception>
+#include <memory>
 
 #include "io/Errors.h"
 #include "io/PictureFile.h"
@@ -199,12 +200,12 @@ std::vector<std::uint8_t> EncodePng(const std::string& name, const Frame& pictur
     // Without filters and with a low level: several times as fast, for files that are a little larger.
     png.image.flags = PNG_IMAGE_FLAG_FAST;
     png_alloc_size_t size = PNG_IMAGE_PNG_SIZE_MAX(png.image);
-    std::vector<std::uint8_t> file(size);
-    if (png_image_write_to_memory(&png.image, file.data(), &size, 0, picture.Data(), 0, nullptr) == 0) {
+    // Memory for the largest file that can be; what the file does not fill is never touched.
+    const std::unique_ptr<std::uint8_t[]> file(new std::uint8_t[size]);
+    if (png_image_write_to_memory(&png.image, file.get(), &size, 0, picture.Data(), 0, nullptr) == 0) {
         FailFile(name, std::string("cannot be encoded: ") + png.image.message);
     }
-    file.resize(size);
-    return file;
+    return std::vector<std::uint8_t>(file.get(), file.get() + size);
 }
 
 }  // namespace korframe

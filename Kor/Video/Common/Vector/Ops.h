@@ -358,6 +358,8 @@ KOR_INLINE inline V8 JoinPairs(hn::Vec<H8> first, hn::Vec<H8> second) {
 #if defined(KOR_VNNI)
     static constexpr Places kPlaces = Places::Make([](KorUint i) { return i / 2 + 64 * (i % 2); });
     return V8{_mm512_permutex2var_epi8(_mm512_castsi256_si512(first.raw), kPlaces.Load(), _mm512_castsi256_si512(second.raw))};
+#elif HWY_TARGET == HWY_SSSE3 || HWY_TARGET == HWY_SSE4
+    return V8{_mm_unpacklo_epi8(first.raw, second.raw)};
 #else
     const D16 d;
     return hn::BitCast(D8(), hn::Or(hn::PromoteTo(d, first), hn::ShiftLeft<8>(hn::PromoteTo(d, second))));

@@ -118,7 +118,10 @@ struct Tile {
             to.Set(2 * r, hn::InterleaveLower(d, rows[r], rows[r + kTileBytes / 2]));
             to.Set(2 * r + 1, hn::InterleaveUpper(d, rows[r], rows[r + kTileBytes / 2]));
         }
-        rows = to;
+        // GCC copies the array as a whole through memory.
+        for (KorSizeT r = 0; r < kTileBytes; ++r) {
+            rows.Set(r, to[r]);
+        }
     }
 
     KOR_INLINE inline void Transpose() {
