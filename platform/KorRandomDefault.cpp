@@ -135,9 +135,8 @@ long Process() {
 #endif
 }
 
-// Has at least count bytes in the block. What was left is too little and is given up.
+// Has at least count bytes in the block, all of them new.
 bool Refill(KorSizeT count, long process) {
-    block.left = 0;
     KorSizeT filled = 0;
     while (filled < count) {
         const KorSizeT got = SomeBytes(block.bytes + filled, kBlockBytes - filled);
