@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <initializer_list>
+#include <string>
 
 #include "Expected.h"
 
@@ -188,38 +190,32 @@ TEST(KorConvert, RenegotiatesInMidStream) {
     }
 }
 
-TEST(KorConvert, TakesAnotherDirectionInMidStream) {
-    std::mt19937 random(13);
-    const Picture from = RandomPicture(GST_VIDEO_FORMAT_BGRA, 36, 20, random);
+// Converts to I420 in one direction after the other without a pause.
+void ExpectDirections(const Picture& from, const char* colorimetry, Matrix matrix, std::initializer_list<int> methods) {
     Harness harness("");
-    gst_harness_set_sink_caps_str(harness.get(), "video/x-raw,format=I420,colorimetry=bt709");
-    gst_harness_set_src_caps(harness.get(), CapsOf(from, "sRGB"));
+    const std::string caps = "video/x-raw,format=I420";
+    gst_harness_set_sink_caps_str(harness.get(),
+                                  (matrix == Matrix::Bt709 ? caps + ",colorimetry=bt709" : caps).c_str());
+    gst_harness_set_src_caps(harness.get(), CapsOf(from, colorimetry));
     GstElement* element = gst_harness_find_element(harness.get(), "korconvert");
-    for (const int method : {0, 1, 3, 7, 6, 2, 5, 0, 4, 1, 0}) {
+    for (const int method : methods) {
         g_object_set(element, "video-direction", method, nullptr);
         const Direction direction = DirectionOf(static_cast<GstVideoOrientationMethod>(method));
-        EXPECT_EQ(Difference(harness.Convert(from, 0), Expected(from, GST_VIDEO_FORMAT_I420, Matrix::Bt709, direction)),
-                  "")
+        EXPECT_EQ(Difference(harness.Convert(from, 0), Expected(from, GST_VIDEO_FORMAT_I420, matrix, direction)), "")
             << method;
     }
     gst_object_unref(element);
 }
 
-TEST(KorConvert, SameCapsAreTurnedAndThenPassedThroughAgain) {
+TEST(KorConvert, TakesAnotherDirectionInMidStream) {
+    std::mt19937 random(13);
+    ExpectDirections(RandomPicture(GST_VIDEO_FORMAT_BGRA, 36, 20, random), "sRGB", Matrix::Bt709,
+                     {0, 1, 3, 7, 6, 2, 5, 0, 4, 1, 0});
+}
+
+TEST(KorConvert, SameCapsAreRotatedAndThenPassedThroughAgain) {
     std::mt19937 random(14);
-    const Picture from = RandomPicture(GST_VIDEO_FORMAT_I420, 33, 33, random);
-    Harness harness("");
-    gst_harness_set_sink_caps_str(harness.get(), "video/x-raw,format=I420");
-    gst_harness_set_src_caps(harness.get(), CapsOf(from, nullptr));
-    GstElement* element = gst_harness_find_element(harness.get(), "korconvert");
-    for (const int method : {0, 1, 3, 0, 5}) {
-        g_object_set(element, "video-direction", method, nullptr);
-        const Direction direction = DirectionOf(static_cast<GstVideoOrientationMethod>(method));
-        EXPECT_EQ(Difference(harness.Convert(from, 0), Expected(from, GST_VIDEO_FORMAT_I420, Matrix::None, direction)),
-                  "")
-            << method;
-    }
-    gst_object_unref(element);
+    ExpectDirections(RandomPicture(GST_VIDEO_FORMAT_I420, 33, 33, random), nullptr, Matrix::None, {0, 1, 3, 0, 5});
 }
 
 TEST(KorConvert, AutoFollowsTheTagAndTakesItAway) {
