@@ -137,7 +137,9 @@ void PackedToI420WithRotation(CaptureRotation portable, Plane y, Plane u, Plane 
                               KorSizeT width, KorSizeT height, KorBool flip, KorImageRotationDegree rotationDegree) {
     const KorSizeT height2 = height & ~KorSizeT{1};
     const bool isStraight = rotationDegree == 0 || rotationDegree == 180;
-    if (IsOdd(width) || !(isStraight ? IsWide(width, height) : HasTiles(2 * width, height2))) {
+    // With 16 bytes a vector, rows that are read backwards from memory cost more than the portable function's.
+    const bool isSlow = rotationDegree == 180 && HWY_ARCH_X86 && hn::MaxLanes(D8()) == 16 && 2 * width * height >= kBeyondCaches;
+    if (IsOdd(width) || isSlow || !(isStraight ? IsWide(width, height) : HasTiles(2 * width, height2))) {
         portable(y.samples, y.pitch, u.samples, u.pitch, v.samples, v.pitch, x, pitchX, width, height, flip, rotationDegree);
         return;
     }
