@@ -348,9 +348,8 @@ def fuzzers(*arguments, families=FAMILIES):
     return ["sh", "-c", " && ".join(calls)]
 
 
-def stages_of_target(build, target):
-    """For the kernels of a target: a file's own family, or all families for what they share."""
-    families = [SOURCE.stem] if SOURCE.stem in FAMILIES else FAMILIES
+def stages_of_target(build, target, families):
+    """For the kernels of a target that these families use."""
     # Function by function, to end with the first that differs.
     kit = f"tests/conformance/KorConformanceDispatched --seed 420 --target {target} --function"
     names = " ".join(name for family in families for name in functions()[family])
@@ -359,9 +358,9 @@ def stages_of_target(build, target):
         return ["sh", "-c", f"for name in {names}; do {kit} $name {options} || exit 1; done"]
 
     return [
-        Stage("short conformance run", build, FAST, each("--quick"), ""),
         Stage("stored inputs of the fuzzers", build, FAST, fuzzers("--stored", "{corpus}", families=families), target),
         Stage("random inputs of the fuzzers", build, FAST, fuzzers("--random", "5000", families=families), target),
+        Stage("short conformance run", build, FAST, each("--quick"), ""),
         Stage("noise of a product", build, FAST, ["tests/conformance/KorDispatchedNoiseTest", target], ""),
         Stage("short conformance run, always streaming", build, FAST,
               ["env", "KOR_STREAMING=always", *each("--quick")], ""),
@@ -467,12 +466,16 @@ class Workshop:
 
 
 class VectorWorkshop(Workshop):
-    """For the kernels of a target: the dispatched library as it was built, but for the units that the change is in."""
+    """For the kernels of a target: the dispatched library as it was built, but for the units that the change is in. A unit
+    that the compiler makes the same code of as before needs no test: most of these changes are to what other targets
+    compile."""
 
-    def __init__(self, lines, listed, soname, directory, build, target):
-        super().__init__(lines, listed, soname, directory)
+    def __init__(self, lines, soname, directory, build, target):
+        self.target = target
+        self.build = build
+        self.limits = {}  # of processor time, once a stage has been calibrated
         self.units = {}  # the compiler's command, up to the output
-        self.objects = []  # of all other units
+        self.objects = []  # of the rest of the library
         self.portable = build / "Kor/libKorYuv420C.so"
         for entry in json.loads((build / "compile_commands.json").read_text()):
             words = shlex.split(entry["command"])
@@ -480,30 +483,90 @@ class VectorWorkshop(Workshop):
             unit = pathlib.Path(entry["file"])
             if not re.search(r"/KorYuv420(?!C\.dir)\w*\.dir/", str(to)):
                 continue
-            if f"KorYuv420{target.title()}.dir" in str(to) and (SOURCE.suffix == ".h" or unit == SOURCE):
+            if f"KorYuv420{target.title()}.dir" in str(to) and (unit == SOURCE or self.includes(unit, SOURCE)):
                 # Without a launcher before the compiler, and compiled faster.
                 compiler = next(i for i, word in enumerate(words) if word.endswith(("c++", "g++", "clang++")))
                 words = words[compiler:words.index("-o")]
-                self.units[unit] = [word for word in words if not word.startswith(("-O3", "-fstack-usage", "-W"))]
+                self.units[unit] = [word for word in words if not word.startswith(("-O3", "-fstack-usage", "-W"))] + ["-O1", "-w"]
             else:
                 self.objects.append(to)
         if not self.units:
             sys.exit(f"mutate: {build} was not built with the target {target}")
+        super().__init__(lines, self.stages_for(self.units), soname, directory)
 
-    def compile(self, text, flags, where):
+    @staticmethod
+    def includes(unit, header):
+        names = re.findall(r'#include "(Kor/Video/Common/Vector/\w+\.h)"', unit.read_text())
+        return any(TOP / name == header or VectorWorkshop.includes(TOP / name, header) for name in names)
+
+    def stages_for(self, units):
+        listed = stages_of_target(self.build, self.target, [unit.stem for unit in units])
+        for stage in listed:
+            stage.cpu_seconds = self.limits.get(stage.name, stage.cpu_seconds)
+        return listed
+
+    def calibrate(self):
+        # Most of a unit's lines are Highway's.
+        target_header = (TOP / VECTOR / "Target.h").read_text()
+        prelude = self.directory / "highway.h"
+        prelude.parent.mkdir(parents=True, exist_ok=True)
+        prelude.write_text("\n".join(re.findall(r"^#define [HT]\w+(?: \d)?\b|^#include <.*", target_header, re.M)) + "\n")
+        words = next(iter(self.units.values()))
+        subprocess.run([*words, "-x", "c++-header", prelude, "-o", f"{prelude}.gch"], check=True)
+        for words in self.units.values():
+            words += ["-include", prelude]
+
+        unchanged = "\n".join(self.lines) + "\n"
+        self.before = {unit: self.compile_unit(unit, unchanged, self.directory / "before").read_bytes() for unit in self.units}
+        if any(self.compile_unit(unit, unchanged, self.directory / "again").read_bytes() != self.before[unit] for unit in self.units):
+            sys.exit("mutate: the compiler makes different code of the same source")
+        super().calibrate()
+        self.limits = {stage.name: stage.cpu_seconds for stage in self.stages}
+
+    def compile_unit(self, unit, text, where):
+        """The object, or what the compiler says."""
         # The changed file hides the one in the tree.
         changed = where / VECTOR / SOURCE.name
         changed.parent.mkdir(parents=True, exist_ok=True)
         changed.write_text(text)
-        objects = list(self.objects) if text else []
-        for unit, words in self.units.items() if text else ():
-            objects.append(where / f"{unit.name}.o")
-            done = subprocess.run([words[0], f"-I{where}", *words[1:], "-O1", "-w", "-c", changed if unit == SOURCE else unit,
-                                   "-o", objects[-1]], capture_output=True, text=True)
-            if done.returncode != 0:
-                return done
+        to = where / f"{unit.name}.o"
+        words = self.units[unit]
+        done = subprocess.run([words[0], f"-I{where}", *words[1:], "-c", changed if unit == SOURCE else unit, "-o", to],
+                              capture_output=True, text=True)
+        return to if done.returncode == 0 else done
+
+    def link(self, objects, where):
         return subprocess.run(["g++", "-shared", *objects, "-o", where / self.soname, f"-Wl,-soname,{self.soname}",
                                self.portable, f"-Wl,-rpath,{self.portable.parent}"], capture_output=True, text=True)
+
+    def compile(self, text, flags, where):
+        made = [self.compile_unit(unit, text, where) for unit in self.units] if text else []
+        failed = [done for done in made if not isinstance(done, pathlib.Path)]
+        where.mkdir(parents=True, exist_ok=True)
+        return failed[0] if failed else self.link(self.objects + made if text else [], where)
+
+    def judge(self, text, kind):
+        where = self.directory / threading.current_thread().name
+        changed = {}
+        for unit in self.units:
+            made = self.compile_unit(unit, text, where)
+            if not isinstance(made, pathlib.Path):
+                return "static assertion" if re.search("static[ _]assert", made.stderr) else "does not compile"
+            if made.read_bytes() == self.before[unit]:
+                continue
+            changed[unit] = made
+            others = [self.directory / "before" / f"{other.name}.o" for other in self.units if other not in changed]
+            self.link(self.objects + others + list(changed.values()), where).check_returncode()
+            # A header's unit by unit: most changes need only one.
+            for stage in self.stages_for([unit])[:2]:
+                if not stage.run(where / self.soname):
+                    return stage.name
+        if not changed:
+            return "same code"
+        for stage in self.stages_for(changed)[2:]:
+            if not stage.run(where / self.soname):
+                return stage.name
+        return ""
 
 
 def soname_of(build):
@@ -531,6 +594,21 @@ def read_results(path, lines):
     return {text: verdict for verdict, text in verdicts if verdict != "survived"}
 
 
+def check():
+    """Every line of the lists of equivalents, of the portable source and of the kernels, and of planted.txt must fit."""
+    stale = read_planted(PLANTED, SOURCE.read_text().splitlines())[1]
+    for path in [EQUIVALENT, *sorted(HERE.glob("equivalent-*.txt"))]:
+        stem = path.stem.partition("-")[2]
+        source = next((TOP / VECTOR).glob(f"{stem}.*")) if stem else SOURCE
+        equivalents = Equivalents(path)
+        for mutant in mutants_of(source.read_text().splitlines()):
+            equivalents.explains(mutant)
+        stale += equivalents.stale()
+    for line in stale:
+        print("fits the source no more:", line)
+    return 1 if stale else 0
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--build", type=pathlib.Path, help="build directory with the test programs, shared library")
@@ -540,7 +618,7 @@ def main():
     parser.add_argument("--only", help="try the mutants whose description matches this regular expression")
     parser.add_argument("--kind", action="append", help="take the mutants of this kind; may be repeated")
     parser.add_argument("--list", action="store_true", help="print the mutants and do nothing")
-    parser.add_argument("--check", action="store_true", help="only check that equivalent.txt still matches the source")
+    parser.add_argument("--check", action="store_true", help="only check that the lists of this directory still match the sources")
     parser.add_argument("--planted", action="store_true", help="plant the faults of planted.txt one by one")
     parser.add_argument("--jobs", type=int, default=os.cpu_count())
     parser.add_argument("--source", help="change this file of the kernels, for example RgbToYuv.cpp")
@@ -548,6 +626,8 @@ def main():
     options = parser.parse_args()
     if bool(options.source) != bool(options.target):
         parser.error("--source and --target go together")
+    if options.check:
+        return check()
     if options.source:
         global SOURCE, EQUIVALENT
         SOURCE = TOP / VECTOR / pathlib.Path(options.source).name
@@ -575,11 +655,6 @@ def main():
 
     equivalents = Equivalents(EQUIVALENT)
     explained = [m for m in made if equivalents.explains(m)]
-    if options.check:
-        stale = equivalents.stale() + (read_planted(PLANTED, lines)[1] if not options.source else [])
-        for line in stale:
-            print("fits the source no more:", line)
-        return 1 if stale else 0
     if options.planted:
         planted, stale = read_planted(PLANTED, lines)
         planted = [fault for fault in planted if re.search(options.only or "", fault.text)]
@@ -590,8 +665,8 @@ def main():
     results = read_results(options.results, lines)
     pending = [m for m in made if m not in set(explained) and describe(m) not in results]
     if options.source:
-        workshop = VectorWorkshop(lines, stages_of_target(options.build, options.target), soname_of(options.build),
-                                  options.build / "mutants", options.build, options.target)
+        workshop = VectorWorkshop(lines, soname_of(options.build), options.build / "mutants" / f"{SOURCE.stem}-{options.target}",
+                                  options.build, options.target)
     else:
         workshop = Workshop(lines, stages(options.build, options.sanitized), soname_of(options.build), options.build / "mutants")
     started = time.monotonic()
@@ -615,9 +690,11 @@ def main():
     tried = [m for m in made if m not in set(explained)]
     verdicts = collections.Counter(results[describe(m)] for m in tried)
     rejected = verdicts.pop("does not compile", 0)
+    same = verdicts.pop("same code", 0)
     survivors = [m for m in tried if results[describe(m)] == "survived"]
     verdicts.pop("survived", 0)
     print(f"\n{len(made)} mutants made in {time.monotonic() - started:.0f} s: {rejected} do not compile, "
+          f"{same} compile to the same code, "
           f"{sum(verdicts.values())} killed, {len(explained)} explained as equivalent, {len(survivors)} survived")
     for name, count in verdicts.most_common():
         print(f"  killed by {name}: {count}")
