@@ -59,8 +59,8 @@ def definitions(lines):
     """For each line, the name of its top-level definition."""
     names, name = [], ""
     for line in lines:
-        if line and line[0].isalpha() and is_code(line) and not line.startswith("}"):
-            found = (re.match(r"struct (\w+)", line) or re.match(r"constexpr \w+ (\w+) =", line)
+        if line and (line[0].isalpha() or line.startswith("[[")) and is_code(line):
+            found = (re.match(r"(?:struct|class) (?:alignas\(\w+\) )?(\w+)", line) or re.match(r"constexpr \w+ (\w+) =", line)
                      or re.search(r"(\w+)(?:\(| KOR_PARAMETERS_)", line))
             name = found.group(1) if found else name
         names.append(name)
