@@ -316,13 +316,15 @@ class Stage:
         self.flags = flags
         self.command = command
         self.cpu_seconds = 300
+        self.report = ""
 
     def run(self, library):
         environment = dict(os.environ, LD_LIBRARY_PATH=str(library.parent), UBSAN_OPTIONS="print_stacktrace=0",
                            ASAN_OPTIONS="detect_leaks=0", KOR_TARGET=self.target)
         # The limit is processor time, so that no mutant looks hung on a busy machine.
         done = subprocess.run(["prlimit", f"--cpu={self.cpu_seconds}", "--core=0", *self.command], cwd=self.build,
-                              env=environment, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+                              env=environment, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True, errors="replace")
+        self.report = done.stdout
         return done.returncode == 0
 
 
@@ -346,6 +348,9 @@ def fuzzers(*arguments, families=FAMILIES):
     calls = [f"fuzz/KorFuzz{name} " + " ".join(arguments).format(corpus=f"{TOP}/fuzz/corpus/{name}.txt")
              for name in families]
     return ["sh", "-c", " && ".join(calls)]
+
+
+LONG = ["conformance run", "exhaustive tests"]
 
 
 def stages_of_target(build, target, families):
@@ -457,7 +462,7 @@ class Workshop:
             if not stage.run(where / self.soname):
                 sys.exit(f"mutate: the unchanged source fails: {stage.name}: {' '.join(map(str, stage.command))}")
             took = cpu_time_of_children() - start
-            stage.cpu_seconds = math.ceil(2 + 3 * took)
+            stage.cpu_seconds = math.ceil(1 + 2 * took)
             print(f"{stage.name}: {took:.1f} s", flush=True)
             # A library without functions must fail, or the programs load another one.
             self.compile("", stage.flags, where)
@@ -470,10 +475,12 @@ class VectorWorkshop(Workshop):
     that the compiler makes the same code of as before needs no test: most of these changes are to what other targets
     compile."""
 
-    def __init__(self, lines, soname, directory, build, target):
+    def __init__(self, lines, soname, directory, build, target, brief):
         self.target = target
         self.build = build
+        self.brief = brief
         self.limits = {}  # of processor time, once a stage has been calibrated
+        self.cases = collections.defaultdict(list)  # of the kit that found other changes, the latest first, by family
         self.units = {}  # the compiler's command, up to the output
         self.objects = []  # of the rest of the library
         self.portable = build / "Kor/libKorYuv420C.so"
@@ -503,6 +510,24 @@ class VectorWorkshop(Workshop):
         listed = stages_of_target(self.build, self.target, [unit.stem for unit in units])
         for stage in listed:
             stage.cpu_seconds = self.limits.get(stage.name, stage.cpu_seconds)
+        return [stage for stage in listed if not self.brief or stage.name not in LONG]
+
+    def finds(self, stage, library):
+        """Whether a stage fails; a case of the kit that does so may find the next change as well."""
+        if stage.run(library):
+            return False
+        again = re.search(r"again: (.* --function (\w+)_C_ .*)", stage.report)
+        if again:
+            command = shlex.split(again.group(1))
+            family = next(family for family, names in functions().items() if again.group(2) in names)
+            self.cases[family] = [command, *(known for known in self.cases[family] if known != command)][:20]
+        return True
+
+    def known_cases(self, family):
+        listed = [Stage("short conformance run" if "--quick" in command else "conformance run", self.build, FAST, command, "")
+                  for command in self.cases[family]]
+        for stage in listed:
+            stage.cpu_seconds = 2
         return listed
 
     def calibrate(self):
@@ -558,13 +583,13 @@ class VectorWorkshop(Workshop):
             others = [self.directory / "before" / f"{other.name}.o" for other in self.units if other not in changed]
             self.link(self.objects + others + list(changed.values()), where).check_returncode()
             # A header's unit by unit: most changes need only one.
-            for stage in self.stages_for([unit])[:2]:
-                if not stage.run(where / self.soname):
+            for stage in self.known_cases(unit.stem) + self.stages_for([unit])[:3]:
+                if self.finds(stage, where / self.soname):
                     return stage.name
         if not changed:
             return "same code"
-        for stage in self.stages_for(changed)[2:]:
-            if not stage.run(where / self.soname):
+        for stage in self.stages_for(changed)[3:]:
+            if self.finds(stage, where / self.soname):
                 return stage.name
         return ""
 
@@ -620,6 +645,7 @@ def main():
     parser.add_argument("--list", action="store_true", help="print the mutants and do nothing")
     parser.add_argument("--check", action="store_true", help="only check that the lists of this directory still match the sources")
     parser.add_argument("--planted", action="store_true", help="plant the faults of planted.txt one by one")
+    parser.add_argument("--brief", action="store_true", help="leave out the long tests of a kernel; the next run has them")
     parser.add_argument("--jobs", type=int, default=os.cpu_count())
     parser.add_argument("--source", help="change this file of the kernels, for example RgbToYuv.cpp")
     parser.add_argument("--target", help="the target that judges it, for example avx2")
@@ -666,7 +692,7 @@ def main():
     pending = [m for m in made if m not in set(explained) and describe(m) not in results]
     if options.source:
         workshop = VectorWorkshop(lines, soname_of(options.build), options.build / "mutants" / f"{SOURCE.stem}-{options.target}",
-                                  options.build, options.target)
+                                  options.build, options.target, options.brief)
     else:
         workshop = Workshop(lines, stages(options.build, options.sanitized), soname_of(options.build), options.build / "mutants")
     started = time.monotonic()
