@@ -231,7 +231,7 @@ std::string NameOption(const Sweep& sweep, const Case& c) {
 }
 
 std::string Describe(const Case& c) {
-    static const char* const kPitches[] = {"tight", "loose", "odd", "drawn", "wide", "far", "huge"};
+    static const char* const kPitches[] = {"tight", "loose", "odd", "drawn", "mixed", "wide", "far", "huge"};
     std::ostringstream text;
     text << c.width << "x" << c.height << ", flip " << int{c.flip} << ", dither level "
          << static_cast<KorUint>(c.ditherLevel) << ", angle " << c.rotationDegree << ", source walked "

@@ -25,6 +25,7 @@ enum class Pitches {
     Loose,  // some bytes of padding, another number for each plane, all rows aligned alike
     Odd,    // padding that puts every row on another alignment
     Drawn,  // padding from the seed of the case
+    Mixed,  // some planes tight, others not: rows may only be taken as one where all planes allow it
     // The subject's rows lie far apart: a pitch of more than 16 bits, rows whose offsets have more than 32, and a pitch
     // of more than 32.
     Wide,

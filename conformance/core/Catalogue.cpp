@@ -380,6 +380,11 @@ std::size_t ChoosePitch(const Case& c, std::size_t plane, std::size_t tight) {
             return (tight + 2 + 2 * (plane % 4)) | 1;
         case Pitches::Drawn:
             return tight + static_cast<std::size_t>(MixSeed(c.seed, 200 + plane) % 160);
+        case Pitches::Mixed: {
+            // Half as long again is a pitch that some other number of bytes a sample would make tight.
+            const std::size_t paddings[] = {0, 0, 32 * (1 + plane), tight / 2};
+            return tight + paddings[MixSeed(c.seed, 300 + plane) % 4];
+        }
         case Pitches::Wide:
         case Pitches::Far:
         case Pitches::Huge:

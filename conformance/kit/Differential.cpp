@@ -40,6 +40,7 @@ std::string DescribeMemory(const Case& c, Reach reach) {
                                            "of whole 16 bytes",
                                            "odd",
                                            "drawn",
+                                           "tight for some planes",
                                            "of more than 16 bits",
                                            "of 30 bits, rows far apart",
                                            "of more than 32 bits"};

@@ -160,6 +160,23 @@ Sweep CutAngles(const Entry& entry) {
     return sweep;
 }
 
+// Planes without gaps between their rows beside planes with gaps.
+Sweep SomeWithGaps(const Entry& entry, bool quick) {
+    Sweep sweep = InTurn(entry, {{64, 6}, {66, 4}, {128, 4}, {130, 7}, {96, 5}, {258, 3}}, quick ? 4 : 24);
+    sweep.matrixPlaces = {MatrixPlace::Own};
+    sweep.pitches = {Pitches::Mixed};
+    return sweep;
+}
+
+// Rows whose numbers outgrow 16 bits, as long as the vectors of a kernel.
+Sweep ManyRows(const Entry& entry) {
+    const Sweep options = entry.options();
+    Sweep sweep = InTurn(entry, {{66, 65602}}, options.rotationDegrees.size());
+    sweep.matrixPlaces = {MatrixPlace::Own};
+    sweep.patterns = {Pattern::Noise};
+    return sweep;
+}
+
 std::vector<KorUint8> AllAlphas() {
     std::vector<KorUint8> alphas(256);
     std::iota(alphas.begin(), alphas.end(), KorUint8{0});
@@ -278,6 +295,7 @@ Plan MakePlan(const Entry& entry, const PlanOptions& options) {
         Sweep veryLong = InTurn(entry, kVeryLong, std::min<std::size_t>(CountOptions(values), 10));
         veryLong.patterns = {Pattern::Noise};
         add(veryLong);
+        add(ManyRows(entry));
         Sweep pictures = InTurn(entry, kPictures, 3);
         pictures.patterns = {Pattern::Noise};
         add(pictures);
@@ -303,6 +321,7 @@ Plan MakePlan(const Entry& entry, const PlanOptions& options) {
     if (!quick && values.ditherLevels.size() > 1) {
         add(EveryNoise(entry));
     }
+    add(SomeWithGaps(entry, quick));
     add(FarApart(entry, quick));
     plan.push_back({Random(entry, options.random, quick), options.randomSeed});
     return plan;

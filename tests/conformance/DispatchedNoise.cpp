@@ -26,6 +26,9 @@ struct Size {
 constexpr Size kSizes[] = {{64, 2},   {127, 3},  {128, 2},  {129, 5},  {514, 66}, {1000, 40}, {2048, 9},
                            {3455, 6}, {3456, 8}, {3457, 6}, {3521, 4}, {6912, 5}, {6914, 5},  {7001, 4}};
 
+// The numbers of rows outgrow 16 bits.
+constexpr Size kManyRows = {66, 65602};
+
 Bytes RandomPlane(std::mt19937& generator, KorSizeT size) {
     Bytes plane(size);
     for (KorUint8& sample : plane) {
@@ -147,6 +150,7 @@ int main(int argc, char** argv) {
             CompareAll(size, static_cast<KorVideoFrameDitherLevel>(level), seed++);
         }
     }
+    CompareAll(kManyRows, KOR_VIDEOFRAMEDITHERLEVEL_2, seed);
     std::printf("%s: %d differences, first seed 420\n", argv[1], failures);
     return failures != 0;
 }
