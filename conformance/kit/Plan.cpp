@@ -174,6 +174,7 @@ Sweep ManyRows(const Entry& entry) {
     Sweep sweep = InTurn(entry, {{66, 65602}}, options.rotationDegrees.size());
     sweep.matrixPlaces = {MatrixPlace::Own};
     sweep.patterns = {Pattern::Noise};
+    sweep.pitches = {Pitches::Odd};
     return sweep;
 }
 
@@ -194,7 +195,7 @@ Sweep DistantPositions(const Entry& entry, bool quick) {
     Sweep sweep = InTurn(entry, {{33, 5}, {66, 34}, {130, 4}}, quick ? 9 : 72);
     sweep.positions = {{64, 64}, {127, 1}, {129, 2}, {301, 5}, {1003, 3}, {7, 600}};
     if (!quick) {
-        sweep.positions.insert(sweep.positions.end(), {{70001, 2}, {1, 65601}});
+        sweep.positions.insert(sweep.positions.end(), {{70001, 2}, {1, 65601}, {0, 65604}});
     }
     return sweep;
 }

@@ -546,8 +546,17 @@ class VectorWorkshop(Workshop):
         self.before = {unit: self.compile_unit(unit, unchanged, self.directory / "before").read_bytes() for unit in self.units}
         if any(self.compile_unit(unit, unchanged, self.directory / "again").read_bytes() != self.before[unit] for unit in self.units):
             sys.exit("mutate: the compiler makes different code of the same source")
+        # Long tests take long to calibrate: once for each version of the source and of the programs is enough.
+        programs = [program for program in sorted(self.build.glob("tests/*/Kor*")) if program.is_file()]
+        version = hashlib.sha256(b"".join(program.read_bytes() for program in programs) + unchanged.encode()).hexdigest()
+        kept = self.directory / f"limits-{'brief' if self.brief else 'full'}.json"
+        known = json.loads(kept.read_text()) if kept.exists() else {}
+        if known.get("version") == version:
+            self.limits = known["limits"]
+            return
         super().calibrate()
         self.limits = {stage.name: stage.cpu_seconds for stage in self.stages}
+        kept.write_text(json.dumps({"version": version, "limits": self.limits}))
 
     def compile_unit(self, unit, text, where):
         """The object, or what the compiler says."""
