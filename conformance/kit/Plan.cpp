@@ -20,7 +20,7 @@ using Numbers = std::initializer_list<std::size_t>;
 
 // Around 16, 32 and 48 in both directions, and a few long rows and columns.
 SizeList SmallBlocks() {
-    SizeList sizes{{641, 3}, {640, 4}, {1283, 7}, {4099, 2}, {3, 301}, {2, 514}};
+    SizeList sizes{{641, 3}, {640, 4}, {1283, 7}, {4099, 2}, {3, 301}, {2, 514}, {6, 66}, {7, 66}, {14, 66}};
     for (const std::size_t width :
          Numbers{63, 64, 65, 127, 128, 129, 130, 191, 193, 255, 256, 257, 258, 511, 512, 513, 514}) {
         sizes.emplace_back(width, 2 + width % 3);
@@ -150,11 +150,12 @@ Sweep ManyMatrices(const Entry& entry) {
     return sweep;
 }
 
-// Angles that are none, and would be one modulo 360 or in fewer bits.
-Sweep CutAngles(const Entry& entry) {
+// Angles that are none: next to one, or one modulo 360 or in fewer bits.
+Sweep OtherAngles(const Entry& entry) {
     Sweep sweep = entry.options();
-    sweep.rotationDegrees = {180 + 256, 90 + 360, 180 + 360, 65536, 65536 + 90, 65536 + 180, 0x80000000u + 180};
-    sweep.sizes = {{18, 34}};
+    sweep.rotationDegrees = {1,         89,       91,        179,   181,        269,         271,
+                             180 + 256, 90 + 360, 180 + 360, 65536, 65536 + 90, 65536 + 180, 0x80000000u + 180};
+    sweep.sizes = {{18, 34}, {66, 6}, {66, 66}};
     sweep.patterns = kTelling;
     sweep.perSize = CountOptions(sweep);
     return sweep;
@@ -308,7 +309,7 @@ Plan MakePlan(const Entry& entry, const PlanOptions& options) {
         add(ManyMatrices(entry));
     }
     if (values.rotationDegrees.size() > 1) {
-        add(CutAngles(entry));
+        add(OtherAngles(entry));
     }
     if (values.positions.size() > 1) {
         add(DistantPositions(entry, quick));
