@@ -171,8 +171,11 @@ Sweep SomeWithGaps(const Entry& entry, bool quick) {
 
 // Rows whose numbers outgrow 16 bits, as long as the vectors of a kernel.
 Sweep ManyRows(const Entry& entry) {
-    const Sweep options = entry.options();
-    Sweep sweep = InTurn(entry, {{66, 65602}}, options.rotationDegrees.size());
+    Sweep sweep = InTurn(entry, {{66, 65602}}, 0);
+    if (sweep.ditherLevels.size() > 1) {
+        sweep.ditherLevels = {KOR_VIDEOFRAMEDITHERLEVEL_Off, KOR_VIDEOFRAMEDITHERLEVEL_2};
+    }
+    sweep.perSize = std::max(sweep.rotationDegrees.size(), sweep.ditherLevels.size());
     sweep.matrixPlaces = {MatrixPlace::Own};
     sweep.patterns = {Pattern::Noise};
     sweep.pitches = {Pitches::Odd};

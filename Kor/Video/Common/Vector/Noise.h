@@ -45,6 +45,7 @@ constexpr KorSizeT kNoiseEntries = 16384;
 class NoiseTable {
   public:
     static constexpr KorSizeT kReach = 3328;
+    static_assert(kReach % HWY_MAX_BYTES == 0, "strips are whole blocks");
 
     explicit NoiseTable(KorUint rsBits)
         : rsBits_(rsBits) {}
@@ -168,6 +169,7 @@ struct Planes {
 class StagedPlane {
   public:
     static constexpr KorSizeT kStrip = 512;
+    static_assert(kStrip % HWY_MAX_BYTES == 0, "strips are whole blocks");
 
     StagedPlane(SourceRows rows, Walk walk, KorSizeT start, KorSizeT n)
         : rows_(rows), walk_(walk), start_(start), n_(n) {}
