@@ -169,13 +169,9 @@ Sweep SomeWithGaps(const Entry& entry, bool quick) {
     return sweep;
 }
 
-// Rows whose numbers outgrow 16 bits, as long as the vectors of a kernel.
+// Rows whose numbers outgrow 16 bits, those of chroma, too, as long as the vectors of a kernel.
 Sweep ManyRows(const Entry& entry) {
-    Sweep sweep = InTurn(entry, {{66, 65602}}, 0);
-    if (sweep.ditherLevels.size() > 1) {
-        sweep.ditherLevels = {KOR_VIDEOFRAMEDITHERLEVEL_Off, KOR_VIDEOFRAMEDITHERLEVEL_2};
-    }
-    sweep.perSize = std::max(sweep.rotationDegrees.size(), sweep.ditherLevels.size());
+    Sweep sweep = InTurn(entry, {{66, 131204}}, entry.options().rotationDegrees.size());
     sweep.matrixPlaces = {MatrixPlace::Own};
     sweep.patterns = {Pattern::Noise};
     sweep.pitches = {Pitches::Odd};
