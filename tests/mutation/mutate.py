@@ -507,6 +507,26 @@ class VectorWorkshop(Workshop):
         names = re.findall(r'#include "(Kor/Video/Common/Vector/\w+\.h)"', unit.read_text())
         return any(TOP / name == header or VectorWorkshop.includes(TOP / name, header) for name in names)
 
+    def compiled_lines(self):
+        """The lines of the changed file that this target compiles: whole branches of #if are in or out."""
+        branch, branches = 0, []
+        for line in self.lines:
+            branch += line.startswith("#")
+            branches.append(branch)
+        compiled = set()
+        for unit, words in self.units.items():
+            text = subprocess.run([*words, "-E", unit], capture_output=True, text=True, check=True).stdout
+            number, inside = 0, False
+            for line in text.splitlines():
+                marker = re.match(r'# (\d+) "(.*)"', line)
+                if marker:
+                    number, inside = int(marker.group(1)), marker.group(2).endswith(f"{VECTOR}/{SOURCE.name}")
+                    continue
+                if inside and line.strip():
+                    compiled.add(branches[number - 1])
+                number += 1
+        return {number for number, branch in enumerate(branches, 1) if branch in compiled}
+
     def stages_for(self, units):
         listed = stages_of_target(self.build, self.target, [unit.stem for unit in units])
         for stage in listed:
@@ -699,12 +719,15 @@ def main():
             print("fits the source no more:", line)
         return try_planted(workshop, planted, options.build) or bool(stale)
     results = read_results(options.results, lines)
-    pending = [m for m in made if m not in set(explained) and describe(m) not in results]
     if options.source:
         workshop = VectorWorkshop(lines, soname_of(options.build), options.build / "mutants" / f"{SOURCE.stem}-{options.target}",
                                   options.build, options.target, options.brief)
     else:
         workshop = Workshop(lines, stages(options.build, options.sanitized), soname_of(options.build), options.build / "mutants")
+    if options.source:
+        compiled = workshop.compiled_lines()
+        results.update({describe(m): "same code" for m in made if m.line not in compiled})
+    pending = [m for m in made if m not in set(explained) and describe(m) not in results]
     started = time.monotonic()
     if pending:
         workshop.calibrate()
