@@ -97,8 +97,8 @@ void VisitInTurn(const Sweep& sweep, const Next& next) {
             Case c = options[turn * stride % options.size()];
             c.width = size.first;
             c.height = size.second;
-            // An option that comes again has another memory.
-            std::size_t memory = turn + turn / options.size();
+            // An option that comes again has the next memory.
+            std::size_t memory = turn % options.size() + turn / options.size();
             const auto take = [&memory](const auto& values) {
                 const auto value = values[memory % values.size()];
                 memory /= values.size();

@@ -253,9 +253,9 @@ Sweep EveryNoise(const Entry& entry) {
     return sweep;
 }
 
-// As far apart as this system lets them be.
+// As far apart as this system lets them be: every option at every distance, at a size that fills a tile.
 Sweep FarApart(const Entry& entry, bool quick) {
-    Sweep sweep = InTurn(entry, {{66, 34}}, quick ? 6 : 2 * CountOptions(entry.options()) + 12);
+    Sweep sweep = InTurn(entry, {{66, 34}}, quick ? 6 : 3 * CountOptions(entry.options()));
     if (!quick) {
         sweep.sizes.insert(sweep.sizes.end(), {{35, 7}, {130, 18}, {258, 10}});
     }

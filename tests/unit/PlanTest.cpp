@@ -97,6 +97,18 @@ TEST_P(KitPlanOf, ComesToEveryOptionAtLongRowsAndColumns) {
     EXPECT_EQ(high.size(), kit::CountOptions(options));
 }
 
+TEST_P(KitPlanOf, HasEveryOptionAtEveryDistanceOfRows) {
+    kit::Sweep options = GetParam()->options();
+    options.matrixPlaces = {kit::MatrixPlace::Own};
+    std::set<std::string> found;
+    for (const kit::Case& c : CasesOf(*GetParam(), Full())) {
+        if (kit::AreFarApart(c.pitches) && c.width == 66) {
+            found.insert(kit::NameOption(options, c) + ", pitches " + std::to_string(static_cast<int>(c.pitches)));
+        }
+    }
+    EXPECT_EQ(found.size(), kit::CountOptions(options) * kit::FarPitches().size());
+}
+
 std::vector<const kit::Entry*> AllEntries() {
     std::vector<const kit::Entry*> entries;
     for (const kit::Entry& entry : kit::Catalogue()) {
