@@ -40,7 +40,8 @@
  *   Sources        Every byte must be as it was. The padding of sources differs between the two calls, so that a byte
  *                  that finds its way from there into a result shows.
  *   Draws          Their number, order and sizes.
- *   Reads          Sources end with the last byte that may be read, so that one more meets the unmapped page.
+ *   Reads          Sources and matrices end with the last byte that may be read, so that one more meets the unmapped
+ *                  page.
  *   Processor      Registers that a function has to preserve, rounding mode and other controls of floating point, the
  *                  x87 unit, the direction flag: on x86-64 and AArch64, elsewhere the rounding mode alone.
  *   Memory         Bytes that the C library counts as allocated, where it counts.

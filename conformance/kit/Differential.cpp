@@ -194,9 +194,20 @@ void Differential::ChooseReach() {
     }
 }
 
+// Copies a matrix that has memory of its own next to an unmapped page, on the side where the planes have theirs.
+void Differential::GuardMatrix() {
+    case_.matrixPlace = MatrixPlace::Own;
+    if (case_.matrix != nullptr) {
+        std::uint8_t* const end = ownMatrix_.end();
+        void* const place = case_.placement == Placement::Rear ? end - sizeof(Matrix) : ownMatrix_.begin();
+        case_.matrix = static_cast<const Matrix*>(std::memcpy(place, case_.matrix, sizeof(Matrix)));
+    }
+}
+
 // Moves the matrix into a plane that is written, if there is room: somewhere between its first byte and its last.
 void Differential::PlaceMatrix() {
     if (case_.matrixPlace == MatrixPlace::Own) {
+        GuardMatrix();
         return;
     }
     const std::size_t index = case_.matrixPlace == MatrixPlace::U ? 1 : case_.matrixPlace == MatrixPlace::V ? 2 : 0;
@@ -208,7 +219,7 @@ void Differential::PlaceMatrix() {
     }
     constexpr std::size_t kRoom = sizeof(Matrix) + alignof(Matrix);
     if (end < begin + kRoom) {
-        case_.matrixPlace = MatrixPlace::Own;
+        GuardMatrix();
         return;
     }
     const std::size_t places = end - begin - kRoom + 1;

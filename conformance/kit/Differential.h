@@ -71,6 +71,7 @@ class Differential {
     Finding RunCase(const Case& options, const Manner& manner);
     void Lay(const Case& options);
     void ChooseReach();
+    void GuardMatrix();
     void PlaceMatrix();
     void RunModel();
     void RunSubject();
@@ -118,6 +119,7 @@ class Differential {
     std::string circumstance_;
     Layout layout_;
     std::array<std::shared_ptr<GuardedBuffer>, kMaximumPlanes> buffers_;
+    GuardedBuffer ownMatrix_{sizeof(Matrix)};
     std::array<Plane, kMaximumPlanes> planes_;
     std::array<FarPlane, kMaximumPlanes> farPlanes_;
     std::array<PlaneView, kMaximumPlanes> views_;
