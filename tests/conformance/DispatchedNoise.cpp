@@ -28,7 +28,7 @@ constexpr Size kSizes[] = {{64, 2},   {127, 3},  {128, 2},  {129, 5},  {514, 66}
                            {3328, 8}, {3329, 6}, {3521, 4}, {6656, 4}, {6657, 5}, {6658, 4},  {7001, 4}, {9986, 4}};
 
 // The numbers of columns or rows outgrow 16 bits.
-constexpr Size kLong[] = {{65802, 2}, {66, 131204}};
+constexpr Size kLong[] = {{137802, 2}, {66, 131204}};
 
 Bytes RandomPlane(std::mt19937& generator, KorSizeT size) {
     Bytes plane(size);
