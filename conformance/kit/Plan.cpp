@@ -169,9 +169,11 @@ Sweep SomeWithGaps(const Entry& entry, bool quick) {
     return sweep;
 }
 
-// Rows whose numbers outgrow 16 bits, those of chroma, too, as long as the vectors of a kernel.
+// Rows whose numbers outgrow 16 bits, those of chroma, too, as long as the vectors of a kernel. The last one is a row
+// of its own, and where it can be read first, it is.
 Sweep ManyRows(const Entry& entry) {
-    Sweep sweep = InTurn(entry, {{66, 131204}}, entry.options().rotationDegrees.size());
+    Sweep sweep = InTurn(entry, {{66, 131205}}, entry.options().rotationDegrees.size());
+    sweep.flips = {entry.options().flips.back()};
     sweep.matrixPlaces = {MatrixPlace::Own};
     sweep.patterns = {Pattern::Noise};
     sweep.pitches = {Pitches::Odd};
