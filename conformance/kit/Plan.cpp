@@ -180,6 +180,12 @@ Sweep ManyRows(const Entry& entry) {
     return sweep;
 }
 
+Sweep NoiseInManyRows(const Entry& entry) {
+    Sweep sweep = InTurn(entry, {{64, 1100}}, 3);
+    sweep.ditherLevels = {KOR_VIDEOFRAMEDITHERLEVEL_0, KOR_VIDEOFRAMEDITHERLEVEL_1, KOR_VIDEOFRAMEDITHERLEVEL_2};
+    return sweep;
+}
+
 std::vector<KorUint8> AllAlphas() {
     std::vector<KorUint8> alphas(256);
     std::iota(alphas.begin(), alphas.end(), KorUint8{0});
@@ -289,6 +295,9 @@ Plan MakePlan(const Entry& entry, const PlanOptions& options) {
     if (quick) {
         add(InTurn(entry, kFewBlocks, 3));
         add(InTurn(entry, {{1280, 720}}, 1));
+        if (values.ditherLevels.size() > 1) {
+            add(NoiseInManyRows(entry));
+        }
     } else {
         add(InTurn(entry, EverySizeBelowABlock(), 8));
         add(InTurn(entry, LargeBlocks(), 6));
