@@ -36,6 +36,7 @@ warns "pictures/alpha.png: has transparent pixels, which are composited over bla
 { cat start; bytes "ff 00 00 00 00 00 ff 00 00 00 00 00"; } >expected
 same out.ppm expected
 warns "pictures/alpha.png: has transparent pixels" convert pictures/alpha.png out.rgb
+works convert pictures/alpha.png out.rgb --quiet
 warns "pictures/alpha.png: has transparent pixels" convert pictures/alpha.png out.png --mirror
 cat pictures/alpha.png pictures/half.png >two.png
 warns "two.png: has transparent pixels" convert two.png out.y4m
@@ -69,6 +70,11 @@ done
 works convert pictures/black-progressive.jpg out.i420
 { repeat 256 10; repeat 128 80; } >expected
 same out.i420 expected
+
+# A few bytes can ask for the time of a whole picture again and again.
+works convert pictures/scans-500.jpg out.i420
+same out.i420 expected
+refuses 1 "pictures/scans-501.jpg: is a JPEG file that cannot be decoded (more than 500 scans)" convert pictures/scans-501.jpg none.y4m
 
 # Some cameras append further images and say so in the first.
 warns "pictures/indexed.jpg: holds further images (MPF), which are ignored" convert pictures/indexed.jpg out.i420
