@@ -44,8 +44,9 @@ void AppendBytes(png_structp png, png_bytep data, png_size_t count) {
 
 void Flush(png_structp) {}
 
-// Rows of `width` pixels.
-void WritePngRows(const PngKind& kind, std::uint32_t width, const std::vector<Bytes>& rows, double gamma = 0) {
+// Rows of `width` pixels. `alpha` is that of the palette's colours.
+void WritePngRows(const PngKind& kind, std::uint32_t width, const std::vector<Bytes>& rows, double gamma = 0,
+                  const Bytes& alpha = {}) {
     Bytes file;
     png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
     png_infop info = png_create_info_struct(png);
@@ -55,6 +56,9 @@ void WritePngRows(const PngKind& kind, std::uint32_t width, const std::vector<By
     if (kind.colourType == PNG_COLOR_TYPE_PALETTE) {
         const png_color palette[] = {{255, 0, 0}, {0, 0, 255}};
         png_set_PLTE(png, info, palette, 2);
+    }
+    if (!alpha.empty()) {
+        png_set_tRNS(png, info, alpha.data(), static_cast<int>(alpha.size()), nullptr);
     }
     if (gamma > 0) {
         png_set_gAMA(png, info, gamma);
@@ -228,6 +232,7 @@ int main(int argc, char** argv) {
     WritePng({"grey.png", PNG_COLOR_TYPE_GRAY, 8, PNG_INTERLACE_NONE}, 2, {255, 255});
     WritePng({"grey1.png", PNG_COLOR_TYPE_GRAY, 1, PNG_INTERLACE_NONE}, 2, {0xc0});
     WritePng({"palette.png", PNG_COLOR_TYPE_PALETTE, 1, PNG_INTERLACE_ADAM7}, 2, {0x00});
+    WritePngRows({"key.png", PNG_COLOR_TYPE_PALETTE, 1, PNG_INTERLACE_NONE}, 2, {{0x40}, {0x40}}, 0, {255, 0});
     WritePng({"alpha.png", PNG_COLOR_TYPE_RGBA, 8, PNG_INTERLACE_NONE}, 2, {255, 0, 0, 255, 255, 255, 255, 0});
     WritePng({"half.png", PNG_COLOR_TYPE_RGBA, 8, PNG_INTERLACE_NONE}, 2, {255, 255, 255, 128, 255, 255, 255, 128});
 

@@ -87,6 +87,11 @@ refuses() {
     leaves_nothing
 }
 
+# Whether system calls can be watched here, and a program that is: traced STRACE'S-OPTIONS... writes trace.txt.
+# LeakSanitizer does not work in a traced process.
+can_trace() { command -v strace >/dev/null && strace -o trace.txt -e trace=none true 2>/dev/null; }
+traced() { ASAN_OPTIONS="${ASAN_OPTIONS-}:detect_leaks=0" strace -f -o trace.txt "$@"; }
+
 leaves_nothing() {
     [ -z "$(find . -name '.korframe-*')" ] || fail "a temporary file remains: $(find . -name '.korframe-*')"
 }

@@ -25,6 +25,12 @@ done
 "$korframe" convert clip.i420 out.i420 --size 4x2 --frames 8-12 2>stderr.txt || fail "--frames 8-12"
 grep -qF "warning: clip.i420: ends after frame 9; --frames asks for frames up to 12" stderr.txt || fail "--frames 8-12: $(cat stderr.txt)"
 [ "$(wc -c <out.i420)" -eq 24 ] || fail "--frames 8-12 gives $(wc -c <out.i420) bytes"
+# Overlays start with the first frame taken.
+{ printf 'YUV4MPEG2 W2 H2\nFRAME\n'; repeat 6 a8; printf 'FRAME\n'; repeat 6 b8; } >over.y4m
+head -c 48 clip.i420 | tail -c 24 >middle.i420
+works convert middle.i420 expected --to i420 --size 4x2 --blend over.y4m
+works convert clip.i420 out.i420 --size 4x2 --frames 3-4 --blend over.y4m
+same out.i420 expected
 # Nothing behind the last frame is read.
 { cat clip.i420; printf x; } >broken.i420
 works convert broken.i420 out.i420 --size 4x2 --frames 1-9
@@ -80,6 +86,42 @@ same one.i420 three.i420
 works convert numbers.i420 four.i420 --size 20x20 --dither 2
 works convert numbers.i420 five.i420 --size 20x20 --dither 2
 cmp -s four.i420 five.i420 && fail "noise without a seed repeats"
+
+# As many threads as asked for, however many frames there are, and one a processor by default.
+if can_trace; then
+    threads() {
+        expected=$1
+        shift
+        traced -e trace=clone,clone3 "$korframe" convert numbers.i420 out.i420 --size 20x20 "$@" || fail "under strace: $*"
+        started=$(grep -cE 'clone3?(\(| resumed).* = [0-9]+$' trace.txt)
+        [ $((started + 1)) -eq "$expected" ] || fail "'$*' works on $((started + 1)) threads, expected $expected"
+    }
+    threads 1 --jobs 1
+    threads 16 --jobs 16
+    threads "$(getconf _NPROCESSORS_ONLN)"
+else
+    skips "numbers of threads: strace is not installed or not allowed"
+fi
+
+# While a frame waits to be written, the next are read: as many as there are threads go in before anything is taken out. A
+# frame is larger than a pipe of 1 MiB.
+overlaps() {
+    rm -f taken
+    { head -c $(($1 * 1382400)) /dev/zero; : >taken; } |
+        "$korframe" convert - - --from i420 --to nv12 --size 1280x720 --jobs "$1" |
+        {
+            tries=0
+            while [ ! -e taken ] && [ $tries -lt 100 ]; do
+                sleep 0.1
+                tries=$((tries + 1))
+            done
+            [ -e taken ] || echo "FAILED: fewer than $1 frames are read before the first is written"
+            wc -c
+        } >overlap.txt
+    [ "$(cat overlap.txt)" = $(($1 * 1382400)) ] || fail "on $1 threads: $(cat overlap.txt)"
+}
+overlaps 2
+overlaps 3
 
 # Memory does not grow with the number of frames: 10,000 take what 100 take, but for a megabyte.
 if [ -x /usr/bin/time ]; then

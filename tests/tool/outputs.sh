@@ -41,12 +41,15 @@ refuses 2 "--to: expected y4m, y4m:i420, y4m:i422, y4m:i444, png, ppm, i420, i42
 refuses 2 "--to: expected y4m, y4m:i420, y4m:i422, y4m:i444, png, ppm, i420, i422, i444, nv12, nv21, yuy2, uyvy, yuv2, m420, bgra, rgba, argb, abgr, rgb24 or bgr24, not 'y4m:bgra'" convert card.png out --to y4m:bgra
 refuses 2 "--order: expected bgra, rgba, argb, abgr, rgb24 or bgr24, not 'grba'" convert card.png out.y4m --order grba
 absent out.y4m out out.avi
+# An error is told however quiet the program is to be.
+refuses 1 "missing.png: cannot be opened: No such file or directory" convert missing.png out.y4m --quiet
 
 # A full device, and a reader that goes away.
 if [ -w /dev/full ]; then
     refuses 1 "/dev/full: cannot be written: No space left on device" convert card.png /dev/full --to y4m
 fi
-{ "$korframe" convert card.png - 2>stderr.txt; echo $? >status.txt; } | head -c 1 >/dev/null
+works testcard wide.png --size 1280x720 # more than a pipe of 1 MiB holds
+{ "$korframe" convert wide.png - --to bgra 2>stderr.txt; echo $? >status.txt; } | head -c 1 >/dev/null
 [ "$(cat status.txt)" = 1 ] || fail "a closed pipe exited with $(cat status.txt)"
 grep -q '^korframe: standard output: cannot be written: Broken pipe' stderr.txt || fail "a closed pipe: $(cat stderr.txt)"
 if [ -c /dev/null ]; then
@@ -79,7 +82,7 @@ mkfifo never
 for signal in INT TERM HUP; do
     # A shell starts background jobs with SIGINT ignored, which they inherit; env restores it.
     exec 9<>never
-    env --default-signal=INT "$korframe" convert never self --to y4m --from i420 --size 64x64 2>/dev/null &
+    env --default-signal=INT,TERM,HUP "$korframe" convert never self --to y4m --from i420 --size 64x64 2>/dev/null &
     job=$!
     head -c 6144 /dev/zero >&9
     tries=0
@@ -214,9 +217,7 @@ absent litter/.korframe-abcdef.tmp litter/.korframe-ABC123.tmp litter/.korframe-
 rm -r litter
 
 # Files that replace others are flushed before they do, numbered pictures together at the end, and new ones not at all.
-# LeakSanitizer does not work in a traced process.
-traced() { ASAN_OPTIONS="${ASAN_OPTIONS-}:detect_leaks=0" strace -f -o trace.txt "$@"; }
-if command -v strace >/dev/null && strace -o trace.txt -e trace=fsync,syncfs true 2>/dev/null; then
+if can_trace; then
     flushes() {
         wanted=$1
         shift
