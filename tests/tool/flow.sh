@@ -147,6 +147,7 @@ interrupt = sys.argv[1] == "interrupt"
 leader, follower = pty.openpty()
 source = subprocess.Popen(["sh", "-c", "for i in 1 2 3 4 5 6 7 8; do head -c 27648000 /dev/zero; sleep 0.2; done"],
                           stdout=subprocess.PIPE)
+signal.signal(signal.SIGINT, signal.SIG_DFL)  # a job in the background inherits it ignored
 process = subprocess.Popen(sys.argv[2:], stdin=source.stdout, stderr=follower)
 os.close(follower)
 shown = b""
