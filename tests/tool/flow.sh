@@ -196,6 +196,11 @@ head -c 6000 noise.i420 >short.i420
 "$korframe" compare numbers.i420 short.i420 --size 20x20 --min-psnr 30 >stdout.txt
 [ $? -eq 1 ] || fail "--min-psnr of a shorter file: $(cat stdout.txt)"
 works compare clip.i420 clip.i420 --size 4x2 --min-psnr 100
+# One plane that falls short is enough.
+{ head -c 8 clip.i420; bytes "38"; tail -c +10 clip.i420; } >colour.i420
+"$korframe" compare clip.i420 colour.i420 --size 4x2 --min-psnr 40 >stdout.txt
+[ $? -eq 1 ] || fail "--min-psnr of one plane: $(cat stdout.txt)"
+grep -q '^PSNR in dB: Y inf U [0-9.]* V inf$' stdout.txt || fail "--min-psnr of one plane: $(cat stdout.txt)"
 refuses 2 "--min-psnr: expected decibels from 0 to 200, for example 40, not 'x'" compare clip.i420 clip.i420 --size 4x2 --min-psnr x
 
 finish

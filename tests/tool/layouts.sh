@@ -120,6 +120,10 @@ head -1 a.y4m | grep -q ' XKORMATRIX=709$' || fail "the matrix is not written: $
 works convert a.y4m named.rgb24
 works convert a.y4m given.rgb24 --matrix bt709
 same named.rgb24 given.rgb24
+for name in 601 bt601 bt.601 BT601 BT.601; do
+    works convert two.rgb24 c.y4m --size 2x1 --matrix $name
+    head -1 c.y4m | grep -q ' XKORMATRIX=601$' || fail "--matrix $name: $(head -1 c.y4m)"
+done
 works convert a.y4m other.rgb24 --matrix bt601
 cmp -s named.rgb24 other.rgb24 && fail "the matrix makes no difference"
 

@@ -222,7 +222,7 @@ if can_trace; then
         wanted=$1
         shift
         traced -e trace=fsync,syncfs "$korframe" convert "$@" || fail "under strace: $*"
-        found=$(grep -oE 'fsync|syncfs' trace.txt | tr '\n' ' ')
+        found=$(grep -oE '(fsync|syncfs)\(' trace.txt | tr '(\n' '  ' | tr -s ' ') # a call may be resumed in a line of its own
         [ "$found" = "$wanted" ] || fail "convert $* flushes by '$found', expected '$wanted'"
     }
     { cat fresh.y4m; tail -n +2 fresh.y4m; tail -n +2 fresh.y4m; } >three.y4m
@@ -230,9 +230,10 @@ if can_trace; then
     flushes "fsync " three.y4m new.y4m
     flushes "" three.y4m new-%d.png
     flushes "syncfs " three.y4m new-%d.png
-    # Frames are written in pieces.
-    traced -e trace=write "$korframe" convert three.y4m new.y4m
-    grep -oE '= [0-9]+$' trace.txt | awk '$2 > 131072 { exit 1 }' || fail "a write of more than 128 KiB"
+    # Frames are written in pieces of 128 KiB and what is left.
+    traced -e trace=write "$korframe" convert wide.png new.bgra
+    largest=$(grep -oE '= [0-9]+$' trace.txt | cut -c 3- | sort -n | tail -1)
+    [ "$largest" = 131072 ] || fail "a frame is written $largest bytes at a time"
 else
     skips "strace is not installed or not allowed"
 fi
