@@ -179,6 +179,10 @@ PYTHON
     # Of how many, and the time left, if the input has a size.
     python3 terminal.py finish "$korframe" convert long.i420 /dev/null --matrix 601 --jobs 1 --to bgra --size 1280x720 >line.txt 2>&1 || fail "progress of a file: $(cat line.txt)"
     grep -qE '^[0-9]+/2000 [0-9]+ fps 0:[0-9]+ left$' line.txt || fail "progress of a file: $(cat line.txt)"
+    # What has no room is left out.
+    truncate -s 600000000 many.i420
+    python3 terminal.py interrupt "$korframe" convert many.i420 /dev/null --to nv12 --size 2x2 >line.txt 2>&1 || fail "progress of many frames: $(cat line.txt)"
+    grep -qE '^[0-9]+/100000000 [0-9]+ fps$' line.txt || fail "progress of many frames: $(cat line.txt)"
     python3 terminal.py finish "$korframe" convert - /dev/null --quiet --from i420 --to bgra --size 1280x720 >line.txt 2>&1
     grep -qF "shown nothing" line.txt || fail "--quiet shows progress"
 else
