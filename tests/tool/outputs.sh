@@ -214,6 +214,20 @@ fi
 works convert card.ppm litter/out.y4m
 absent litter/.korframe-abcdef.tmp litter/.korframe-ABC123.tmp litter/.korframe-locked.tmp
 [ "$(find litter ! -name litter | sort | tr '\n' ' ')" = "litter/.korframe-abcde.tmp litter/.korframe-abcdef litter/.korframe-abcdefg.tmp litter/.korframe-direct.tmp litter/.korframe-linked.tmp litter/good.partial.y4m litter/other.tmp litter/out.y4m " ] || fail "litter holds $(find litter | sort)"
+# Nor does one run of this program take away what another is writing.
+exec 9<>never
+"$korframe" convert never litter/slow.y4m --from i420 --size 64x64 9>&- &
+job=$!
+head -c 6144 /dev/zero >&9
+tries=0
+while [ -z "$(find litter -name '.korframe-??????.tmp' -type f)" ] && [ $tries -lt 50 ]; do
+    sleep 0.1
+    tries=$((tries + 1))
+done
+works convert card.ppm litter/out.y4m
+exec 9>&-
+wait $job || fail "two runs in one directory: the first exited with $?"
+[ "$(grep -ac FRAME litter/slow.y4m)" -eq 1 ] || fail "two runs in one directory: the first is lost"
 rm -r litter
 
 # Files that replace others are flushed before they do, numbered pictures together at the end, and new ones not at all.
