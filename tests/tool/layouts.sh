@@ -33,6 +33,12 @@ works convert planes.i420 out.i422 --size 4x2
 holds out.i422 "01 02 03 04 05 06 07 08 a1 a3 a1 a3 b1 b3 b1 b3"
 works convert planes.i420 out.i444 --size 4x2
 holds out.i444 "01 02 03 04 05 06 07 08 a1 a1 a3 a3 a1 a1 a3 a3 b1 b1 b3 b3 b1 b1 b3 b3"
+# Of several rows each is repeated.
+bytes "01 02 03 04 05 06 a1 a2 a3 b1 b2 b3" >tall.i420
+works convert tall.i420 out.i422 --size 1x6
+holds out.i422 "01 02 03 04 05 06 a1 a1 a2 a2 a3 a3 b1 b1 b2 b2 b3 b3"
+works convert tall.i420 out.i444 --size 1x6
+holds out.i444 "01 02 03 04 05 06 a1 a1 a2 a2 a3 a3 b1 b1 b2 b2 b3 b3"
 # Rotated, and of odd size.
 works convert planes.i420 out.nv12 --size 4x2 --rotate 90
 holds out.nv12 "05 01 06 02 07 03 08 04 a1 b1 a3 b3"
