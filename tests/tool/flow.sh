@@ -139,7 +139,7 @@ fi
 # ---- Progress ----
 
 # On a terminal of 30 columns, until Ctrl-C and to the end: a line that fits, and that is ended.
-if command -v python3 >/dev/null; then
+if python3 -c 'import pty; pty.openpty()' 2>/dev/null; then
     truncate -s 2764800000 long.i420  # 2000 frames, which take no room
     cat >terminal.py <<'PYTHON'
 import os, pty, re, signal, subprocess, sys
@@ -186,7 +186,7 @@ PYTHON
     python3 terminal.py finish "$korframe" convert - /dev/null --quiet --from i420 --to bgra --size 1280x720 >line.txt 2>&1
     grep -qF "shown nothing" line.txt || fail "--quiet shows progress"
 else
-    skips "progress on a terminal: python3 is not installed"
+    skips "progress on a terminal: python3 is not installed or gets none"
 fi
 
 # ---- Comparing ----

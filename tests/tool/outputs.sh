@@ -155,7 +155,7 @@ fi
 works compare piped.png card.ppm
 
 # Frames do not go to a terminal unless that is meant.
-if command -v script >/dev/null; then
+if script -qec true /dev/null >/dev/null 2>&1 </dev/null; then
     for arguments in "convert card.ppm -" "testcard -" "convert card.ppm /dev/stdout --to bgra"; do
         script -qec "'$korframe' $arguments" /dev/null >terminal.txt </dev/null
         status=$?
@@ -165,7 +165,7 @@ if command -v script >/dev/null; then
     script -qec "'$korframe' testcard - --size 64x64 --force" /dev/null >terminal.txt </dev/null || fail "--force to a terminal"
     grep -qa PNG terminal.txt || fail "--force wrote nothing to a terminal"
 else
-    skips "script, which makes a terminal, is not installed"
+    skips "script, which makes a terminal, is not installed or gets none"
 fi
 
 # When an input breaks off, the frames before the break lie under a name of their own, and nothing is replaced.
