@@ -4,6 +4,7 @@
 #include <jpeglib.h>
 #include <png.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -43,8 +44,9 @@ void AppendBytes(png_structp png, png_bytep data, png_size_t count) {
 
 void Flush(png_structp) {}
 
-// Rows of `width` pixels.
-void WritePngRows(const PngKind& kind, std::uint32_t width, const std::vector<Bytes>& rows, double gamma = 0) {
+// Rows of `width` pixels. `alpha` is that of the palette's colours.
+void WritePngRows(const PngKind& kind, std::uint32_t width, const std::vector<Bytes>& rows, double gamma = 0,
+                  const Bytes& alpha = {}) {
     Bytes file;
     png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
     png_infop info = png_create_info_struct(png);
@@ -54,6 +56,9 @@ void WritePngRows(const PngKind& kind, std::uint32_t width, const std::vector<By
     if (kind.colourType == PNG_COLOR_TYPE_PALETTE) {
         const png_color palette[] = {{255, 0, 0}, {0, 0, 255}};
         png_set_PLTE(png, info, palette, 2);
+    }
+    if (!alpha.empty()) {
+        png_set_tRNS(png, info, alpha.data(), static_cast<int>(alpha.size()), nullptr);
     }
     if (gamma > 0) {
         png_set_gAMA(png, info, gamma);
@@ -163,6 +168,56 @@ void WriteJpeg(const std::string& name, J_COLOR_SPACE space, const Bytes& compon
     std::free(memory);
 }
 
+// The end of a scan: the next marker that is no part of its entropy-coded data.
+std::size_t EndOfScan(const Bytes& file, std::size_t at) {
+    const auto belongs = [](std::uint8_t marker) { return marker == 0 || (marker >= 0xd0 && marker <= 0xd7); };
+    at += 2;
+    while (file[at] != 0xff || belongs(file[at + 1])) {
+        ++at;
+    }
+    return at;
+}
+
+// 16x16 black pixels in as many scans as wanted: the one of DC coefficients is repeated, which changes nothing.
+void WriteScans(const std::string& name, std::size_t count) {
+    jpeg_compress_struct jpeg;
+    jpeg_error_mgr errors;
+    jpeg.err = jpeg_std_error(&errors);
+    jpeg_create_compress(&jpeg);
+    unsigned char* memory = nullptr;
+    unsigned long size = 0;
+    jpeg_mem_dest(&jpeg, &memory, &size);
+    jpeg.image_width = 16;
+    jpeg.image_height = 16;
+    jpeg.input_components = 1;
+    jpeg.in_color_space = JCS_GRAYSCALE;
+    jpeg_set_defaults(&jpeg);
+    const jpeg_scan_info scans[] = {{1, {0}, 0, 0, 0, 0}, {1, {0}, 1, 63, 0, 0}};
+    jpeg.scan_info = scans;
+    jpeg.num_scans = 2;
+    jpeg_start_compress(&jpeg, TRUE);
+    Bytes row(16, 0);
+    while (jpeg.next_scanline < jpeg.image_height) {
+        JSAMPROW rows = row.data();
+        jpeg_write_scanlines(&jpeg, &rows, 1);
+    }
+    jpeg_finish_compress(&jpeg);
+    jpeg_destroy_compress(&jpeg);
+    Bytes file(memory, memory + size);
+    std::free(memory);
+    const Bytes start = {0xff, 0xda};
+    const auto scan = std::search(file.begin(), file.end(), start.begin(), start.end());
+    const auto at = static_cast<std::size_t>(scan - file.begin());
+    const std::size_t end = EndOfScan(file, at);
+    const Bytes first(scan, file.begin() + static_cast<std::ptrdiff_t>(end));
+    Bytes repeated(file.begin(), scan);
+    for (std::size_t left = count - 1; left > 0; --left) {
+        repeated.insert(repeated.end(), first.begin(), first.end());
+    }
+    repeated.insert(repeated.end(), file.begin() + static_cast<std::ptrdiff_t>(end), file.end());
+    WriteFile(name, repeated);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -177,6 +232,7 @@ int main(int argc, char** argv) {
     WritePng({"grey.png", PNG_COLOR_TYPE_GRAY, 8, PNG_INTERLACE_NONE}, 2, {255, 255});
     WritePng({"grey1.png", PNG_COLOR_TYPE_GRAY, 1, PNG_INTERLACE_NONE}, 2, {0xc0});
     WritePng({"palette.png", PNG_COLOR_TYPE_PALETTE, 1, PNG_INTERLACE_ADAM7}, 2, {0x00});
+    WritePngRows({"key.png", PNG_COLOR_TYPE_PALETTE, 1, PNG_INTERLACE_NONE}, 2, {{0x40}, {0x40}}, 0, {255, 0});
     WritePng({"alpha.png", PNG_COLOR_TYPE_RGBA, 8, PNG_INTERLACE_NONE}, 2, {255, 0, 0, 255, 255, 255, 255, 0});
     WritePng({"half.png", PNG_COLOR_TYPE_RGBA, 8, PNG_INTERLACE_NONE}, 2, {255, 255, 255, 128, 255, 255, 255, 128});
 
@@ -204,6 +260,8 @@ int main(int argc, char** argv) {
     WriteJpeg("grey.jpg", JCS_GRAYSCALE, {255}, false);
     WriteJpeg("white.jpg", JCS_RGB, {255, 255, 255}, false);
     WriteJpeg("black-progressive.jpg", JCS_RGB, {0, 0, 0}, true);
+    WriteScans("scans-500.jpg", 500);
+    WriteScans("scans-501.jpg", 501);
     WriteJpeg("cmyk.jpg", JCS_CMYK, {0, 0, 0, 0}, false);
     for (std::uint8_t orientation = 0; orientation <= 9; ++orientation) {
         WriteRotatedJpeg("rotated-" + std::to_string(orientation) + ".jpg", orientation);

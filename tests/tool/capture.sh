@@ -52,6 +52,8 @@ works convert yellow.ppm out.y4m --to i444
 [ "$(head -1 out.y4m)" = "YUV4MPEG2 W3 H3 F25:1 Ip A1:1 C444 XCOLORRANGE=LIMITED XKORMATRIX=601" ] || fail "i444: $(head -1 out.y4m)"
 "$korframe" convert yellow.ppm - --to y4m:i444 >piped.y4m || fail "y4m:i444"
 same out.y4m piped.y4m
+works convert yellow.ppm out.y4m --matrix 709.txt
+[ "$(head -1 out.y4m)" = "YUV4MPEG2 W3 H3 F25:1 Ip A1:1 C420jpeg XCOLORRANGE=LIMITED" ] || fail "a matrix from a file: $(head -1 out.y4m)"
 works convert yellow.ppm out.png --render bgra --matrix 709
 works convert pictures/alpha.png out.rgba
 works convert yellow.rgba clip.png --size 2x2

@@ -87,6 +87,13 @@ refuses() {
     leaves_nothing
 }
 
+# Whether strace is installed and allowed.
+can_trace() { command -v strace >/dev/null && strace -o trace.txt -e trace=none true 2>/dev/null; }
+
+# Runs a program under strace, which writes trace.txt: traced OPTIONS... PROGRAM ARGUMENTS... LeakSanitizer does not work
+# in a traced process.
+traced() { ASAN_OPTIONS="${ASAN_OPTIONS-}:detect_leaks=0" strace -f -o trace.txt "$@"; }
+
 leaves_nothing() {
     [ -z "$(find . -name '.korframe-*')" ] || fail "a temporary file remains: $(find . -name '.korframe-*')"
 }

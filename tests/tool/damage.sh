@@ -126,9 +126,9 @@ if unshare -rm true 2>/dev/null; then
     [ "$(cat list.txt)" = kept.y4m ] && [ "$(cat kept.txt)" = before ] || fail "a full disk left $(cat list.txt): $(cat kept.txt)"
 fi
 
-# Pipes whose other end closes before the first byte or in the middle.
+# Pipes whose other end closes before the first byte or in the middle, with more to come than a pipe of 1 MiB holds.
 cat clip.y4m >long.y4m
-for _ in 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16; do tail -n +2 clip.y4m; done >>long.y4m
+for _ in $(seq 80); do tail -n +2 clip.y4m; done >>long.y4m
 for jobs in 1 4; do
     for count in 0 20000; do
         { "$korframe" convert long.y4m - --to bgra --jobs $jobs 2>stderr.txt; echo $? >status.txt; } | head -c $count >/dev/null

@@ -25,6 +25,12 @@ done
 "$korframe" convert clip.i420 out.i420 --size 4x2 --frames 8-12 2>stderr.txt || fail "--frames 8-12"
 grep -qF "warning: clip.i420: ends after frame 9; --frames asks for frames up to 12" stderr.txt || fail "--frames 8-12: $(cat stderr.txt)"
 [ "$(wc -c <out.i420)" -eq 24 ] || fail "--frames 8-12 gives $(wc -c <out.i420) bytes"
+# Overlays start with the first frame taken.
+{ printf 'YUV4MPEG2 W2 H2\nFRAME\n'; repeat 6 a8; printf 'FRAME\n'; repeat 6 b8; } >over.y4m
+head -c 48 clip.i420 | tail -c 24 >middle.i420
+works convert middle.i420 expected --to i420 --size 4x2 --blend over.y4m
+works convert clip.i420 out.i420 --size 4x2 --frames 3-4 --blend over.y4m
+same out.i420 expected
 # Nothing behind the last frame is read.
 { cat clip.i420; printf x; } >broken.i420
 works convert broken.i420 out.i420 --size 4x2 --frames 1-9
@@ -81,6 +87,42 @@ works convert numbers.i420 four.i420 --size 20x20 --dither 2
 works convert numbers.i420 five.i420 --size 20x20 --dither 2
 cmp -s four.i420 five.i420 && fail "noise without a seed repeats"
 
+# As many threads as asked for, however many frames there are, and one a processor by default.
+if can_trace; then
+    threads() {
+        expected=$1
+        shift
+        traced -e trace=clone,clone3 "$korframe" convert numbers.i420 out.i420 --size 20x20 "$@" || fail "under strace: $*"
+        started=$(grep -cE 'clone3?(\(| resumed).* = [0-9]+$' trace.txt)
+        [ $((started + 1)) -eq "$expected" ] || fail "'$*' works on $((started + 1)) threads, expected $expected"
+    }
+    threads 1 --jobs 1
+    threads 16 --jobs 16
+    threads "$(getconf _NPROCESSORS_ONLN)"
+else
+    skips "numbers of threads: strace is not installed or not allowed"
+fi
+
+# While a frame waits to be written, the next are read: as many as there are threads go in before anything is taken out. A
+# frame is larger than a pipe of 1 MiB.
+overlaps() {
+    rm -f taken
+    { head -c $(($1 * 1382400)) /dev/zero; : >taken; } |
+        "$korframe" convert - - --from i420 --to nv12 --size 1280x720 --jobs "$1" |
+        {
+            tries=0
+            while [ ! -e taken ] && [ $tries -lt 100 ]; do
+                sleep 0.1
+                tries=$((tries + 1))
+            done
+            [ -e taken ] || echo "FAILED: fewer than $1 frames are read before the first is written"
+            wc -c
+        } >overlap.txt
+    [ "$(cat overlap.txt)" = $(($1 * 1382400)) ] || fail "on $1 threads: $(cat overlap.txt)"
+}
+overlaps 2
+overlaps 3
+
 # Memory does not grow with the number of frames: 10,000 take what 100 take, but for a megabyte.
 if [ -x /usr/bin/time ]; then
     memory() {
@@ -97,7 +139,7 @@ fi
 # ---- Progress ----
 
 # On a terminal of 30 columns, until Ctrl-C and to the end: a line that fits, and that is ended.
-if command -v python3 >/dev/null; then
+if python3 -c 'import pty; pty.openpty()' 2>/dev/null; then
     truncate -s 2764800000 long.i420  # 2000 frames, which take no room
     cat >terminal.py <<'PYTHON'
 import os, pty, re, signal, subprocess, sys
@@ -105,6 +147,7 @@ interrupt = sys.argv[1] == "interrupt"
 leader, follower = pty.openpty()
 source = subprocess.Popen(["sh", "-c", "for i in 1 2 3 4 5 6 7 8; do head -c 27648000 /dev/zero; sleep 0.2; done"],
                           stdout=subprocess.PIPE)
+signal.signal(signal.SIGINT, signal.SIG_DFL)  # a job in the background inherits it ignored
 process = subprocess.Popen(sys.argv[2:], stdin=source.stdout, stderr=follower)
 os.close(follower)
 shown = b""
@@ -136,10 +179,14 @@ PYTHON
     # Of how many, and the time left, if the input has a size.
     python3 terminal.py finish "$korframe" convert long.i420 /dev/null --matrix 601 --jobs 1 --to bgra --size 1280x720 >line.txt 2>&1 || fail "progress of a file: $(cat line.txt)"
     grep -qE '^[0-9]+/2000 [0-9]+ fps 0:[0-9]+ left$' line.txt || fail "progress of a file: $(cat line.txt)"
+    # What has no room is left out.
+    truncate -s 600000000 many.i420
+    python3 terminal.py interrupt "$korframe" convert many.i420 /dev/null --to nv12 --size 2x2 >line.txt 2>&1 || fail "progress of many frames: $(cat line.txt)"
+    grep -qE '^[0-9]+/100000000 [0-9]+ fps$' line.txt || fail "progress of many frames: $(cat line.txt)"
     python3 terminal.py finish "$korframe" convert - /dev/null --quiet --from i420 --to bgra --size 1280x720 >line.txt 2>&1
     grep -qF "shown nothing" line.txt || fail "--quiet shows progress"
 else
-    skips "progress on a terminal: python3 is not installed"
+    skips "progress on a terminal: python3 is not installed or gets none"
 fi
 
 # ---- Comparing ----
@@ -153,6 +200,11 @@ head -c 6000 noise.i420 >short.i420
 "$korframe" compare numbers.i420 short.i420 --size 20x20 --min-psnr 30 >stdout.txt
 [ $? -eq 1 ] || fail "--min-psnr of a shorter file: $(cat stdout.txt)"
 works compare clip.i420 clip.i420 --size 4x2 --min-psnr 100
+# One plane that falls short is enough.
+{ head -c 8 clip.i420; bytes "38"; tail -c +10 clip.i420; } >colour.i420
+"$korframe" compare clip.i420 colour.i420 --size 4x2 --min-psnr 40 >stdout.txt
+[ $? -eq 1 ] || fail "--min-psnr of one plane: $(cat stdout.txt)"
+grep -q '^PSNR in dB: Y inf U [0-9.]* V inf$' stdout.txt || fail "--min-psnr of one plane: $(cat stdout.txt)"
 refuses 2 "--min-psnr: expected decibels from 0 to 200, for example 40, not 'x'" compare clip.i420 clip.i420 --size 4x2 --min-psnr x
 
 finish

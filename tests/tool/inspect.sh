@@ -198,6 +198,12 @@ line abgr "A1 B1 G1 R1 A2 B2 G2 R2 A3 B3 G3 R3 A4 B4 G4 R4"
 line rgb24 "R1 G1 B1 R2 G2 B2 R3 G3 B3 R4 G4 B4"
 line bgr24 "B1 G1 R1 B2 G2 R2 B3 G3 R3 B4 G4 R4"
 [ "$(awk '/^[a-z]/ { print $1 } /^$/ { exit }' stdout.txt | wc -l)" -eq 15 ] || fail "formats lists other layouts than these"
+# Something that users should know before they wonder.
+tr '\n' ' ' <stdout.txt >line.txt
+for sentence in "White comes back from YUV as 254: rendering scales 16 to 235 in whole numbers, rounded down, and 149 * 235 / 128 falls just short of 255 once black is taken off." \
+    "A picture gets a little darker each time it goes there and back." "Chroma is averaged where there is less of it and repeated where there is more."; do
+    grep -qF -- "$sentence" line.txt || fail "formats does not say '$sentence'"
+done
 # Any layout becomes any other, and a frame has the size that info gives.
 repeat 16384 80 >any
 layouts=$(awk '/^[a-z]/ { print $1 } /^$/ { exit }' stdout.txt)

@@ -41,7 +41,7 @@ for round in $(seq 1 $rounds); do
         0) output=out/picture-%02d.png ;;
         *) output=out/clip.y4m ;;
     esac
-    env --default-signal=INT "$korframe" convert clip.y4m $output --flip 2>stderr.txt &
+    env --default-signal=INT,TERM,HUP "$korframe" convert clip.y4m $output --flip 2>stderr.txt &
     job=$!
     draw $((millisecond * 5 / 4))
     sleep "$(printf '0.%03d' $((random % 1000)))"

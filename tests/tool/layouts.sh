@@ -33,6 +33,12 @@ works convert planes.i420 out.i422 --size 4x2
 holds out.i422 "01 02 03 04 05 06 07 08 a1 a3 a1 a3 b1 b3 b1 b3"
 works convert planes.i420 out.i444 --size 4x2
 holds out.i444 "01 02 03 04 05 06 07 08 a1 a1 a3 a3 a1 a1 a3 a3 b1 b1 b3 b3 b1 b1 b3 b3"
+# Of several rows each is repeated.
+bytes "01 02 03 04 05 06 a1 a2 a3 b1 b2 b3" >tall.i420
+works convert tall.i420 out.i422 --size 1x6
+holds out.i422 "01 02 03 04 05 06 a1 a1 a2 a2 a3 a3 b1 b1 b2 b2 b3 b3"
+works convert tall.i420 out.i444 --size 1x6
+holds out.i444 "01 02 03 04 05 06 a1 a1 a2 a2 a3 a3 b1 b1 b2 b2 b3 b3"
 # Rotated, and of odd size.
 works convert planes.i420 out.nv12 --size 4x2 --rotate 90
 holds out.nv12 "05 01 06 02 07 03 08 04 a1 b1 a3 b3"
@@ -120,6 +126,10 @@ head -1 a.y4m | grep -q ' XKORMATRIX=709$' || fail "the matrix is not written: $
 works convert a.y4m named.rgb24
 works convert a.y4m given.rgb24 --matrix bt709
 same named.rgb24 given.rgb24
+for name in 601 bt601 bt.601 BT601 BT.601; do
+    works convert two.rgb24 c.y4m --size 2x1 --matrix $name
+    head -1 c.y4m | grep -q ' XKORMATRIX=601$' || fail "--matrix $name: $(head -1 c.y4m)"
+done
 works convert a.y4m other.rgb24 --matrix bt601
 cmp -s named.rgb24 other.rgb24 && fail "the matrix makes no difference"
 
@@ -131,7 +141,7 @@ notes() {
     [ "$(wc -l <stderr.txt)" -eq 1 ] || fail "$* did not print one line: $(cat stderr.txt)"
     grep -qF "$words" stderr.txt || fail "$*: '$(cat stderr.txt)', expected '$words'"
 }
-repeat 4320 80 >tall.rgb24
+repeat 8640 80 >tall.rgb24 # two frames, and one note
 notes "note: tall.rgb24: is converted by BT.601; HD video is usually BT.709, for which there is --matrix 709" tall.rgb24 out.y4m --size 2x720
 works convert tall.rgb24 out.y4m --size 2x720 --matrix 601
 works convert out.y4m out.rgb24
@@ -153,7 +163,7 @@ works convert red.i420 out.rgb24 --size 2x2 --range full
 holds out.rgb24 "ed 0f 0e ed 0f 0e ed 0f 0e ed 0f 0e"
 works convert full.i420 out.y4m --size 2x1 --range full
 head -1 out.y4m | grep -q ' XCOLORRANGE=FULL$' || fail "--range full: $(head -1 out.y4m)"
-{ printf 'YUV4MPEG2 W2 H1\nFRAME\n'; cat full.i420; } >unknown.y4m
+{ printf 'YUV4MPEG2 W2 H1\nFRAME\n'; cat full.i420; printf 'FRAME\n'; cat full.i420; } >unknown.y4m
 notes "note: unknown.y4m: does not give its range and is taken as limited; if it is full, add --range full" unknown.y4m out.rgb24
 works convert unknown.y4m out.rgb24 --range limited
 works convert unknown.y4m out.rgb24 --quiet
@@ -169,6 +179,10 @@ bytes "$frame $frame" >padded.i420
 works convert padded.i420 out.i420 --size 3x3 --stride 4x4,4,4
 cat odd.i420 odd.i420 >expected
 same out.i420 expected
+# Without --stride the size of the file shows that padding would explain it.
+"$korframe" info padded.i420 --size 3x3 >stdout.txt 2>stderr.txt && fail "padded frames pass for others"
+grep -qF "note: padded.i420: its 64 bytes are no whole number of 3x3 i420 frames, but would be one if rows are padded; for that add --stride 4x4,4,4" stderr.txt || fail "no hint: $(cat stderr.txt)"
+works info expected --from i420 --size 3x3 >stdout.txt
 if command -v gst-launch-1.0 >/dev/null; then
     gst-launch-1.0 -q videotestsrc num-buffers=2 ! video/x-raw,format=I420,width=322,height=181 ! filesink location=gst.i420
     gst-launch-1.0 -q videotestsrc num-buffers=2 ! video/x-raw,format=I420,width=322,height=181 ! videoconvert ! video/x-raw,format=Y444 ! filesink location=gst.i444

@@ -31,6 +31,26 @@ for subcommand in $subcommands; do
         grep -qFx -- "$option" options.txt || fail "the man page names $option of $subcommand, which does not exist"
     done
 done
+
+# What users should know before they wonder, without regard to fonts and lines.
+sed 's/^\.\(BR\|RB\|IR\|RI\|BI\|IB\) \(.*\)/\2/; s/^\.[BI] //; s/ \([,.]\)/\1/g' page.txt | tr '\n' ' ' >text.txt
+for sentence in \
+    "White comes back from YUV as 254, not 255. Rendering scales luma of 16 to 235 by 149/128 in whole numbers and rounds down" \
+    "There is no scaling, no filtering, no compressed video and no sample deeper than 8 bits" \
+    "gamma (gAMA) and colour profiles are ignored, with a warning" \
+    "Chroma siting is kept as it is and never changed" \
+    "Rendering repeats each chroma sample for the pixels that it covers, whatever the siting." \
+    "a table brings it to limited range, which costs at most" \
+    "A range that is not given is taken as limited; when that matters, a note says so." \
+    "Otherwise transparent pixels are composited over black, with a warning" \
+    "HD video is usually BT.709, so a note is printed" \
+    "The output stays as it was, and the frames before the break lie beside it as" \
+    ".korframe-XXXXXX.tmp An output that is not complete yet" \
+    "is removed by the next run that writes to the directory, unless a living process holds a lock" \
+    "The frames before the break of an input. Such files are never replaced or removed."; do
+    grep -qF -- "$sentence" text.txt || fail "the man page does not say '$sentence'"
+done
+
 # Each subcommand takes one line.
 "$korframe" --help | awk 'list && NF > 0 && !/^  [a-z]/ { bad = 1 } /^Subcommands:/ { list = 1 } END { exit bad }' || fail "a subcommand takes more than one line in --help"
 

@@ -36,6 +36,12 @@ warns "pictures/alpha.png: has transparent pixels, which are composited over bla
 { cat start; bytes "ff 00 00 00 00 00 ff 00 00 00 00 00"; } >expected
 same out.ppm expected
 warns "pictures/alpha.png: has transparent pixels" convert pictures/alpha.png out.rgb
+# A colour of a palette may be transparent, too.
+warns "pictures/key.png: has transparent pixels" convert pictures/key.png out.rgb
+holds out.rgb "ff 00 00 00 00 00 ff 00 00 00 00 00"
+works convert pictures/key.png out.rgba
+holds out.rgba "ff 00 00 ff 00 00 ff 00 ff 00 00 ff 00 00 ff 00"
+works convert pictures/alpha.png out.rgb --quiet
 warns "pictures/alpha.png: has transparent pixels" convert pictures/alpha.png out.png --mirror
 cat pictures/alpha.png pictures/half.png >two.png
 warns "two.png: has transparent pixels" convert two.png out.y4m
@@ -69,6 +75,11 @@ done
 works convert pictures/black-progressive.jpg out.i420
 { repeat 256 10; repeat 128 80; } >expected
 same out.i420 expected
+
+# A few bytes can ask for the time of a whole picture again and again.
+works convert pictures/scans-500.jpg out.i420
+same out.i420 expected
+refuses 1 "pictures/scans-501.jpg: is a JPEG file that cannot be decoded (more than 500 scans)" convert pictures/scans-501.jpg none.y4m
 
 # Some cameras append further images and say so in the first.
 warns "pictures/indexed.jpg: holds further images (MPF), which are ignored" convert pictures/indexed.jpg out.i420
@@ -153,15 +164,16 @@ else
     skips "a limit on memory, which a sanitizer does not run under"
 fi
 
-# An input without end is not read any further than its picture goes.
+# An input without end, which 10 MB stand for, is not read any further than its picture goes.
 if [ -r /dev/zero ]; then
     mkfifo endless
-    { printf 'P6 300 200 255\n'; timeout 60 cat /dev/zero; } >endless &
+    { printf 'P6 300 200 255\n'; head -c 10000000 /dev/zero 2>/dev/null && : >taken; } >endless &
     refuses 1 "standard input: has bytes that are no picture behind picture 1, from byte 180015 on; the frame before it is in kept.partial.y4m" convert - kept.y4m <endless
     wait
-    { printf 'P6 4 #'; timeout 60 cat /dev/zero; } >endless &
+    { printf 'P6 4 #'; head -c 10000000 /dev/zero 2>/dev/null && : >taken; } >endless &
     refuses 1 "standard input: has no number within 65536 bytes from byte 4; expected a PPM file" convert - none.y4m <endless
     wait
+    absent taken
 fi
 
 # Damaged pictures.

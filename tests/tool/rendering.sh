@@ -83,6 +83,35 @@ cmp -s last flat && fail "the last row has no noise"
 works convert full.y4m out.rgb
 holds out.rgb "ed 0f 0e ed 0f 0e ed 0f 0e ed 0f 0e"
 
+# The largest error of that is what the man page says. Red depends on Y and V alone, blue on Y and U.
+stated=$(tr '\n' ' ' <"$3/tools/korframe/man/korframe.1" | sed -n 's/.*costs at most \([0-9]*\) levels.*/\1/p')
+if command -v python3 >/dev/null; then
+    python3 -c '
+import sys
+samples = [bytes(range(256)) * 256, bytes(value for value in range(256) for _ in range(256))]
+sys.stdout.buffer.write(samples[0] + 2 * samples[1])' >all.i444
+    for matrix in 601 709; do
+        works convert all.i444 all.rgb24 --size 256x256 --range full --matrix $matrix
+        found=$(python3 -c '
+import sys
+red, blue = {"601": (0.299, 0.114), "709": (0.2126, 0.0722)}[sys.argv[1]]
+green = 1 - red - blue
+largest = 0
+with open("all.rgb24", "rb") as file:
+    for chroma in range(-128, 128):
+        for luma in range(256):
+            r = luma + 2 * (1 - red) * chroma
+            b = luma + 2 * (1 - blue) * chroma
+            exact = (r, (luma - red * r - blue * b) / green, b)
+            for value, rendered in zip(exact, file.read(3)):
+                largest = max(largest, abs(min(max(round(value), 0), 255) - rendered))
+print(largest)' $matrix)
+        [ "$found" = "$stated" ] || fail "full range by $matrix is up to $found levels off; the man page says '$stated'"
+    done
+else
+    skips "the largest error of full range: python3 is not installed"
+fi
+
 # Errors.
 wrong_matrix() {
     printf '%b' "$1" >wrong.txt

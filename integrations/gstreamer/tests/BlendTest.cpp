@@ -105,10 +105,14 @@ Picture Blended(const Picture& video, const Picture& overlay, int x, int y, KorU
             std::copy_n(video.Row(i, row), video.RowBytes(i), canvas.Row(i, row + shift) + shift);
         }
     }
-    const KorSizeT column =
-        static_cast<KorSizeT>(static_cast<int>(margin) + (x < 0 ? x / 2 * 2 - (x % 2 != 0 ? 2 : 0) : x));
-    const KorSizeT line =
-        static_cast<KorSizeT>(static_cast<int>(margin) + (y < 0 ? y / 2 * 2 - (y % 2 != 0 ? 2 : 0) : y));
+    // Left of the video and above it, positions are rounded down to even ones.
+    const auto inMargin = [](int at) {
+        const int rounded = at < 0 ? at / 2 * 2 - (at % 2 != 0 ? 2 : 0) : at;
+        const int place = static_cast<int>(margin) + rounded;
+        return static_cast<KorSizeT>(place);
+    };
+    const KorSizeT column = inMargin(x);
+    const KorSizeT line = inMargin(y);
     if (opacity == nullptr) {
         KorI420AlphaBlend_C_(canvas.Row(0, 0), canvas.Pitch(0), canvas.Row(1, 0), canvas.Pitch(1), canvas.Row(2, 0),
                              canvas.Pitch(2), overlay.Row(0, 0), overlay.Pitch(0), overlay.Row(1, 0), overlay.Pitch(1),

@@ -26,6 +26,7 @@ namespace {
 struct Decoder {
     jpeg_decompress_struct jpeg = {};
     jpeg_error_mgr errors = {};
+    jpeg_progress_mgr progress = {};
     jpeg_source_mgr source = {};
     InputFile* input = nullptr;
     std::size_t given = 0;      // bytes of the input that the library has before it
@@ -49,6 +50,18 @@ extern "C" void JpegFail(j_common_ptr jpeg) {
 extern "C" void JpegWarn(j_common_ptr jpeg, int level) {
     if (level < 0 && jpeg->err->msg_code != JWRN_EXTRANEOUS_DATA) {
         JpegFail(jpeg);
+    }
+}
+
+// Each scan of a progressive file may cost the time of a whole picture but take only a few bytes. Encoders write about
+// ten.
+constexpr int kMostScans = 500;
+
+extern "C" void JpegProgress(j_common_ptr jpeg) {
+    if (reinterpret_cast<j_decompress_ptr>(jpeg)->input_scan_number > kMostScans) {
+        Decoder& decoder = DecoderOf(jpeg);
+        std::snprintf(decoder.message, sizeof decoder.message, "more than %d scans", kMostScans);
+        std::longjmp(decoder.jump, 1);
     }
 }
 
@@ -105,6 +118,8 @@ bool Begin(Decoder& decoder) {
         return false;
     }
     jpeg_create_decompress(&decoder.jpeg);
+    decoder.progress.progress_monitor = JpegProgress;
+    decoder.jpeg.progress = &decoder.progress;
     decoder.source.init_source = JpegInit;
     decoder.source.fill_input_buffer = JpegFill;
     decoder.source.skip_input_data = JpegSkip;
