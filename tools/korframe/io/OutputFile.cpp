@@ -27,7 +27,8 @@ namespace {
 // ext4): the page cache then looks for large runs of free memory.
 constexpr std::size_t kPiece = std::size_t{1} << 17;
 
-// A pipe that holds more than its usual 64 KiB lets the two programs run beside each other. Systems allow every user this.
+// A pipe that holds more than its usual 64 KiB lets the two programs run beside each other. Systems allow every user
+// this.
 constexpr int kPipeBytes = 1 << 20;
 
 // A file that will be flushed before it replaces another goes to the disk in parts of this size while it is being made.
