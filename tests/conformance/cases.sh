@@ -6,12 +6,13 @@ set -u
 broken=$1
 depth=${2-}
 output=$(mktemp)
-trap 'rm -f "$output"' EXIT
+errors=$(mktemp) # where sanitizers write, too, at any time
+trap 'rm -f "$output" "$errors"' EXIT
 failures=0
 
 fail() {
     echo "FAILED: $*"
-    cat "$output"
+    cat "$output" "$errors"
     failures=$((failures + 1))
 }
 
@@ -22,7 +23,7 @@ finds() {
     fault=$2
     kind=$3
     shift 3
-    "$broken" "$fault" --function "$function" "$@" >"$output" 2>&1
+    "$broken" "$fault" --function "$function" "$@" >"$output" 2>"$errors"
     status=$?
     [ "$status" -eq 1 ] || fail "$fault: ended with $status"
     grep -q "^${function}_C_  *DIFFERS" "$output" || fail "$fault: no difference"
@@ -30,7 +31,7 @@ finds() {
     again=$(sed -n 's/^  again: [^ ]* //p' "$output")
     # Word splitting is what the options are for.
     # shellcheck disable=SC2086
-    "$broken" "$fault" $again >"$output" 2>&1
+    "$broken" "$fault" $again >"$output" 2>"$errors"
     status=$?
     [ "$status" -eq 1 ] || fail "$fault: not found again by $again"
     grep -q "; 1 cases" "$output" || fail "$fault: more than one case with $again"
