@@ -3,7 +3,6 @@
 #include <cstdio>
 #include <cstring>
 #include <random>
-#include <vector>
 
 #include "Kor/Video/Common/C/KorYuv420_C_.h"
 #include "Kor/Video/Common/KorYuv420.h"
