@@ -77,6 +77,15 @@ cp card.ppm self
 works convert self self --to y4m
 same self fresh.y4m
 
+# Waits for a run in the background to have its temporary file in a directory.
+await_temporary() {
+    tries=0
+    while [ -z "$(find "$1" -name '.korframe-??????.tmp' -type f)" ] && [ $tries -lt 50 ]; do
+        sleep 0.1
+        tries=$((tries + 1))
+    done
+}
+
 # An unfinished file disappears when a signal ends the program.
 mkfifo never
 for signal in INT TERM HUP; do
@@ -85,11 +94,7 @@ for signal in INT TERM HUP; do
     env --default-signal=INT,TERM,HUP "$korframe" convert never self --to y4m --from i420 --size 64x64 2>/dev/null &
     job=$!
     head -c 6144 /dev/zero >&9
-    tries=0
-    while [ -z "$(find . -name '.korframe-*')" ] && [ $tries -lt 50 ]; do
-        sleep 0.1
-        tries=$((tries + 1))
-    done
+    await_temporary .
     kill -$signal $job
     wait $job
     status=$?
@@ -219,11 +224,7 @@ exec 9<>never
 "$korframe" convert never litter/slow.y4m --from i420 --size 64x64 9>&- &
 job=$!
 head -c 6144 /dev/zero >&9
-tries=0
-while [ -z "$(find litter -name '.korframe-??????.tmp' -type f)" ] && [ $tries -lt 50 ]; do
-    sleep 0.1
-    tries=$((tries + 1))
-done
+await_temporary litter
 works convert card.ppm litter/out.y4m
 exec 9>&-
 wait $job || fail "two runs in one directory: the first exited with $?"
