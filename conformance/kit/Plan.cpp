@@ -261,11 +261,12 @@ Sweep EveryNoise(const Entry& entry) {
     return sweep;
 }
 
-// As far apart as this system lets them be: every option at every distance, at a size that fills a tile.
+// As far apart as this system lets them be: every option at every distance. One size fills a tile of any vector and
+// leaves a last row over.
 Sweep FarApart(const Entry& entry, bool quick) {
     Sweep sweep = InTurn(entry, {{66, 34}}, quick ? 6 : 3 * CountOptions(entry.options()));
     if (!quick) {
-        sweep.sizes.insert(sweep.sizes.end(), {{35, 7}, {130, 18}, {258, 10}});
+        sweep.sizes.insert(sweep.sizes.end(), {{35, 7}, {130, 67}, {258, 10}});
     }
     sweep.patterns = {Pattern::Noise};
     sweep.matrixPlaces = {MatrixPlace::Own};
