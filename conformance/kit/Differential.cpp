@@ -194,8 +194,8 @@ void Differential::ChooseReach() {
     }
 }
 
-// Copies a matrix that has memory of its own next to an unmapped page, on the side where the planes have theirs. If there
-// is nothing to write, nothing of it may be read: then it lies on that page.
+// Copies a matrix that has memory of its own next to an unmapped page, on the side where the planes have theirs. If
+// there is nothing to write, nothing of it may be read: then it lies on that page.
 void Differential::GuardMatrix() {
     case_.matrixPlace = MatrixPlace::Own;
     if (case_.matrix == nullptr) {

@@ -91,10 +91,9 @@ static void CaptureGeneral(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT p
     if (writes || Has("matrix of no size")) {
         memcpy(copy, coeffs, sizeof copy);
     }
-    if (writes &&
-        ((Has("matrix in u") && LiesIn(coeffs, u, heightC * pitchU)) ||
-         (Has("matrix in v") && LiesIn(coeffs, v, heightC * pitchV)) ||
-         (Has("matrix in the spare row") && height % 2 == 1 && LiesIn(coeffs, y + height * pitchY, width)))) {
+    if (writes && ((Has("matrix in u") && LiesIn(coeffs, u, heightC * pitchU)) ||
+                   (Has("matrix in v") && LiesIn(coeffs, v, heightC * pitchV)) ||
+                   (Has("matrix in the spare row") && height % 2 == 1 && LiesIn(coeffs, y + height * pitchY, width)))) {
         coeffs = (const KorInt(*)[3])copy;
     }
     KorBGRAToI420General_C_(y, pitchY, u, pitchU, v, pitchV, x, pitchX, width, height, flip, coeffs);
