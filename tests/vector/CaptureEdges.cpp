@@ -67,10 +67,10 @@ void TryAlpha(const char* name, Alpha alpha, Function dispatched, Function porta
 }
 
 // The matrix at every place from in front of three planes to behind them. What is written changes it.
-void TryMatrix(const Matrix& matrix, KorSizeT width, KorSizeT height) {
+void TryMatrix(const Matrix& matrix, KorSizeT width, KorSizeT height, KorSizeT shift) {
     constexpr KorSizeT kGap = 64;
     const KorSizeT pitchY = width + 6, pitchC = width / 2 + 9;
-    const KorSizeT y = kGap;
+    const KorSizeT y = kGap + shift;
     const KorSizeT u = y + pitchY * (height + 1) + kGap;
     const KorSizeT v = u + pitchC * (height / 2 + 1) + kGap;
     const KorSizeT size = (v + pitchC * (height / 2 + 1) + kGap) / sizeof(KorInt);
@@ -114,8 +114,12 @@ int main(int argc, char** argv) {
     TryAlpha("KorBGRAToI420General", Alpha::Last, &KorBGRAToI420General, &KorBGRAToI420General_C_, kBytes);
     TryAlpha("KorBGRAToI420General", Alpha::Last, &KorBGRAToI420General, &KorBGRAToI420General_C_, kWords);
     for (const Matrix* matrix : {&kBytes, &kWords}) {
-        TryMatrix(*matrix, 66, 4);
-        TryMatrix(*matrix, 67, 5);
+        for (KorSizeT shift = 0; shift < sizeof(KorInt); ++shift) {
+            TryMatrix(*matrix, 66, 4, shift);
+            TryMatrix(*matrix, 67, 4, shift);
+            TryMatrix(*matrix, 66, 5, shift);
+            TryMatrix(*matrix, 67, 5, shift);
+        }
     }
     std::printf("%s: %d differences\n", argv[1], failures);
     return failures != 0;
