@@ -176,6 +176,9 @@ Sweep ManyRows(const Entry& entry) {
     if (entry.family == Family::RgbToYuv) {
         sweep.sizes.emplace_back(35, 131205);  // an odd last column is converted on its own
     }
+    if (sweep.rotationDegrees.size() > 1) {
+        sweep.sizes.emplace_back(131206, 66);  // columns become rows
+    }
     if (sweep.ditherLevels.size() > 1) {
         sweep.ditherLevels = {KOR_VIDEOFRAMEDITHERLEVEL_Off, KOR_VIDEOFRAMEDITHERLEVEL_2};
         sweep.perSize = 2;
