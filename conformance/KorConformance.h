@@ -25,7 +25,8 @@
  *              work in place where it is allowed.
  *   Memory     Tight pitches, pitches of whole 16 bytes, odd ones that put every row on another alignment, tight ones
  *              beside others, and pitches of more than 16 and 32 bits; planes that end right before an unmapped page,
- *              and planes that begin right behind one. At sizes of zero also null pointers.
+ *              and planes that begin right behind one. At sizes of zero also null pointers. A matrix that cannot be
+ *              read where nothing is written.
  *   Content    Noise, and in turn all 0, all 255, alternating, ramps, and the values at which arithmetic turns. Every
  *              colour, and every sample with every weight.
  *   Noise      A table with regions of small, extreme, rising and wide 16-bit values; draws that follow from the seed.

@@ -194,14 +194,25 @@ void Differential::ChooseReach() {
     }
 }
 
-// Copies a matrix that has memory of its own next to an unmapped page, on the side where the planes have theirs.
+// Copies a matrix that has memory of its own next to an unmapped page, on the side where the planes have theirs. If
+// there is nothing to write, nothing of it may be read: then it lies on that page.
 void Differential::GuardMatrix() {
     case_.matrixPlace = MatrixPlace::Own;
-    if (case_.matrix != nullptr) {
-        std::uint8_t* const end = ownMatrix_.end();
-        void* const place = case_.placement == Placement::Rear ? end - sizeof(Matrix) : ownMatrix_.begin();
-        case_.matrix = static_cast<const Matrix*>(std::memcpy(place, case_.matrix, sizeof(Matrix)));
+    if (case_.matrix == nullptr) {
+        return;
     }
+    std::uint8_t* const end = ownMatrix_.end();
+    void* place = end;
+    if (WritesAnything()) {
+        place = case_.placement == Placement::Rear ? end - sizeof(Matrix) : ownMatrix_.begin();
+        std::memcpy(place, case_.matrix, sizeof(Matrix));
+    }
+    case_.matrix = static_cast<const Matrix*>(place);
+}
+
+bool Differential::WritesAnything() const {
+    return std::any_of(layout_.planes.begin(), layout_.planes.begin() + layout_.count,
+                       [](const auto& plane) { return plane.access != Access::Read && !plane.shape.Empty(); });
 }
 
 // Moves the matrix into a plane that is written, if there is room: somewhere between its first byte and its last.
@@ -448,7 +459,7 @@ void Differential::ReportFault(const char* who, const Fault& fault) {
     }
 }
 
-// The place in words, if it is in a plane or near one.
+// The place in words, if it is in a plane or near one, or in the matrix.
 std::string Differential::PlaceOf(std::uintptr_t address) const {
     for (std::size_t i = 0; i < layout_.count; ++i) {
         if (planes_[i].IsNear(address)) {
@@ -456,6 +467,9 @@ std::string Differential::PlaceOf(std::uintptr_t address) const {
                 static_cast<std::ptrdiff_t>(address - reinterpret_cast<std::uintptr_t>(planes_[i].data()));
             return std::string("plane ") + layout_.planes[i].name + ", " + planes_[i].Where(place);
         }
+    }
+    if (case_.matrix != nullptr && address - reinterpret_cast<std::uintptr_t>(case_.matrix) < sizeof(Matrix)) {
+        return "coeffs";
     }
     return "";
 }

@@ -72,6 +72,7 @@ class Differential {
     void Lay(const Case& options);
     void ChooseReach();
     void GuardMatrix();
+    bool WritesAnything() const;
     void PlaceMatrix();
     void RunModel();
     void RunSubject();

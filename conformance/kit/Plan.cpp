@@ -173,6 +173,16 @@ Sweep SomeWithGaps(const Entry& entry, bool quick) {
 // of its own, and where it can be read first, it is.
 Sweep ManyRows(const Entry& entry) {
     Sweep sweep = InTurn(entry, {{66, 131205}}, entry.options().rotationDegrees.size());
+    if (entry.family == Family::RgbToYuv) {
+        sweep.sizes.emplace_back(35, 131205);  // an odd last column is converted on its own
+    }
+    if (sweep.rotationDegrees.size() > 1) {
+        sweep.sizes.emplace_back(131206, 66);  // columns become rows
+    }
+    if (sweep.ditherLevels.size() > 1) {
+        sweep.ditherLevels = {KOR_VIDEOFRAMEDITHERLEVEL_Off, KOR_VIDEOFRAMEDITHERLEVEL_2};
+        sweep.perSize = 2;
+    }
     sweep.flips = {entry.options().flips.back()};
     sweep.matrixPlaces = {MatrixPlace::Own};
     sweep.patterns = {Pattern::Noise};

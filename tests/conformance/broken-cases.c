@@ -87,15 +87,17 @@ static void CaptureGeneral(KorUint8* y, KorSizeT pitchY, KorUint8* u, KorSizeT p
                            const KorInt (*coeffs)[3]) {
     KorInt copy[3][3];
     const KorSizeT heightC = (height + 1) / 2;
-    memcpy(copy, coeffs, sizeof copy);
-    if (width > 0 && height > 0 &&
-        ((Has("matrix in u") && LiesIn(coeffs, u, heightC * pitchU)) ||
-         (Has("matrix in v") && LiesIn(coeffs, v, heightC * pitchV)) ||
-         (Has("matrix in the spare row") && height % 2 == 1 && LiesIn(coeffs, y + height * pitchY, width)))) {
+    const int writes = width > 0 && height > 0;
+    if (writes || Has("matrix of no size")) {
+        memcpy(copy, coeffs, sizeof copy);
+    }
+    if (writes && ((Has("matrix in u") && LiesIn(coeffs, u, heightC * pitchU)) ||
+                   (Has("matrix in v") && LiesIn(coeffs, v, heightC * pitchV)) ||
+                   (Has("matrix in the spare row") && height % 2 == 1 && LiesIn(coeffs, y + height * pitchY, width)))) {
         coeffs = (const KorInt(*)[3])copy;
     }
     KorBGRAToI420General_C_(y, pitchY, u, pitchU, v, pitchV, x, pitchX, width, height, flip, coeffs);
-    if (Has("coefficient of 16 bits") && width > 0 && height > 0 && copy[0][0] > 5000 && copy[0][0] <= 32767) {
+    if (Has("coefficient of 16 bits") && writes && copy[0][0] > 5000 && copy[0][0] <= 32767) {
         y[0] ^= 1;
     }
 }

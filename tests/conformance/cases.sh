@@ -53,6 +53,7 @@ finds KorBGRAToI420General "matrix in u" "$wrong" --quick
 finds KorBGRAToI420General "matrix in v" "$wrong" --quick
 finds KorBGRAToI420General "matrix in the spare row" "$wrong" --quick
 finds KorBGRAToI420General "coefficient of 16 bits" "$wrong" --quick
+finds KorBGRAToI420General "matrix of no size" "crashed: SIGSEGV on touching coeffs\|ended" --quick
 finds KorPlanarRotation "angle of 16 bits" "$wrong\|crashed: SIG\|ended" --quick
 finds KorI444ToBGRA "noise from row 600" "$wrong" --quick
 if [ -z "$depth" ]; then

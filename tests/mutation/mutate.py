@@ -366,6 +366,7 @@ def stages_of_target(build, target, families):
         Stage("stored inputs of the fuzzers", build, FAST, fuzzers("--stored", "{corpus}", families=families), target),
         Stage("random inputs of the fuzzers", build, FAST, fuzzers("--random", "5000", families=families), target),
         Stage("alignments", build, FAST, ["env", "KOR_STREAMING=always", "tests/vector/KorAlignments", target], ""),
+        Stage("edges of captures", build, FAST, ["tests/vector/KorCaptureEdges", target], ""),
         Stage("short conformance run", build, FAST, each("--quick"), ""),
         Stage("noise of a product", build, FAST,
               ["env", "KOR_STREAMING=always", "tests/conformance/KorDispatchedNoiseTest", target], ""),
@@ -614,12 +615,12 @@ class VectorWorkshop(Workshop):
             others = [self.directory / "before" / f"{other.name}.o" for other in self.units if other not in changed]
             self.link(self.objects + others + list(changed.values()), where).check_returncode()
             # A header's unit by unit: most changes need only one.
-            for stage in self.known_cases(unit.stem) + self.stages_for([unit])[:4]:
+            for stage in self.known_cases(unit.stem) + self.stages_for([unit])[:5]:
                 if self.finds(stage, where / self.soname):
                     return stage.name
         if not changed:
             return "same code"
-        for stage in self.stages_for(changed)[4:]:
+        for stage in self.stages_for(changed)[5:]:
             if self.finds(stage, where / self.soname):
                 return stage.name
         return ""

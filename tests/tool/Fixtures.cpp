@@ -92,80 +92,91 @@ std::vector<Bytes> DeepRows(std::size_t samplesOfPixel) {
     return rows;
 }
 
+// An application's marker of a JPEG file and what follows it.
+struct Marker {
+    int number;
+    Bytes data;
+};
+
+struct Jpeg {
+    JDIMENSION width, height;
+    J_COLOR_SPACE space;
+    std::size_t components;
+    std::vector<Marker> markers;
+};
+
+// The file. setUp changes libjpeg's defaults; rowAt has the samples of a row.
+template <class SetUp, class RowAt>
+Bytes Encode(const Jpeg& picture, SetUp setUp, RowAt rowAt) {
+    jpeg_compress_struct jpeg;
+    jpeg_error_mgr errors;
+    jpeg.err = jpeg_std_error(&errors);
+    jpeg_create_compress(&jpeg);
+    unsigned char* memory = nullptr;
+    unsigned long size = 0;
+    jpeg_mem_dest(&jpeg, &memory, &size);
+    jpeg.image_width = picture.width;
+    jpeg.image_height = picture.height;
+    jpeg.input_components = static_cast<int>(picture.components);
+    jpeg.in_color_space = picture.space;
+    jpeg_set_defaults(&jpeg);
+    setUp(jpeg);
+    jpeg_start_compress(&jpeg, TRUE);
+    for (const Marker& marker : picture.markers) {
+        jpeg_write_marker(&jpeg, JPEG_APP0 + marker.number, marker.data.data(),
+                          static_cast<unsigned>(marker.data.size()));
+    }
+    while (jpeg.next_scanline < jpeg.image_height) {
+        Bytes row = rowAt(jpeg.next_scanline);
+        JSAMPROW rows = row.data();
+        jpeg_write_scanlines(&jpeg, &rows, 1);
+    }
+    jpeg_finish_compress(&jpeg);
+    jpeg_destroy_compress(&jpeg);
+    const Bytes file(memory, memory + size);
+    std::free(memory);
+    return file;
+}
+
 // 32x16 grey pixels, with a different shade in each quadrant: 240, 180 over 120, 60. An Exif field gives the
 // orientation.
 void WriteRotatedJpeg(const std::string& name, std::uint8_t orientation) {
     // Big-endian TIFF with one directory of one entry: tag 0x0112, a short, once.
     const Bytes exif = {'E', 'x',  'i', 'f', 0, 0, 'M', 'M', 0, 42,          0, 0, 0, 8, 0, 1,
                         1,   0x12, 0,   3,   0, 0, 0,   1,   0, orientation, 0, 0, 0, 0, 0, 0};
-    jpeg_compress_struct jpeg;
-    jpeg_error_mgr errors;
-    jpeg.err = jpeg_std_error(&errors);
-    jpeg_create_compress(&jpeg);
-    unsigned char* memory = nullptr;
-    unsigned long size = 0;
-    jpeg_mem_dest(&jpeg, &memory, &size);
-    jpeg.image_width = 32;
-    jpeg.image_height = 16;
-    jpeg.input_components = 1;
-    jpeg.in_color_space = JCS_GRAYSCALE;
-    jpeg_set_defaults(&jpeg);
-    jpeg_set_quality(&jpeg, 100, TRUE);
-    jpeg_start_compress(&jpeg, TRUE);
-    jpeg_write_marker(&jpeg, JPEG_APP0 + 1, exif.data(), static_cast<unsigned>(exif.size()));
-    while (jpeg.next_scanline < jpeg.image_height) {
-        const bool upper = jpeg.next_scanline < 8;
+    const auto setUp = [](jpeg_compress_struct& jpeg) { jpeg_set_quality(&jpeg, 100, TRUE); };
+    const auto rowAt = [](JDIMENSION line) {
+        const bool upper = line < 8;
         Bytes row(16, upper ? 240 : 120);
         row.resize(32, upper ? 180 : 60);
-        JSAMPROW rows = row.data();
-        jpeg_write_scanlines(&jpeg, &rows, 1);
-    }
-    jpeg_finish_compress(&jpeg);
-    jpeg_destroy_compress(&jpeg);
-    WriteFile(name, Bytes(memory, memory + size));
-    std::free(memory);
+        return row;
+    };
+    WriteFile(name, Encode({32, 16, JCS_GRAYSCALE, 1, {{1, exif}}}, setUp, rowAt));
 }
 
 // 16x16 pixels, all with the same components. With an index of further images, one follows.
 void WriteJpeg(const std::string& name, J_COLOR_SPACE space, const Bytes& components, bool progressive,
                bool index = false) {
-    jpeg_compress_struct jpeg;
-    jpeg_error_mgr errors;
-    jpeg.err = jpeg_std_error(&errors);
-    jpeg_create_compress(&jpeg);
-    unsigned char* memory = nullptr;
-    unsigned long size = 0;
-    jpeg_mem_dest(&jpeg, &memory, &size);
-    jpeg.image_width = 16;
-    jpeg.image_height = 16;
-    jpeg.input_components = static_cast<int>(components.size());
-    jpeg.in_color_space = space;
-    jpeg_set_defaults(&jpeg);
-    jpeg_set_quality(&jpeg, 100, TRUE);
-    if (progressive) {
-        jpeg_simple_progression(&jpeg);
-    }
-    jpeg_start_compress(&jpeg, TRUE);
+    Jpeg picture = {16, 16, space, components.size(), {}};
     if (index) {
-        const Bytes start = {'M', 'P', 'F', 0, 'I', 'I', 42, 0};
-        jpeg_write_marker(&jpeg, JPEG_APP0 + 2, start.data(), static_cast<unsigned>(start.size()));
+        picture.markers.push_back({2, {'M', 'P', 'F', 0, 'I', 'I', 42, 0}});
     }
+    const auto setUp = [&](jpeg_compress_struct& jpeg) {
+        jpeg_set_quality(&jpeg, 100, TRUE);
+        if (progressive) {
+            jpeg_simple_progression(&jpeg);
+        }
+    };
     Bytes row;
     for (int pixel = 0; pixel < 16; ++pixel) {
         row.insert(row.end(), components.begin(), components.end());
     }
-    while (jpeg.next_scanline < jpeg.image_height) {
-        JSAMPROW rows = row.data();
-        jpeg_write_scanlines(&jpeg, &rows, 1);
-    }
-    jpeg_finish_compress(&jpeg);
-    jpeg_destroy_compress(&jpeg);
-    Bytes file(memory, memory + size);
+    Bytes file = Encode(picture, setUp, [&](JDIMENSION) { return row; });
     if (index) {
-        file.insert(file.end(), memory, memory + size);
+        const Bytes further = file;
+        file.insert(file.end(), further.begin(), further.end());
     }
     WriteFile(name, file);
-    std::free(memory);
 }
 
 // The end of a scan: the next marker that is no part of its entropy-coded data.
@@ -180,31 +191,12 @@ std::size_t EndOfScan(const Bytes& file, std::size_t at) {
 
 // 16x16 black pixels in as many scans as wanted: the one of DC coefficients is repeated, which changes nothing.
 void WriteScans(const std::string& name, std::size_t count) {
-    jpeg_compress_struct jpeg;
-    jpeg_error_mgr errors;
-    jpeg.err = jpeg_std_error(&errors);
-    jpeg_create_compress(&jpeg);
-    unsigned char* memory = nullptr;
-    unsigned long size = 0;
-    jpeg_mem_dest(&jpeg, &memory, &size);
-    jpeg.image_width = 16;
-    jpeg.image_height = 16;
-    jpeg.input_components = 1;
-    jpeg.in_color_space = JCS_GRAYSCALE;
-    jpeg_set_defaults(&jpeg);
     const jpeg_scan_info scans[] = {{1, {0}, 0, 0, 0, 0}, {1, {0}, 1, 63, 0, 0}};
-    jpeg.scan_info = scans;
-    jpeg.num_scans = 2;
-    jpeg_start_compress(&jpeg, TRUE);
-    Bytes row(16, 0);
-    while (jpeg.next_scanline < jpeg.image_height) {
-        JSAMPROW rows = row.data();
-        jpeg_write_scanlines(&jpeg, &rows, 1);
-    }
-    jpeg_finish_compress(&jpeg);
-    jpeg_destroy_compress(&jpeg);
-    Bytes file(memory, memory + size);
-    std::free(memory);
+    const auto setUp = [&](jpeg_compress_struct& jpeg) {
+        jpeg.scan_info = scans;
+        jpeg.num_scans = 2;
+    };
+    const Bytes file = Encode({16, 16, JCS_GRAYSCALE, 1, {}}, setUp, [](JDIMENSION) { return Bytes(16, 0); });
     const Bytes start = {0xff, 0xda};
     const auto scan = std::search(file.begin(), file.end(), start.begin(), start.end());
     const auto at = static_cast<std::size_t>(scan - file.begin());

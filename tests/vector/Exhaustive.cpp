@@ -66,15 +66,30 @@ constexpr NamedRender kRenders[] = {
 
 using Matrix = KorInt[3][3];
 
-// As many weights above zero, or below, as kernels of bytes can take, one more than that, and weights of more than a
-// byte.
+// As many weights above zero, or below, as kernels of bytes can take, and weights of more than a byte.
 constexpr Matrix kCaptureMatrices[] = {
     {{47, 157, 16}, {-26, -87, 112}, {112, -102, -10}},
     {{255, 0, 0}, {127, 1, -128}, {-128, 64, 64}},
     {{0, 254, 1}, {100, 28, -100}, {-64, -64, 100}},
-    {{0, 255, 1}, {100, 29, -100}, {-64, -65, 100}},
-    {{256, 0, -1}, {128, 0, 0}, {-129, 0, 0}},
     {{32767, -32768, 65535}, {70000, -70000, 1}, {-2147483647 - 1, 2147483647, 255}},
+};
+
+// Three of these leave 32 bits.
+constexpr KorInt kHuge = 0x40000101;
+
+// More than kernels of bytes can take, each in one way: a weight of luma, or their sum; a weight of chroma, or the sum
+// of those above zero, or below.
+constexpr Matrix kMatricesBeyondBytes[] = {
+    {{256, 0, 0}, {127, 1, -128}, {-128, 64, 64}},
+    {{-1, 0, 0}, {127, 1, -128}, {-128, 64, 64}},
+    {{0, 255, 255}, {127, 1, -128}, {-128, 64, 64}},
+    {{255, 0, 0}, {128, 0, 0}, {128, 0, 0}},
+    {{255, 0, 0}, {0, 100, 100}, {0, 100, 100}},
+    {{255, 0, 0}, {0, 127, 2}, {0, 127, 2}},
+    {{255, 0, 0}, {1, -127, -2}, {1, -127, -2}},
+    {{kHuge, kHuge, kHuge}, {kHuge, kHuge, kHuge}, {kHuge, kHuge, kHuge}},
+    {{255, 0, 0}, {kHuge, kHuge, kHuge}, {kHuge, kHuge, kHuge}},
+    {{-1, -1, -1}, {-kHuge, -kHuge, -kHuge}, {-kHuge, -kHuge, -kHuge}},
 };
 
 // The matrix of BT.601, one at the limits of 16-bit lanes, and one beyond them.
@@ -124,14 +139,23 @@ void TryCaptures(KorSizeT picture) {
         run(test.dispatched, found);
         Check(expected == found, test.name, picture);
     }
-    for (const Matrix& matrix : kCaptureMatrices) {
+    const auto tryMatrix = [&](const Matrix& matrix, const std::string& name) {
         const auto run = [&](CaptureGeneral capture, Planes& to) {
             capture(to.y.data(), kSize, to.u.data(), kBlocks, to.v.data(), kBlocks, alphaLast.data(), 4 * kSize, kSize,
                     kSize, 0, matrix);
         };
         run(&KorBGRAToI420General_C_, expected);
         run(&KorBGRAToI420General, found);
-        Check(expected == found, "KorBGRAToI420General, matrix " + std::to_string(&matrix - kCaptureMatrices), picture);
+        Check(expected == found, "KorBGRAToI420General, " + name, picture);
+    };
+    for (const Matrix& matrix : kCaptureMatrices) {
+        tryMatrix(matrix, "matrix " + std::to_string(&matrix - kCaptureMatrices));
+    }
+    // Both extremes of a channel, and four samples between them, tell which kernel took a matrix.
+    for (const Matrix& matrix : kMatricesBeyondBytes) {
+        if (picture % 51 == 0) {
+            tryMatrix(matrix, "matrix beyond bytes " + std::to_string(&matrix - kMatricesBeyondBytes));
+        }
     }
 }
 

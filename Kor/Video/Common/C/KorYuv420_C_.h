@@ -265,7 +265,7 @@ KOR_API void KorBGRAToI444UsingBT709_C_(KorUint8* y, KorSizeT pitchY,
  *
  * coeffs is only read. It may overlap a destination plane: each sample then uses the weights as the samples before it
  * left them, in the order of two by two blocks (four luma samples, upper row first, then U, then V), odd column, odd
- * row, corner. A zero width or height writes nothing.
+ * row, corner. A zero width or height writes nothing, and does not read coeffs.
  */
 KOR_API void KorBGRAToI420General_C_(KorUint8* y, KorSizeT pitchY,
                                      KorUint8* u, KorSizeT pitchU,
