@@ -69,8 +69,8 @@ SizeList LargeBlocks() {
 const SizeList kLong{{120, 8},   {248, 5},   {376, 6},   {504, 3},   {1040, 10}, {1144, 6}, {2050, 4}, {4400, 6},
                      {16644, 4}, {65801, 2}, {2, 65538}, {64, 1200}, {34, 1100}, {20, 700}, {70, 650}};
 
-// Chroma, too, has more than 65536 columns or rows.
-const SizeList kVeryLong{{131202, 3}, {131201, 2}, {2, 131079}};
+// Chroma, too, has more than 65536 columns or rows, and runs of thousands of columns begin beyond these.
+const SizeList kVeryLong{{137802, 3}, {131201, 2}, {2, 131079}};
 
 const SizeList kPictures{{1280, 720}, {1366, 768}, {1921, 1081}};
 
@@ -271,11 +271,12 @@ Sweep EveryNoise(const Entry& entry) {
     return sweep;
 }
 
-// As far apart as this system lets them be: every option at every distance, at a size that fills a tile.
+// As far apart as this system lets them be: every option at every distance. One size fills a tile of any vector and
+// leaves a last row over.
 Sweep FarApart(const Entry& entry, bool quick) {
     Sweep sweep = InTurn(entry, {{66, 34}}, quick ? 6 : 3 * CountOptions(entry.options()));
     if (!quick) {
-        sweep.sizes.insert(sweep.sizes.end(), {{35, 7}, {130, 18}, {258, 10}});
+        sweep.sizes.insert(sweep.sizes.end(), {{35, 7}, {130, 67}, {258, 10}});
     }
     sweep.patterns = {Pattern::Noise};
     sweep.matrixPlaces = {MatrixPlace::Own};

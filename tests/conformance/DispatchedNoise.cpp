@@ -87,6 +87,19 @@ constexpr Renderer kRenderers[] = {KOR_RENDERER(KorI420ToRGBA, 4),           KOR
                                    KOR_RENDERER(KorI420ToBGRAUsingBT709, 4), KOR_RENDERER(KorI420To24BG, 3),
                                    KOR_RENDERER(KorI420ToYUY2, 2),           KOR_RENDERER(KorI420ToUYVY, 2)};
 
+// Room for a picture, and where it is: every other one begins and has its rows where KOR_STREAMING=always streams.
+struct Place {
+    KorSizeT offset, pitch, bytes;
+
+    Place(Size size, KorSizeT pixelBytes, KorUint seed)
+        : offset(seed / 2 % kAlignment),
+          pitch(seed % 2 == 0 ? pixelBytes * size.width + 5
+                              : (pixelBytes * size.width + kAlignment - 1) / kAlignment * kAlignment),
+          bytes(offset + pitch * size.height) {}
+
+    static constexpr KorSizeT kAlignment = 64;
+};
+
 constexpr KorInt kMatrix[3][3] = {{299, 0, 409}, {298, -100, -208}, {298, 516, 0}};
 
 void CompareAll(Size size, KorVideoFrameDitherLevel level, KorUint seed) {
@@ -97,25 +110,25 @@ void CompareAll(Size size, KorVideoFrameDitherLevel level, KorUint seed) {
     const Bytes u = RandomPlane(generator, samples);
     const Bytes v = RandomPlane(generator, samples);
     for (const Renderer& renderer : kRenderers) {
-        const KorSizeT pitchX = renderer.pixelBytes * width + 5;
+        const Place x(size, renderer.pixelBytes, seed);
         const auto with = [&](Render render) {
             return [&, render](Outcome& o) {
-                render(y.data(), width, u.data(), width, v.data(), width, o.y.data(), pitchX, width, size.height,
-                       level);
+                render(y.data(), width, u.data(), width, v.data(), width, o.y.data() + x.offset, x.pitch, width,
+                       size.height, level);
             };
         };
-        Compare(renderer.name, size, level, seed, {Bytes(pitchX * size.height, 7), {}, {}, {}},
-                with(renderer.dispatched), with(renderer.portable));
+        Compare(renderer.name, size, level, seed, {Bytes(x.bytes, 7), {}, {}, {}}, with(renderer.dispatched),
+                with(renderer.portable));
     }
-    const KorSizeT pitchX = 4 * width + 3;
+    const Place x(size, 4, seed);
     const auto general = [&](decltype(&KorI420ToBGRAGeneral_C_) render) {
         return [&, render](Outcome& o) {
-            render(y.data(), width, u.data(), width, v.data(), width, o.y.data(), pitchX, width, size.height, kMatrix,
-                   level);
+            render(y.data(), width, u.data(), width, v.data(), width, o.y.data() + x.offset, x.pitch, width,
+                   size.height, kMatrix, level);
         };
     };
-    Compare("KorI420ToBGRAGeneral", size, level, seed, {Bytes(pitchX * size.height, 7), {}, {}, {}},
-            general(&KorI420ToBGRAGeneral), general(&KorI420ToBGRAGeneral_C_));
+    Compare("KorI420ToBGRAGeneral", size, level, seed, {Bytes(x.bytes, 7), {}, {}, {}}, general(&KorI420ToBGRAGeneral),
+            general(&KorI420ToBGRAGeneral_C_));
     // In place, and with fixed starts every other time.
     const auto filter = [&](decltype(&KorI420Dither_C_) dither) {
         return [&, dither](Outcome& o) {

@@ -5,11 +5,11 @@ Makes one small change at a time, compiles the changed library as a shared objec
 the quickest first, until one of them fails. A change that no test notices has survived: it needs a new test, or a line
 in equivalent.txt that says why no result can depend on it.
 
-With --source and --target, it changes a file of the kernels, and the dispatched functions are judged under that target;
-results are kept in a file of their own for each file and target.
+With --target, it changes the files of the kernels, or the one that --source names, and the dispatched functions are
+judged under that target; results are kept in a file of their own for each file and target.
 
 usage: mutate.py --build DIR [--sanitized DIR] [--results FILE] [--sample N] [--only REGEX]
-                 [--kind KIND] [--jobs N] [--source FILE --target NAME]
+                 [--kind KIND] [--jobs N] [--target NAME [--source FILE]]
        mutate.py --planted --build DIR
        mutate.py --list | --check
 """
@@ -368,7 +368,8 @@ def stages_of_target(build, target, families):
         Stage("alignments", build, FAST, ["env", "KOR_STREAMING=always", "tests/vector/KorAlignments", target], ""),
         Stage("edges of captures", build, FAST, ["tests/vector/KorCaptureEdges", target], ""),
         Stage("short conformance run", build, FAST, each("--quick"), ""),
-        Stage("noise of a product", build, FAST, ["tests/conformance/KorDispatchedNoiseTest", target], ""),
+        Stage("noise of a product", build, FAST,
+              ["env", "KOR_STREAMING=always", "tests/conformance/KorDispatchedNoiseTest", target], ""),
         Stage("short conformance run, always streaming", build, FAST,
               ["env", "KOR_STREAMING=always", *each("--quick")], ""),
         Stage("conformance run", build, FAST, each(""), ""),
@@ -665,6 +666,18 @@ def check():
     return 1 if stale else 0
 
 
+def try_all_kernels(sample):
+    """One file after the other; of a sample, each has its share."""
+    counts = {path.name: len(mutants_of(path.read_text().splitlines()))
+              for path in sorted((TOP / VECTOR).iterdir()) if path.suffix in (".h", ".cpp")}
+    survived = 0
+    for name, count in counts.items():
+        print(name, flush=True)
+        share = ["--sample", str(round(sample * count / sum(counts.values())))] if sample else []
+        survived |= subprocess.run([sys.executable, __file__, *sys.argv[1:], "--source", name, *share]).returncode
+    return survived
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--build", type=pathlib.Path, help="build directory with the test programs, shared library")
@@ -678,13 +691,15 @@ def main():
     parser.add_argument("--planted", action="store_true", help="plant the faults of planted.txt one by one")
     parser.add_argument("--brief", action="store_true", help="leave out the long tests of a kernel; the next run has them")
     parser.add_argument("--jobs", type=int, default=os.cpu_count())
-    parser.add_argument("--source", help="change this file of the kernels, for example RgbToYuv.cpp")
-    parser.add_argument("--target", help="the target that judges it, for example avx2")
+    parser.add_argument("--source", help="of the kernels, change this file only, for example RgbToYuv.cpp")
+    parser.add_argument("--target", help="change the kernels, which this target judges, for example avx2")
     options = parser.parse_args()
-    if bool(options.source) != bool(options.target):
-        parser.error("--source and --target go together")
+    if options.source and not options.target:
+        parser.error("--source needs --target, for example --target avx2")
     if options.check:
         return check()
+    if options.target and not options.source:
+        return try_all_kernels(options.sample)
     if options.source:
         global SOURCE, EQUIVALENT
         SOURCE = TOP / VECTOR / pathlib.Path(options.source).name
