@@ -89,7 +89,6 @@ constexpr Matrix kMatricesBeyondBytes[] = {
     {{255, 0, 0}, {1, -127, -2}, {1, -127, -2}},
     {{kHuge, kHuge, kHuge}, {kHuge, kHuge, kHuge}, {kHuge, kHuge, kHuge}},
     {{255, 0, 0}, {kHuge, kHuge, kHuge}, {kHuge, kHuge, kHuge}},
-    {{-1, -1, -1}, {-kHuge, -kHuge, -kHuge}, {-kHuge, -kHuge, -kHuge}},
 };
 
 // The matrix of BT.601, one at the limits of 16-bit lanes, and one beyond them.
