@@ -172,13 +172,15 @@ Sweep SomeWithGaps(const Entry& entry, bool quick) {
 // Rows whose numbers outgrow 16 bits, those of chroma, too, as long as the vectors of a kernel. The last one is a row
 // of its own, and where it can be read first, it is.
 Sweep ManyRows(const Entry& entry) {
-    // Planes that are converted one by one need that in chroma, too.
-    const std::size_t width = entry.family == Family::Compositing ? 130 : 66;
-    Sweep sweep = InTurn(entry, {{width, 131205}}, entry.options().rotationDegrees.size());
+    const std::size_t angles = entry.options().rotationDegrees.size();
+    // Where chroma has loops of its own, it needs that, too.
+    const bool hasChromaRows = entry.family == Family::PackedYuv || entry.family == Family::Compositing;
+    const std::size_t width = hasChromaRows && angles == 1 ? 130 : 66;
+    Sweep sweep = InTurn(entry, {{width, 131205}}, angles);
     if (entry.family == Family::RgbToYuv) {
         sweep.sizes.emplace_back(67, 131205);  // an odd last column is converted on its own
     }
-    if (sweep.rotationDegrees.size() > 1) {
+    if (angles > 1) {
         sweep.sizes.emplace_back(131206, 66);  // columns become rows
     }
     if (sweep.ditherLevels.size() > 1) {
