@@ -9,6 +9,7 @@
 #include "Kor/Os/KorRandom.h"
 #include "Kor/Video/Common/C/KorYuv420_C_.h"
 #include "Kor/Video/Common/KorYuv420.h"
+#include "tests/support/NamedTarget.h"
 
 namespace {
 
@@ -150,14 +151,7 @@ KorBool KorRandomGetBytes(char* buffer, KorSizeT count) {
 }
 
 int main(int argc, char** argv) {
-    if (argc != 2) {
-        std::fprintf(stderr, "usage: %s TARGET\n", argv[0]);
-        return 2;
-    }
-    if (!KorYuv420SelectTarget(argv[1])) {
-        std::printf("%s: not run; this machine or this build does not have it\n", argv[1]);
-        return 77;
-    }
+    SelectNamedTarget(argc, argv);
     KorUint seed = 420;
     for (const Size size : kSizes) {
         for (KorUint level = 0; level <= 4; ++level) {

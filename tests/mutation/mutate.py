@@ -351,6 +351,8 @@ def fuzzers(*arguments, families=FAMILIES):
 
 
 LONG = ["conformance run", "exhaustive tests"]
+# Of the stages of a target, the quick ones that try the units of a changed header one by one.
+PER_UNIT = 5
 
 
 def stages_of_target(build, target, families):
@@ -615,12 +617,12 @@ class VectorWorkshop(Workshop):
             others = [self.directory / "before" / f"{other.name}.o" for other in self.units if other not in changed]
             self.link(self.objects + others + list(changed.values()), where).check_returncode()
             # A header's unit by unit: most changes need only one.
-            for stage in self.known_cases(unit.stem) + self.stages_for([unit])[:5]:
+            for stage in self.known_cases(unit.stem) + self.stages_for([unit])[:PER_UNIT]:
                 if self.finds(stage, where / self.soname):
                     return stage.name
         if not changed:
             return "same code"
-        for stage in self.stages_for(changed)[5:]:
+        for stage in self.stages_for(changed)[PER_UNIT:]:
             if self.finds(stage, where / self.soname):
                 return stage.name
         return ""

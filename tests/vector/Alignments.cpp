@@ -7,6 +7,7 @@
 
 #include "Kor/Video/Common/C/KorYuv420_C_.h"
 #include "Kor/Video/Common/KorYuv420.h"
+#include "tests/support/NamedTarget.h"
 
 namespace {
 
@@ -95,14 +96,7 @@ void TryAll(const Place& at) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 2) {
-        std::fprintf(stderr, "usage: %s TARGET\n", argv[0]);
-        return 2;
-    }
-    if (!KorYuv420SelectTarget(argv[1])) {
-        std::printf("%s: not run; this machine or this build does not have it\n", argv[1]);
-        return 77;
-    }
+    SelectNamedTarget(argc, argv);
     std::mt19937 generator(420);
     for (auto& plane : source.samples) {
         for (KorUint8& sample : plane) {

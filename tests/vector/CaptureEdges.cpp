@@ -10,6 +10,7 @@
 #include "conformance/kit/GuardedBuffer.h"
 #include "Kor/Video/Common/C/KorYuv420_C_.h"
 #include "Kor/Video/Common/KorYuv420.h"
+#include "tests/support/NamedTarget.h"
 
 namespace {
 
@@ -96,14 +97,7 @@ void TryMatrix(const Matrix& matrix, KorSizeT width, KorSizeT height, KorSizeT s
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 2) {
-        std::fprintf(stderr, "usage: %s TARGET\n", argv[0]);
-        return 2;
-    }
-    if (!KorYuv420SelectTarget(argv[1])) {
-        std::printf("%s: not run; this machine or this build does not have it\n", argv[1]);
-        return 77;
-    }
+    SelectNamedTarget(argc, argv);
     TryAlpha("KorRGBAToI420", Alpha::Last, &KorRGBAToI420, &KorRGBAToI420_C_);
     TryAlpha("KorBGRAToI420", Alpha::Last, &KorBGRAToI420, &KorBGRAToI420_C_);
     TryAlpha("KorARGBToI420", Alpha::First, &KorARGBToI420, &KorARGBToI420_C_);

@@ -66,11 +66,14 @@ constexpr NamedRender kRenders[] = {
 
 using Matrix = KorInt[3][3];
 
-// As many weights above zero, or below, as kernels of bytes can take, and weights of more than a byte.
+// As many weights above zero, or below, as kernels of bytes can take, one more than that, and weights of more than a
+// byte.
 constexpr Matrix kCaptureMatrices[] = {
     {{47, 157, 16}, {-26, -87, 112}, {112, -102, -10}},
     {{255, 0, 0}, {127, 1, -128}, {-128, 64, 64}},
     {{0, 254, 1}, {100, 28, -100}, {-64, -64, 100}},
+    {{0, 255, 1}, {100, 29, -100}, {-64, -65, 100}},
+    {{256, 0, -1}, {128, 0, 0}, {-129, 0, 0}},
     {{32767, -32768, 65535}, {70000, -70000, 1}, {-2147483647 - 1, 2147483647, 255}},
 };
 
