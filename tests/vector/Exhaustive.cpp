@@ -251,10 +251,12 @@ void TryYuv2() {
 int main(int argc, char* argv[]) {
     std::array<const char*, 16> names;
     const KorSizeT count = KorYuv420Targets(names.data(), names.size());
+    bool isKnown = argc == 1;
     for (KorSizeT i = 0; i < count && i < names.size(); ++i) {
         if (std::strcmp(names[i], argc > 1 ? argv[1] : names[i]) != 0 || std::strcmp(names[i], "portable") == 0) {
             continue;
         }
+        isKnown = true;
         if (!KorYuv420SelectTarget(names[i])) {
             std::printf("%s: not run; this machine does not have it\n", names[i]);
             continue;
@@ -266,6 +268,10 @@ int main(int argc, char* argv[]) {
         }
         TryYuv2();
         std::printf("%s: tried; %d differences so far\n", names[i], failures);
+    }
+    if (!isKnown) {
+        std::fprintf(stderr, "%s: no target '%s' to try\n", argv[0], argv[1]);
+        return 2;
     }
     return failures != 0;
 }
